@@ -1,0 +1,15 @@
+#pragma once
+
+#include "trace/usecase/CTUsecaseInfo.h"
+#include "trace/usecase/CTUsecaseRecordIF.h"
+#include "trace/usecase/UsecaseRecordBase.h"
+
+namespace Zu::Wep::Trace {
+
+class CTUsecaseRecord : public UsecaseRecordBase<CTUsecaseRecordIF, CTUsecaseInfo> {
+  public:
+    CTUsecaseInfoIF* GetAUsecaseInfo() override;
+    ~CTUsecaseRecord() override;
+};
+
+}  // namespace Zu::Wep::Trace

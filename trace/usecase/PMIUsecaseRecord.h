@@ -1,0 +1,19 @@
+#pragma once
+
+#include "trace/usecase/PMIUsecaseInfo.h"
+#include "trace/usecase/PMIUsecaseRecordIF.h"
+#include "trace/usecase/UsecaseRecordBase.h"
+
+namespace Zu::Wep::Trace {
+
+/// Selects by source index rather than by position or job: 0 is "PMI", 1 is "CMI0", 2 is "CMI1".
+class PMIUsecaseRecord : public UsecaseRecordBase<PMIUsecaseRecordIF, PMIUsecaseInfo> {
+  public:
+    /// Removes all use cases of the source; any index but 0, 1 and 2 empties the record, on purpose.
+    void RemoveUsecase(int source) override;
+    UsecaseInfoIFBase* GetUsecase(unsigned int source) override;
+    UsecaseInfoIFBase* GetAUsecaseInfo() override;
+    ~PMIUsecaseRecord() override;
+};
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "trace/usecase/UsecaseInfoIF.h"
+
+namespace Zu::Wep::Trace {
+
+template <class Owner>
+struct BlockField;
+struct KeyLine;
+
+/// A statistics-counter use case and its block text (docs/use-case-blocks.md).
+class UsecaseInfo : public UsecaseInfoIF {
+  public:
+    UsecaseInfo();
+    UsecaseInfo(const UsecaseInfo& other) = default;
+    UsecaseInfo(UsecaseInfo&& other) noexcept = default;
+    /// Not a plain copy, on purpose: the probe name stays, counters and formulas are appended to those held. Containers
+    /// of use cases therefore never assign their elements; they copy-construct them.
+    UsecaseInfo& operator=(const UsecaseInfo& other);
+
+    void SetModuleId(unsigned int id) override { m_moduleId = id; }
+    unsigned int GetModuleId() const override { return m_moduleId; }
+    void SetModuleName(const char* name) override { m_moduleName = name; }
+    const char* GetModuleName() const override { return m_moduleName.c_str(); }
+    void SetProbeName(const char* name) override { m_probeName = name; }
+    const char* GetProbeName() const override { return m_probeName.c_str(); }
+    void SetSampleWindow(unsigned int window) override { m_sampleWindow = window; }
+    unsigned int GetSampleWindow() const override { return m_sampleWindow; }
+    void SetJobNum(int job) override { m_jobNum = job; }
+    int GetJobNum() const override { return m_jobNum; }
+    void SetSuppress(bool suppress) override { m_suppress = suppress; }
+    bool GetSuppress() const override { return m_suppress; }
+    void AddCounter(const _CounterLineInfo* counter) override;
+    void AddFormula(const char* name, const char* formula, const char* unit, unsigned int ofmask) override;
+    unsigned int GetNumCounters() const override;
+    unsigned int GetNumFormulars() const override;
+    _CounterLineInfo* GetCounterInfo(unsigned int index) override;
+    FormulaInfo* GetFormula(unsigned int index) override;
+    ~UsecaseInfo() override;
+
+    /// Sets every field to its default.
+    void CleanUp();
+    /// Appends the block. Returns 0.
+    int DoExport(std::string& out) const;
+    /// Reads one block into this object, which the caller has reset. `line` is the line read last: "{" means that the
+    /// block is already open. Returns 0 done, 1 no block of this kind here, -1 bad block.
+    int DoImport(const char* line, std::istringstream& in);
+    /// Handles one key line. With `inFormula` it is the first line of a formula, the rest of which is read from `in`.
+    /// Returns 0 handled or ignored, 1 no "=" in the line, -1 line too long.
+    int ProccessLine(const char* line, bool inFormula, std::istringstream& in);
+    /// Reads up to and including the next opening line. Returns 0 found, 1 not found.
+    static int SearchForNextUsecase(const char* line, std::istringstream& in);
+
+  private:
+    static std::span<const BlockField<UsecaseInfo>> Fields();
+    void StoreKey(const KeyLine& keyLine);
+    int ReadFormula(KeyLine first, std::istringstream& in);
+
+    std::uint32_t m_moduleId = 0;
+    std::string m_moduleName;
+    std::string m_probeName;
+    std::vector<_CounterLineInfo> m_counters;
+    std::vector<FormulaInfo> m_formulas;
+    std::uint32_t m_sampleWindow = 0;
+    std::int32_t m_jobNum = -1;
+    bool m_suppress = false;
+};
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "trace/usecase/UsecaseInfo.h"
+#include "trace/usecase/UsecaseRecordBase.h"
+#include "trace/usecase/UsecaseRecordIF.h"
+
+namespace Zu::Wep::Trace {
+
+class UsecaseRecord : public UsecaseRecordBase<UsecaseRecordIF, UsecaseInfo> {
+  public:
+    UsecaseInfoIF* GetAUsecaseInfo() override;
+    ~UsecaseRecord() override;
+};
+
+}  // namespace Zu::Wep::Trace
