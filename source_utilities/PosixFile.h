@@ -1,0 +1,71 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ZU_WEP {
+
+/// An `errno` value in words.
+std::string ErrnoText(int error);
+
+/// Owns a file descriptor; close-on-exec. Every operation repeats what a signal interrupted, carries partial transfers
+/// on to their end, and leaves `errno` set when it reports failure (false, or no value). Offsets and sizes are in
+/// bytes.
+class PosixFile {
+  public:
+    PosixFile() = default;
+    PosixFile(PosixFile&& other) noexcept;
+    PosixFile& operator=(PosixFile&& other) noexcept;
+    ~PosixFile();
+
+    /// Like open(2); ask IsOpen whether it worked.
+    static PosixFile Open(const char* path, int flags, mode_t mode = 0666);
+    bool IsOpen() const { return m_descriptor >= 0; }
+    int Descriptor() const { return m_descriptor; }
+    /// Closes; false when the system reports that data could not be stored. The descriptor is gone either way.
+    bool Close();
+
+    /// Up to `size` bytes: fewer only at the end of the file.
+    std::optional<std::size_t> Read(void* buffer, std::size_t size) const;
+    std::optional<std::size_t> ReadAt(std::uint64_t offset, void* buffer, std::size_t size) const;
+    /// All bytes, at the descriptor's own position.
+    bool Write(std::string_view bytes) const;
+    /// All pieces, one behind the other, in one gathered write where the system takes it whole.
+    /// What would pass the process's file-size limit fails with EFBIG before it is begun, and raises no signal.
+    bool WriteAt(std::uint64_t offset, std::initializer_list<std::string_view> pieces) const;
+
+    /// The size of a regular file, or the end position of anything else that has one.
+    std::optional<std::uint64_t> Size() const;
+    bool Truncate(std::uint64_t size) const;
+    /// Sets blocks aside for a coming write without changing the size. True also where the file system can't do that.
+    bool Reserve(std::uint64_t offset, std::uint64_t size) const;
+    /// True also for files that can't be synced, such as pipes.
+    bool Sync() const;
+    bool SyncData() const;
+
+  private:
+    explicit PosixFile(int descriptor) : m_descriptor(descriptor) {}
+
+    int m_descriptor = -1;
+};
+
+/// Holds the file's exclusive flock(2); waits for it. Has no effect on file systems without such locks.
+class FileLock {
+  public:
+    /// Borrows `file`, which must stay open as long as this lives.
+    explicit FileLock(const PosixFile& file);
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+  private:
+    int m_descriptor;
+};
+
+}  // namespace ZU_WEP

@@ -1,0 +1,33 @@
+#include "trace/tdf/SectionLayout.h"
+
+#include "trace/tdf/LittleEndian.h"
+
+namespace Zu::Wep::Trace {
+
+SectionHeader DecodeSectionHeader(const char* bytes) {
+    return {DecodeSectionLength(bytes + SectionHeader::LengthOffset),
+            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::VersionOffset),
+            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::NameLengthOffset)};
+}
+
+std::string EncodeSectionHeader(const SectionHeader& header) {
+    std::string bytes(SectionHeader::Size, '\0');
+    StoreLittleEndian(header.length, bytes.data() + SectionHeader::LengthOffset);
+    StoreLittleEndian(header.version, bytes.data() + SectionHeader::VersionOffset);
+    StoreLittleEndian(header.nameLength, bytes.data() + SectionHeader::NameLengthOffset);
+    return bytes;
+}
+
+std::string EncodeSectionLength(std::uint32_t length) {
+    std::string bytes(SectionHeader::LengthSize, '\0');
+    StoreLittleEndian(length, bytes.data());
+    return bytes;
+}
+
+std::uint32_t DecodeSectionLength(const char* bytes) { return LoadLittleEndian<std::uint32_t>(bytes); }
+
+std::string EncodeSectionStart(std::uint32_t length, std::string_view name, std::uint32_t version) {
+    return EncodeSectionHeader({length, version, static_cast<std::uint32_t>(name.size())}).append(name);
+}
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,47 @@
+#pragma once
+
+// The bytes of a trace data file, see docs/tdf.md.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Zu::Wep::Trace {
+
+inline constexpr std::string_view TDFIdentifier = "TDF2";
+inline constexpr std::uint64_t FirstSectionOffset = TDFIdentifier.size();
+/// Offsets have 32 bits, the one behind the last byte included.
+inline constexpr std::uint64_t MaxFileSize = 0xFFFFFFFF;
+
+/// The longest section and name that a search passes; nothing keeps a writer from exceeding them.
+inline constexpr std::uint32_t MaxSectionLength = 0x8000000;
+inline constexpr std::uint32_t MaxNameLength = 4095;
+
+/// What stands in front of a section's name and payload.
+struct SectionHeader {
+    static constexpr std::size_t LengthOffset = 0;
+    static constexpr std::size_t VersionOffset = 4;
+    static constexpr std::size_t NameLengthOffset = 8;
+    static constexpr std::size_t Size = 12;
+    static constexpr std::size_t LengthSize = VersionOffset - LengthOffset;
+
+    std::uint32_t length = 0;  ///< of header, name and payload together
+    std::uint32_t version = 0;
+    std::uint32_t nameLength = 0;
+};
+
+/// Reads the `SectionHeader::Size` bytes at `bytes`.
+SectionHeader DecodeSectionHeader(const char* bytes);
+
+/// The bytes of a header.
+std::string EncodeSectionHeader(const SectionHeader& header);
+
+/// The length field alone.
+std::string EncodeSectionLength(std::uint32_t length);
+std::uint32_t DecodeSectionLength(const char* bytes);
+
+/// Header and name of a section with `length` in its length field. The name must be shorter than 4 GiB.
+std::string EncodeSectionStart(std::uint32_t length, std::string_view name, std::uint32_t version);
+
+}  // namespace Zu::Wep::Trace

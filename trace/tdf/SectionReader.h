@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace Zu::Wep::Trace {
+
+/// The payload of the first section of that name and version, as much of it as the file holds, whatever the section's
+/// length field says. Null arguments are as for TDFHandler.
+/// Throws `vornError` where TDFHandler's GetSectionDataLengthInBytes or LoadSectionData does, with the same texts.
+std::string ReadSection(const char* path, const char* name, unsigned int version);
+
+}  // namespace Zu::Wep::Trace
