@@ -1,0 +1,171 @@
+#include "source_utilities/uLogger.h"
+
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "source_utilities/Log.h"
+#include "source_utilities/uTime.h"
+
+namespace ZU_WEP {
+
+namespace {
+
+constexpr std::uint32_t lineBufferSize = 4096;
+constexpr char levelLetters[] = "MWFAE";
+
+const char* StampFormat(uLogger::TIME_DATE when) {
+    switch (when) {
+        case uLogger::DATE_STAMP:
+            return "%m/%d/%y | ";
+        case uLogger::TIME_STAMP:
+            return "%H:%M:%S:%s | ";
+        case uLogger::DATE_TIME_STAMP:
+            return "%m/%d/%y %H:%M:%S:%s | ";
+        case uLogger::NO_STAMP:
+            break;
+    }
+    return " ";
+}
+
+/// Writes the five level letters and a blank; returns how many characters that is.
+std::size_t PutLevel(char* line, unsigned level) {
+    std::size_t used = 0;
+    for (; levelLetters[used] != '\0'; ++used) {
+        const bool isSet = (level >> used & 1U) != 0;
+        line[used] = isSet ? levelLetters[used] : ' ';
+    }
+    line[used++] = ' ';
+    return used;
+}
+
+}  // namespace
+
+uLogger::uLogger() : uLogger("QRX_log.txt") {}
+
+uLogger::uLogger(const char* fileName, bool append)
+    : m_fileName(fileName == nullptr ? "" : fileName),
+      m_append(append),
+      m_bufferSize(lineBufferSize),
+      m_lineBuffer(std::make_unique<char[]>(lineBufferSize)) {}
+
+uLogger::~uLogger() = default;
+
+void uLogger::Log(unsigned level, TIME_DATE when, const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    Log(level, when, format, args);
+    va_end(args);
+}
+
+void uLogger::Log(unsigned level, TIME_DATE when, const char* format, std::va_list args) {
+    if (!m_outputEnabled || level == 0 || m_levelMask == 0) return;
+    const uMutex::Guard guard(m_lock);
+    std::size_t used = PutLevel(m_lineBuffer.get(), level);
+    used = AppendStamp(used, when);
+    used = AppendMessage(used, format, args);
+    EndLine(used);
+    WriteLine();
+}
+
+void uLogger::Log(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    Log(format, args);
+    va_end(args);
+}
+
+void uLogger::Log(const char* format, std::va_list args) { Log(LogInformation, NO_STAMP, format, args); }
+
+void uLogger::LogTimeStamp() { Log(LogInformation, DATE_TIME_STAMP, "\n"); }
+
+std::size_t uLogger::AppendStamp(std::size_t used, TIME_DATE when) {
+    char* rest = m_lineBuffer.get() + used;
+    uTime::GetLocal();
+    if (uTime().FormatTime(rest, static_cast<int>(m_bufferSize - used), StampFormat(when)) == nullptr) return used;
+    return used + std::strlen(rest);
+}
+
+std::size_t uLogger::AppendMessage(std::size_t used, const char* format, std::va_list args) {
+    if (format == nullptr) return used;
+    char* rest = m_lineBuffer.get() + used;
+    *rest = '\0';
+    std::vsnprintf(rest, m_bufferSize - used - 1, format, args);  // Leaves room for the line feed.
+    return used + std::strlen(rest);
+}
+
+void uLogger::EndLine(std::size_t used) {
+    char* line = m_lineBuffer.get();
+    const char last = line[used - 1];
+    if (last == '\n' || last == '\r') {
+        --used;
+        const char before = last == '\n' ? '\r' : '\n';
+        if (line[used - 1] == before) --used;
+    }
+    line[used] = '\n';
+    line[used + 1] = '\0';
+}
+
+void uLogger::WriteLine() {
+    if (!m_fileOpen) OpenFile();
+    m_file.WriteString(m_lineBuffer.get());
+    m_file.Flush();
+    if (!m_logToStdio) return;
+    std::fputs(m_lineBuffer.get(), stdout);
+    std::fflush(stdout);
+}
+
+void uLogger::LogModuleInfo() {
+    Dl_info module{};
+    if (dladdr(reinterpret_cast<const void*>(&uLogger::LogModuleInfo), &module) == 0) return;
+    const char* separator = std::strrchr(module.dli_fname, '/');
+    const char* name = separator == nullptr ? "" : separator + 1;  // Without a "/" there is no name: meant.
+    if (uLogger* logger = LoggerAbove(0)) logger->Log("MODULE INFO - %s", name);
+}
+
+bool uLogger::EnableOutput(bool enable) {
+    const uMutex::Guard guard(m_lock);
+    const bool before = m_outputEnabled;
+    m_outputEnabled = enable;
+    if (!enable) CloseFile();
+    return before;
+}
+
+void uLogger::EnableLogToStdio(bool enable) { m_logToStdio = enable; }
+
+void uLogger::EnableLogDbgOutWindow(bool enable) { m_logDbgOutWindow = enable; }
+
+void uLogger::SetFileName(const char* name, bool append) {
+    const uMutex::Guard guard(m_lock);
+    const bool reopen = m_fileOpen;
+    if (reopen) CloseFile();
+    m_fileName = name == nullptr ? "" : name;
+    m_append = append;
+    if (reopen) OpenFile();
+}
+
+void uLogger::Clear() {
+    const uMutex::Guard guard(m_lock);
+    m_file.Erase();
+    m_fileOpen = m_file.IsOpen();
+}
+
+void uLogger::Flush() {
+    const uMutex::Guard guard(m_lock);
+    m_file.Flush();
+}
+
+const char* uLogger::GetName() const { return m_named ? m_fileName.c_str() : ""; }
+
+bool uLogger::OpenFile() {
+    m_fileOpen = m_file.Open(m_fileName.c_str(), m_append ? "a+" : "w+");
+    return m_fileOpen;
+}
+
+void uLogger::CloseFile() {
+    m_file.Close();
+    m_fileOpen = false;
+}
+
+}  // namespace ZU_WEP
