@@ -50,7 +50,7 @@ class PMIUsecaseInfo : public UsecaseInfoIFBase {
 
     std::string m_moduleName;
     std::uint32_t m_sampleWindow = 65535;
-    [[maybe_unused]] std::int32_t m_jobNum = -1;  // Part of the layout; nothing reads it.
+    std::int32_t m_jobNum = -1;  // Part of the layout; nothing reads it.
 };
 
 }  // namespace Zu::Wep::Trace

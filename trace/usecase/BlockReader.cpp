@@ -1,0 +1,59 @@
+#include "trace/usecase/BlockReader.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "source_utilities/uString.h"
+
+namespace Zu::Wep::Trace {
+
+bool ReadBlockLine(std::string& line, std::istringstream& in) {
+    std::string text;
+    if (!std::getline(in, text)) {
+        return false;
+    }
+    ZU_WEP::uString::StripTrailing(text, " \t\r\n");
+    const bool blank = text.empty();
+    line.assign(text, 0, text.find('\0'));
+    return !blank;
+}
+
+bool myfgets(char* dst, int size, std::istringstream& in) {
+    std::string line;
+    const bool more = ReadBlockLine(line, in);
+    if (in.fail()) {
+        return false;
+    }
+    const std::size_t length = std::min(line.size(), static_cast<std::size_t>(std::max(size, 0)));
+    std::memcpy(dst, line.data(), length);
+    dst[length] = '\0';
+    return more;
+}
+
+int SearchForNextBlock(const char* line, std::istringstream& in) {
+    if (line == BlockOpen) {
+        return 0;
+    }
+    std::string current;
+    while (ReadBlockLine(current, in)) {
+        if (current.starts_with(BlockOpen)) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+int SplitKeyLine(const char* line, KeyLine& out) {
+    const std::string_view text = line;
+    if (text.size() > MaxBlockLine) {
+        return -1;
+    }
+    const std::size_t equals = text.find('=');
+    if (equals == std::string_view::npos) {
+        return 1;
+    }
+    out = {text.substr(0, equals), line + equals + 1};
+    return 0;
+}
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,52 @@
+#include "trace/usecase/BlockWriter.h"
+
+#include <algorithm>
+
+#include "source_utilities/Log.h"
+#include "source_utilities/uString.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+void CutToLine(std::string& value, std::string_view key) {
+    const std::size_t room = MaxWrittenLine - key.size() - std::string_view("=\n").size();
+    if (value.size() <= room) {
+        return;
+    }
+    value.resize(room);
+    ZU_WEP::uString::StripTrailing(value, " \t\r\n");  // A reader strips them as well: the text reads back as written.
+    ZU_WEP::Log(ZU_WEP::LogUnexpected, "Use case: value of \"%s\" cut to %zu characters", std::string(key).c_str(),
+                value.size());
+}
+
+// A line break in a value would let a name open or close a block.
+void BlankLineBreaks(std::string& value, std::string_view key) {
+    const auto isBreak = [](char c) { return c == '\r' || c == '\n'; };
+    if (std::any_of(value.begin(), value.end(), isBreak)) {
+        std::replace_if(value.begin(), value.end(), isBreak, ' ');
+        ZU_WEP::Log(ZU_WEP::LogUnexpected, "Use case: line break in \"%s\" written as a blank",
+                    std::string(key).c_str());
+    }
+}
+
+}  // namespace
+
+void AppendBlockLine(std::string& out, std::string_view line) {
+    out += line;
+    out += '\n';
+}
+
+void AppendKeyLine(std::string& out, std::string_view key, std::string_view value) {
+    std::string text(value.substr(0, value.find('\0')));
+    CutToLine(text, key);
+    BlankLineBreaks(text, key);
+    out += key;
+    out += '=';
+    AppendBlockLine(out, text);
+}
+
+void AppendKeyLine(std::string& out, std::string_view key, std::int32_t number) {
+    AppendKeyLine(out, key, std::to_string(number));
+}
+
+}  // namespace Zu::Wep::Trace
