@@ -44,6 +44,7 @@ class PosixFile {
     std::optional<std::uint64_t> Size() const;
     bool Truncate(std::uint64_t size) const;
     /// Sets blocks aside for a coming write without changing the size. True also where the file system can't do that.
+    /// The file-size limit counts as for WriteAt.
     bool Reserve(std::uint64_t offset, std::uint64_t size) const;
     /// True also for files that can't be synced, such as pipes.
     bool Sync() const;

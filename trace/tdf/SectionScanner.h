@@ -58,9 +58,10 @@ class SectionScanner {
     std::uint64_t StopOffset() const { return m_stopOffset; }
 
   private:
-    bool ReadHeader(SectionInfo& info);
-    bool ReadName(SectionInfo& info, const char* block, std::size_t blockSize, std::size_t nameLength);
-    bool CheckLimit(bool withinLimit, ScanStop stop);
+    bool ReadSectionAtOffset(SectionInfo& info);
+    bool ReadNameBehind(std::size_t known, std::string& name);
+    void NoteStop(ScanStop stop);
+    bool PassLimit(ScanStop stop);
     bool End(ScanStop stop);
 
     SectionSource& m_source;

@@ -1,0 +1,180 @@
+#include "source_utilities/PosixFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace ZU_WEP {
+
+namespace {
+
+/// Repeats a system call for as long as signals interrupt it.
+template <typename Call>
+auto Retry(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+/// Repeats a transfer, `step(done)`, until `size` bytes are done or it gives 0; nothing on an error.
+template <typename Step>
+std::optional<std::size_t> Transfer(std::size_t size, Step step) {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count = Retry([&] { return step(done); });
+        if (count < 0) {
+            return std::nullopt;
+        }
+        if (count == 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
+}
+
+bool IsComplete(std::optional<std::size_t> done, std::size_t size) {
+    if (done && *done < size) {
+        errno = EIO;  // a write that accepts nothing and gives no reason
+        return false;
+    }
+    return done.has_value();
+}
+
+bool IsWithinSizeLimit(std::uint64_t end) {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY && end > limit.rlim_cur) {
+        errno = EFBIG;
+        return false;
+    }
+    return true;
+}
+
+/// What remains of the pieces behind their first `done` bytes.
+std::vector<iovec> Remainder(std::initializer_list<std::string_view> pieces, std::size_t done) {
+    std::vector<iovec> rest;
+    for (std::string_view piece : pieces) {
+        const std::size_t skip = std::min(done, piece.size());
+        done -= skip;
+        piece.remove_prefix(skip);
+        if (!piece.empty()) {
+            rest.push_back({const_cast<char*>(piece.data()), piece.size()});
+        }
+    }
+    return rest;
+}
+
+bool SyncResult(int result) { return result == 0 || errno == EINVAL || errno == ENOTSUP; }
+
+}  // namespace
+
+std::string ErrnoText(int error) { return std::generic_category().message(error); }
+
+PosixFile::PosixFile(PosixFile&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+
+PosixFile& PosixFile::operator=(PosixFile&& other) noexcept {
+    std::swap(m_descriptor, other.m_descriptor);
+    return *this;
+}
+
+PosixFile::~PosixFile() {
+    const int error = errno;
+    Close();
+    errno = error;
+}
+
+PosixFile PosixFile::Open(const char* path, int flags, mode_t mode) {
+    return PosixFile(Retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
+}
+
+bool PosixFile::Close() {
+    if (!IsOpen()) {
+        return true;
+    }
+    // Not repeated: the descriptor is released even when a signal interrupts the call.
+    return ::close(std::exchange(m_descriptor, -1)) == 0 || errno == EINTR;
+}
+
+std::optional<std::size_t> PosixFile::Read(void* buffer, std::size_t size) const {
+    return Transfer(
+        size, [&](std::size_t done) { return ::read(m_descriptor, static_cast<char*>(buffer) + done, size - done); });
+}
+
+std::optional<std::size_t> PosixFile::ReadAt(std::uint64_t offset, void* buffer, std::size_t size) const {
+    return Transfer(size, [&](std::size_t done) {
+        return ::pread(m_descriptor, static_cast<char*>(buffer) + done, size - done, static_cast<off_t>(offset + done));
+    });
+}
+
+bool PosixFile::Write(std::string_view bytes) const {
+    const auto step = [&](std::size_t done) { return ::write(m_descriptor, bytes.data() + done, bytes.size() - done); };
+    return IsComplete(Transfer(bytes.size(), step), bytes.size());
+}
+
+bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_view> pieces) const {
+    std::size_t size = 0;
+    for (const std::string_view piece : pieces) {
+        size += piece.size();
+    }
+    if (!IsWithinSizeLimit(offset + size)) {
+        return false;
+    }
+    const auto step = [&](std::size_t done) {
+        const std::vector<iovec> rest = Remainder(pieces, done);
+        return ::pwritev(m_descriptor, rest.data(), static_cast<int>(rest.size()), static_cast<off_t>(offset + done));
+    };
+    return IsComplete(Transfer(size, step), size);
+}
+
+std::optional<std::uint64_t> PosixFile::Size() const {
+    struct stat info {};
+    if (::fstat(m_descriptor, &info) == 0 && S_ISREG(info.st_mode)) {
+        return static_cast<std::uint64_t>(info.st_size);
+    }
+    const off_t end = ::lseek(m_descriptor, 0, SEEK_END);
+    return end < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(end));
+}
+
+bool PosixFile::Truncate(std::uint64_t size) const {
+    return Retry([&] { return ::ftruncate(m_descriptor, static_cast<off_t>(size)); }) == 0;
+}
+
+bool PosixFile::Reserve(std::uint64_t offset, std::uint64_t size) const {
+    if (size == 0) {
+        return true;
+    }
+    if (!IsWithinSizeLimit(offset + size)) {
+        return false;
+    }
+    const int result = Retry([&] {
+        return ::fallocate(m_descriptor, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset), static_cast<off_t>(size));
+    });
+    return result == 0 || (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO);
+}
+
+bool PosixFile::Sync() const {
+    return SyncResult(Retry([&] { return ::fsync(m_descriptor); }));
+}
+
+bool PosixFile::SyncData() const {
+    return SyncResult(Retry([&] { return ::fdatasync(m_descriptor); }));
+}
+
+FileLock::FileLock(const PosixFile& file) : m_descriptor(file.Descriptor()) {
+    Retry([&] { return ::flock(m_descriptor, LOCK_EX); });
+}
+
+FileLock::~FileLock() { ::flock(m_descriptor, LOCK_UN); }
+
+}  // namespace ZU_WEP

@@ -1,0 +1,50 @@
+#include "trace/tdf/TDFFile.h"
+
+#include <fcntl.h>
+
+#include <array>
+#include <string_view>
+
+#include "trace/tdf/TDFError.h"
+
+namespace Zu::Wep::Trace {
+
+using ZU_WEP::PosixFile;
+
+bool CanOpenForReading(const char* path) {
+    return path != nullptr && *path != '\0' && PosixFile::Open(path, O_RDONLY).IsOpen();
+}
+
+bool HasIdentifier(const PosixFile& file) {
+    std::array<char, TDFIdentifier.size()> bytes{};
+    return file.ReadAt(0, bytes.data(), bytes.size()) == bytes.size() &&
+           std::string_view(bytes.data(), bytes.size()) == TDFIdentifier;
+}
+
+PosixFile OpenForUpdate(const char* path) {
+    // A file is never created here: it has to exist and to be readable.
+    TDFError::ThrowUnless(CanOpenForReading(path), TDFError::SaveName);
+    PosixFile file = PosixFile::Open(path, O_RDWR);
+    TDFError::ThrowUnless(file.IsOpen(), TDFError::Open);
+    return file;
+}
+
+PosixFile OpenForReading(const char* path) {
+    PosixFile file = PosixFile::Open(path, O_RDONLY);
+    TDFError::ThrowUnless(file.IsOpen(), TDFError::Open);
+    TDFError::ThrowUnless(HasIdentifier(file), TDFError::Format);
+    return file;
+}
+
+SectionInfo RequireSection(const PosixFile& file, const char* name, unsigned int version,
+                           const std::string& notFoundText) {
+    FileSectionSource source(file);
+    SectionScanner scanner(source);
+    SectionInfo section;
+    if (!scanner.Find(name, version, section)) {
+        TDFError::Throw(notFoundText);
+    }
+    return section;
+}
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,28 @@
+#pragma once
+
+// Opening trace data files, with the checks and errors that all operations share.
+
+#include <optional>
+#include <string>
+
+#include "source_utilities/PosixFile.h"
+#include "trace/tdf/SectionScanner.h"
+
+namespace Zu::Wep::Trace {
+
+/// Whether the path names a file that can be opened for reading.
+bool CanOpenForReading(const char* path);
+
+bool HasIdentifier(const ZU_WEP::PosixFile& file);
+
+/// Opens a file for reading and writing; throws where there is none, or none that may be read.
+ZU_WEP::PosixFile OpenForUpdate(const char* path);
+
+/// Opens a file for reading and checks its identifier; throws.
+ZU_WEP::PosixFile OpenForReading(const char* path);
+
+/// Finds a section; throws `notFoundText`.
+SectionInfo RequireSection(const ZU_WEP::PosixFile& file, const char* name, unsigned int version,
+                           const std::string& notFoundText);
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,180 @@
+#include "trace/tdf/TDFHandler.h"
+
+#include <fcntl.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "trace/tdf/SectionLayout.h"
+#include "trace/tdf/SectionScanner.h"
+#include "trace/tdf/TDFError.h"
+#include "trace/tdf/TDFFile.h"
+
+namespace Zu::Wep::Trace {
+
+using TDFError::ThrowUnless;
+using ZU_WEP::PosixFile;
+
+namespace {
+
+constexpr const char* TDFExtension = "tdf";
+
+/// Version, name length and name: what follows the length field.
+std::string EncodeNameVersion(const char* name, unsigned int version) {
+    return EncodeSectionStart(0, name != nullptr ? name : "", version).substr(SectionHeader::LengthSize);
+}
+
+std::uint32_t ReadLengthField(const PosixFile& file, std::uint64_t headerOffset) {
+    std::array<char, SectionHeader::LengthSize> bytes{};
+    ThrowUnless(file.ReadAt(headerOffset, bytes.data(), bytes.size()) == bytes.size(), TDFError::ReadLength);
+    return DecodeSectionLength(bytes.data());
+}
+
+void WriteLengthField(const PosixFile& file, std::uint64_t headerOffset, std::uint32_t length) {
+    ThrowUnless(file.WriteAt(headerOffset, {EncodeSectionLength(length)}), TDFError::WriteLength);
+}
+
+/// The checks that LoadSectionData and GetSectionDataPosition begin with.
+void CheckPathToLoad(TDFHandler& handler, const char* path) {
+    ThrowUnless(handler.IsFileAvailable(path), TDFError::LoadName);
+    ThrowUnless(handler.HasExtension(path, TDFExtension), TDFError::Extension);
+}
+
+SectionInfo RequireNamedSection(const PosixFile& file, const char* name, unsigned int version) {
+    return RequireSection(file, name, version, std::string(name != nullptr ? name : "") + TDFError::SectionNotFound);
+}
+
+}  // namespace
+
+TDFHandler::TDFHandler() = default;
+
+TDFHandler::~TDFHandler() = default;
+
+void TDFHandler::CreateTDFFile(const char* path) {
+    ThrowUnless(path != nullptr, TDFError::CreateNullName);
+    ThrowUnless(HasExtension(path, TDFExtension), TDFError::Extension);
+    PosixFile file = PosixFile::Open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    ThrowUnless(file.IsOpen(), TDFError::Create);
+    ThrowUnless(file.WriteAt(0, {TDFIdentifier}) && file.Close(), TDFError::WriteIdentifier);
+}
+
+bool TDFHandler::ISTDF(const char* path) {
+    if (!HasExtension(path, TDFExtension)) {
+        return false;
+    }
+    const PosixFile file = PosixFile::Open(path, O_RDONLY);
+    return file.IsOpen() && HasIdentifier(file);
+}
+
+bool TDFHandler::IsFileAvailable(const char* path) { return CanOpenForReading(path); }
+
+bool TDFHandler::HasExtension(const char* path, const char* extension) {
+    if (path == nullptr || extension == nullptr) {
+        return false;
+    }
+    const auto pathLength = static_cast<std::uint32_t>(std::strlen(path));
+    const auto extensionLength = static_cast<std::uint32_t>(std::strlen(extension));
+    if (pathLength <= extensionLength) {
+        return false;
+    }
+    const char* tail = path + (pathLength - extensionLength);
+    return tail[-1] == '.' && ::strcasecmp(tail, extension) == 0;
+}
+
+bool TDFHandler::SaveNameVersion(std::FILE* stream, const char* name, unsigned int version) {
+    if (stream == nullptr) {
+        return false;
+    }
+    const std::string bytes = EncodeNameVersion(name, version);
+    return std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+}
+
+void TDFHandler::SaveSectionHeader(const char* path, const char* name, unsigned int version,
+                                   unsigned int& headerOffset) {
+    headerOffset = 0;
+    PosixFile file = OpenForUpdate(path);
+    const std::uint64_t offset = file.Size().value_or(0);
+    const std::string nameVersion = EncodeNameVersion(name, version);
+    const std::uint64_t length = SectionHeader::LengthSize + nameVersion.size();
+    ThrowUnless(offset <= MaxFileSize && length <= MaxFileSize - offset, TDFError::HeaderOffset);
+
+    headerOffset = static_cast<unsigned int>(offset);
+    ThrowUnless(file.WriteAt(offset, {EncodeSectionLength(0)}), TDFError::WriteHeaderSize);
+    ThrowUnless(file.WriteAt(offset + SectionHeader::LengthSize, {nameVersion}), TDFError::WriteNameVersion);
+    WriteLengthField(file, offset, static_cast<std::uint32_t>(length));
+    ThrowUnless(file.Close(), TDFError::WriteLength);
+}
+
+void TDFHandler::SaveSectionData(const char* path, const char* /*name*/, unsigned int headerOffset, const void* data,
+                                 unsigned int elementSize, unsigned int count, unsigned int& sectionLength) {
+    sectionLength = 0;
+    ThrowUnless(IsFileAvailable(path), TDFError::SaveName);
+    ThrowUnless(headerOffset >= FirstSectionOffset, TDFError::HeaderOffset);
+    ThrowUnless(data != nullptr, TDFError::NoData);
+    PosixFile file = OpenForUpdate(path);
+    const std::uint64_t end = std::uint64_t{headerOffset} + ReadLengthField(file, headerOffset);
+    const std::uint64_t size = std::uint64_t{elementSize} * count;
+    ThrowUnless(end <= MaxFileSize && size <= MaxFileSize - end, TDFError::HeaderOffset);
+
+    // Elements without a size count as elements that were not written.
+    ThrowUnless(elementSize != 0 || count == 0, TDFError::WriteData);
+    ThrowUnless(file.WriteAt(end, {std::string_view(static_cast<const char*>(data), size)}), TDFError::WriteData);
+    sectionLength = static_cast<unsigned int>(end + size - headerOffset);
+    WriteLengthField(file, headerOffset, sectionLength);
+    ThrowUnless(file.Close(), TDFError::WriteCorrupted);
+}
+
+bool TDFHandler::SeekSectionData(std::FILE* stream, const char* name, unsigned int version,
+                                 unsigned int& payloadLength) {
+    payloadLength = 0;
+    const off_t position = stream != nullptr ? ::ftello(stream) : -1;
+    if (position < 0) {
+        return false;
+    }
+    StreamSectionSource source(stream);
+    SectionScanner scanner(source, static_cast<std::uint64_t>(position));
+    SectionInfo section;
+    if (!scanner.Find(name, version, section) ||
+        ::fseeko(stream, static_cast<off_t>(section.payloadOffset), SEEK_SET) != 0) {
+        return false;
+    }
+    payloadLength = section.payloadLength;
+    return true;
+}
+
+void TDFHandler::GetSectionDataLengthInBytes(const char* path, const char* name, unsigned int version,
+                                             unsigned int& payloadLength) {
+    payloadLength = 0;
+    ThrowUnless(IsFileAvailable(path), TDFError::LoadFileName);
+    // The extension is deliberately not looked at here.
+    const PosixFile file = OpenForReading(path);
+    payloadLength = RequireSection(file, name, version, TDFError::SectionSizeNotFound).payloadLength;
+}
+
+void TDFHandler::LoadSectionData(const char* path, const char* name, unsigned int version, void* buffer,
+                                 unsigned int bufferSize, unsigned int& bytesRead) {
+    bytesRead = 0;
+    CheckPathToLoad(*this, path);
+    ThrowUnless(buffer != nullptr && bufferSize != 0, TDFError::NoBuffer);
+    const PosixFile file = OpenForReading(path);
+    const SectionInfo section = RequireNamedSection(file, name, version);
+    const auto count = file.ReadAt(section.payloadOffset, buffer, std::min(bufferSize, section.payloadLength));
+    ThrowUnless(count.has_value(), TDFError::ReadCorrupted);
+    bytesRead = static_cast<unsigned int>(*count);
+}
+
+void TDFHandler::GetSectionDataPosition(const char* path, const char* name, unsigned int version,
+                                        unsigned int& position, unsigned int& payloadLength) {
+    CheckPathToLoad(*this, path);
+    const PosixFile file = OpenForReading(path);
+    payloadLength = 0;
+    const SectionInfo section = RequireNamedSection(file, name, version);
+    position = static_cast<unsigned int>(section.payloadOffset);
+    payloadLength = section.payloadLength;
+}
+
+}  // namespace Zu::Wep::Trace
