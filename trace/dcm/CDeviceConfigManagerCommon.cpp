@@ -1,0 +1,221 @@
+#include "trace/dcm/CDeviceConfigManagerCommon.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <memory>
+
+#include "source_utilities/Log.h"
+#include "trace/dcm/ModificationTime.h"
+#include "trace/dcm/ObjectFileSection.h"
+#include "trace/dcm/TraceEnvironment.h"
+#include "trace/tdf/SectionAppender.h"
+#include "trace/tdf/SectionReader.h"
+#include "trace/tdf/TDFHandler.h"
+
+namespace Zu::Wep::Trace {
+
+namespace {
+
+TraceEnvironment environment;
+
+bool CanBeRead(const std::string& path) {
+    // Not blocking, so that a recorded path that is a pipe by now can't stop the host.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    close(descriptor);
+    return true;
+}
+
+std::string UpperCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
+    return text;
+}
+
+}  // namespace
+
+CDeviceConfigManagerCommon::CDeviceConfigManagerCommon() : CDeviceConfigManagerCommon(nullptr, nullptr) {}
+
+CDeviceConfigManagerCommon::CDeviceConfigManagerCommon(CPUInfo* cpu, CDeviceIdentifier* id)
+    : m_cpuInfo(cpu), m_deviceIdentifier(id), m_factoryLibrary(nullptr, -1) {
+    environment.Prepare();
+}
+
+CDeviceConfigManagerCommon::~CDeviceConfigManagerCommon() {
+    DisconnectLiveSystem();
+    ClearObjectFiles();
+}
+
+void CDeviceConfigManagerCommon::RegisterEventHandler(CDeviceConfigEvents* handler) { m_eventHandler = handler; }
+
+bool CDeviceConfigManagerCommon::GetInfo(int& deviceId, int& cpuId, std::string& name) {
+    if (m_cpuInfo == nullptr) {
+        deviceId = m_fallbackDeviceId;
+        cpuId = m_fallbackCpuId;
+        return true;
+    }
+    deviceId = m_cpuInfo->deviceId;
+    cpuId = m_cpuInfo->cpuId;
+    name = m_cpuInfo->name != nullptr ? m_cpuInfo->name : "";
+    return true;
+}
+
+bool CDeviceConfigManagerCommon::SaveCommonConfiguration(const std::string& fileName, eTraceDataFileType type) {
+    if (type != TRACE_DATA_FILE_TDF) {
+        return false;
+    }
+    if (m_refreshObjectFiles) {
+        GetLiveSystemObjectFiles();
+    }
+    if (m_deviceIdentifier != nullptr) {
+        m_deviceIdentifier->SaveToFile(fileName, TRACE_DATA_FILE_TDF);
+    }
+    return SaveConfigurationLocal(fileName.c_str(), TRACE_DATA_FILE_TDF, kCommonSectionName, kCommonSectionVersion);
+}
+
+bool CDeviceConfigManagerCommon::SaveConfigurationLocal(const char* fileName, [[maybe_unused]] eTraceDataFileType type,
+                                                        const char* sectionName, int version) {
+    if (!TDFHandler().ISTDF(fileName)) {
+        return false;
+    }
+    std::string payload;
+    for (std::size_t i = 0; i < m_objectFiles.size(); ++i) {
+        m_objectFilePath.clear();
+        if (!m_objectFiles[i]->fileName.empty()) {
+            AppendObjectFileEntry(payload,
+                                  {m_objectFileNames[i], m_objectFiles[i]->fileName, m_objectFiles[i]->timeStamp});
+        }
+    }
+    AppendSection(fileName, sectionName, static_cast<unsigned>(version), payload);
+    return true;
+}
+
+bool CDeviceConfigManagerCommon::LoadCommonConfiguration(const std::string& fileName, eTraceDataFileType type) {
+    if (type != TRACE_DATA_FILE_TDF || !TDFHandler().ISTDF(fileName.c_str())) {
+        return false;
+    }
+    const std::string payload = ReadSection(fileName.c_str(), kCommonSectionName, kCommonSectionVersion);
+    if (payload.empty()) {
+        return true;  // the object files known so far stay, unchecked
+    }
+    ClearObjectFiles();
+    const ObjectFileEntries found = ParseObjectFileEntries(payload);
+    for (const ObjectFileEntry& entry : found.entries) {
+        AddObjectFile(entry.name, entry.fileName, entry.timeStamp);
+    }
+    if (!found.complete) {
+        ZU_WEP::Log(ZU_WEP::LogUnexpected, "DCM: %s: section %s ends within an object file, %zu whole ones are kept",
+                    fileName.c_str(), kCommonSectionName, found.entries.size());
+    }
+    CheckObjectFileTimeStamp();
+    if (m_deviceIdentifier != nullptr) {
+        m_deviceIdentifier->LoadFromFile(fileName, TRACE_DATA_FILE_TDF);
+    }
+    return true;
+}
+
+void CDeviceConfigManagerCommon::CheckObjectFileTimeStamp() {
+    for (std::size_t i = 0; i < m_objectFiles.size(); ++i) {
+        if (m_objectFiles[i] == nullptr || !CheckObjectFile(*m_objectFiles[i])) {
+            return;
+        }
+    }
+}
+
+/// False stops the whole check, not only that of this file: meant so.
+bool CDeviceConfigManagerCommon::CheckObjectFile(FILE_Info& file) {
+    if (file.fileName.empty()) {
+        return false;
+    }
+    const bool asked = !CanBeRead(file.fileName);
+    if (asked) {
+        file.fileName = AskForObjectFile(file.fileName, false);
+    }
+    const auto modified = ModificationTime(file.fileName);
+    if (!modified) {
+        return false;
+    }
+    if (*modified == file.timeStamp) {
+        return true;
+    }
+    const std::string answer = asked ? std::string() : AskForObjectFile(file.fileName, true);
+    if (answer != file.fileName) {
+        if (!ModificationTime(answer)) {
+            return false;
+        }
+        file.fileName = answer;
+    }
+    file.timeStamp = *modified;  // of the file first looked at, also when another was named: meant so
+    return true;
+}
+
+std::string CDeviceConfigManagerCommon::AskForObjectFile(const std::string& fileName, bool timeStampChanged) {
+    std::string answer;
+    if (m_eventHandler != nullptr) {
+        m_eventHandler->OnUpdateObjectFile(fileName, timeStampChanged, answer);
+    }
+    return answer;
+}
+
+bool CDeviceConfigManagerCommon::GetObjectFile(const std::string& name, std::string& objectFile) {
+    GetLiveSystemObjectFiles();
+    const int index = FindObjectFile(name);
+    if (index >= 0) {
+        objectFile = m_objectFiles[static_cast<std::size_t>(index)]->fileName;
+        return true;
+    }
+    if (m_eventHandler == nullptr) {
+        return false;
+    }
+    const std::string answer = AskForObjectFile("Application for " + name, false);
+    const auto modified = ModificationTime(answer);
+    if (!modified) {
+        return false;
+    }
+    AddObjectFile(name, answer, *modified);
+    objectFile = answer;
+    return true;
+}
+
+int CDeviceConfigManagerCommon::FindObjectFile(const std::string& name) {
+    const auto first = [this](const auto& matches) {
+        const auto found = std::find_if(m_objectFileNames.begin(), m_objectFileNames.end(), matches);
+        return found == m_objectFileNames.end() ? -1 : static_cast<int>(found - m_objectFileNames.begin());
+    };
+    int index = first([&](const std::string& known) { return known == name; });
+    if (index < 0) {
+        index = first([&](const std::string& known) { return known.find(name) != std::string::npos; });
+    }
+    if (index < 0) {
+        index = first([&](const std::string& known) { return IsCloseMatch(known, name); });
+    }
+    return index;
+}
+
+bool CDeviceConfigManagerCommon::IsCloseMatch(const std::string& candidate, const std::string& wanted) {
+    // Any suffix of `wanted` may occur, and the shortest is its last character: as loose as it looks, and meant so.
+    return !wanted.empty() && UpperCase(candidate).find(UpperCase(wanted).back()) != std::string::npos;
+}
+
+void CDeviceConfigManagerCommon::AddObjectFile(const std::string& name, const std::string& fileName,
+                                               std::int64_t timeStamp) {
+    auto file = std::make_unique<FILE_Info>(FILE_Info{fileName, timeStamp});
+    m_objectFiles.reserve(m_objectFiles.size() + 1);
+    m_objectFileNames.push_back(name);
+    m_objectFiles.push_back(file.release());
+}
+
+void CDeviceConfigManagerCommon::ClearObjectFiles() {
+    for (const FILE_Info* file : m_objectFiles) {
+        delete file;
+    }
+    m_objectFiles.clear();
+    m_objectFileNames.clear();
+}
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/CDeviceIdentifier.h"
+#include "host/CPUInfo.h"
+#include "host/CTraceFactory.h"
+#include "source_utilities/uDll.h"
+#include "trace/dcm/CDeviceConfigManager.h"
+#include "trace/dcm/FILE_Info.h"
+
+namespace Zu::Wep::Trace {
+
+/// The device-independent half of every manager: the object files of the target's CPUs, the section "DCM_COMMON"
+/// that keeps them in a capture (docs/object-files.md), and the connection to the live system.
+/// The order of the data members is part of the binary interface.
+class CDeviceConfigManagerCommon : public CDeviceConfigManager {
+  public:
+    CDeviceConfigManagerCommon();
+    /// Borrows both for its whole life; either may be null. Prepares the trace environment and the log.
+    CDeviceConfigManagerCommon(CPUInfo* cpu, CDeviceIdentifier* id);
+    CDeviceConfigManagerCommon(const CDeviceConfigManagerCommon&) = delete;
+    CDeviceConfigManagerCommon& operator=(const CDeviceConfigManagerCommon&) = delete;
+    /// Gives the live connection back.
+    ~CDeviceConfigManagerCommon() override;
+
+    void RegisterEventHandler(CDeviceConfigEvents* handler) override;
+    bool GetInfo(int& deviceId, int& cpuId, std::string& name) override;
+    bool GetObjectFile(const std::string& name, std::string& objectFile) override;
+
+    CDeviceIdentifier* GetDeviceIdentifier() const { return m_deviceIdentifier; }
+
+    /// Appends the object files to a capture. False, with nothing written, for another `type` or a file that is no
+    /// capture. Throws vornError when the capture can't be written.
+    bool SaveCommonConfiguration(const std::string& fileName, eTraceDataFileType type);
+    /// Replaces the object files by those of a capture, and checks them. An empty section leaves them alone.
+    /// False as for saving. Throws vornError when the section can't be read.
+    bool LoadCommonConfiguration(const std::string& fileName, eTraceDataFileType type);
+    /// Appends the object files as the section `sectionName`; `type` is not used.
+    bool SaveConfigurationLocal(const char* fileName, eTraceDataFileType type, const char* sectionName, int version);
+    /// Holds the recorded files against the disk, asking the event handler about each that is missing or was
+    /// modified, at most once. Stops at the first that stays without an answer.
+    void CheckObjectFileTimeStamp();
+    /// Whether the last character of `wanted` occurs in `candidate`, in any case.
+    bool IsCloseMatch(const std::string& candidate, const std::string& wanted);
+
+    /// Makes sure that there is a channel server; false when there can't be one now. May be tried again.
+    bool ConnectLiveSystem();
+    /// Brings the object files up to date with the live system, if connected.
+    void GetLiveSystemObjectFiles();
+
+  protected:
+    CPUInfo* m_cpuInfo = nullptr;
+    std::int32_t m_fallbackDeviceId = 0;
+    std::int32_t m_fallbackCpuId = 0;
+    CDeviceIdentifier* m_deviceIdentifier = nullptr;
+    CDeviceConfigEvents* m_eventHandler = nullptr;
+    std::vector<std::string> m_objectFileNames;  ///< parallel to m_objectFiles
+    std::vector<FILE_Info*> m_objectFiles;       ///< owned
+    CTraceFactory* m_traceFactory = nullptr;
+    CChannelServer* m_channelServer = nullptr;
+    ZU_WEP::uDll m_factoryLibrary;
+    std::string m_objectFilePath;  ///< the path that the live system gave last
+    bool m_refreshObjectFiles = false;
+
+  private:
+    void AddObjectFile(const std::string& name, const std::string& fileName, std::int64_t timeStamp);
+    void ClearObjectFiles();
+    bool CheckObjectFile(FILE_Info& file);
+    std::string AskForObjectFile(const std::string& fileName, bool timeStampChanged);
+    int FindObjectFile(const std::string& name);
+    bool LoadFactoryLibrary();
+    bool CreateTraceFactory();
+    bool CreateChannelServer();
+    void UpdateLiveObjectFile(const std::string& cpu);
+    void DisconnectLiveSystem() noexcept;
+};
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,126 @@
+// The connection to the live system. The host's side of it is host/CTraceFactory.h.
+
+#include <algorithm>
+
+#include "host/vorn/vornError.h"
+#include "source_utilities/Log.h"
+#include "source_utilities/source_utilities_error.h"
+#include "trace/dcm/CDeviceConfigManagerCommon.h"
+#include "trace/dcm/ModificationTime.h"
+
+namespace Zu::Wep::Trace {
+
+namespace {
+
+constexpr char kFactoryLibrary[] = "TraceFactory";
+constexpr char kCreateFactory[] = "CreateTraceFactory";
+constexpr char kDestroyFactory[] = "DestroyTraceFactory";
+
+// What the managers pass for the factory's mode arguments.
+constexpr int kCreateMode = 1;
+constexpr int kDestroyMode = 0;
+
+using CreateFactoryFunction = CTraceFactory* (*)();
+using DestroyFactoryFunction = void (*)(CTraceFactory*);
+
+}  // namespace
+
+bool CDeviceConfigManagerCommon::ConnectLiveSystem() {
+    if (m_channelServer != nullptr) {
+        return true;
+    }
+    ZU_WEP::Log(ZU_WEP::LogInformation, "DCM: Loading factory DLL - %s ", kFactoryLibrary);
+    if (m_traceFactory == nullptr && LoadFactoryLibrary() && !CreateTraceFactory()) {
+        return false;
+    }
+    return m_traceFactory != nullptr && CreateChannelServer();
+}
+
+bool CDeviceConfigManagerCommon::LoadFactoryLibrary() {
+    try {
+        return m_factoryLibrary.FindAndLoad(kFactoryLibrary, -1);
+    } catch (const ZU_WEP::source_utilities_error&) {  // the working directory is gone
+        return false;
+    }
+}
+
+bool CDeviceConfigManagerCommon::CreateTraceFactory() {
+    const auto create = reinterpret_cast<CreateFactoryFunction>(m_factoryLibrary.GetSymbolAddress(kCreateFactory));
+    if (create == nullptr) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM DCM: Cannot get Trace Facotry Dll ");  // spelled so
+        return false;
+    }
+    ZU_WEP::Log(ZU_WEP::LogInformation, "STM DCM: Creating Trace factory");
+    try {
+        m_traceFactory = create();
+        return true;
+    } catch (...) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM DCM: Exception in creating trace factory object ");
+        return false;
+    }
+}
+
+bool CDeviceConfigManagerCommon::CreateChannelServer() {
+    try {
+        m_traceFactory->CreateChannelServer(m_channelServer, kCreateMode);
+        ZU_WEP::Log(ZU_WEP::LogInformation,
+                    "stm DCM: Done -creating/Connecting Channel Server ");  // lower case, meant so
+        return m_channelServer != nullptr;
+    } catch (...) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM DCM: Exception in creating Channel Server ");
+        return false;
+    }
+}
+
+void CDeviceConfigManagerCommon::GetLiveSystemObjectFiles() {
+    if (m_channelServer == nullptr) {
+        return;
+    }
+    std::vector<std::string> cpus;
+    m_channelServer->ListCPUs(cpus);
+    try {
+        for (const std::string& cpu : cpus) {
+            UpdateLiveObjectFile(cpu);
+        }
+    } catch (const Vorn::vornErrorIF&) {
+        // What was brought up to date before stays so.
+    }
+}
+
+void CDeviceConfigManagerCommon::UpdateLiveObjectFile(const std::string& cpu) {
+    m_objectFilePath.clear();
+    m_channelServer->GetObjectFile(cpu, m_objectFilePath);
+    ZU_WEP::Log(ZU_WEP::LogInformation, "DCM: live system CPU = %s; OutFile=%s", cpu.c_str(), m_objectFilePath.c_str());
+    const std::int64_t modified = ModificationTime(m_objectFilePath).value_or(0);
+    const auto known = std::find(m_objectFileNames.begin(), m_objectFileNames.end(), cpu);
+    if (known == m_objectFileNames.end()) {
+        AddObjectFile(cpu, m_objectFilePath, modified);
+        return;
+    }
+    FILE_Info& file = *m_objectFiles[static_cast<std::size_t>(known - m_objectFileNames.begin())];
+    file.fileName = m_objectFilePath;
+    file.timeStamp = modified;
+}
+
+void CDeviceConfigManagerCommon::DisconnectLiveSystem() noexcept {
+    try {
+        if (m_channelServer != nullptr && m_traceFactory != nullptr) {
+            ZU_WEP::Log(ZU_WEP::LogInformation, "DCM: Destroying Channel Server ");
+            CChannelServer* const server = m_channelServer;
+            m_channelServer = nullptr;
+            m_traceFactory->DestroyChannelServer(server, kDestroyMode);
+        }
+        if (m_traceFactory != nullptr) {  // also one that never made a server: nobody else could give it back
+            const auto destroy =
+                reinterpret_cast<DestroyFactoryFunction>(m_factoryLibrary.GetSymbolAddress(kDestroyFactory));
+            if (destroy != nullptr) {
+                destroy(m_traceFactory);
+            }
+        }
+    } catch (...) {
+        // The manager ends whatever the host's objects do.
+    }
+    m_traceFactory = nullptr;
+}
+
+}  // namespace Zu::Wep::Trace

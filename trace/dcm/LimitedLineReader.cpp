@@ -1,0 +1,44 @@
+#include "trace/dcm/LimitedLineReader.h"
+
+#include "source_utilities/Log.h"
+
+namespace Zu::Wep::Trace {
+
+namespace {
+
+constexpr int kEnd = std::istream::traits_type::eof();
+
+}  // namespace
+
+int LimitedLineReader::NextCharacter() {
+    try {
+        const int next = m_in.rdbuf()->sbumpc();
+        if (next == kEnd) {
+            m_in.setstate(std::ios_base::eofbit);
+        }
+        return next;
+    } catch (const std::ios_base::failure&) {  // how a file stream reports a failed read(2)
+        m_in.setstate(std::ios_base::badbit);
+        return kEnd;
+    }
+}
+
+void LimitedLineReader::Next(std::string& line, std::size_t limit) {
+    line.clear();
+    ++m_lineNumber;
+    bool cut = false;
+    for (int next = NextCharacter(); next != kEnd && next != '\n'; next = NextCharacter()) {
+        if (line.size() < limit) {
+            line += static_cast<char>(next);
+        } else {
+            cut = true;
+        }
+    }
+    if (cut) {
+        m_anyCut = true;
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s line %lu is longer than %zu characters, the rest is skipped",
+                    m_source.c_str(), m_lineNumber, limit);
+    }
+}
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,31 @@
+#pragma once
+
+// The payload of the section "DCM_COMMON". Its format is docs/object-files.md.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Zu::Wep::Trace {
+
+inline constexpr char kCommonSectionName[] = "DCM_COMMON";
+inline constexpr int kCommonSectionVersion = 1;
+
+struct ObjectFileEntry {
+    std::string name;
+    std::string fileName;
+    std::int64_t timeStamp = 0;  ///< seconds since 1970-01-01 UTC
+};
+
+void AppendObjectFileEntry(std::string& payload, const ObjectFileEntry& entry);
+
+/// The whole entries at the start of `payload`; `complete` tells whether they fill it.
+struct ObjectFileEntries {
+    std::vector<ObjectFileEntry> entries;
+    bool complete = true;
+};
+
+ObjectFileEntries ParseObjectFileEntries(std::string_view payload);
+
+}  // namespace Zu::Wep::Trace

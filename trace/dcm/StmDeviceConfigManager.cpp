@@ -1,0 +1,271 @@
+#include "trace/dcm/StmDeviceConfigManager.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "host/vorn/vornError.h"
+#include "source_utilities/Log.h"
+#include "source_utilities/ReplaceFile.h"
+#include "trace/dcm/EnvironmentVariables.h"
+#include "trace/dcm/SettingsText.h"
+#include "trace/dcm/StmPropertyTable.h"
+#include "trace/dcm/StmSections.h"
+#include "trace/dcm/TraceEnvironment.h"
+#include "trace/tdf/SectionAppender.h"
+#include "trace/tdf/SectionReader.h"
+#include "trace/tdf/TDFHandler.h"
+
+namespace Zu::Wep::Trace {
+
+namespace {
+
+constexpr char kDefaultConfigFileName[] = "STM_Config.txt";
+constexpr char kConfigFileNameEnd[] = "-STMCfg.txt";
+constexpr char kSettingsExtension[] = ".dcm";
+constexpr char kConstantProperty[] = "CycleModeDelta";  ///< always true, never stored
+
+TraceEnvironment environment;  // beside the one of the common half, which every manager prepares first: meant so
+
+std::string ConfigFileName(const CPUInfo* cpu) {
+    if (cpu == nullptr) {
+        return kDefaultConfigFileName;
+    }
+    std::string name = cpu->name != nullptr ? cpu->name : "";
+    std::replace(name.begin(), name.end(), '/', '-');
+    return name + kConfigFileNameEnd;
+}
+
+}  // namespace
+
+StmDeviceConfigManager::StmDeviceConfigManager(CPUInfo* cpu, CDeviceIdentifier* id)
+    : CDeviceConfigManagerCommon(cpu, id), m_configFileName(ConfigFileName(cpu)) {
+    environment.Prepare();
+    if (cpu == nullptr) {
+        return;
+    }
+    try {
+        StmDeviceConfigManager::LoadConfiguration(m_configFileName, TRACE_DATA_FILE_LIVE);
+    } catch (const std::logic_error&) {
+        // No settings directory, so no settings file: the defaults stay.
+    }
+}
+
+StmDeviceConfigManager::~StmDeviceConfigManager() = default;
+
+bool StmDeviceConfigManager::GetProperty(const std::string& name, ConfigPropertyValue& value) {
+    if (name == kConstantProperty) {
+        SetBoolean(value, true);
+        return true;
+    }
+    const StmProperty* property = FindStmProperty(name);
+    if (property == nullptr) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Local DCM: GetProperty failed Proerty Name = %s.", name.c_str());
+        return false;
+    }
+    GetValue(m_properties, *property, value);
+    return true;
+}
+
+bool StmDeviceConfigManager::SetSTMProperty(const std::string& name, ConfigPropertyValue& value) {
+    const StmProperty* property = FindStmProperty(name);
+    if (property == nullptr) {
+        return false;
+    }
+    SetFromValue(m_properties, *property, value);
+    return true;
+}
+
+std::string StmDeviceConfigManager::GetLastError() const { return {}; }
+
+UsecaseRecord* StmDeviceConfigManager::GetUsecaseRecord() { return &m_usecaseRecord; }
+
+CTUsecaseRecord* StmDeviceConfigManager::GetCTUsecaseRecord() { return &m_ctUsecaseRecord; }
+
+PMIUsecaseRecord* StmDeviceConfigManager::GetPMIUsecaseRecord() { return &m_pmiUsecaseRecord; }
+
+bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTraceDataFileType type) {
+    switch (type) {
+        case TRACE_DATA_FILE_TDF:
+            try {
+                return LoadCommonConfiguration(fileName, type) && LoadSTMConfigurationFromTDF(fileName);
+            } catch (const Vorn::vornErrorIF& error) {
+                m_errorText = error.what();
+                return false;
+            }
+        case TRACE_DATA_FILE_LIVE:
+            return LoadSTMConfigurationLive(fileName);
+        case TRACE_DATA_FILE_LOCAL:
+            m_retrievalEnabled = false;
+            return LoadSTMConfiguration(fileName);
+        default:
+            return false;
+    }
+}
+
+bool StmDeviceConfigManager::SaveConfiguration(const std::string& fileName, eTraceDataFileType type) {
+    switch (type) {
+        case TRACE_DATA_FILE_TDF:
+            try {
+                return SaveCommonConfiguration(fileName, type) && SaveSTMConfigurationToTDF(fileName);
+            } catch (const Vorn::vornErrorIF& error) {
+                m_errorText = error.what();
+                return false;
+            }
+        case TRACE_DATA_FILE_LIVE:
+        case TRACE_DATA_FILE_TYPE_2:
+        case TRACE_DATA_FILE_LOCAL: {
+            const std::string path = SettingsPath(fileName);
+            if (m_deviceIdentifier != nullptr) {
+                m_deviceIdentifier->SaveToFile(path, TRACE_DATA_FILE_LOCAL);
+            }
+            return SaveSTMConfigurationLive(path);
+        }
+        default:
+            return false;
+    }
+}
+
+void StmDeviceConfigManager::SaveAllConfiguration() {
+    if (m_cpuInfo != nullptr) {
+        SaveConfiguration(ConfigFileName(m_cpuInfo), TRACE_DATA_FILE_LIVE);
+    }
+}
+
+void StmDeviceConfigManager::RetrieveAllConfiguration() {
+    if (!m_retrievalEnabled || m_cpuInfo == nullptr) {
+        return;
+    }
+    m_usecaseRecord.CleaupUsecases(false);
+    m_ctUsecaseRecord.CleaupUsecases(false);
+    m_pmiUsecaseRecord.CleaupUsecases(false);
+    LoadConfiguration(ConfigFileName(m_cpuInfo), TRACE_DATA_FILE_LIVE);
+}
+
+void StmDeviceConfigManager::OutputParametersToBuffer(std::string& out) {
+    AppendPropertyLines(m_properties, out);
+    ZU_WEP::LogAbove(2, ZU_WEP::LogInformation, "OutputParametersToBuffer is done.");
+}
+
+bool StmDeviceConfigManager::ExtractValue(const std::string& name, const std::string& value) {
+    ZU_WEP::Log(ZU_WEP::LogInformation, "STM Device DCM: ExtractValue: name=\"%s\", value=\"%s\"", name.c_str(),
+                value.c_str());
+    const StmProperty* property = FindStmProperty(name);
+    if (property == nullptr) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: extracting fail: name = %s, value = %s", name.c_str(),
+                    value.c_str());
+        return false;
+    }
+    SetFromText(m_properties, *property, value);
+    return true;
+}
+
+void StmDeviceConfigManager::PackOneLineMetaData(std::string& out, char* line) { UnfoldPackedBlock(out, line); }
+
+std::string StmDeviceConfigManager::ConfigurationText() {
+    std::string text;
+    OutputParametersToBuffer(text);
+    m_usecaseRecord.SaveAllRecords(text);
+    m_ctUsecaseRecord.SaveAllRecords(text);
+    m_pmiUsecaseRecord.SaveAllRecords(text);
+    return text;
+}
+
+void StmDeviceConfigManager::ReadRecords(const std::string& blocks) {
+    const auto read = [&blocks](auto& record) {
+        std::istringstream in(blocks);
+        record.CleaupUsecases(false);
+        record.RetrieveAllRecords(in);
+    };
+    read(m_usecaseRecord);
+    read(m_ctUsecaseRecord);
+    read(m_pmiUsecaseRecord);
+}
+
+bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
+    std::ifstream file(path);
+    if (!file.is_open()) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: LoadSTMConfiguration fail to open file: %s", path.c_str());
+        return false;
+    }
+    const SettingsTextResult text = ReadSettingsText(
+        file, kFileLineLimits, path,
+        [this](const std::string& name, const std::string& value) { return ExtractValue(name, value); });
+    if (text.readable) {
+        ReadRecords(text.blocks);
+    }
+    return text.clean;
+}
+
+bool StmDeviceConfigManager::LoadSTMConfigurationLive(const std::string& name) {
+    if (name.empty()) {
+        return false;
+    }
+    std::string path = SettingsPath(name);
+    if (path.find(kSettingsExtension) == std::string::npos) {  // anywhere in the path, the directory too: meant so
+        path += kSettingsExtension;
+    }
+    return LoadSTMConfiguration(path);
+}
+
+bool StmDeviceConfigManager::SaveSTMConfigurationLive(const std::string& name) {
+    if (name.empty()) {
+        return false;
+    }
+    ZU_WEP::Log(ZU_WEP::LogInformation, "STM Device DCM: SaveSTMConfigurationLive %s", name.c_str());
+    // Unlike the reader, the writer does not look whether the extension is there already: meant so.
+    // Neither is a file that can't be opened a failure.
+    try {
+        if (ZU_WEP::ReplaceFile(name + kSettingsExtension, ConfigurationText()) != ZU_WEP::ReplaceResult::Failed) {
+            return true;
+        }
+    } catch (const std::exception&) {
+        // told below, like any failure to write
+    }
+    m_errorText = "Failed to write file";
+    ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: SaveSTMConfigurationLive fail to write buffer to file");
+    return false;
+}
+
+bool StmDeviceConfigManager::SaveSTMConfigurationToTDF(const std::string& path) {
+    if (!TDFHandler().ISTDF(path.c_str())) {
+        return true;  // loading the same file fails: meant so
+    }
+    try {
+        AppendSection(path.c_str(), kStmSectionName, kStmSectionVersion, ConfigurationText());
+        return true;
+    } catch (const Vorn::vornErrorIF& error) {
+        m_errorText = error.what();
+        return false;
+    }
+}
+
+bool StmDeviceConfigManager::LoadSTMConfigurationFromTDF(const std::string& path) {
+    if (path.empty() || !TDFHandler().ISTDF(path.c_str())) {
+        return false;
+    }
+    try {
+        LoadDeviceIdentification(ReadSection(path.c_str(), kDeviceSectionName, kDeviceSectionVersion));
+        std::istringstream in(ReadSection(path.c_str(), kStmSectionName, kStmSectionVersion));
+        const SettingsTextResult text = ReadSettingsText(
+            in, LineLimits{}, path,
+            [this](const std::string& name, const std::string& value) { return ExtractValue(name, value); });
+        ReadRecords(text.blocks);
+        return true;
+    } catch (const Vorn::vornErrorIF& error) {
+        m_errorText = error.what();
+        return false;
+    }
+}
+
+void StmDeviceConfigManager::LoadDeviceIdentification(const std::string& text) {
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        const KeyValue field = SplitKeyValue(line);
+        if (!field.value.empty()) {
+            ExtractValue(std::string(field.key), std::string(field.value));  // most keys are no properties
+        }
+    }
+}
+
+}  // namespace Zu::Wep::Trace

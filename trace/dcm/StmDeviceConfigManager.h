@@ -1,0 +1,73 @@
+#pragma once
+
+#include <string>
+
+#include "trace/dcm/CDeviceConfigManagerCommon.h"
+#include "trace/dcm/StmProperties.h"
+#include "trace/usecase/CTUsecaseRecord.h"
+#include "trace/usecase/PMIUsecaseRecord.h"
+#include "trace/usecase/UsecaseRecord.h"
+
+namespace Zu::Wep::Trace {
+
+/// The manager of an STM's configuration: its properties (docs/settings-text.md) and three records of use cases.
+/// Hosts reach it through the virtual operations; the others are for the library itself and for embedding it.
+/// The order of virtual operations and of data members is part of the binary interface.
+class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
+  public:
+    /// Loads the settings file of `cpu`, if there is one.
+    StmDeviceConfigManager(CPUInfo* cpu, CDeviceIdentifier* id);
+    ~StmDeviceConfigManager() override;
+
+    bool LoadConfigurationLive() override;
+    bool LoadConfiguration(const std::string& fileName, eTraceDataFileType type) override;
+    bool SaveConfiguration(const std::string& fileName, eTraceDataFileType type) override;
+    bool GetProperty(const std::string& name, ConfigPropertyValue& value) override;
+    std::string GetLastError() const override;
+
+    /// Changes the property `name`; false when there is none, or when it is "CycleModeDelta".
+    virtual bool SetSTMProperty(const std::string& name, ConfigPropertyValue& value);
+    /// Saves into the CPU's settings file. Throws std::logic_error when ZU_TRACE_SETTINGS_DIR is unset or empty.
+    virtual void SaveAllConfiguration();
+    /// Empties the records and loads the CPU's settings file, unless a TRACE_DATA_FILE_LOCAL has been loaded before.
+    virtual void RetrieveAllConfiguration();
+    /// The records belong to the manager and end with it; read and change them, never delete them.
+    virtual UsecaseRecord* GetUsecaseRecord();
+    virtual CTUsecaseRecord* GetCTUsecaseRecord();
+    virtual PMIUsecaseRecord* GetPMIUsecaseRecord();
+
+    /// Appends the property lines of the settings text.
+    void OutputParametersToBuffer(std::string& out);
+    /// Sets the property `name` from its text; false, with a log line, when there is none.
+    bool ExtractValue(const std::string& name, const std::string& value);
+    /// Appends the one-line block in `line`, which it changes, as a block of lines.
+    void PackOneLineMetaData(std::string& out, char* line);
+
+    /// Reads a settings text. See LoadConfiguration for the result.
+    bool LoadSTMConfiguration(const std::string& path);
+    /// Reads the settings file `name` of the trace settings directory, "`.dcm`" added unless the path holds it.
+    bool LoadSTMConfigurationLive(const std::string& name);
+    /// Replaces the settings file `name` + ".dcm", a whole path.
+    bool SaveSTMConfigurationLive(const std::string& name);
+    /// Reads the sections "DEVID" and "STMDECODERINFO" of a capture; a capture without either is a failure.
+    bool LoadSTMConfigurationFromTDF(const std::string& path);
+    /// Appends the section "STMDECODERINFO" to a capture; true, with nothing written, when `path` is no capture.
+    bool SaveSTMConfigurationToTDF(const std::string& path);
+
+  private:
+    std::string ConfigurationText();
+    void ReadRecords(const std::string& blocks);
+    void LoadDeviceIdentification(const std::string& text);
+    void FindChannelDriver();
+
+    std::string m_errorText;  ///< why the last file operation failed; GetLastError does not give it
+    StmProperties m_properties;
+    UsecaseRecord m_usecaseRecord;
+    CTUsecaseRecord m_ctUsecaseRecord;
+    PMIUsecaseRecord m_pmiUsecaseRecord;
+    bool m_retrievalEnabled = true;
+    std::string m_configFileName;
+    CChannelDriver* m_channelDriver = nullptr;  ///< owned by the channel server
+};
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,73 @@
+#include "trace/dcm/StmPropertyTable.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace Zu::Wep::Trace {
+
+const StmProperty* FindStmProperty(std::string_view name) {
+    const auto* found = std::find_if(kStmProperties.begin(), kStmProperties.end(),
+                                     [name](const StmProperty& property) { return name == property.name; });
+    return found == kStmProperties.end() ? nullptr : found;
+}
+
+std::int32_t IntegerFromText(const char* text) { return static_cast<std::int32_t>(std::strtol(text, nullptr, 10)); }
+
+std::int32_t ClockFromText(const char* text) {
+    constexpr double kLimit = 9223372036854775808.0;  // 2^63
+    const double number = std::strtod(text, nullptr);
+    if (!(number >= -kLimit && number < kLimit)) {
+        return 0;  // no 64-bit integer: the machine's own conversion leaves the low half clear
+    }
+    return static_cast<std::int32_t>(static_cast<std::int64_t>(number));
+}
+
+void SetFromText(StmProperties& properties, const StmProperty& property, const std::string& text) {
+    switch (property.conversion) {
+        case TextConversion::Integer:
+            properties.*property.integer = IntegerFromText(text.c_str());
+            break;
+        case TextConversion::Clock:
+            properties.*property.integer = ClockFromText(text.c_str());
+            break;
+        case TextConversion::Flag:
+            properties.*property.flag = text != "0";
+            break;
+        case TextConversion::NumericFlag:
+            properties.*property.flag = IntegerFromText(text.c_str()) != 0;
+            break;
+    }
+}
+
+void SetFromValue(StmProperties& properties, const StmProperty& property, const ConfigPropertyValue& value) {
+    if (property.integer != nullptr) {
+        properties.*property.integer = value.value.integer;
+    } else if (property.flagSource == FlagSource::BooleanByte) {
+        unsigned char byte = 0;  // a host's byte may be neither 0 nor 1, which no bool may hold
+        std::memcpy(&byte, &value.value, sizeof byte);
+        properties.*property.flag = byte != 0;
+    } else {
+        properties.*property.flag = value.value.integer != 0;
+    }
+}
+
+void GetValue(const StmProperties& properties, const StmProperty& property, ConfigPropertyValue& value) {
+    if (property.integer != nullptr) {
+        value.type = ConfigPropertyValue::Integer;
+        value.value.integer = properties.*property.integer;
+    } else {
+        SetBoolean(value, properties.*property.flag);
+    }
+}
+
+void SetBoolean(ConfigPropertyValue& value, bool boolean) {
+    value.type = ConfigPropertyValue::Boolean;
+    std::memcpy(&value.value, &boolean, sizeof boolean);  // the union's other bytes stay as they were
+}
+
+std::int32_t NumberOf(const StmProperties& properties, const StmProperty& property) {
+    return property.integer != nullptr ? properties.*property.integer : std::int32_t{properties.*property.flag};
+}
+
+}  // namespace Zu::Wep::Trace

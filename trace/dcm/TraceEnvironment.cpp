@@ -1,0 +1,82 @@
+#include "trace/dcm/TraceEnvironment.h"
+
+#include <sstream>
+
+#include "source_utilities/uEnvironment.h"
+#include "source_utilities/uLogSystem.h"
+#include "source_utilities/uProcess.h"
+#include "source_utilities/uString.h"
+#include "source_utilities/uTime.h"
+#include "trace/dcm/EnvironmentVariables.h"
+
+using namespace ZU_WEP;
+
+namespace Zu::Wep::Trace {
+
+namespace {
+
+template <typename Number>
+void AppendDecimal(std::string& text, Number number) {
+    std::ostringstream stream;
+    stream << number;
+    text += stream.str();
+}
+
+int LocalTimePart(int (*part)()) {
+    uTime().GetLocal();
+    return part();
+}
+
+}  // namespace
+
+void TraceEnvironment::Prepare() noexcept {
+    try {
+        if (!m_done) {
+            SetUp();
+        }
+        uLogSystem::GetLogSystem()->InitLog(m_logFileName.c_str(), kLoggingVariable, kLoggingDirectoryVariable, true);
+    } catch (...) {
+        // A manager works without a log and without directories.
+    }
+}
+
+void TraceEnvironment::SetUp() {
+    FindDebugClient();
+    MakeDirectories();
+    NameLogFile();
+    m_done = true;
+}
+
+void TraceEnvironment::FindDebugClient() {
+    m_debugClient = uEnvironment::GetVar(kDebugClientVariable);
+    if (!m_debugClient.empty() &&
+        uProcess::LookupProcess(uString::ToNumeric<unsigned long>(m_debugClient.c_str())) == 0) {
+        m_debugClient.clear();
+    }
+    if (m_debugClient.empty()) {
+        AppendDecimal(m_debugClient, static_cast<unsigned long>(uProcess::GetPid()));
+        uEnvironment::SetVar(kDebugClientVariable, m_debugClient.c_str());
+    }
+}
+
+void TraceEnvironment::MakeDirectories() {
+    uEnvironment::GetTraceLoggingDirectory(m_loggingDirectory);
+    uEnvironment::GetTraceTemporaryDataDirectory(m_dataDirectory);
+    uEnvironment::GetTraceUserSettingsDirectory(m_settingsDirectory);
+    for (const auto& [directory, variable] : {std::pair(&m_loggingDirectory, kLoggingDirectoryVariable),
+                                              std::pair(&m_dataDirectory, kDataDirectoryVariable),
+                                              std::pair(&m_settingsDirectory, kSettingsDirectoryVariable)}) {
+        uEnvironment::MakeDirectory(directory->c_str());
+        uEnvironment::SetVar(variable, directory->c_str());
+    }
+}
+
+void TraceEnvironment::NameLogFile() {
+    m_logFileName = "zu_trace_log_";
+    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetMonth));  // counted from 0, and meant so
+    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetDay));
+    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetYear));
+    m_logFileName += "_" + m_debugClient + ".txt";
+}
+
+}  // namespace Zu::Wep::Trace
