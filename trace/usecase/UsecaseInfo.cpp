@@ -91,7 +91,9 @@ int UsecaseInfo::DoExport(std::string& out) const {
     AppendBlockLine(out, BlockOpen);
     WriteFields(out, *this, Fields());
     for (const _CounterLineInfo& counter : m_counters) {
-        AppendKeyLine(out, "#" + std::to_string(WrittenValue(counter.number)), counter.text);
+        std::string key(1, '#');
+        key += std::to_string(WrittenValue(counter.number));
+        AppendKeyLine(out, key, counter.text);
     }
     for (const FormulaInfo& formula : m_formulas) {
         WriteFormula(out, formula);
