@@ -1,0 +1,159 @@
+#include <regex>
+#include <thread>
+#include <tuple>
+
+#include "source_utilities/Log.h"
+#include "source_utilities/source_utilities_error.h"
+#include "source_utilities/uLogSystem.h"
+#include "tests/source_utilities/TempHome.h"
+
+namespace ZU_WEP {
+namespace {
+
+class uLog : public TempHome {
+  protected:
+    ~uLog() override { Reset(); }
+
+    static void Reset() {
+        delete uLogSystem::m_pSystem;
+        uLogSystem::m_pSystem = nullptr;
+    }
+    static uLogSystem& Start(const char* level) {
+        Reset();
+        setenv("LEVEL", level, 1);
+        EXPECT_TRUE(uLogSystem::GetLogSystem()->InitLog("log.txt", "LEVEL", nullptr, false));
+        return *uLogSystem::m_pSystem;
+    }
+};
+
+TEST_F(uLog, LevelVariableSelectsDestinations) {
+    const std::tuple<const char*, bool, bool, int> cases[] = {
+        {"1", true, false, 1}, {"2", true, true, 1},   {"3", true, false, 2},  {"4", true, true, 2},
+        {"5", true, true, 2},  {"6", true, true, 3},   {"9", false, false, 9}, {"-1", false, false, -1},
+        {"", false, false, 0}, {"0", false, false, 0}, {"on", false, false, 0}};
+    for (const auto& [variable, output, echo, stored] : cases) {
+        SCOPED_TRACE(variable);
+        std::filesystem::remove_all(m_home / "log.txt");
+        std::filesystem::remove_all(m_home / ".ZU-trace");
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(Start(variable).GetLoggingLevel(), stored);
+        Log(LogError, "message");
+        const std::string lines = Contents("log.txt");
+        EXPECT_EQ(lines.find("directory is " + m_home.string() + "/.ZU-trace/settings\n") != lines.npos, output);
+        EXPECT_EQ(lines.find("directory is " + m_home.string() + "/.ZU-trace/data\n") != lines.npos, output);
+        EXPECT_EQ(lines.find("message") != lines.npos, output);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), echo ? lines : "");
+        EXPECT_EQ(std::filesystem::exists("log.txt"), output);
+        EXPECT_TRUE(std::filesystem::is_directory(m_home / ".ZU-trace/settings"));
+    }
+}
+
+TEST_F(uLog, LinesHaveOneFormatAndOneLineEnd) {
+    const std::tuple<unsigned, uLogger::TIME_DATE, const char*, const char*> cases[] = {
+        {1, uLogger::TIME_STAMP, "text", "M     \\d\\d:\\d\\d:\\d\\d:\\d{3} \\| text\n"},
+        {16, uLogger::NO_STAMP, "text\n", "    E  text\n"},
+        {31, uLogger::NO_STAMP, "text\r\n", "MWFAE  text\n"},
+        {2, uLogger::DATE_STAMP, "text\n\r", " W    \\d\\d/\\d\\d/\\d\\d \\| text\n"},
+        {12, uLogger::DATE_TIME_STAMP, "text\n\n",
+         "  FA  \\d\\d/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d:\\d{3} \\| text\n\n"},
+        {32, uLogger::NO_STAMP, "", "       \n"},
+        {0, uLogger::NO_STAMP, "text", ""}};
+    uLogger logger("line.txt", false);
+    for (const auto& [level, when, message, line] : cases) {
+        logger.Clear();
+        logger.Log(level, when, "%s", message);
+        EXPECT_TRUE(std::regex_match(Contents("line.txt"), std::regex(line))) << Contents("line.txt") << line;
+    }
+    for (const std::size_t size : {4087U, 4088U, 4089U, 10000U}) {
+        logger.Clear();
+        logger.Log("%s", (std::string(size, 'x') + "\n").c_str());
+        const std::string line = "M      " + std::string(std::min<std::size_t>(size, 4087), 'x') + "\n";
+        EXPECT_EQ(Contents("line.txt"), line) << size;
+    }
+}
+
+TEST_F(uLog, NeedsNoLogger) {
+    Reset();
+    Log(LogError, "nobody listens");
+    uLogSystem::GetLogSystem()->SetLoggingLevel(3);
+    LogAbove(0, LogError, "nobody listens");
+    EXPECT_EQ(LoggerAbove(0), nullptr);
+    EXPECT_FALSE(uLogSystem::m_pSystem->InitLog(nullptr, "LEVEL", nullptr, true));
+    EXPECT_FALSE(uLogSystem::m_pSystem->InitLog("log.txt", nullptr, nullptr, true));
+    EXPECT_EQ(uLogSystem::m_pSystem->LookupLogger(nullptr), nullptr);
+    // A level above 0 without output, and a file that can't be opened: the line is lost, nothing else.
+    EXPECT_TRUE(uLogSystem::m_pSystem->InitLogEx("log.txt", 1, "missing"));
+    Log(LogError, "nowhere to go");
+    EXPECT_EQ(LoggerAbove(0)->GetName(), std::string("missing/log.txt"));
+}
+
+TEST_F(uLog, FirstFileStays) {
+    uLogSystem& system = Start("1");
+    EXPECT_TRUE(system.InitLog("other.txt", "LEVEL", nullptr, false));
+    EXPECT_TRUE(system.InitLogEx("other.txt", 3, ""));
+    LogAbove(1, LogInformation, "too fine");
+    system.SetLoggingLevel(6);
+    LogAbove(1, LogInformation, "fine");
+    system.SetLoggingLevel(0);
+    EXPECT_EQ(system.GetLoggingLevel(), 3);
+    Log(LogInformation, "switched off");
+    EXPECT_FALSE(std::filesystem::exists("other.txt"));
+    EXPECT_TRUE(std::regex_search(Contents("log.txt"), std::regex("data\nM     .* \\| fine\n$")));
+}
+
+TEST_F(uLog, NamedLoggersLiveInTheDirectoryOfTheVariable) {
+    Reset();
+    setenv("LEVEL", "1", 1);
+    setenv("DIR", m_home.c_str(), 1);
+    uLogSystem& system = *uLogSystem::GetLogSystem();
+    for (const char* name : {"a.txt", "b.txt", "a.txt"}) EXPECT_TRUE(system.InitLog(name, "LEVEL", "DIR", true));
+    uLogger* first = system.LookupLogger("a.txt");
+    uLogger* second = system.LookupLogger("b.txt");
+    EXPECT_EQ(system.GetLogger(), first);
+    EXPECT_EQ(second->GetName(), m_home.string() + "/b.txt");
+    Reset();  // One of the two initialisations is left: both loggers live on.
+    for (uLogger* logger : {first, second}) {
+        logger->LogTimeStamp();
+        delete logger;
+    }
+}
+
+TEST_F(uLog, MissingHomeLeavesTheLoggerInForce) {
+    unsetenv("HOME");
+    EXPECT_THROW(Start("1"), source_utilities_error);
+    EXPECT_TRUE(uLogSystem::m_pSystem->InitLog("log.txt", "LEVEL", nullptr, false));
+    uLogger::LogModuleInfo();
+    EXPECT_EQ(Contents("log.txt"), "M      MODULE INFO - source_utilities_test\n");
+}
+
+TEST_F(uLog, FileChangesUnderAnOpenLogger) {
+    uLogger logger("one.txt", false);
+    logger.Log("1");
+    logger.SetFileName("two.txt", true);
+    EXPECT_TRUE(std::filesystem::exists("two.txt"));
+    EXPECT_TRUE(logger.EnableOutput(false));
+    logger.Log("lost");
+    EXPECT_FALSE(logger.EnableOutput(true));
+    logger.Log("2");
+    EXPECT_EQ(Contents("one.txt") + Contents("two.txt"), "M      1\nM      2\n");
+}
+
+TEST_F(uLog, LinesOfSeveralThreadsStayWhole) {
+    Start("1");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([i] {
+            for (int n = 0; n < 200; ++n)
+                Log(LogInformation, "%s", std::string(100, static_cast<char>('a' + i)).c_str());
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    std::ifstream in("log.txt");
+    const std::regex whole("M     [0-9:]{12} \\| (.)\\1{99}");
+    int count = 0;
+    for (std::string line; std::getline(in, line);) count += std::regex_match(line, whole);
+    EXPECT_EQ(count, 800);
+}
+
+}  // namespace
+}  // namespace ZU_WEP
