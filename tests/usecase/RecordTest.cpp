@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include "tests/usecase/Records.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+constexpr const char* FreshSc = "{\nid=0\nname=\njobid=-1\nprobe=\nsw=0\nsuppress=0\n}\n";
+constexpr const char* FreshCpt =
+    "{\ntype=CPT\nsid=0\nname=\njobid=-1\nprobe=\nsw=65535\ncr=0\ndf=1\nmode=1\ndo=254\n}\n";
+constexpr const char* FreshPmi = "{\ntype=PMI_CMI\nname=\nsw=65535\n}\n";
+
+TEST(Record, AnEmptyBlockIsAUsecaseWithTheDefaultsOfEachKind) {
+    const Records records("{\n}\n");
+    EXPECT_EQ(Export(records.sc), FreshSc);
+    EXPECT_EQ(Export(records.cpt), FreshCpt);
+    EXPECT_EQ(Export(records.pmi), FreshPmi);
+    EXPECT_EQ(Records().Text(), "");
+}
+
+TEST(Record, TheScratchObjectIsResetToTheDefaults) {
+    const std::string full =
+        "{\nid=1\nname=n\njobid=2\nprobe=p\nsw=3\nsuppress=1\n#1=c\n/$\nname=f\n$/\n}\n"
+        "{\ntype=CPT\nsid=1\nname=n\njobid=1\nprobe=p\nsw=2\ncr=3\ndf=4\nmode=5\ndo=6\n}\n"
+        "{\ntype=PMI_CMI\nname=PMI\nsw=2\n}\n";
+    Records records;
+    const auto fill = [&full](auto& record, auto* usecase) {
+        std::istringstream in(full);
+        while (usecase->DoImport("", in) == 1) {
+        }
+        record.AddUsecase(record.GetAUsecaseInfo());
+    };
+    fill(records.sc, static_cast<UsecaseInfo*>(records.sc.GetAUsecaseInfo()));
+    fill(records.cpt, static_cast<CTUsecaseInfo*>(records.cpt.GetAUsecaseInfo()));
+    fill(records.pmi, static_cast<PMIUsecaseInfo*>(records.pmi.GetAUsecaseInfo()));
+    EXPECT_EQ(records.Text(), std::string(FreshSc) + FreshCpt + FreshPmi);
+}
+
+// Removal must not go through the assignment of use cases: it would lose probe names and double counters.
+TEST(Record, RemovalKeepsTheOthersWhole) {
+    const auto block = [](int job) {
+        const std::string number = std::to_string(job);
+        return "{\nid=" + number + "\nname=m\njobid=" + number + "\nprobe=p" + number +
+               "\nsw=0\nsuppress=0\n#1=a\n#1=b\n/$\nname=f\nformula=x:3\nunit=u\nofmask=-1\n$/\n}\n";
+    };
+    Records records(block(5) + block(7) + block(5) + block(-1) + block(0));
+    records.sc.RemoveUsecase(9);
+    EXPECT_EQ(records.sc.GetNumUsecases(), 5U);
+    records.sc.RemoveUsecase(5);
+    EXPECT_EQ(Export(records.sc), block(7) + block(-1) + block(0));
+    records.sc.CleaupUsecases(true);
+    EXPECT_EQ(Export(records.sc), block(7) + block(0));
+    for (int i = 0; i < 40; ++i) {
+        records.sc.AddUsecase(records.sc.GetUsecase(0));  // An element of the array that grows.
+    }
+    EXPECT_EQ(records.sc.GetUsecase(42), nullptr);
+    records.sc.RemoveUsecase(0);
+    records.sc.GetUsecase(40)->SetJobNum(8);
+    records.sc.RemoveUsecase(7);
+    EXPECT_STREQ(records.sc.GetUsecase(0)->GetProbeName(), "p7");
+    EXPECT_EQ(records.sc.GetUsecase(0)->GetNumCounters(), 2U);
+    records.sc.CleaupUsecases(false);
+    EXPECT_EQ(Export(records.sc), "");
+}
+
+TEST(Record, PmiSelectsBySource) {
+    const auto read = [] {
+        std::string text;
+        for (const std::string name : {"CMI1", "PMI", "PMI"}) {
+            text += "{\ntype=PMI_CMI\nname=" + name + "\nsw=" + std::to_string(text.size()) + "\n}\n";
+        }
+        return std::make_unique<Records>(text);
+    };
+    auto records = read();
+    EXPECT_STREQ(records->pmi.GetUsecase(2)->GetModuleName(), "CMI1");
+    EXPECT_NE(records->pmi.GetUsecase(0)->GetSampleWindow(), 0U);
+    EXPECT_LT(records->pmi.GetUsecase(0)->GetSampleWindow(), 40U);  // The first of the two.
+    EXPECT_EQ(records->pmi.GetUsecase(1), nullptr);
+    EXPECT_EQ(records->pmi.GetUsecase(3), nullptr);
+    for (const auto& [index, left] : {std::pair(0, 1U), {1, 3U}, {2, 2U}, {3, 0U}, {7, 0U}, {-1, 0U}}) {
+        records = read();
+        records->pmi.RemoveUsecase(index);
+        EXPECT_EQ(records->pmi.GetNumUsecases(), left) << index;
+    }
+}
+
+TEST(Usecase, ScAssignmentAppendsAndKeepsTheProbe) {
+    UsecaseInfo source;
+    UsecaseInfo target;
+    const _CounterLineInfo counter{1, "c"};
+    for (UsecaseInfo* usecase : {&source, &target}) {
+        usecase->AddCounter(&counter);
+        usecase->AddCounter(&counter);
+        usecase->AddFormula("f", "x:3", "u", 1);
+    }
+    source.SetModuleName("source");
+    source.SetProbeName("source");
+    target.SetProbeName("target");
+    target = source;
+    EXPECT_EQ(target.GetNumCounters(), 4U);
+    EXPECT_EQ(target.GetNumFormulars(), 2U);
+    EXPECT_STREQ(target.GetModuleName(), "source");
+    EXPECT_STREQ(target.GetProbeName(), "target");
+    const UsecaseInfo copy(source);
+    EXPECT_STREQ(copy.GetProbeName(), "source");
+    EXPECT_EQ(copy.GetNumCounters(), 2U);
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,107 @@
+// Calls through the slots of the built tables, as a host compiled elsewhere does: the headers' order can't hide a slip.
+
+#include <gtest/gtest.h>
+
+#include "tests/support/Slot.h"
+#include "tests/usecase/Records.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+using stmdcm_test::Slot;
+
+void SetBaseFields(void* usecase) {
+    Slot<void>(usecase, 0, 17U);
+    Slot<void>(usecase, 2, "mod");
+    Slot<void>(usecase, 4, "probe");
+    Slot<void>(usecase, 6, 1000U);
+    Slot<void>(usecase, 8, 3);
+}
+
+void ExpectBaseFields(void* usecase) {
+    EXPECT_EQ(Slot<unsigned>(usecase, 1), 17U);
+    EXPECT_STREQ(Slot<const char*>(usecase, 3), "mod");
+    EXPECT_STREQ(Slot<const char*>(usecase, 5), "probe");
+    EXPECT_EQ(Slot<unsigned>(usecase, 7), 1000U);
+    EXPECT_EQ(Slot<int>(usecase, 9), 3);
+}
+
+TEST(TableOrder, ScUsecase) {
+    void* usecase = new UsecaseInfo;
+    SetBaseFields(usecase);
+    ExpectBaseFields(usecase);
+    Slot<void>(usecase, 10, true);
+    EXPECT_TRUE(Slot<bool>(usecase, 11));
+    const _CounterLineInfo counter{4, "reads"};
+    Slot<void>(usecase, 12, &counter);
+    Slot<void>(usecase, 13, "f", "#4:2", "MB/s", 9U);
+    Slot<void>(usecase, 13, "g", "", "", 0U);
+    EXPECT_EQ(Slot<unsigned>(usecase, 14), 1U);
+    EXPECT_EQ(Slot<unsigned>(usecase, 15), 2U);
+    EXPECT_EQ(Slot<_CounterLineInfo*>(usecase, 16, 0U)->text, "reads");
+    EXPECT_EQ(Slot<FormulaInfo*>(usecase, 17, 0U)->ofmask, 9U);
+    EXPECT_EQ(Slot<FormulaInfo*>(usecase, 17, 2U), nullptr);
+    Slot<void>(usecase, 19);  // 18 destroys, 19 destroys and frees: the leak check of the sanitizers watches it.
+}
+
+TEST(TableOrder, CptUsecase) {
+    void* usecase = new CTUsecaseInfo;
+    SetBaseFields(usecase);
+    ExpectBaseFields(usecase);
+    Slot<void>(usecase, 10, 33U, false);  // Only the low five bits count: option 1.
+    EXPECT_FALSE(Slot<bool>(usecase, 11, 1U));
+    EXPECT_TRUE(Slot<bool>(usecase, 11, 7U));
+    for (const std::size_t slot : {12U, 14U, 16U}) {
+        Slot<void>(usecase, slot, static_cast<unsigned>(slot));
+    }
+    for (const std::size_t slot : {12U, 14U, 16U}) {
+        EXPECT_EQ(Slot<unsigned>(usecase, slot + 1), slot);
+    }
+    std::string text;
+    static_cast<CTUsecaseInfo*>(usecase)->DoExport(text);
+    EXPECT_NE(text.find("cr=12\ndf=14\nmode=16\ndo=252\n"), std::string::npos) << text;
+    Slot<void>(usecase, 19);
+}
+
+TEST(TableOrder, PmiUsecaseHasNoModuleIdProbeOrJob) {
+    void* usecase = new PMIUsecaseInfo;
+    SetBaseFields(usecase);
+    EXPECT_EQ(Slot<unsigned>(usecase, 1), 4294967295U);
+    EXPECT_STREQ(Slot<const char*>(usecase, 3), "mod");
+    EXPECT_EQ(Slot<const char*>(usecase, 5), nullptr);
+    EXPECT_EQ(Slot<unsigned>(usecase, 7), 1000U);
+    EXPECT_EQ(Slot<int>(usecase, 9), -1);
+    Slot<void>(usecase, 11);  // The destructor stands right behind the ten operations.
+}
+
+template <class Record>
+class RecordTable : public testing::Test {};
+using AllRecords = testing::Types<UsecaseRecord, CTUsecaseRecord, PMIUsecaseRecord>;
+TYPED_TEST_SUITE(RecordTable, AllRecords);
+
+TYPED_TEST(RecordTable, DestructorThenTheEightOperations) {
+    static_assert(sizeof(TypeParam) == sizeof(void*) + sizeof(std::vector<int>), "the array is the only field");
+    void* record = new TypeParam;
+    void* scratch = Slot<void*>(record, 7);
+    Slot<void>(scratch, 2, "PMI");
+    EXPECT_EQ(Slot<void*>(record, 7), scratch);
+    EXPECT_STREQ(Slot<const char*>(scratch, 3), "");  // Every call resets the one object.
+    Slot<void>(scratch, 2, "PMI");
+    Slot<void>(record, 5, scratch);
+    EXPECT_EQ(Slot<unsigned>(record, 2), 1U);
+    EXPECT_STREQ(Slot<const char*>(Slot<void*>(record, 6, 0U), 3), "PMI");
+    EXPECT_EQ(Slot<void*>(record, 6, 1U), nullptr);
+    std::string text;
+    EXPECT_EQ(Slot<int>(record, 8, &text), 0);
+    std::istringstream in(text);
+    EXPECT_EQ(Slot<int>(record, 9, &in), 0);
+    EXPECT_EQ(Slot<unsigned>(record, 2), 2U);
+    Slot<void>(record, 3, 1);  // Neither a job nor a source in use.
+    EXPECT_EQ(Slot<unsigned>(record, 2), 2U);
+    Slot<void>(record, 4, true);
+    EXPECT_EQ(Slot<unsigned>(record, 2), 0U);
+    Slot<void>(record, 1);
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace
