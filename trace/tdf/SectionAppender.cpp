@@ -64,6 +64,7 @@ void AppendLocked(const PosixFile& file, const char* path, std::string_view name
 }  // namespace
 
 void AppendSection(const char* path, const char* name, unsigned int version, std::string_view payload) {
+    CheckPathToSave(path);
     PosixFile file = OpenForUpdate(path);
     {
         const ZU_WEP::FileLock lock(file);

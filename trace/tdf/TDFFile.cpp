@@ -21,9 +21,9 @@ bool HasIdentifier(const PosixFile& file) {
            std::string_view(bytes.data(), bytes.size()) == TDFIdentifier;
 }
 
+void CheckPathToSave(const char* path) { TDFError::ThrowUnless(CanOpenForReading(path), TDFError::SaveName); }
+
 PosixFile OpenForUpdate(const char* path) {
-    // A file is never created here: it has to exist and to be readable.
-    TDFError::ThrowUnless(CanOpenForReading(path), TDFError::SaveName);
     PosixFile file = PosixFile::Open(path, O_RDWR);
     TDFError::ThrowUnless(file.IsOpen(), TDFError::Open);
     return file;

@@ -15,7 +15,10 @@ bool CanOpenForReading(const char* path);
 
 bool HasIdentifier(const ZU_WEP::PosixFile& file);
 
-/// Opens a file for reading and writing; throws where there is none, or none that may be read.
+/// Throws where there is no file, or none that may be read: writing never creates one.
+void CheckPathToSave(const char* path);
+
+/// Opens a file for reading and writing; throws.
 ZU_WEP::PosixFile OpenForUpdate(const char* path);
 
 /// Opens a file for reading and checks its identifier; throws.

@@ -40,7 +40,7 @@ void WriteLengthField(const PosixFile& file, std::uint64_t headerOffset, std::ui
 
 /// The checks that LoadSectionData and GetSectionDataPosition begin with.
 void CheckPathToLoad(TDFHandler& handler, const char* path) {
-    ThrowUnless(handler.IsFileAvailable(path), TDFError::LoadName);
+    ThrowUnless(CanOpenForReading(path), TDFError::LoadName);
     ThrowUnless(handler.HasExtension(path, TDFExtension), TDFError::Extension);
 }
 
@@ -96,6 +96,7 @@ bool TDFHandler::SaveNameVersion(std::FILE* stream, const char* name, unsigned i
 void TDFHandler::SaveSectionHeader(const char* path, const char* name, unsigned int version,
                                    unsigned int& headerOffset) {
     headerOffset = 0;
+    CheckPathToSave(path);
     PosixFile file = OpenForUpdate(path);
     const std::uint64_t offset = file.Size().value_or(0);
     const std::string nameVersion = EncodeNameVersion(name, version);
@@ -112,7 +113,7 @@ void TDFHandler::SaveSectionHeader(const char* path, const char* name, unsigned 
 void TDFHandler::SaveSectionData(const char* path, const char* /*name*/, unsigned int headerOffset, const void* data,
                                  unsigned int elementSize, unsigned int count, unsigned int& sectionLength) {
     sectionLength = 0;
-    ThrowUnless(IsFileAvailable(path), TDFError::SaveName);
+    CheckPathToSave(path);
     ThrowUnless(headerOffset >= FirstSectionOffset, TDFError::HeaderOffset);
     ThrowUnless(data != nullptr, TDFError::NoData);
     PosixFile file = OpenForUpdate(path);
@@ -149,7 +150,7 @@ bool TDFHandler::SeekSectionData(std::FILE* stream, const char* name, unsigned i
 void TDFHandler::GetSectionDataLengthInBytes(const char* path, const char* name, unsigned int version,
                                              unsigned int& payloadLength) {
     payloadLength = 0;
-    ThrowUnless(IsFileAvailable(path), TDFError::LoadFileName);
+    ThrowUnless(CanOpenForReading(path), TDFError::LoadFileName);
     // The extension is deliberately not looked at here.
     const PosixFile file = OpenForReading(path);
     payloadLength = RequireSection(file, name, version, TDFError::SectionSizeNotFound).payloadLength;
