@@ -1,0 +1,237 @@
+// Drives the built plug-in through its two C functions, tables and layouts, all of them declared here once more.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/ScratchDir.h"
+#include "tests/support/Slot.h"
+
+namespace {
+
+using stmdcm_test::Slot;
+
+struct Cpu {
+    const char* name;
+    std::int32_t first, reserved, last;
+};
+
+struct Value {
+    std::int32_t type = 0;
+    std::string text = "untouched";
+    union {
+        std::int32_t integer;
+        unsigned char bytes[8];
+        double real = 0;
+    };
+};
+
+struct FileInfo {
+    std::string path;
+    std::int64_t stamp;
+};
+
+/// A manager up to its retrieval of object files.
+struct ManagerHead {
+    void* table;
+    Cpu* cpu;
+    std::int32_t fallback[2];
+    void *identifier, *events;
+    std::vector<std::string> names;
+    std::vector<FileInfo*> files;
+    void *factory, *server;
+};
+
+/// Two tables made by hand: what a host's own compiler would lay out.
+struct Host {
+    std::array<void*, 3> identifierTable, eventsTable;
+    void* identifier = identifierTable.data();
+    void* events = eventsTable.data();
+    static inline std::string calls;
+
+    static bool Save(void*, const std::string& name, int type) { return Note("save", name, type); }
+    static bool Load(void*, const std::string& name, int type) { return Note("load", name, type); }
+    static void Ask(void*, const std::string& file, bool changed, std::string&) { Note("ask", file, changed); }
+    static bool Note(const char* what, const std::string& name, int number) {
+        std::ostringstream line;
+        line << what << ' ' << name.substr(name.rfind('/') + 1) << ' ' << number << '\n';
+        calls += line.str();
+        return false;
+    }
+    Host() : identifierTable{Address(&Save), Address(&Load)}, eventsTable{Address(&Ask)} { calls.clear(); }
+    template <class Function>
+    static void* Address(Function function) {
+        return reinterpret_cast<void*>(function);
+    }
+};
+
+enum ManagerSlot : std::size_t {
+    DeletingDestructor = 1,
+    RegisterEvents,
+    GetInfo,
+    LoadLive,
+    Load,
+    Save,
+    GetProperty,
+    GetObjectFile,
+    GetLastError,
+    SetProperty,
+    SaveAll,
+    RetrieveAll,
+    ScRecord,
+    CptRecord,
+    PmiRecord
+};
+
+class Plugin : public testing::Test {
+  protected:
+    Plugin() {
+        ::setenv("HOME", m_home.Path().c_str(), 1);
+        for (const char* name : {"ZU_TRACE_LOGGING", "ZU_TRACE_DEBUGCLIENT_PID"}) {
+            ::unsetenv(name);
+        }
+        m_library = ::dlopen(STMDCM_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+        if (m_library == nullptr) {
+            throw std::runtime_error(::dlerror());
+        }
+        m_manager = Create(&m_cpu, &m_host.identifier);
+    }
+    ~Plugin() override { Call<void>("DestroyDeviceConfigManager", m_manager); }
+
+    template <class Result, class... Args>
+    Result Call(const char* name, Args... args) {
+        return reinterpret_cast<Result (*)(Args...)>(::dlsym(m_library, name))(args...);
+    }
+    void* Create(void* cpu, void* identifier) { return Call<void*>("CreateDeviceConfigManager", cpu, identifier); }
+    Value Get(const std::string& name) {
+        Value value;
+        EXPECT_TRUE((Slot<bool, const std::string&, Value&>(m_manager, GetProperty, name, value))) << name;
+        return value;
+    }
+    bool File(std::size_t slot, const std::string& path, int type) {
+        return Slot<bool, const std::string&>(m_manager, slot, path, type);
+    }
+    std::string Capture() {
+        stmdcm_test::WriteWhole(m_home / "a.tdf", stmdcm_test::ReadWhole(STMDCM_TEST_DATA "/full.tdf"));
+        return m_home / "a.tdf";
+    }
+
+    static inline const stmdcm_test::ScratchDir m_home;  // the plug-in fixes its directories once per process
+    Host m_host;
+    Cpu m_cpu{"Core_0/Cluster", 11, 12, 13};
+    void* m_library = nullptr;
+    void* m_manager = nullptr;
+};
+
+TEST_F(Plugin, ExportsTheTwoFunctionsAndTheContainerOnly) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> nm(::popen("nm -D --defined-only -C " STMDCM_PLUGIN, "r"), ::pclose);
+    std::set<std::string> exported;
+    for (char line[512]; std::fgets(line, sizeof line, nm.get()) != nullptr;) {
+        const std::string symbol = line + 19;  // address, type
+        exported.insert(symbol.substr(0, symbol.find_first_of("(\n")));
+    }
+    std::set<std::string> expected{"CreateDeviceConfigManager", "DestroyDeviceConfigManager",
+                                   "Zu::Wep::Trace::FileSize"};
+    for (const char* member : {"TDFHandler", "~TDFHandler", "CreateTDFFile", "ISTDF", "IsFileAvailable", "HasExtension",
+                               "SaveNameVersion", "SaveSectionHeader", "SaveSectionData", "SeekSectionData",
+                               "GetSectionDataLengthInBytes", "LoadSectionData", "GetSectionDataPosition"}) {
+        expected.insert(std::string("Zu::Wep::Trace::TDFHandler::") + member);
+    }
+    EXPECT_EQ(exported, expected);
+}
+
+TEST_F(Plugin, NullIsNoManager) {
+    EXPECT_EQ(Create(nullptr, &m_host.identifier), nullptr);
+    Call<void>("DestroyDeviceConfigManager", static_cast<void*>(nullptr));
+    Slot<void>(Create(&m_cpu, nullptr), DeletingDestructor);
+}
+
+TEST_F(Plugin, ManagerTable) {
+    int first = 0, last = 0;
+    std::string name;
+    EXPECT_TRUE((Slot<bool, int&, int&, std::string&>(m_manager, GetInfo, first, last, name)));
+    EXPECT_EQ(std::tie(first, last, name), std::make_tuple(11, 13, "Core_0/Cluster"));
+
+    Slot<void, void*>(m_manager, RegisterEvents, &m_host.events);
+    EXPECT_TRUE(File(Load, Capture(), 0));
+    EXPECT_EQ(Host::calls, "ask app0.out 0\nload a.tdf 0\n");
+    EXPECT_EQ(Get("HEAD_Pointer_0").integer, -2147483647 - 1);
+    EXPECT_EQ(Get("STM_ATB_Id").type, 2);
+    EXPECT_EQ(Get("CycleModeDelta").type, 5);
+    EXPECT_EQ((Slot<std::string>(m_manager, GetLastError)), "");
+
+    Value value;
+    value.integer = 256;  // not 0, but its first byte is
+    EXPECT_TRUE((Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_data_flip", value)));
+    EXPECT_TRUE((Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_VornLib_Import", value)));
+    EXPECT_EQ(Get("STM_data_flip").bytes[0], 1);
+    EXPECT_EQ(Get("STM_VornLib_Import").bytes[0], 0);
+    EXPECT_EQ(Get("STM_VornLib_Import").text, "untouched");
+
+    const auto* head = static_cast<const ManagerHead*>(m_manager);
+    EXPECT_EQ(head->cpu, &m_cpu);
+    EXPECT_EQ(head->identifier, &m_host.identifier);
+    EXPECT_EQ(head->events, &m_host.events);
+    EXPECT_EQ(head->names, (std::vector<std::string>{"core0", "core1"}));
+    EXPECT_EQ(head->files.at(1)->path, "/opt/images/app1.out");
+    EXPECT_EQ(head->files.at(1)->stamp, 1700000001);
+    EXPECT_EQ(head->server, nullptr);
+
+    std::string objectFile;
+    EXPECT_TRUE((Slot<bool, const std::string&, std::string&>(m_manager, GetObjectFile, "core1", objectFile)));
+    EXPECT_EQ(objectFile, "/opt/images/app1.out");
+    EXPECT_FALSE(Slot<bool>(m_manager, LoadLive));
+}
+
+TEST_F(Plugin, SettingsFileOfTheCpuThroughTheTable) {
+    Host::calls.clear();
+    Value value;
+    value.integer = 77;
+    Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_ATB_Id", value);
+    Slot<void>(m_manager, SaveAll);
+    EXPECT_EQ(Host::calls, "save Core_0-Cluster-STMCfg.txt 4\n");
+    value.integer = 78;
+    Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_ATB_Id", value);
+    Slot<void>(m_manager, RetrieveAll);
+    EXPECT_EQ(Get("STM_ATB_Id").integer, 77);
+    EXPECT_TRUE(File(Save, "x", 2));
+    EXPECT_FALSE(File(Save, "x", 3));
+    EXPECT_TRUE(std::filesystem::exists(m_home / ".ZU-trace/settings/x.dcm"));
+}
+
+TEST_F(Plugin, RecordsAndUseCases) {
+    ASSERT_FALSE(File(Load, STMDCM_TEST_DATA "/settings.txt", 0));  // no capture
+    File(Load, STMDCM_TEST_DATA "/settings.txt", 4);
+    void* sc = Slot<void*>(Slot<void*>(m_manager, ScRecord), 6, 0U);
+    struct Counter {
+        std::uint32_t number;
+        std::string text;
+    };
+    struct Formula {
+        std::string name, formula, unit;
+        std::uint32_t tag, mask;
+    };
+    EXPECT_STREQ(Slot<const char*>(sc, 3), "mod0");
+    EXPECT_EQ(Slot<unsigned>(sc, 14), 2U);
+    EXPECT_EQ(Slot<Counter*>(sc, 16, 1U)->number, 1U);
+    EXPECT_EQ(Slot<Counter*>(sc, 16, 1U)->text, "write_bytes");
+    const Formula* formula = Slot<Formula*>(sc, 17, 0U);
+    EXPECT_EQ(formula->unit, "MB/s");
+    EXPECT_EQ(std::pair(formula->tag, formula->mask), std::pair(10U, 1U));
+    void* cpt = Slot<void*>(Slot<void*>(m_manager, CptRecord), 6, 0U);
+    EXPECT_EQ(Slot<unsigned>(cpt, 13), 333000000U);
+    EXPECT_TRUE(Slot<bool>(cpt, 11, 7));
+    void* pmi = Slot<void*>(m_manager, PmiRecord);
+    EXPECT_EQ(Slot<unsigned>(Slot<void*>(pmi, 6, 2U), 7), 512U);
+    EXPECT_EQ(Slot<void*>(pmi, 6, 1U), nullptr);
+}
+
+}  // namespace
