@@ -94,7 +94,7 @@ enum ManagerSlot : std::size_t {
 class Plugin : public testing::Test {
   protected:
     Plugin() {
-        ::setenv("HOME", m_home.Path().c_str(), 1);
+        ::setenv("HOME", Home().Path().c_str(), 1);
         for (const char* name : {"ZU_TRACE_LOGGING", "ZU_TRACE_DEBUGCLIENT_PID"}) {
             ::unsetenv(name);
         }
@@ -120,11 +120,15 @@ class Plugin : public testing::Test {
         return Slot<bool, const std::string&>(m_manager, slot, path, type);
     }
     std::string Capture() {
-        stmdcm_test::WriteWhole(m_home / "a.tdf", stmdcm_test::ReadWhole(STMDCM_TEST_DATA "/full.tdf"));
-        return m_home / "a.tdf";
+        stmdcm_test::WriteWhole(Home() / "a.tdf", stmdcm_test::ReadWhole(STMDCM_TEST_DATA "/full.tdf"));
+        return Home() / "a.tdf";
     }
 
-    static inline const stmdcm_test::ScratchDir m_home;  // the plug-in fixes its directories once per process
+    /// One for all tests: the plug-in fixes its directories once per process.
+    static const stmdcm_test::ScratchDir& Home() {
+        static const stmdcm_test::ScratchDir home;
+        return home;
+    }
     Host m_host;
     Cpu m_cpu{"Core_0/Cluster", 11, 12, 13};
     void* m_library = nullptr;
@@ -204,7 +208,7 @@ TEST_F(Plugin, SettingsFileOfTheCpuThroughTheTable) {
     EXPECT_EQ(Get("STM_ATB_Id").integer, 77);
     EXPECT_TRUE(File(Save, "x", 2));
     EXPECT_FALSE(File(Save, "x", 3));
-    EXPECT_TRUE(std::filesystem::exists(m_home / ".ZU-trace/settings/x.dcm"));
+    EXPECT_TRUE(std::filesystem::exists(Home() / ".ZU-trace/settings/x.dcm"));
 }
 
 TEST_F(Plugin, RecordsAndUseCases) {
