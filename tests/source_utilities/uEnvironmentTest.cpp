@@ -25,30 +25,18 @@ TEST_F(uEnvironmentTest, TraceDirectoriesLieInHomeAndAreCreated) {
     for (const auto& [get, path] : cases) EXPECT_THROW(get(dir), source_utilities_error);
 }
 
-TEST_F(uEnvironmentTest, VariablesNeedNames) {
-    EXPECT_EQ(uEnvironment::SetVar("UTILITY", "1"), 0);
-    EXPECT_STREQ(uEnvironment::GetVar("UTILITY"), "1");
-    EXPECT_STREQ(uEnvironment::GetVar("UTILITY_NOT_SET"), "");
-    EXPECT_EQ(uEnvironment::SetVar("", "1"), -1);
-    EXPECT_THROW(uEnvironment::GetVar(nullptr), source_utilities_error);
-    EXPECT_THROW(uEnvironment::SetVar("UTILITY", nullptr), source_utilities_error);
-}
-
 TEST_F(uEnvironmentTest, MakesEveryDirectoryOfAPath) {
-    EXPECT_EQ(uEnvironment::MakeDirectory(nullptr), -1);
     EXPECT_EQ(uEnvironment::MakeDirectory("x/y/z"), 0);
     EXPECT_TRUE(std::filesystem::is_directory(m_home / "x/y/z"));
     EXPECT_EQ(uEnvironment::MakeDirectory("x/y/z"), -1);
-    EXPECT_EQ(uEnvironment::MakeDirectory((m_home.string() + "/x/y/w").c_str()), 0);
 }
 
 TEST_F(uEnvironmentTest, HandlesPaths) {
-    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
-        {"", "a\\b", "a/b", ""},
-        {"/a/b", "c", "/a/b/c", "/a"},
-        {"/a", "/c", "/a/c", ""},
-        {"a/b/", "c", "a/b/c", "a/b"},
-        {"\\\\host\\\\\\dir", "", "/host/dir/", ""}};
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {{"", "a\\b", "a/b", ""},
+                                                                                    {"/a/b", "c", "/a/b/c", "/a"},
+                                                                                    {"/a", "/c", "/a/c", ""},
+                                                                                    {"a/b/", "c", "a/b/c", "a/b"},
+                                                                                    {"\\\\h\\\\\\d", "", "/h/d/", ""}};
     for (const auto& [head, tail, joined, before] : cases) {
         std::string path = head;
         std::string parent = "old";
@@ -71,10 +59,6 @@ TEST_F(uEnvironmentTest, ComesBackFromAnotherDirectory) {
         Changer changer("there");
         EXPECT_EQ(uEnvironment::GetWorkingDirectory(dir), (m_home / "there").string());
         EXPECT_THROW(changer.Change("/"), source_utilities_error);
-        changer.Restore();
-        EXPECT_EQ(uEnvironment::GetWorkingDirectory(dir), m_home.string());
-        changer.Change("there");
-        changer.Change(nullptr);
         std::filesystem::remove(m_home / "there");
         EXPECT_THROW(uEnvironment::GetWorkingDirectory(dir), source_utilities_error);
     }
