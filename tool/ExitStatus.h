@@ -1,0 +1,13 @@
+#pragma once
+
+namespace stmdcm {
+
+/// What the command tells its caller.
+enum class ExitStatus : int {
+    Done = 0,
+    Failed = 1,    ///< it could not be done, or differences or problems were found
+    Usage = 2,     ///< the command line is wrong
+    Doubtful = 3,  ///< done, but something was lost or is doubtful
+};
+
+}  // namespace stmdcm

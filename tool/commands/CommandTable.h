@@ -1,0 +1,19 @@
+#pragma once
+
+#include <memory>
+#include <span>
+
+#include "tool/commands/Command.h"
+
+namespace stmdcm {
+
+struct CommandEntry {
+    const char* name;
+    const char* description;
+    std::unique_ptr<Command> (*make)();
+};
+
+/// Every command, in the order in which the help shows them.
+std::span<const CommandEntry> CommandTable();
+
+}  // namespace stmdcm

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "tool/commands/Command.h"
+
+namespace stmdcm {
+
+/// The main job on a capture that is shipped with the program.
+class Demo final : public Command {
+  public:
+    void Declare(CLI::App& app) override;
+    ExitStatus Run(const Context& context) override;
+
+  private:
+    std::string m_keep;
+};
+
+}  // namespace stmdcm

@@ -1,0 +1,183 @@
+#include "tool/commands/DemoRun.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+#include "tool/Failure.h"
+#include "tool/model/ConfigurationReader.h"
+#include "tool/model/ObjectFiles.h"
+#include "tool/plugin/Installation.h"
+#include "tool/plugin/Manager.h"
+#include "tool/plugin/Plugin.h"
+#include "trace/dcm/StmSections.h"
+
+namespace stmdcm {
+
+namespace fs = std::filesystem;
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+constexpr char kCpuName[] = "Core_0/Cluster";  // The "/" must not reach a file name.
+constexpr char kShippedCapture[] = "full.tdf";
+
+// The sections that a host writes itself.
+constexpr char kTraceSection[] = "TRACE0";
+constexpr unsigned kTraceSectionVersion = 1;
+constexpr char kDeviceIdentification[] = "device=demo-board\nSTM_ATB_Id=7\n";  // The saved configuration overrides it.
+
+constexpr std::pair<const char*, std::int32_t> kPropertyChanges[] = {
+    {"TWP_Protocol", 1}, {"STM_DTC_target_clock_hz", 1'250'000'000}, {"STM_ATB_Id", 42}, {"STM_VornLib_Import", 1}};
+constexpr std::size_t kAddedUsecases = 3;
+
+void AddScUsecase(UsecaseRecordIF& record) {
+    UsecaseInfoIF& usecase = *record.GetAUsecaseInfo();
+    usecase.SetModuleId(21);
+    usecase.SetModuleName("l3_interconnect");
+    usecase.SetProbeName("port_b");
+    usecase.SetSampleWindow(2048);
+    usecase.SetJobNum(5);
+    const _CounterLineInfo counters[] = {{0, "bytes_in"}, {1, "bytes_out"}};
+    for (const _CounterLineInfo& counter : counters) {
+        usecase.AddCounter(&counter);
+    }
+    usecase.AddFormula("throughput", "#0:20+#1:20", "MB/s", 3);
+    record.AddUsecase(&usecase);
+}
+
+void AddCptUsecase(CTUsecaseRecordIF& record) {
+    CTUsecaseInfoIF& usecase = *record.GetAUsecaseInfo();
+    usecase.SetModuleId(18);
+    usecase.SetModuleName("cpt_mem1");
+    usecase.SetProbeName("p1");
+    usecase.SetSampleWindow(4096);
+    usecase.SetJobNum(6);
+    usecase.SetClockRate(500'000'000);
+    usecase.SetDividFactor(4);
+    usecase.SetDataOptions(CT_DATA_OPTION_0, true);
+    usecase.SetDataOptions(CT_DATA_OPTION_7, false);
+    record.AddUsecase(&usecase);
+}
+
+void AddPmiUsecase(PMIUsecaseRecordIF& record) {
+    UsecaseInfoIFBase& usecase = *record.GetAUsecaseInfo();
+    usecase.SetModuleName("CMI0");
+    usecase.SetSampleWindow(128);
+    record.AddUsecase(&usecase);
+}
+
+/// A program image as a backup brings it back: with the time that it had.
+void WriteImage(const fs::path& path, std::int64_t modified) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path) << "program image " << path.filename().string() << "\n";
+    const timespec times[2] = {{modified, 0}, {modified, 0}};
+    if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) {
+        throw Failure(fmt::format("{}: the program image can't be written", path.string()));
+    }
+}
+
+}  // namespace
+
+DemoRun::DemoRun(const Plugin& plugin, fs::path directory)
+    : m_plugin(plugin), m_directory(std::move(directory)), m_container(plugin) {
+    m_result.cpu = kCpuName;
+    m_result.plugin = plugin.Path().string();
+    m_result.capture = (m_directory / kShippedCapture).string();
+    m_result.savedCapture = (m_directory / "saved.tdf").string();
+}
+
+DemoResult DemoRun::Run() {
+    {
+        Manager manager(m_plugin, kCpuName, [this](const auto& question) { return AnswerQuestion(question); });
+        Load(manager);
+        Change(manager);
+        Save(manager);
+    }
+    Reload();
+    return std::move(m_result);
+}
+
+std::string DemoRun::AnswerQuestion(const ObjectFileQuestion& question) const {
+    if (question.changed) {
+        return question.file;
+    }
+    const auto entry = std::find_if(m_result.recorded.begin(), m_result.recorded.end(),
+                                    [&](const ObjectFile& file) { return file.path == question.file; });
+    if (entry == m_result.recorded.end()) {
+        return {};
+    }
+    const fs::path image = m_directory / "images" / fs::path(entry->path).filename();
+    WriteImage(image, entry->recorded);
+    return image.string();
+}
+
+void DemoRun::Load(Manager& manager) {
+    fs::copy_file(DataFile(kShippedCapture), m_result.capture);
+    m_result.recorded = ObjectFiles::Recorded(m_container, m_result.capture);
+    if (!manager.Load(m_result.capture, TRACE_DATA_FILE_TDF)) {
+        throw Failure(fmt::format("{}: the plug-in can't load the configuration", m_result.capture));
+    }
+    m_result.questions = manager.Questions();
+    m_result.loaded = ReadConfiguration(manager);
+    m_result.loaded.objectFiles = ObjectFiles::HeldBy(manager, m_result.recorded);
+}
+
+void DemoRun::Change(Manager& manager) {
+    for (const auto& [name, value] : kPropertyChanges) {
+        manager.SetProperty(name, value);
+    }
+    AddScUsecase(manager.ScRecord());
+    AddCptUsecase(manager.CptRecord());
+    AddPmiUsecase(manager.PmiRecord());
+
+    m_result.changed = ReadConfiguration(manager);
+    m_result.changed.objectFiles = m_result.loaded.objectFiles;
+    m_result.changes = Compare(m_result.loaded, m_result.changed);
+    if (m_result.changes.size() != std::size(kPropertyChanges) + kAddedUsecases) {
+        m_result.problems.emplace_back("the plug-in did not take the changes as they were made");
+    }
+}
+
+void DemoRun::Save(Manager& manager) {
+    const std::string& path = m_result.savedCapture;
+    const std::string trace = m_container.ReadSection(m_result.capture, kTraceSection, kTraceSectionVersion);
+    m_container.Create(path);
+    m_container.AppendSection(path, kTraceSection, kTraceSectionVersion, trace);
+    m_container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, kDeviceIdentification);
+    if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
+        throw Failure(fmt::format("{}: the plug-in can't save the configuration", path));
+    }
+    CheckHostSection(kTraceSection, trace);
+    CheckHostSection(kDeviceSectionName, kDeviceIdentification);
+}
+
+void DemoRun::CheckHostSection(const char* name, const std::string& payload) {
+    if (m_container.ReadSection(m_result.savedCapture, name, 1) != payload) {
+        m_result.problems.push_back(fmt::format("saving changed the host's own section {}", name));
+    }
+}
+
+void DemoRun::Reload() {
+    Manager manager(m_plugin, kCpuName);
+    if (!manager.Load(m_result.savedCapture, TRACE_DATA_FILE_TDF)) {
+        throw Failure(fmt::format("{}: the plug-in can't load what it saved", m_result.savedCapture));
+    }
+    const std::vector<ObjectFile> recorded = ObjectFiles::Recorded(m_container, m_result.savedCapture);
+    m_result.reloaded = ReadConfiguration(manager);
+    m_result.reloaded.objectFiles = recorded;
+    m_result.differences = Compare(m_result.changed, m_result.reloaded);
+
+    Configuration held = m_result.reloaded;
+    held.objectFiles = ObjectFiles::HeldBy(manager, recorded);
+    if (!Compare(m_result.reloaded, held).empty() || !manager.Questions().empty()) {
+        m_result.problems.emplace_back("the second manager does not hold the object files that were saved");
+    }
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tool/model/Configuration.h"
+
+namespace stmdcm {
+
+/// One thing in which two configurations differ. Values are in words.
+struct Difference {
+    std::string kind;                 ///< "property", "SC use case" and so on
+    std::string item;                 ///< which of them
+    std::string field;                ///< empty: the whole item
+    std::optional<std::string> left;  ///< nothing: the left configuration does not have it
+    std::optional<std::string> right;
+};
+
+/// Every difference, properties first. Items are matched by what they are (use cases by job and module), not by their
+/// place; of several that are alike the first is matched with the first, and so on. Derived fields are left out.
+std::vector<Difference> Compare(const Configuration& left, const Configuration& right);
+
+}  // namespace stmdcm

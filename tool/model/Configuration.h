@@ -1,0 +1,148 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tool/model/Field.h"
+
+namespace stmdcm {
+
+// A configuration as plain values. Each item lists its fields once, in `Visit`; showing, JSON and comparing all walk
+// that list. `Key` says which item of another configuration is the same one.
+
+struct Property {
+    std::string name;
+    bool isFlag = false;
+    Unit unit = Unit::None;
+    std::int32_t value = 0;  ///< flags are 0 or 1
+    std::int32_t defaultValue = 0;
+};
+
+struct Counter {
+    std::uint32_t number = 0;
+    std::string text;
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"number"}, number);
+        visit(Field{"text"}, text);
+    }
+};
+
+struct Formula {
+    std::string name;
+    std::string formula;
+    std::string unit;
+    std::uint32_t tagNumber = 0;
+    std::uint32_t outputMask = 0;
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"name"}, name);
+        visit(Field{"formula"}, formula);
+        visit(Field{"unit"}, unit);
+        // The plug-in computes it when it reads a formula's text, and not when a host adds the formula.
+        visit(Field{"tag_number", Unit::None, true}, tagNumber);
+        visit(Field{"output_mask", Unit::Mask}, outputMask);
+    }
+};
+
+struct ScUsecase {
+    std::int32_t job = -1;  ///< negative: none
+    std::uint32_t moduleId = 0;
+    std::string moduleName;
+    std::string probe;
+    std::uint32_t sampleWindow = 0;
+    bool suppress = false;
+    std::vector<Counter> counters;
+    std::vector<Formula> formulas;
+
+    std::string Key() const;
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"job", Unit::Job}, job);
+        visit(Field{"module_id"}, moduleId);
+        visit(Field{"name"}, moduleName);
+        visit(Field{"probe"}, probe);
+        visit(Field{"sample_window"}, sampleWindow);
+        visit(Field{"suppress"}, suppress);
+        visit(Field{"counters"}, counters);
+        visit(Field{"formulas"}, formulas);
+    }
+};
+
+struct CptUsecase {
+    std::int32_t job = -1;  ///< negative: none
+    std::uint32_t moduleId = 0;
+    std::string moduleName;
+    std::string probe;
+    std::uint32_t sampleWindow = 0;
+    std::uint32_t clockRate = 0;
+    std::uint32_t divideFactor = 0;
+    std::uint32_t mode = 0;
+    std::uint32_t dataOptions = 0;
+
+    std::string Key() const;
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"job", Unit::Job}, job);
+        visit(Field{"module_id"}, moduleId);
+        visit(Field{"name"}, moduleName);
+        visit(Field{"probe"}, probe);
+        visit(Field{"sample_window"}, sampleWindow);
+        visit(Field{"clock_rate", Unit::Hertz}, clockRate);
+        visit(Field{"divide_factor"}, divideFactor);
+        visit(Field{"mode"}, mode);
+        visit(Field{"data_options", Unit::Mask}, dataOptions);
+    }
+};
+
+struct PmiUsecase {
+    std::string source;  ///< "PMI", "CMI0" or "CMI1", though nothing enforces it
+    std::uint32_t sampleWindow = 0;
+
+    std::string Key() const { return source; }
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"source"}, source);
+        visit(Field{"sample_window"}, sampleWindow);
+    }
+};
+
+/// An object (program) file as recorded, and how it is now.
+struct ObjectFile {
+    enum class State { Present, Changed, Missing };
+
+    std::string name;  ///< of the CPU or application
+    std::string path;
+    std::int64_t recorded = 0;             ///< modification time
+    std::optional<std::int64_t> modified;  ///< of the file on disk, nothing where there is none
+
+    State DiskState() const;
+    const char* DiskStateName() const;
+    std::string Key() const { return name; }
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"name"}, name);
+        visit(Field{"path"}, path);
+        visit(Field{"recorded", Unit::UnixTime}, recorded);
+        visit(Field{"state", Unit::None, true}, std::string(DiskStateName()));
+        visit(Field{"modified", Unit::UnixTime, true}, modified);
+    }
+};
+
+struct Configuration {
+    std::vector<Property> properties;  ///< all of them, in the order of the settings text
+    std::vector<ScUsecase> sc;
+    std::vector<CptUsecase> cpt;
+    std::vector<PmiUsecase> pmi;
+    std::vector<ObjectFile> objectFiles;
+};
+
+}  // namespace stmdcm

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace stmdcm {
+
+/// Where this program's own files are, in the build tree as when installed: both have the same layout.
+
+/// The places of the plug-in, the preferred first.
+std::vector<std::filesystem::path> PluginCandidates();
+
+/// A data file that is shipped with the program. Throws Failure when it is not there.
+std::filesystem::path DataFile(const std::string& name);
+
+}  // namespace stmdcm

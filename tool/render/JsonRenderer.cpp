@@ -1,0 +1,107 @@
+#include "tool/render/JsonRenderer.h"
+
+#include <fmt/format.h>
+
+#include "tool/model/Words.h"
+
+namespace stmdcm {
+
+namespace {
+
+using Json = JsonRenderer::Json;
+
+template <class Item>
+Json ItemToJson(const Item& item);
+
+template <class Item>
+Json ItemsToJson(const std::vector<Item>& items) {
+    Json array = Json::array();
+    for (const Item& item : items) {
+        array.push_back(ItemToJson(item));
+    }
+    return array;
+}
+
+struct JsonVisitor {
+    Json& object;
+
+    template <class T>
+    void operator()(const Field& field, const T& value) const {
+        object[field.name] = value;
+    }
+    // JavaScript would round a large number, so all of this width are strings.
+    void operator()(const Field& field, std::int64_t value) const {
+        object[field.name] = fmt::format("{}", value);
+        if (field.unit == Unit::UnixTime) {
+            object[std::string(field.name) + "_utc"] = UtcTime(value);
+        }
+    }
+    void operator()(const Field& field, const std::optional<std::int64_t>& value) const {
+        if (value) {
+            (*this)(field, *value);
+        } else {
+            object[field.name] = nullptr;
+        }
+    }
+    template <class T>
+    void operator()(const Field& field, const std::vector<T>& items) const {
+        object[field.name] = ItemsToJson(items);
+    }
+};
+
+template <class Item>
+Json ItemToJson(const Item& item) {
+    Json object = Json::object();
+    item.Visit(JsonVisitor{object});
+    return object;
+}
+
+Json PropertyToJson(const Property& property) {
+    const auto value = [&](std::int32_t number) { return property.isFlag ? Json(number != 0) : Json(number); };
+    return {{"name", property.name},
+            {"value", value(property.value)},
+            {"default", value(property.defaultValue)},
+            {"text", InWords(property)}};
+}
+
+template <class T>
+Json OrNull(const std::optional<T>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+}  // namespace
+
+Json JsonRenderer::Document(const char* command) { return {{"schema", kSchemaVersion}, {"command", command}}; }
+
+std::string JsonRenderer::Text(const Json& document) {
+    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Json JsonRenderer::Render(const Configuration& configuration) {
+    Json properties = Json::array();
+    for (const Property& property : configuration.properties) {
+        properties.push_back(PropertyToJson(property));
+    }
+    return {{"properties", std::move(properties)},
+            {"use_cases",
+             {{"sc", ItemsToJson(configuration.sc)},
+              {"cpt", ItemsToJson(configuration.cpt)},
+              {"pmi_cmi", ItemsToJson(configuration.pmi)}}},
+            {"object_files", ObjectFiles(configuration.objectFiles)}};
+}
+
+Json JsonRenderer::ObjectFiles(const std::vector<ObjectFile>& files) { return ItemsToJson(files); }
+
+Json JsonRenderer::Differences(const std::vector<Difference>& differences) {
+    Json array = Json::array();
+    for (const Difference& difference : differences) {
+        array.push_back({{"kind", difference.kind},
+                         {"item", difference.item},
+                         {"field", difference.field.empty() ? Json(nullptr) : Json(difference.field)},
+                         {"left", OrNull(difference.left)},
+                         {"right", OrNull(difference.right)}});
+    }
+    return array;
+}
+
+}  // namespace stmdcm

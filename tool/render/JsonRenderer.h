@@ -1,0 +1,29 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tool/model/Comparison.h"
+#include "tool/model/Configuration.h"
+
+namespace stmdcm {
+
+/// Configurations for programs. The schema is docs/json.md.
+class JsonRenderer {
+  public:
+    using Json = nlohmann::ordered_json;
+
+    static constexpr int kSchemaVersion = 1;
+
+    /// An object to which a command adds what it found.
+    static Json Document(const char* command);
+    /// One document as text, line feed included. Bytes that are no UTF-8 become U+FFFD.
+    static std::string Text(const Json& document);
+
+    static Json Render(const Configuration& configuration);
+    static Json ObjectFiles(const std::vector<ObjectFile>& files);
+    static Json Differences(const std::vector<Difference>& differences);
+};
+
+}  // namespace stmdcm

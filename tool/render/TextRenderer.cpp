@@ -1,0 +1,153 @@
+#include "tool/render/TextRenderer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "tool/model/Words.h"
+#include "tool/render/Table.h"
+
+namespace stmdcm {
+
+namespace {
+
+constexpr std::size_t kIndent = 2;
+
+/// The groups of the property list: each begins at a property and ends where the next one begins.
+constexpr struct {
+    std::string_view firstProperty;
+    const char* title;
+} kPropertyGroups[] = {
+    {"Instruction_Compress", "Compression and master selection"},
+    {"STM_data_flip", "Trace buffer"},
+    {"TWP_Protocol", "Trace port"},
+    {"Needs_Preprocess", "Decoder"},
+};
+
+bool IsAtDefault(const Property& property) { return property.value == property.defaultValue; }
+
+std::string Label(const Field& field) {
+    std::string label = field.name;
+    std::replace(label.begin(), label.end(), '_', ' ');
+    return label;
+}
+
+Style StateStyle(std::string_view state) {
+    if (state == "present") {
+        return Style::Good;
+    }
+    return state == "missing" ? Style::Bad : Style::Notable;
+}
+
+/// Collects the headings of the columns that an item's plain fields take.
+struct HeadingVisitor {
+    std::vector<Cell>& row;
+
+    template <class T>
+    void operator()(const Field& field, const T& /*value*/) const {
+        row.push_back({Label(field), Style::Quiet});
+    }
+    template <class T>
+    void operator()(const Field& /*field*/, const std::vector<T>& /*items*/) const {}
+};
+
+/// Collects an item's plain fields as cells, and what it contains as lines below it.
+struct RowVisitor {
+    std::vector<Cell>& row;
+    std::vector<std::string>& lines;
+
+    template <class T>
+    void operator()(const Field& field, const T& value) const {
+        std::string words = InWords(field.unit, value);
+        const Style style = std::string_view(field.name) == "state" ? StateStyle(words) : Style::Plain;
+        row.push_back({std::move(words), style});
+    }
+    void operator()(const Field& /*field*/, const std::vector<Counter>& counters) const {
+        for (const Counter& counter : counters) {
+            lines.push_back(fmt::format("  counter #{} {}", counter.number, InWords(Unit::None, counter.text)));
+        }
+    }
+    void operator()(const Field& /*field*/, const std::vector<Formula>& formulas) const {
+        for (const Formula& formula : formulas) {
+            lines.push_back(fmt::format("  formula {} = {} [{}], tag number {}, output mask {}",
+                                        InWords(Unit::None, formula.name), InWords(Unit::None, formula.formula),
+                                        InWords(Unit::None, formula.unit), formula.tagNumber,
+                                        InWords(Unit::Mask, formula.outputMask)));
+        }
+    }
+};
+
+std::vector<Cell> PropertyRow(const Property& property) {
+    if (IsAtDefault(property)) {
+        return {{property.name}, {InWords(property)}};
+    }
+    return {{property.name},
+            {InWords(property), Style::Notable},
+            {fmt::format("(default {})", DefaultInWords(property)), Style::Quiet}};
+}
+
+}  // namespace
+
+std::string TextRenderer::Properties(const std::vector<Property>& properties) const {
+    Table table;
+    for (const Property& property : properties) {
+        for (const auto& group : kPropertyGroups) {
+            if (group.firstProperty == property.name) {
+                table.AddLine({group.title, Style::Quiet});
+            }
+        }
+        std::vector<Cell> row = PropertyRow(property);
+        row.front().text.insert(0, kIndent, ' ');
+        table.AddRow(std::move(row));
+    }
+    const auto changed =
+        properties.size() - static_cast<std::size_t>(std::count_if(properties.begin(), properties.end(), IsAtDefault));
+    return Heading(fmt::format("Properties ({}, {} of them not at the default)", properties.size(), changed)) +
+           table.Text(m_palette, kIndent);
+}
+
+template <class Item>
+std::string TextRenderer::Items(const std::string& title, const std::vector<Item>& items) const {
+    Table table;
+    std::vector<Cell> headings;
+    Item{}.Visit(HeadingVisitor{headings});
+    if (!items.empty()) {
+        table.AddRow(std::move(headings));
+    }
+    for (const Item& item : items) {
+        std::vector<Cell> row;
+        std::vector<std::string> lines;
+        item.Visit(RowVisitor{row, lines});
+        table.AddRow(std::move(row));
+        for (std::string& line : lines) {
+            table.AddLine({std::move(line)});
+        }
+    }
+    return Heading(fmt::format("{} ({})", title, items.size())) + table.Text(m_palette, kIndent);
+}
+
+std::string TextRenderer::ObjectFiles(const std::vector<ObjectFile>& files) const {
+    return Items("Object files", files);
+}
+
+std::string TextRenderer::Render(const Configuration& configuration) const {
+    return Properties(configuration.properties) + "\n" + Items("SC use cases", configuration.sc) + "\n" +
+           Items("CPT use cases", configuration.cpt) + "\n" + Items("PMI/CMI use cases", configuration.pmi) + "\n" +
+           ObjectFiles(configuration.objectFiles);
+}
+
+std::string TextRenderer::Differences(const std::vector<Difference>& differences) const {
+    Table table;
+    for (const Difference& difference : differences) {
+        table.AddRow({{difference.kind},
+                      {InWords(Unit::None, difference.item)},
+                      {difference.field},
+                      {difference.left.value_or("not there"), Style::Notable},
+                      {"/", Style::Quiet},
+                      {difference.right.value_or("not there"), Style::Notable}});
+    }
+    return table.Text(m_palette, kIndent);
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tool/model/Comparison.h"
+#include "tool/model/Configuration.h"
+#include "tool/render/Palette.h"
+
+namespace stmdcm {
+
+/// Configurations for people. Every text ends in a line feed; parts are separated by an empty line.
+class TextRenderer {
+  public:
+    explicit TextRenderer(const Palette& palette) : m_palette(palette) {}
+
+    std::string Render(const Configuration& configuration) const;
+    std::string Properties(const std::vector<Property>& properties) const;
+    std::string ObjectFiles(const std::vector<ObjectFile>& files) const;
+    std::string Differences(const std::vector<Difference>& differences) const;
+
+    std::string Heading(const std::string& text) const { return m_palette.Paint(Style::Heading, text) + "\n"; }
+
+  private:
+    template <class Item>
+    std::string Items(const std::string& title, const std::vector<Item>& items) const;
+
+    const Palette& m_palette;
+};
+
+}  // namespace stmdcm
