@@ -144,6 +144,9 @@ ReplaceResult ReplaceFile(const std::string& path, std::string_view content) {
     }
     if (!old || S_ISREG(old->st_mode)) {
         const std::filesystem::path target = FollowLinks(path);
+        if (!target.has_filename()) {
+            return ReplaceResult::CannotOpen;
+        }
         const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
         if (const auto result = ReplaceWhole(target.string(), directory.string(), old, content)) {
             return *result;

@@ -8,11 +8,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstddef>
-#include <cstdint>
-#include <exception>
 #include <functional>
 #include <stdexcept>
 #include <vector>
@@ -26,83 +23,63 @@ struct ChildRun {
 
 using Work = std::function<int()>;
 
-/// Runs the work in a child, which ends at once with the work's result as exit status (255 for an exception).
+/// Runs the work in a child, which ends with the work's result as exit status, at once and unseen by leak checks.
 inline pid_t StartChild(const Work& work, bool traced = false) {
     const pid_t child = ::fork();
-    if (child != 0) {
-        return child;
-    }
-    int status = 255;
-    try {
+    if (child == 0) {
         if (traced) {
             ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
             ::raise(SIGSTOP);
         }
-        status = work();
-    } catch (const std::exception&) {
+        ::_exit(work());
     }
-    ::_exit(status);
+    return child;
 }
 
-inline int ExitStatus(int waitStatus) { return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : -1; }
-
-inline int RunInChild(const Work& work) {
+inline int WaitForChild(pid_t child) {
     int status = 0;
-    ::waitpid(StartChild(work), &status, 0);
-    return ExitStatus(status);
+    return ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// Calls `atEntry(pid, number)` whenever the child enters a system call, until the child ends; gives its wait status.
-template <typename AtEntry>
-int Trace(pid_t child, AtEntry atEntry) {
+inline int RunInChild(const Work& work) { return WaitForChild(StartChild(work)); }
+
+/// Calls `atCall(pid)` when the work enters its n-th system call, counted from 1, of those listed (none: of all).
+inline ChildRun InterceptSyscall(unsigned n, const std::vector<long>& calls, const Work& work,
+                                 const std::function<void(pid_t)>& atCall) {
+    const pid_t child = StartChild(work, true);
     int status = 0;
     if (::waitpid(child, &status, 0) != child || !WIFSTOPPED(status) ||
         ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL) != 0) {
         throw std::runtime_error("cannot trace the child");
     }
+    unsigned count = 0;
     int signal = 0;
-    while (true) {
-        ::ptrace(PTRACE_SYSCALL, child, nullptr, signal);
-        if (::waitpid(child, &status, 0) != child || !WIFSTOPPED(status)) {
-            return status;
-        }
+    while (::ptrace(PTRACE_SYSCALL, child, nullptr, signal) == 0 && ::waitpid(child, &status, 0) == child &&
+           WIFSTOPPED(status)) {
         signal = WSTOPSIG(status) == (SIGTRAP | 0x80) ? 0 : WSTOPSIG(status);
         __ptrace_syscall_info info{};
         if (signal == 0 && ::ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info) > 0 &&
-            info.op == PTRACE_SYSCALL_INFO_ENTRY) {
-            atEntry(child, static_cast<long>(info.entry.nr));
+            info.op == PTRACE_SYSCALL_INFO_ENTRY &&
+            (calls.empty() || std::count(calls.begin(), calls.end(), static_cast<long>(info.entry.nr)) > 0) &&
+            ++count == n) {
+            atCall(child);
         }
     }
+    return {count >= n, WIFEXITED(status) ? WEXITSTATUS(status) : -1};
 }
 
-/// Kills the work when it enters its n-th system call, counted from 1.
 inline ChildRun KillAtSyscall(unsigned n, const Work& work) {
-    unsigned count = 0;
-    const int status = Trace(StartChild(work, true), [&](pid_t child, long) {
-        if (++count == n) {
-            ::kill(child, SIGKILL);
-        }
-    });
-    return {count >= n, ExitStatus(status)};
+    return InterceptSyscall(n, {}, work, [](pid_t child) { ::kill(child, SIGKILL); });
 }
 
 /// Lets the n-th of the given system calls (SYS_...) fail with `error` instead of being done.
 inline ChildRun FailAtSyscall(unsigned n, int error, const std::vector<long>& calls, const Work& work) {
-    const auto poke = [](pid_t child, std::size_t offset, long value) {
-        ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs) + offset, value);
-    };
-    unsigned count = 0;
-    const int status = Trace(StartChild(work, true), [&](pid_t child, long call) {
-        if (std::find(calls.begin(), calls.end(), call) == calls.end() || ++count != n) {
-            return;
-        }
-        poke(child, offsetof(user_regs_struct, orig_rax), -1);
-        int stopped = 0;
+    return InterceptSyscall(n, calls, work, [error](pid_t child) {
+        ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.orig_rax), -1L);
         ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
-        ::waitpid(child, &stopped, 0);
-        poke(child, offsetof(user_regs_struct, rax), -error);
+        ::waitpid(child, nullptr, 0);
+        ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.rax), static_cast<long>(-error));
     });
-    return {count >= n, ExitStatus(status)};
 }
 
 }  // namespace stmdcm_test

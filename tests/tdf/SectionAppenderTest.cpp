@@ -1,0 +1,101 @@
+#include <sys/resource.h>
+#include <sys/syscall.h>
+
+#include "tests/tdf/CaptureTest.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+const char* const Name = "STMDECODERINFO";
+const std::string Payload(5000, 'p');
+
+struct SectionAppenderTest : CaptureTest {
+    std::string m_before, m_after;
+
+    /// 0 when the section was appended, 1 when that failed.
+    int Append() {
+        return ErrorOf([&] { AppendSection(m_path, Name, 9, Payload); }).empty() ? 0 : 1;
+    }
+    void Prepare(const char* reference) {
+        Copy(reference);
+        m_before = ReadWhole(m_file);
+        ASSERT_EQ(Append(), 0);
+        m_after = ReadWhole(m_file);
+    }
+};
+
+TEST_F(SectionAppenderTest, LeavesAllOrNothingWhereverItIsKilledOrFails) {
+    for (const char* reference : {"full.tdf", "torn-payload.tdf", "torn-header.tdf"}) {
+        Prepare(reference);
+        EXPECT_EQ(m_after.substr(0, m_before.size()), m_before);
+        EXPECT_EQ(ErrorOf([&] { EXPECT_EQ(ReadSection(m_path, Name, 9), Payload); }).empty(),
+                  std::string(reference) != "torn-header.tdf");
+        bool killed = true, failed = true;
+        for (unsigned n = 1; killed || failed; ++n) {
+            WriteWhole(m_file, m_before);
+            killed = stmdcm_test::KillAtSyscall(n, [&] { return Append(); }).reached;
+            const std::string left = ReadWhole(m_file);
+            ASSERT_TRUE(left == m_after || (killed && left == m_before)) << reference << " killed at call " << n;
+
+            WriteWhole(m_file, m_before);
+            const auto run = stmdcm_test::FailAtSyscall(
+                n, ENOSPC, {SYS_openat, SYS_flock, SYS_fallocate, SYS_pwritev, SYS_fdatasync, SYS_ftruncate},
+                [&] { return Append(); });
+            failed = run.reached;
+            ASSERT_TRUE(ReadWhole(m_file) == (run.exitStatus == 0 ? m_after : m_before))
+                << reference << " failed at call " << n;
+        }
+    }
+}
+
+TEST_F(SectionAppenderTest, MeetsAFileSizeLimitAsAnError) {
+    for (const char* parent : {"/tmp", "/dev/shm"}) {
+        const stmdcm_test::ScratchDir directory(parent);
+        m_file = directory / "limited.tdf";
+        m_path = m_file.c_str();
+        Copy("full.tdf");
+        EXPECT_EQ(stmdcm_test::RunInChild([&] {
+                      const rlimit limit{FileSize(m_path) + 2, FileSize(m_path) + 2};
+                      ::setrlimit(RLIMIT_FSIZE, &limit);
+                      return Append() + (ErrorOf([&] { Save("n", 1, "d"); }).empty() ? 0 : 1);
+                  }),
+                  2);
+        EXPECT_EQ(ReadWhole(m_file), Reference("full.tdf"));
+    }
+}
+
+TEST_F(SectionAppenderTest, RefusesWhatWouldPassFourGigabytes) {
+    const std::uint64_t start = EncodeSectionStart(0, Name, 9).size();
+    for (const std::uint64_t room : {start - 1, start + Payload.size() - 1, start + Payload.size()}) {
+        const std::string expected =
+            room == start + Payload.size() ? "" : "Section header offset to save data is not valid.";
+        const std::uint64_t size = MaxFileSize - room;
+        const auto save = [&] { Save(Name, 9, Payload); };
+        const auto append = [&] { AppendSection(m_path, Name, 9, Payload); };
+        for (const std::function<void()>& write : {std::function<void()>(save), std::function<void()>(append)}) {
+            Copy("full.tdf");
+            std::filesystem::resize_file(m_file, size);
+            EXPECT_EQ(ErrorOf(write), expected);
+        }
+        EXPECT_EQ(std::filesystem::file_size(m_file), expected.empty() ? MaxFileSize : size);
+    }
+}
+
+TEST_F(SectionAppenderTest, LosesNothingOfTwoWritersAtOnce) {
+    Copy("empty.tdf");
+    const auto write = [&](const char* name) {
+        for (unsigned i = 0; i < 60; ++i) {
+            AppendSection(m_path, name, i, std::string(i * 100, 'x'));
+        }
+        return 0;
+    };
+    const pid_t child = stmdcm_test::StartChild([&] { return write("child"); });
+    write("parent");
+    ASSERT_EQ(stmdcm_test::WaitForChild(child), 0);
+    for (unsigned i = 0; i < 60; ++i) {
+        EXPECT_EQ(ReadSection(m_path, "child", i).size() + ReadSection(m_path, "parent", i).size(), i * 200);
+    }
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace

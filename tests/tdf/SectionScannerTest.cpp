@@ -1,0 +1,107 @@
+#include <fcntl.h>
+
+#include <memory>
+
+#include "tests/tdf/CaptureTest.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+using ZU_WEP::PosixFile;
+
+struct SectionScannerTest : CaptureTest {
+    /// What every reading operation gives, "" when nothing is found; they must agree with each other.
+    std::string ReadByAll(const char* name, std::size_t fileSize) {
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(m_path, "rb"), std::fclose);
+        std::fseek(stream.get(), static_cast<long>(FirstSectionOffset), SEEK_SET);
+        unsigned int length = 0, count = 0;
+        const bool found = m_handler.SeekSectionData(stream.get(), name, 1, length);
+        std::string payload;
+        const std::string error = ErrorOf([&] {
+            payload = ReadSection(m_path, name, 1);
+            m_handler.GetSectionDataPosition(m_path, name, 1, m_a, m_b);
+            std::string loaded(payload.size() + 1, '\0');
+            m_handler.LoadSectionData(m_path, name, 1, loaded.data(), static_cast<unsigned>(loaded.size()), count);
+            EXPECT_EQ(loaded.substr(0, count), payload);
+            EXPECT_EQ(length, m_b);
+            EXPECT_EQ(std::ftell(stream.get()), m_a);
+            EXPECT_LE(payload.size() + std::min<std::size_t>(m_a, fileSize), fileSize);
+        });
+        EXPECT_EQ(error.empty(), found && m_handler.ISTDF(m_path));
+        return payload;
+    }
+};
+
+TEST_F(SectionScannerTest, EndsEveryWalkForTheRightReason) {
+    const struct {
+        const char* file;
+        int reachable, all;
+        ScanStop stop;
+    } cases[] = {{"empty.tdf", 0, 0, ScanStop::EndOfFile},
+                 {"torn-payload.tdf", 4, 4, ScanStop::EndOfFile},
+                 {"torn-header.tdf", 4, 4, ScanStop::TornHeader},
+                 {"orphan-payload.tdf", 2, 2, ScanStop::LengthOverLimit},
+                 {"zero-length.tdf", 1, 1, ScanStop::NoProgress},
+                 {"short-length.tdf", 2, 2, ScanStop::NameOverLimit},
+                 {"huge-length.tdf", 1, 2, ScanStop::LengthOverLimit}};
+    for (const auto& c : cases) {
+        Copy(c.file);
+        const PosixFile file = PosixFile::Open(m_path, O_RDONLY);
+        FileSectionSource source(file);
+        SectionScanner scanner(source, FirstSectionOffset, SectionScanner::Reach::PastLimits);
+        SectionInfo section;
+        int reachable = 0, all = 0;
+        for (; scanner.Next(section); ++all) {
+            reachable += section.reachable ? 1 : 0;
+        }
+        EXPECT_TRUE(reachable == c.reachable && all == c.all && scanner.Stop() == c.stop)
+            << c.file << ": " << reachable << " of " << all << ", " << ScanStopText(scanner.Stop());
+    }
+}
+
+TEST_F(SectionScannerTest, GivesWhatIsLeftOfAFileCutShortAtAnyByte) {
+    Copy("full.tdf");
+    const std::string whole = ReadSection(m_path, "STMDECODERINFO", 1);
+    const std::size_t fullSize = FileSize(m_path), start = fullSize - whole.size();
+    for (std::size_t size = fullSize; size-- > 0;) {
+        std::filesystem::resize_file(m_file, size);
+        ASSERT_EQ(ReadByAll("STMDECODERINFO", size), size > start ? whole.substr(0, size - start) : "") << size;
+        ReadByAll("TRACE0", size);
+    }
+}
+
+TEST_F(SectionScannerTest, StaysInsideAFileWithAnyBitFlipped) {
+    Copy("full.tdf");
+    const std::string bytes = ReadWhole(m_file);
+    m_handler.GetSectionDataPosition(m_path, "TRACE0", 1, m_a, m_b);
+    const std::size_t trace = m_a, traceSize = m_b;  // a payload's bytes mean nothing to the container
+    const PosixFile file = PosixFile::Open(m_path, O_RDWR);
+    for (std::size_t i = 0; i < bytes.size(); i += i == trace ? traceSize : 1) {
+        for (int bit = 0; bit < 8; ++bit) {
+            ASSERT_TRUE(file.WriteAt(i, {std::string(1, static_cast<char>(bytes[i] ^ (1 << bit)))}));
+            for (const char* name : {"TRACE0", "DEVID", "STMDECODERINFO"}) {
+                ReadByAll(name, bytes.size());
+            }
+        }
+        ASSERT_TRUE(file.WriteAt(i, {bytes.substr(i, 1)}));
+    }
+}
+
+TEST_F(SectionScannerTest, ReachesOffsetsNearFourGigabytes) {
+    Copy("empty.tdf");
+    const PosixFile file = PosixFile::Open(m_path, O_RDWR);
+    const std::uint32_t stride = 0x1FFFFF;
+    std::uint64_t offset = FirstSectionOffset;
+    unsigned int count = 0;
+    for (; offset + stride <= MaxFileSize; offset += stride) {
+        ASSERT_TRUE(file.WriteAt(offset, {EncodeSectionStart(stride, "many", ++count)}));
+    }
+    ASSERT_TRUE(file.WriteAt(offset, {EncodeSectionStart(stride, "wraps", 1), "end"}));
+    m_handler.GetSectionDataPosition(m_path, "many", count, m_a, m_b);
+    EXPECT_EQ(m_a + m_b, offset);
+    EXPECT_EQ(ReadSection(m_path, "wraps", 1), "end");
+    EXPECT_NE(ErrorOf([&] { ReadSection(m_path, "missing", 1); }), "");
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace
