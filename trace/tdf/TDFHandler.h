@@ -19,7 +19,7 @@ namespace Zu::Wep::Trace {
 class STMDCM_EXPORT TDFHandler {
   public:
     TDFHandler();
-    ~TDFHandler();
+    ~TDFHandler();  // NOLINT(performance-trivially-destructible): hosts link to it
 
     /// Creates the file, or empties it, and writes the identifier. The path must end in ".tdf", in any case.
     void CreateTDFFile(const char* path);
