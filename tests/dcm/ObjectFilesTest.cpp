@@ -1,0 +1,148 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <map>
+
+#include "host/vorn/vornError.h"
+#include "tests/dcm/ManagerTest.h"
+#include "trace/dcm/ObjectFileSection.h"
+#include "trace/tdf/SectionAppender.h"
+#include "trace/tdf/SectionReader.h"
+#include "trace/tdf/TDFHandler.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+/// Answers by a table and notes what it was asked.
+class Answers : public CDeviceConfigEvents {
+  public:
+    void OnUpdateObjectFile(const std::string& file, bool timeStampChanged, std::string& newFile) override {
+        asked.push_back((timeStampChanged ? "changed " : "missing ") + file);
+        EXPECT_TRUE(newFile.empty());
+        newFile = answers[file];
+    }
+    std::map<std::string, std::string> answers;
+    std::vector<std::string> asked;
+};
+
+class ObjectFilesTest : public ManagerTest {
+  protected:
+    ObjectFilesTest() { m_manager->RegisterEventHandler(&m_events); }
+
+    std::string Image(const std::string& name, std::int64_t modified) {
+        const std::string path = Write(name, "image");
+        const timespec times[2] = {{modified, 0}, {modified, 0}};
+        ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+        return path;
+    }
+    void LoadEntries(const std::vector<ObjectFileEntry>& entries) {
+        TDFHandler().CreateTDFFile((m_home / "o.tdf").c_str());
+        std::string payload;
+        for (const auto& entry : entries) {
+            AppendObjectFileEntry(payload, entry);
+        }
+        AppendSection((m_home / "o.tdf").c_str(), kCommonSectionName, 1, payload);
+        EXPECT_TRUE(m_manager->LoadCommonConfiguration(m_home / "o.tdf", TRACE_DATA_FILE_TDF));
+    }
+    /// Name, file and time of every entry, as saving writes them.
+    std::vector<std::string> Saved() {
+        TDFHandler().CreateTDFFile((m_home / "s.tdf").c_str());
+        EXPECT_TRUE(m_manager->SaveCommonConfiguration(m_home / "s.tdf", TRACE_DATA_FILE_TDF));
+        std::vector<std::string> result;
+        for (const auto& entry :
+             ParseObjectFileEntries(ReadSection((m_home / "s.tdf").c_str(), "DCM_COMMON", 1)).entries) {
+            result.push_back(entry.name + " " + entry.fileName.substr(entry.fileName.rfind('/') + 1) + " " +
+                             std::to_string(entry.timeStamp));
+        }
+        return result;
+    }
+    std::string Find(const std::string& name) {
+        std::string file = "none";
+        return m_manager->GetObjectFile(name, file) ? file : "none";
+    }
+
+    Answers m_events;
+};
+
+TEST_F(ObjectFilesTest, EntryBytes) {
+    std::string payload;
+    AppendObjectFileEntry(payload, {"core0", "/x/a.out", 1700000000});
+    EXPECT_EQ(payload, std::string("core0\0/x/a.out\0\x00\xF1\x53\x65\0\0\0\0", 23));
+    for (std::size_t length = 0; length < payload.size(); ++length) {  // after one whole entry, any part of another
+        const auto found = ParseObjectFileEntries(payload + payload.substr(0, length));
+        EXPECT_EQ(found.entries.size(), 1U);
+        EXPECT_EQ(found.complete, length == 0);
+    }
+}
+
+TEST_F(ObjectFilesTest, AsksAtMostOnceAndStopsWithoutAnAnswer) {
+    const std::string same = Image("same", 100), changed = Image("changed", 200), other = Image("other", 300);
+    const std::string later = Image("later", 400);
+    m_events.answers[later] = later;
+    const std::string askChanged = "changed " + changed, askMissing = "missing /none";
+    const struct {
+        const char* what;
+        ObjectFileEntry entry;
+        std::string answer, asked, saved;
+        bool goesOn;
+    } cases[] = {
+        {"unchanged", {"c", same, 100}, "", "", "c same 100", true},
+        {"confirmed", {"c", changed, 1}, changed, askChanged, "c changed 200", true},
+        {"replaced: the stamp of the first file", {"c", changed, 1}, other, askChanged, "c other 200", true},
+        {"no answer", {"c", changed, 1}, "", askChanged, "c changed 1", false},
+        {"found with the same stamp", {"c", "/none", 100}, same, askMissing, "c same 100", true},
+        {"found with another stamp", {"c", "/none", 1}, same, askMissing, "c same 1", false},
+        {"missing for good", {"c", "/none", 1}, "", askMissing, "", false},
+    };
+    for (const auto& test : cases) {
+        m_events.answers[test.entry.fileName] = test.answer;
+        m_events.asked.clear();
+        LoadEntries({test.entry, {"d", later, 5}});
+        std::vector<std::string> asked{test.asked, test.goesOn ? "changed " + later : ""};
+        std::vector<std::string> saved{test.saved, test.goesOn ? "d later 400" : "d later 5"};
+        std::erase(asked, "");
+        std::erase(saved, "");
+        EXPECT_EQ(m_events.asked, asked) << test.what;
+        EXPECT_EQ(Saved(), saved) << test.what;
+    }
+}
+
+TEST_F(ObjectFilesTest, WithoutAHandlerAMissingFileLosesItsPath) {
+    m_manager->RegisterEventHandler(nullptr);
+    LoadEntries({{"c", "/none", 1}, {"d", "/none/too", 2}});
+    EXPECT_EQ(Saved(), (std::vector<std::string>{"d too 2"}));
+    LoadEntries({});  // an empty section keeps the list
+    EXPECT_EQ(Find("d"), "/none/too");
+    EXPECT_EQ(Find("GOLD"), "/none/too");  // its last letter, in any case, is good enough
+}
+
+TEST_F(ObjectFilesTest, ThreeMatchRulesThenThePrompt) {
+    const std::string image = Image("image", 100);
+    for (const char* name : {"core1", "dsp2", "ctrlM"}) {
+        m_events.answers[std::string("/") + name] = "";
+    }
+    LoadEntries({{"core1", "/core1", 1}, {"dsp2", "/dsp2", 1}, {"ctrlM", "/ctrlM", 1}, {"ore", "/ore", 1}});
+    const struct {
+        const char *name, *file;
+    } cases[] = {{"ore", "/ore"}, {"sp", "/dsp2"}, {"CORE1", ""}, {"arm", "/ctrlM"}, {"", ""}, {"video", ""}};
+    for (const auto& test : cases) {
+        EXPECT_EQ(Find(test.name), test.file) << test.name;  // "core1" has lost its path to the check
+    }
+    m_events.asked.clear();
+    EXPECT_EQ(Find("x"), "none");
+    EXPECT_EQ(m_events.asked, (std::vector<std::string>{"missing Application for x"}));
+    m_events.answers["Application for x"] = image;
+    EXPECT_EQ(Find("x"), image);
+    EXPECT_EQ(Saved().back(), "x image 100");
+}
+
+TEST_F(ObjectFilesTest, OtherFilesAreRefused) {
+    EXPECT_FALSE(m_manager->SaveCommonConfiguration(Write("t.txt", "TDF2"), TRACE_DATA_FILE_TDF));
+    EXPECT_FALSE(m_manager->SaveCommonConfiguration(Copy("full.tdf"), TRACE_DATA_FILE_LOCAL));
+    EXPECT_FALSE(m_manager->LoadCommonConfiguration(Copy("full.tdf"), TRACE_DATA_FILE_LIVE));
+    EXPECT_THROW(m_manager->LoadCommonConfiguration(Sample("empty.tdf"), TRACE_DATA_FILE_TDF), Vorn::vornErrorIF);
+    EXPECT_FALSE(Load(Sample("empty.tdf")));
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,106 @@
+#include "tests/dcm/ManagerTest.h"
+#include "tests/support/AllocationWatch.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+using stmdcm_test::largestAllocation;
+
+class SamplesTest : public ManagerTest {
+  protected:
+    SamplesTest() { ResetLog(); }
+    std::vector<std::string> Files() {
+        std::vector<std::string> files;
+        for (const auto& entry : std::filesystem::directory_iterator(STMDCM_TEST_DATA)) {
+            files.push_back(entry.path().filename());
+        }
+        return files;
+    }
+    bool LoadAny(const std::string& path) {
+        return m_manager->LoadConfiguration(path, path.ends_with(".tdf") ? TRACE_DATA_FILE_TDF : TRACE_DATA_FILE_LOCAL);
+    }
+};
+
+TEST_F(SamplesTest, EachLoadsToWhatItsWriterSays) {
+    const struct {
+        const char* file;
+        bool result;
+        int atbId;
+        std::vector<unsigned> useCases;
+    } cases[] = {
+        {"full.tdf", true, 12, {2, 1, 2}},
+        {"packed.tdf", true, 7, {1, 1, 1}},
+        {"shadowed.tdf", true, 1, {0, 0, 0}},
+        {"no-devid.tdf", false, 1, {0, 0, 0}},
+        {"empty.tdf", false, 1, {0, 0, 0}},
+        {"wrong-magic.tdf", false, 1, {0, 0, 0}},
+        {"torn-payload.tdf", true, 12, {0, 0, 0}},
+        {"torn-header.tdf", true, 12, {0, 0, 0}},
+        {"orphan-payload.tdf", false, 1, {0, 0, 0}},
+        {"zero-length.tdf", false, 1, {0, 0, 0}},
+        {"huge-length.tdf", false, 1, {0, 0, 0}},
+        {"settings.txt", true, 12, {2, 1, 2}},
+        {"settings-crlf.txt", true, 12, {1, 1, 2}},
+        {"settings-packed.txt", false, 7, {1, 1, 1}},
+        {"settings-unknown-key.txt", false, 5, {0, 0, 0}},
+        {"settings-long-line.txt", false, 1, {2, 0, 0}},
+    };
+    for (const auto& test : cases) {
+        m_manager = Make();
+        EXPECT_EQ(LoadAny(Sample(test.file)), test.result) << test.file;
+        if (test.atbId != 1 || test.result) {
+            EXPECT_EQ(Number("STM_ATB_Id"), test.atbId) << test.file;
+        }
+        EXPECT_EQ(UseCases(), test.useCases) << test.file;
+    }
+    EXPECT_TRUE(LoadAny(Sample("settings-not-a-number.txt")));
+    EXPECT_EQ(Number("STM_ATB_Id"), 0);
+    EXPECT_EQ(Number("STM_DTC_target_clock_hz"), 250000000);
+}
+
+TEST_F(SamplesTest, FullCaptureToTheLetter) {
+    ASSERT_TRUE(LoadAny(Sample("full.tdf")));
+    EXPECT_EQ(Number("STM_STP_Version"), 2);  // the host's section said 9
+    EXPECT_EQ(Number("OCPWP_Probe_ID"), 0);
+    EXPECT_EQ(Number("HEAD_Pointer_0"), -2147483647 - 1);
+    EXPECT_EQ(m_manager->GetUsecaseRecord()->GetUsecase(0)->GetFormula(0)->tagNumber, 10U);
+    EXPECT_EQ(Text(), ReadWhole(Sample("settings.txt")));  // every byte of somebody else's text comes back
+}
+
+TEST_F(SamplesTest, AnyTruncationLoadsWithinItsBounds) {
+    const std::string path = m_home / "cut.tdf";
+    for (const std::string& file : Files()) {
+        const std::string name = file.ends_with(".tdf") ? path : m_home / "cut.txt";
+        const std::string whole = ReadWhole(Sample(file));
+        WriteWhole(name, whole);
+        for (std::size_t length = whole.size(); length-- > 0;) {
+            std::filesystem::resize_file(name, length);
+            largestAllocation = 0;
+            LoadAny(name);
+            // The stated lengths reach 128 MiB and, wrapped, 4 GiB; the text may be copied while it grows.
+            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * length) << file << " cut to " << length;
+        }
+    }
+}
+
+TEST_F(SamplesTest, AnyFlippedByteLoads) {
+    for (const std::string& file : Files()) {
+        const std::string name = file.ends_with(".tdf") ? m_home / "flip.tdf" : m_home / "flip.txt";
+        const std::string bytes = ReadWhole(Sample(file));
+        WriteWhole(name, bytes);
+        std::fstream stream(name);
+        const auto put = [&stream](std::size_t at, char byte) {
+            stream.seekp(static_cast<std::streamoff>(at)).put(byte).flush();
+        };
+        for (std::size_t i = 0; i<bytes.size(); i += bytes.size()> 4096 ? 7 : 1) {
+            put(i, static_cast<char>(~bytes[i]));
+            largestAllocation = 0;
+            LoadAny(name);
+            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * bytes.size()) << file << " flipped at " << i;
+            put(i, bytes[i]);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace

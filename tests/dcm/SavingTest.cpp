@@ -1,0 +1,126 @@
+#include <sys/resource.h>
+#include <sys/syscall.h>
+
+#include "tests/dcm/ManagerTest.h"
+#include "tests/support/KillAtSyscall.h"
+#include "trace/tdf/TDFHandler.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+class SavingTest : public ManagerTest {
+  protected:
+    SavingTest() {
+        ResetLog();
+        Load(Sample("full.tdf"));
+        ConfigPropertyValue value;
+        value.value.integer = 99;
+        m_manager->SetSTMProperty("STM_ATB_Id", value);
+        TDFHandler().CreateTDFFile(m_capture.c_str());
+        AppendByTwoSteps("DEVID", "serial = 1\n");
+        m_before = ReadWhole(m_capture);
+    }
+    void AppendByTwoSteps(const char* name, const std::string& payload) {
+        unsigned offset = 0, length = 0;
+        TDFHandler().SaveSectionHeader(m_capture.c_str(), name, 1, offset);
+        TDFHandler().SaveSectionData(m_capture.c_str(), name, offset, payload.data(), 1,
+                                     static_cast<unsigned>(payload.size()), length);
+    }
+    int Save() { return m_manager->SaveConfiguration(m_capture, TRACE_DATA_FILE_TDF) ? 0 : 1; }
+    /// What the capture loads to, the result first.
+    std::string Loaded() {
+        const auto manager = Make();
+        const bool result = manager->LoadConfiguration(m_capture, TRACE_DATA_FILE_TDF);
+        return std::to_string(result) + (result ? Text(*manager) : "");
+    }
+
+    std::string m_capture = m_home / "saved.tdf";
+    std::string m_before;
+};
+
+TEST_F(SavingTest, WritesTheBytesOfTheTwoStepProtocol) {
+    EXPECT_EQ(Save(), 0);
+    const std::string saved = ReadWhole(m_capture);
+    EXPECT_EQ(Loaded(), "1" + Text());
+    WriteWhole(m_capture, m_before);
+    std::string common;
+    for (const int core : {0, 1}) {
+        common += "core" + std::to_string(core) + '\0' + "/opt/images/app" + std::to_string(core) + ".out" + '\0';
+        common += static_cast<char>(core) + std::string("\xF1\x53\x65\0\0\0\0", 7);
+    }
+    AppendByTwoSteps("DCM_COMMON", common.substr(common.find("core1")));  // core0 has lost its path to the check
+    AppendByTwoSteps("STMDECODERINFO", Text());
+    EXPECT_EQ(saved, ReadWhole(m_capture));
+}
+
+TEST_F(SavingTest, TheOldestConfigurationIsTheOneThatLoads) {
+    Save();
+    const std::string first = Loaded();
+    m_manager->ExtractValue("STM_ATB_Id", "5");
+    Save();
+    EXPECT_EQ(Loaded(), first);
+}
+
+TEST_F(SavingTest, NoCaptureIsQuietlyNotWritten) {
+    const std::string path = Write("plain.txt", "TDF2");
+    EXPECT_TRUE(m_manager->SaveSTMConfigurationToTDF(path));
+    EXPECT_FALSE(m_manager->LoadSTMConfigurationFromTDF(path));
+    EXPECT_FALSE(m_manager->SaveConfiguration(path, TRACE_DATA_FILE_TDF));
+    EXPECT_EQ(ReadWhole(path), "TDF2");
+}
+
+TEST_F(SavingTest, AKillAtAnySystemCallLeavesOldOrNew) {
+    const std::string old = Loaded();
+    const std::string oldSettings = Write("s.dcm", "STM_ATB_Id = 3\n");
+    const auto work = [this] { return Save() + m_manager->SaveConfiguration("s", TRACE_DATA_FILE_LIVE); };
+    bool reached = true;
+    for (unsigned n = 1; reached; ++n) {
+        WriteWhole(m_capture, m_before);
+        WriteWhole(m_home / "s.dcm", "STM_ATB_Id = 3\n");
+        reached = stmdcm_test::KillAtSyscall(n, work).reached;
+        const std::string loaded = Loaded();
+        EXPECT_TRUE(loaded == old || loaded == "1" + Text()) << "killed at call " << n << ":\n" << loaded;
+        const std::string settings = ReadWhole(m_home / "s.dcm");
+        EXPECT_TRUE(settings == "STM_ATB_Id = 3\n" || settings == Text()) << "killed at call " << n;
+    }
+    EXPECT_EQ(Loaded(), "1" + Text());
+}
+
+TEST_F(SavingTest, AFullDiskIsAFailureAndLeavesTheOld) {
+    const std::vector<long> calls{SYS_write,     SYS_pwrite64, SYS_writev,    SYS_pwritev,  SYS_pwritev2,
+                                  SYS_fallocate, SYS_fsync,    SYS_fdatasync, SYS_ftruncate};
+    Write("s.dcm", "STM_ATB_Id = 3\n");
+    const auto capture = [this] { return Save(); };
+    const auto settings = [this] { return m_manager->SaveConfiguration("s", TRACE_DATA_FILE_LIVE) ? 0 : 1; };
+    for (unsigned n = 1; stmdcm_test::FailAtSyscall(n, ENOSPC, calls, capture).reached; ++n) {
+        const std::string now = ReadWhole(m_capture);
+        EXPECT_TRUE(now.starts_with(m_before));
+        EXPECT_EQ(Loaded(), "0");
+        WriteWhole(m_capture, m_before);
+    }
+    for (unsigned n = 1;; ++n) {
+        const auto run = stmdcm_test::FailAtSyscall(n, ENOSPC, calls, settings);
+        if (!run.reached) {
+            break;
+        }
+        EXPECT_EQ(run.exitStatus, 1) << "call " << n;
+        const std::string now = ReadWhole(m_home / "s.dcm");  // new when only the directory could not be synced
+        EXPECT_TRUE(now == "STM_ATB_Id = 3\n" || now == Text()) << now;
+    }
+}
+
+TEST_F(SavingTest, AFileSizeLimitIsAFailureNotASignal) {
+    Write("s.dcm", "STM_ATB_Id = 3\n");
+    const int status = stmdcm_test::RunInChild([this] {
+        const rlimit limit{200, 200};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        return Save() * 2 + (m_manager->SaveConfiguration("s", TRACE_DATA_FILE_LIVE) ? 0 : 1);
+    });
+    EXPECT_EQ(status, 3);
+    EXPECT_EQ(ReadWhole(m_home / "s.dcm"), "STM_ATB_Id = 3\n");
+    EXPECT_TRUE(ReadWhole(m_capture).starts_with(m_before));
+    EXPECT_EQ(Loaded(), "0");
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace

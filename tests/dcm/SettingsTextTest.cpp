@@ -1,0 +1,104 @@
+#include "tests/dcm/ManagerTest.h"
+
+namespace Zu::Wep::Trace {
+namespace {
+
+using SettingsTextTest = ManagerTest;
+
+TEST_F(SettingsTextTest, WhereThePropertiesEndAndWhatTheResultIs) {
+    const std::string block = "{\ntype=PMI_CMI\nname=PMI\nsw=3\n}";
+    const std::string packed = "{type=PMI_CMI,name=PMI,sw=3}";
+    const struct {
+        const char* what;
+        std::string text;
+        bool result;
+        int atbId;  // 1 unless the text's value was applied
+        unsigned pmi;
+    } cases[] = {
+        {"no final line feed", "STM_ATB_Id=5", true, 5, 0},
+        {"a final line feed ends with an empty line", "STM_ATB_Id=5\n", false, 5, 0},
+        {"an empty file", "", false, 1, 0},
+        {"further fields are ignored", " \t= STM_ATB_Id == 5 = 6 junk", true, 5, 0},
+        {"CR LF", "STM_ATB_Id = 5\r\n" + block, true, 5, 1},
+        {"no value ends the properties", "HEAD_Present_0\nSTM_ATB_Id=5\n" + block, false, 1, 1},
+        {"an unknown name ends them", "colour = 3\nSTM_ATB_Id=5\n" + block, false, 1, 1},
+        {"what came before stays", "STM_ATB_Id=5\ncolour\n" + block, false, 5, 1},
+        {"a blank line ends them", "STM_ATB_Id=5\n\n" + block, false, 5, 1},
+        {"two end the blocks' search too", "STM_ATB_Id=5\n\n\n" + block, false, 5, 0},
+        {"a block ends them", "STM_ATB_Id=5\n" + block + "\n", true, 5, 1},
+        {"a block alone", block, true, 1, 1},
+        {"properties behind a block are not read", block + "\nSTM_ATB_Id=5", true, 1, 1},
+        {"one-line blocks stand among properties", packed + "\nSTM_ATB_Id=5\n" + packed, true, 5, 2},
+        {"a block behind one-line blocks is not read", packed + "\n" + block, true, 1, 1},
+        {"a one-line block cut by CR keeps its brace", "{type=PMI_CMI,name=PMI}\r\n", false, 1, 1},
+        {"an empty block counts for every kind", "{\n}\n", true, 1, 1},
+        {"a blank line between blocks ends them", block + "\n\n" + block, true, 1, 1},
+        {"999 characters", "STM_ATB_Id=5 " + std::string(986, 'x'), true, 5, 0},
+        {"1000 characters", "STM_ATB_Id=5 " + std::string(987, 'x'), false, 5, 0},
+        {"a block line of 127 characters", "{\ntype=PMI_CMI\nname=" + std::string(122, 'n') + "\n}", false, 1, 1},
+    };
+    for (const auto& test : cases) {
+        m_manager = Make();
+        EXPECT_EQ(LoadText(test.text), test.result) << test.what;
+        EXPECT_EQ(Number("STM_ATB_Id"), test.atbId) << test.what;
+        EXPECT_EQ(m_manager->GetPMIUsecaseRecord()->GetNumUsecases(), test.pmi) << test.what;
+    }
+}
+
+TEST_F(SettingsTextTest, CarriageReturnKeepsTheBraceOfAOneLineBlock) {
+    LoadText("{type=PMI_CMI,sw=4,name=CMI0}\r\n");
+    EXPECT_EQ(m_manager->GetPMIUsecaseRecord()->GetUsecase(1), nullptr);
+    EXPECT_NE(Text().find("name=CMI0}\n"), std::string::npos);
+}
+
+TEST_F(SettingsTextTest, LongLinesAreNamedInTheLog) {
+    LoadText("STM_ATB_Id=5\nSTM_STP_Version=2 " + std::string(2000, ' ') + "\n{\n" + std::string(200, 'k') + "=1\n}");
+    const auto log = TakeLog();
+    const std::string file = m_home / "local.txt";
+    EXPECT_EQ(
+        std::count(log.begin(), log.end(),
+                   "    E STM Device DCM: " + file + " line 2 is longer than 999 characters, the rest is skipped"),
+        1);
+    EXPECT_EQ(
+        std::count(log.begin(), log.end(),
+                   "    E STM Device DCM: " + file + " line 4 is longer than 126 characters, the rest is skipped"),
+        1);
+    EXPECT_EQ(Number("STM_STP_Version"), 2);
+}
+
+TEST_F(SettingsTextTest, AFileThatCannotBeReadLeavesEverything) {
+    LoadText("STM_ATB_Id=5\n{\n}");
+    TakeLog();
+    const std::string before = Text();
+    EXPECT_FALSE(m_manager->LoadConfiguration(m_home.Path(), TRACE_DATA_FILE_LOCAL));  // a directory
+    EXPECT_FALSE(m_manager->LoadConfiguration(m_home / "none", TRACE_DATA_FILE_LOCAL));
+    EXPECT_EQ(Text(), before);
+    EXPECT_EQ(TakeLog().front(), "    E STM Device DCM: LoadSTMConfiguration fail to open file: " + (m_home / "none"));
+}
+
+TEST_F(SettingsTextTest, SettingsFilesAndTheirNames) {
+    EXPECT_FALSE(m_manager->LoadConfiguration("", TRACE_DATA_FILE_LIVE));
+    Write("a.dcm", "STM_ATB_Id=5");
+    Write("b.dcm.old", "STM_ATB_Id=6");
+    EXPECT_TRUE(m_manager->LoadConfiguration("a", TRACE_DATA_FILE_LIVE));
+    EXPECT_EQ(Number("STM_ATB_Id"), 5);
+    EXPECT_TRUE(m_manager->LoadConfiguration("b.dcm.old", TRACE_DATA_FILE_LIVE));
+    EXPECT_EQ(Number("STM_ATB_Id"), 6);
+    EXPECT_TRUE(m_manager->SaveConfiguration("c.dcm", TRACE_DATA_FILE_LOCAL));
+    EXPECT_EQ(ReadWhole(m_home / "c.dcm.dcm"), Text());
+    EXPECT_TRUE(m_manager->SaveConfiguration("no/such/directory", TRACE_DATA_FILE_LIVE));
+
+    m_manager->SaveAllConfiguration();
+    EXPECT_EQ(Number(*Make(), "STM_ATB_Id"), 6);  // a new manager reads its CPU's file
+    LoadText("STM_ATB_Id=7");
+    m_manager->RetrieveAllConfiguration();  // switched off by loading a local file
+    EXPECT_EQ(Number("STM_ATB_Id"), 7);
+
+    ::unsetenv("ZU_TRACE_SETTINGS_DIR");
+    EXPECT_THROW(m_manager->SaveConfiguration("a", TRACE_DATA_FILE_LIVE), std::logic_error);
+    EXPECT_THROW(m_manager->LoadConfiguration("a", TRACE_DATA_FILE_LIVE), std::logic_error);
+    EXPECT_NO_THROW(Make());
+}
+
+}  // namespace
+}  // namespace Zu::Wep::Trace
