@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <sstream>
 #include <string>
 
@@ -35,6 +36,7 @@ struct Records {
         record.RetrieveAllRecords(in);
     }
 
+    std::array<unsigned, 3> Counts() const { return {sc.GetNumUsecases(), cpt.GetNumUsecases(), pmi.GetNumUsecases()}; }
     std::string Text() const { return Export(sc) + Export(cpt) + Export(pmi); }
 };
 

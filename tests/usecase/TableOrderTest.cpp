@@ -10,17 +10,17 @@ namespace {
 
 using stmdcm_test::Slot;
 
-void CheckBaseOperations(void* usecase) {
+void CheckBaseOperations(void* usecase, unsigned id = 17, const char* probe = "probe", int job = 3) {
     Slot<void>(usecase, 0, 17U);
     Slot<void>(usecase, 2, "mod");
     Slot<void>(usecase, 4, "probe");
     Slot<void>(usecase, 6, 1000U);
     Slot<void>(usecase, 8, 3);
-    EXPECT_EQ(Slot<unsigned>(usecase, 1), 17U);
+    EXPECT_EQ(Slot<unsigned>(usecase, 1), id);
     EXPECT_STREQ(Slot<const char*>(usecase, 3), "mod");
-    EXPECT_STREQ(Slot<const char*>(usecase, 5), "probe");
+    EXPECT_STREQ(Slot<const char*>(usecase, 5), probe);
     EXPECT_EQ(Slot<unsigned>(usecase, 7), 1000U);
-    EXPECT_EQ(Slot<int>(usecase, 9), 3);
+    EXPECT_EQ(Slot<int>(usecase, 9), job);
 }
 
 TEST(TableOrder, ScUsecase) {
@@ -48,8 +48,6 @@ TEST(TableOrder, CptUsecase) {
     EXPECT_TRUE(Slot<bool>(usecase, 11, 7U));
     for (const std::size_t slot : {12U, 14U, 16U}) {
         Slot<void>(usecase, slot, static_cast<unsigned>(slot));
-    }
-    for (const std::size_t slot : {12U, 14U, 16U}) {
         EXPECT_EQ(Slot<unsigned>(usecase, slot + 1), slot);
     }
     std::string text;
@@ -60,16 +58,7 @@ TEST(TableOrder, CptUsecase) {
 
 TEST(TableOrder, PmiUsecaseHasNoModuleIdProbeOrJob) {
     void* usecase = new PMIUsecaseInfo;
-    Slot<void>(usecase, 0, 17U);
-    Slot<void>(usecase, 2, "mod");
-    Slot<void>(usecase, 4, "probe");
-    Slot<void>(usecase, 6, 1000U);
-    Slot<void>(usecase, 8, 3);
-    EXPECT_EQ(Slot<unsigned>(usecase, 1), 4294967295U);
-    EXPECT_STREQ(Slot<const char*>(usecase, 3), "mod");
-    EXPECT_EQ(Slot<const char*>(usecase, 5), nullptr);
-    EXPECT_EQ(Slot<unsigned>(usecase, 7), 1000U);
-    EXPECT_EQ(Slot<int>(usecase, 9), -1);
+    CheckBaseOperations(usecase, 4294967295U, nullptr, -1);
     Slot<void>(usecase, 11);  // The destructor stands right behind the ten operations.
 }
 

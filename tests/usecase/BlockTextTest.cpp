@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <fstream>
 #include <iterator>
@@ -17,7 +16,7 @@ std::string CapturedBlocks(const std::string& file) {
     return text.substr(text.find("\n{") + 1);
 }
 
-TEST(BlockReading, CapturedBlocksComeBackByteForByte) {
+TEST(BlockText, CapturedBlocksComeBackByteForByte) {
     for (const char* file : {"settings.txt", "settings-crlf.txt"}) {
         std::string blocks = CapturedBlocks(file);
         Records records(blocks);
@@ -30,7 +29,7 @@ TEST(BlockReading, CapturedBlocksComeBackByteForByte) {
     }
 }
 
-TEST(BlockReading, TextCutAtAnyByteGivesTheBlocksBeforeTheCut) {
+TEST(BlockText, TextCutAtAnyByteGivesTheBlocksBeforeTheCut) {
     const std::string blocks = CapturedBlocks("settings.txt");
     const Records full(blocks);
     for (std::size_t length = 0; length < blocks.size(); ++length) {
@@ -41,10 +40,11 @@ TEST(BlockReading, TextCutAtAnyByteGivesTheBlocksBeforeTheCut) {
     }
 }
 
-TEST(BlockReading, FaultsEndTheBlockOrTheScan) {
+TEST(BlockText, FaultsEndTheBlockOrTheScan) {
     const std::string good = "{\nid=1\n}\n";
     const std::string name = "name=" + std::string(250, 'x');  // The longest line that is read.
     const std::tuple<const char*, std::string, std::array<unsigned, 3>> cases[] = {
+        {"empty block", "{\n}\n", {1, 1, 1}},
         {"types", good + "{\ntype=CPT\n}\n{\ntype=PMI_CMI\n}\n{\ntype=SC\n}\n", {2, 1, 1}},
         {"type of another kind", "{\ntype=CMI\n}\n{\ntypeX=SC\n}\n{\n type=SC\n}\n", {1, 0, 0}},
         {"type later in the block", "{\ntype=CPT\ntype=SC\n}\n", {0, 1, 0}},
@@ -68,13 +68,11 @@ TEST(BlockReading, FaultsEndTheBlockOrTheScan) {
     };
     for (const auto& [what, text, counts] : cases) {
         const Records records(text);
-        const std::array<unsigned, 3> found = {records.sc.GetNumUsecases(), records.cpt.GetNumUsecases(),
-                                               records.pmi.GetNumUsecases()};
-        EXPECT_EQ(found, counts) << what;
+        EXPECT_EQ(records.Counts(), counts) << what;
     }
 }
 
-TEST(BlockReading, ValuesAreTakenLeniently) {
+TEST(BlockText, ValuesAreTakenLeniently) {
     const std::pair<const char*, const char*> cases[] = {
         {"suppress=7", "suppress=1"},
         {"sw= +12z", "sw=12"},
@@ -93,7 +91,7 @@ TEST(BlockReading, ValuesAreTakenLeniently) {
     }
 }
 
-TEST(BlockReading, TheTagNumberFollowsTheFirstColon) {
+TEST(BlockText, TheTagNumberFollowsTheFirstColon) {
     const std::pair<const char*, unsigned> cases[] = {{"X:12/Y", 12}, {"a:12345", 123}, {"12345", 123}, {"", 0},
                                                       {"1:2:3", 2},   {"9:", 0},        {"a:-1", ~0U}};
     for (const auto& [formula, tag] : cases) {
@@ -102,18 +100,54 @@ TEST(BlockReading, TheTagNumberFollowsTheFirstColon) {
     }
 }
 
-TEST(BlockReading, LineReaderStaysInItsBuffer) {
-    std::istringstream in(std::string(300, 'x') + "\n \t\r\n" + "last");
-    std::array<char, 257> line;
-    line.fill('!');
+TEST(BlockText, LineReaderStaysInItsBuffer) {
+    std::istringstream in(std::string(300, 'x') + "\n \t\r\nlast");
+    std::string line(257, '!');
     EXPECT_TRUE(myfgets(line.data(), 255, in));
-    EXPECT_EQ(std::string(line.data()), std::string(255, 'x'));
-    EXPECT_EQ(line[256], '!');
+    EXPECT_EQ(line, std::string(255, 'x') + '\0' + '!');
     EXPECT_FALSE(myfgets(line.data(), 255, in));
-    EXPECT_STREQ(line.data(), "");
     EXPECT_TRUE(myfgets(line.data(), 255, in));
     EXPECT_FALSE(myfgets(line.data(), 255, in));
-    EXPECT_STREQ(line.data(), "last");  // Untouched at the end of the input.
+    EXPECT_STREQ(line.c_str(), "last");  // Untouched at the end of the input.
+}
+
+// Whatever a host puts into a text field, the block stays one block of lines that fit, and reads back as written.
+TEST(BlockText, NoTextBreaksOutOfItsLine) {
+    const std::string texts[] = {"}\n{\ntype=CPT\r\n}",
+                                 "\n\n\n",
+                                 "$/\r}",
+                                 "=",
+                                 std::string(121, 'x'),
+                                 std::string(5000, 'x'),
+                                 std::string(90, 'x') + std::string(90, ' ') + "tail"};
+    for (const std::string& text : texts) {
+        Records records;
+        const auto add = [&text](auto& record, auto* usecase) {
+            usecase->SetModuleName(text.c_str());
+            usecase->SetProbeName(text.c_str());
+            record.AddUsecase(usecase);
+        };
+        const _CounterLineInfo counter{4294967295U, text};
+        UsecaseInfoIF* usecase = records.sc.GetAUsecaseInfo();
+        usecase->AddCounter(&counter);
+        usecase->AddFormula(text.c_str(), text.c_str(), text.c_str(), 1);
+        add(records.sc, usecase);
+        add(records.cpt, records.cpt.GetAUsecaseInfo());
+        add(records.pmi, records.pmi.GetAUsecaseInfo());
+
+        const std::string written = records.Text();
+        const std::string value(text.size() < 127 ? text : text.substr(0, 121));
+        if (value.find_first_of("\r\n ") == std::string::npos) {
+            EXPECT_NE(written.find("\nname=" + value + "\njobid=-1\n"), std::string::npos) << text;
+        }
+        std::istringstream lines(written);
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LE(line.size() + 1, 127U);
+        }
+        const Records again(written);
+        EXPECT_EQ(again.Counts(), (std::array<unsigned, 3>{1, 1, 1})) << text;
+        EXPECT_EQ(Records(again.Text()).Text(), again.Text()) << text;
+    }
 }
 
 }  // namespace
