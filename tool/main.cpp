@@ -1,4 +1,4 @@
-#include <map>
+#include <cstdio>
 #include <memory>
 #include <new>
 #include <vector>
@@ -10,17 +10,27 @@ namespace stmdcm {
 
 namespace {
 
-const std::map<std::string, ColorMode> kColorModes = {
-    {"auto", ColorMode::Auto}, {"always", ColorMode::Always}, {"never", ColorMode::Never}};
+std::string UsageSentence(const CLI::App* /*app*/, const CLI::Error& error) {
+    return std::string("stmdcm: ") + error.what() + "\nRun with --help for more information.\n";
+}
+
+ColorMode ToColorMode(const std::string& name) {
+    if (name == "auto") {
+        return ColorMode::Auto;
+    }
+    return name == "always" ? ColorMode::Always : ColorMode::Never;
+}
 
 void DeclareGlobals(CLI::App& app, GlobalOptions& options) {
     app.set_version_flag("--version", "stmdcm " STMDCM_VERSION);
-    app.add_option("--color", options.color, "Colours in the output: auto, always or never")
-        ->transform(CLI::Transformer(kColorModes))
+    app.add_option_function<std::string>(
+           "--color", [&options](const std::string& name) { options.color = ToColorMode(name); },
+           "Colours in the output: auto, always or never")
+        ->check(CLI::IsMember({"auto", "always", "never"}))
         ->type_name("WHEN");
     app.add_option("--plugin", options.plugin, "The plug-in to load instead of this program's own")->type_name("FILE");
     app.add_flag("--json", options.json, "Print JSON (docs/json.md) instead of text");
-    app.require_subcommand(1);
+    app.failure_message(UsageSentence);
 }
 
 ExitStatus RunCommand(Command& command, const GlobalOptions& options) {
@@ -54,6 +64,9 @@ ExitStatus Main(int argc, char** argv) {
     }
     try {
         app.parse(argc, argv);
+        if (chosen == nullptr) {
+            throw CLI::RequiredError("A command");
+        }
     } catch (const CLI::ParseError& error) {
         // The parser has statuses of its own; every wrong command line is one status here.
         return app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::Usage;
@@ -65,4 +78,7 @@ ExitStatus Main(int argc, char** argv) {
 
 }  // namespace stmdcm
 
-int main(int argc, char** argv) { return static_cast<int>(stmdcm::Main(argc, argv)); }
+int main(int argc, char** argv) try { return static_cast<int>(stmdcm::Main(argc, argv)); } catch (...) {
+    std::fputs("stmdcm: out of memory, or the output can't be written\n", stderr);
+    return static_cast<int>(stmdcm::ExitStatus::Failed);
+}

@@ -18,7 +18,7 @@ namespace {
 
 fs::path FindPlugin(const fs::path& file) {
     if (!file.empty()) {
-        return fs::absolute(file);  // A bare name would make the loader search its own directories.
+        return fs::absolute(file).lexically_normal();  // A bare name would make the loader search its own directories.
     }
     const std::vector<fs::path> candidates = PluginCandidates();
     const auto found =
@@ -31,7 +31,8 @@ fs::path FindPlugin(const fs::path& file) {
 }
 
 void* Load(const fs::path& path) {
-    void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // Stays mapped: the plug-in's log system lives as long as the process, and unloading would only lose it.
+    void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (library == nullptr) {
         throw Failure(fmt::format("the plug-in can't be loaded: {}", ::dlerror()));
     }

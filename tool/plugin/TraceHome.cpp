@@ -51,15 +51,22 @@ void MakeHome(const fs::path& path) {
 
 }  // namespace
 
-TraceHome::TraceHome() : m_path(MakeTemporary()), m_temporary(true) { MakeHome(m_path); }
+TraceHome::TraceHome() : m_path(MakeTemporary()) {
+    m_guard.emplace([this] { Remove(); });
+    MakeHome(m_path);
+}
 
-TraceHome::TraceHome(const fs::path& directory) : m_path(MakeKept(directory)), m_temporary(false) { MakeHome(m_path); }
+TraceHome::TraceHome(const fs::path& directory) : m_path(MakeKept(directory)) { MakeHome(m_path); }
 
 TraceHome::~TraceHome() {
-    if (m_temporary) {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
+    if (m_guard) {
+        Remove();
     }
+}
+
+void TraceHome::Remove() const {
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
 }
 
 }  // namespace stmdcm

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+
+#include "tool/plugin/InterruptGuard.h"
 
 namespace stmdcm {
 
@@ -9,7 +12,7 @@ namespace stmdcm {
 /// written, whatever the environment says.
 class TraceHome {
   public:
-    /// A private temporary directory, removed with everything in it at the end.
+    /// A private temporary directory, removed with everything in it at the end, also when the program is interrupted.
     TraceHome();
     /// `directory` instead, kept at the end. It must be new or empty; Failure otherwise.
     explicit TraceHome(const std::filesystem::path& directory);
@@ -20,8 +23,10 @@ class TraceHome {
     const std::filesystem::path& Path() const { return m_path; }
 
   private:
+    void Remove() const;
+
     std::filesystem::path m_path;
-    bool m_temporary;
+    std::optional<InterruptGuard> m_guard;  ///< of a temporary directory alone
 };
 
 }  // namespace stmdcm

@@ -22,37 +22,45 @@ Json ItemsToJson(const std::vector<Item>& items) {
     return array;
 }
 
-struct JsonVisitor {
-    Json& object;
+class JsonVisitor {
+  public:
+    explicit JsonVisitor(Json& out) : m_object(out) {}
 
     template <class T>
     void operator()(const Field& field, const T& value) const {
-        object[field.name] = value;
+        m_object[field.name] = value;
     }
     // JavaScript would round a large number, so all of this width are strings.
     void operator()(const Field& field, std::int64_t value) const {
-        object[field.name] = fmt::format("{}", value);
-        if (field.unit == Unit::UnixTime) {
-            object[std::string(field.name) + "_utc"] = UtcTime(value);
-        }
+        Put(field, fmt::format("{}", value), UtcTime(value));
     }
     void operator()(const Field& field, const std::optional<std::int64_t>& value) const {
         if (value) {
             (*this)(field, *value);
         } else {
-            object[field.name] = nullptr;
+            Put(field, nullptr, nullptr);
         }
     }
     template <class T>
     void operator()(const Field& field, const std::vector<T>& items) const {
-        object[field.name] = ItemsToJson(items);
+        m_object[field.name] = ItemsToJson(items);
     }
+
+  private:
+    void Put(const Field& field, Json value, Json time) const {
+        m_object[field.name] = std::move(value);
+        if (field.unit == Unit::UnixTime) {
+            m_object[std::string(field.name) + "_utc"] = std::move(time);
+        }
+    }
+
+    Json& m_object;
 };
 
 template <class Item>
 Json ItemToJson(const Item& item) {
     Json object = Json::object();
-    item.Visit(JsonVisitor{object});
+    item.Visit(JsonVisitor(object));
     return object;
 }
 
