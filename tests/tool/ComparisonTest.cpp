@@ -1,0 +1,78 @@
+#include "tool/model/Comparison.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace stmdcm {
+
+namespace {
+
+Configuration Sample() {
+    Configuration sample;
+    sample.properties = {{"STM_data_flip", true, Unit::None, 0, 0}, {"Clock_hz", false, Unit::Hertz, 200000000, 1}};
+    sample.sc = {{2, 3, "mod0", "port_a", 1000, false, {{0, "read"}}, {{"sum", "#0:10", "MB/s", 10, 1}}},
+                 {4, 3, "mod0", "port_b", 1000, false, {}, {}}};
+    sample.cpt = {{0, 17, "mem", "p0", 65535, 333000000, 2, 3, 130}};
+    sample.pmi = {{"CMI1", 512}, {"PMI", 256}};
+    sample.objectFiles = {{"core0", "/a.out", 1700000000, 1700000000}};
+    return sample;
+}
+
+std::string InOneLine(const Difference& difference) {
+    return difference.kind + "|" + difference.item + "|" + difference.field + "|" + difference.left.value_or("-") +
+           "|" + difference.right.value_or("-");
+}
+
+}  // namespace
+
+TEST(ComparisonTest, TellsWhichFieldDiffers) {
+    const struct {
+        std::function<void(Configuration&)> change;
+        std::string difference;
+    } cases[] = {
+        {[](auto& c) { c.properties[0].value = 1; }, "property|STM_data_flip|value|no|yes"},
+        {[](auto& c) { c.properties[1].value = 1; }, "property|Clock_hz|value|200 MHz|1 Hz"},
+        {[](auto& c) { c.sc[0].probe = "x"; }, "SC use case|job 2, module 3|probe|port_a|x"},
+        {[](auto& c) { c.sc[0].suppress = true; }, "SC use case|job 2, module 3|suppress|no|yes"},
+        {[](auto& c) { c.sc[0].counters[0].text = "w"; }, "SC use case|job 2, module 3|counters[0].text|read|w"},
+        {[](auto& c) { c.sc[0].formulas[0].outputMask = 2; },
+         "SC use case|job 2, module 3|formulas[0].output_mask|0x1|0x2"},
+        {[](auto& c) { c.sc.pop_back(); }, "SC use case|job 4, module 3||there|-"},
+        {[](auto& c) { c.sc.push_back({}); }, "SC use case|job -1, module 0||-|there"},
+        {[](auto& c) { c.cpt[0].dataOptions = 131; }, "CPT use case|job 0, module 17|data_options|0x82|0x83"},
+        {[](auto& c) { c.pmi[0].sampleWindow = 1; }, "PMI/CMI use case|CMI1|sample_window|512|1"},
+        {[](auto& c) { c.objectFiles[0].recorded = 0; },
+         "object file|core0|recorded|2023-11-14 22:13:20Z|1970-01-01 00:00:00Z"},
+    };
+    for (const auto& c : cases) {
+        Configuration changed = Sample();
+        c.change(changed);
+        const std::vector<Difference> differences = Compare(Sample(), changed);
+        ASSERT_EQ(differences.size(), 1U) << c.difference;
+        EXPECT_EQ(InOneLine(differences.front()), c.difference);
+    }
+}
+
+TEST(ComparisonTest, PlacesAndDerivedFieldsAreNoDifference) {
+    Configuration other = Sample();
+    std::reverse(other.sc.begin(), other.sc.end());
+    std::reverse(other.pmi.begin(), other.pmi.end());
+    other.sc[1].formulas[0].tagNumber = 0;
+    other.objectFiles[0].modified.reset();
+    EXPECT_TRUE(Compare(Sample(), other).empty());
+}
+
+TEST(ComparisonTest, AlikeItemsAreMatchedInTheirOrder) {
+    Configuration left;
+    left.pmi = {{"PMI", 1}, {"PMI", 2}};
+    Configuration right;
+    right.pmi = {{"PMI", 1}, {"PMI", 3}, {"PMI", 4}};
+    const std::vector<Difference> differences = Compare(left, right);
+    ASSERT_EQ(differences.size(), 2U);
+    EXPECT_EQ(InOneLine(differences[0]), "PMI/CMI use case|PMI|sample_window|2|3");
+    EXPECT_EQ(InOneLine(differences[1]), "PMI/CMI use case|PMI||-|there");
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace stmdcm {
+
+/// A user's machine: a home and a temporary directory, both empty, and an environment that would lead into the home.
+class ToolRun : public testing::Test {
+  protected:
+    struct Result {
+        int status;
+        std::string out;
+        std::string error;
+    };
+
+    ToolRun() {
+        std::string name = (std::filesystem::temp_directory_path() / "tool-test-XXXXXX").string();
+        m_root = ::mkdtemp(name.data());
+        std::filesystem::create_directory(Home());
+        std::filesystem::create_directory(Temporary());
+    }
+    ~ToolRun() override { std::filesystem::remove_all(m_root); }
+
+    std::filesystem::path Home() const { return m_root / "home"; }
+    std::filesystem::path Temporary() const { return m_root / "tmp"; }
+
+    /// Runs the tool with arguments as a shell takes them.
+    Result Run(const std::string& arguments) const {
+        const std::string home = Home().string();
+        const std::string command = "HOME=" + home + " TMPDIR=" + Temporary().string() +
+                                    " ZU_TRACE_LOGGING=6 ZU_TRACE_LOGGING_DIR=" + home +
+                                    " ZU_TRACE_SETTINGS_DIR=" + home + " " STMDCM_TOOL " " + arguments + " >" +
+                                    (m_root / "out").string() + " 2>" + (m_root / "error").string();
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read(m_root / "out"), Read(m_root / "error")};
+    }
+
+    void ExpectNothingLeft() const {
+        EXPECT_TRUE(std::filesystem::is_empty(Home()));
+        EXPECT_TRUE(std::filesystem::is_empty(Temporary()));
+    }
+
+  private:
+    static std::string Read(const std::filesystem::path& path) {
+        std::ifstream in(path);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    std::filesystem::path m_root;
+};
+
+}  // namespace stmdcm
