@@ -87,21 +87,5 @@ TEST_F(SectionScannerTest, StaysInsideAFileWithAnyBitFlipped) {
     }
 }
 
-TEST_F(SectionScannerTest, ReachesOffsetsNearFourGigabytes) {
-    Copy("empty.tdf");
-    const PosixFile file = PosixFile::Open(m_path, O_RDWR);
-    const std::uint32_t stride = 0x1FFFFF;
-    std::uint64_t offset = FirstSectionOffset;
-    unsigned int count = 0;
-    for (; offset + stride <= MaxFileSize; offset += stride) {
-        ASSERT_TRUE(file.WriteAt(offset, {EncodeSectionStart(stride, "many", ++count)}));
-    }
-    ASSERT_TRUE(file.WriteAt(offset, {EncodeSectionStart(stride, "wraps", 1), "end"}));
-    m_handler.GetSectionDataPosition(m_path, "many", count, m_a, m_b);
-    EXPECT_EQ(m_a + m_b, offset);
-    EXPECT_EQ(ReadSection(m_path, "wraps", 1), "end");
-    EXPECT_NE(ErrorOf([&] { ReadSection(m_path, "missing", 1); }), "");
-}
-
 }  // namespace
 }  // namespace Zu::Wep::Trace

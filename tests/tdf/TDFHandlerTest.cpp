@@ -59,77 +59,66 @@ TEST_F(TDFHandlerTest, TellsEveryFailureInItsOwnWords) {
     std::filesystem::create_directory(folder);
     WriteWhole(other, Reference("full.tdf"));
     const char *dir = folder.c_str(), *dat = other.c_str(), *wrong = STMDCM_TEST_DATA "/wrong-magic.tdf";
-    const char *extension = "TDF file extension must be .tdf.", *open = "Could not open TDF file as specified.",
-               *save = "File name passed to save file is not valid.", *format = "Invalid TDF format.",
-               *load = "File name passed to load is not valid.", *missing = "n section cannot be located in the file.",
-               *offset = "Section header offset to save data is not valid.", *none = "/none.tdf";
-    std::string bytes(8, '\0');
-    const auto data = [&](const char* p, unsigned at, const char* from, unsigned size) {
-        m_handler.SaveSectionData(p, "n", at, from, size, size, m_a);
-    };
-    const auto get = [&](const char* p, char* to, unsigned size) {
-        m_handler.LoadSectionData(p, "n", 1, to, size, m_a);
-    };
     using Call = std::function<void(const char*)>;
+    const auto data = [&](unsigned at, const char* from, unsigned size) -> Call {
+        return [=, this](const char* p) { m_handler.SaveSectionData(p, "n", at, from, size, size, m_a); };
+    };
+    const auto load = [&](void* to, unsigned size) -> Call {
+        return [=, this](const char* p) { m_handler.LoadSectionData(p, "n", 1, to, size, m_a); };
+    };
     const Call create = [&](const char* p) { m_handler.CreateTDFFile(p); };
     const Call header = [&](const char* p) { m_handler.SaveSectionHeader(p, "n", 1, m_a); };
     const Call append = [&](const char* p) { AppendSection(p, "n", 1, "d"); };
     const Call length = [&](const char* p) { m_handler.GetSectionDataLengthInBytes(p, "n", 1, m_a); };
     const Call position = [&](const char* p) { m_handler.GetSectionDataPosition(p, "n", 1, m_a, m_b); };
-    const Call saveOne = [&](const char* p) { data(p, 4, "d", 1); };
-    const Call loadOne = [&](const char* p) { get(p, bytes.data(), 8); };
-    const std::vector<std::pair<Call, std::vector<std::pair<const char*, const char*>>>> cases = {
-        {create,
-         {{nullptr, "Null file name to create TDF."},
-          {dat, extension},
-          {dir, "Could not create TDF file as specified."}}},
-        {header, {{nullptr, save}, {"", save}, {dir, open}}},
-        {append, {{nullptr, save}, {none, save}, {dir, open}}},
-        {saveOne, {{nullptr, save}, {none, save}, {dir, open}}},
-        {[&](const char* p) { data(p, 3, nullptr, 1); }, {{m_path, offset}}},
-        {[&](const char* p) { data(p, 4, nullptr, 1); }, {{m_path, "No data to write TDF."}}},
-        {[&](const char* p) { data(p, 4, "d", ~0u); }, {{m_path, offset}}},
-        {[&](const char* p) { data(p, FileSize(p) - 3, "d", 1); },
-         {{m_path, "Write I/O error - unable to determine section length."}}},
-        {length,
-         {{nullptr, "File name passed to load file is not valid."},
-          {wrong, format},
-          {dat, "Section size cannot be located in the file."}}},
-        {loadOne, {{nullptr, load}, {dat, extension}, {wrong, format}, {m_path, missing}}},
-        {[&](const char* p) { get(p, nullptr, 8); }, {{m_path, "No buffer allocated to load section data."}}},
-        {[&](const char* p) { get(p, bytes.data(), 0); }, {{m_path, "No buffer allocated to load section data."}}},
-        {position, {{none, load}, {dat, extension}, {wrong, format}, {m_path, missing}}},
+    char bytes[8];
+    const struct {
+        const char* text;
+        const char* path;
+        std::vector<Call> calls;
+    } cases[] = {
+        {"Null file name to create TDF.", nullptr, {create}},
+        {"Could not create TDF file as specified.", dir, {create}},
+        {"TDF file extension must be .tdf.", dat, {create, load(bytes, 8), position}},
+        {"File name passed to save file is not valid.", nullptr, {header, append, data(4, "d", 1)}},
+        {"File name passed to load file is not valid.", "", {length}},
+        {"File name passed to load is not valid.", "/none.tdf", {load(bytes, 8), position}},
+        {"Could not open TDF file as specified.", dir, {header, append, data(4, "d", 1)}},
+        {"Section header offset to save data is not valid.", m_path, {data(3, nullptr, 1), data(4, "d", ~0u)}},
+        {"No data to write TDF.", m_path, {data(4, nullptr, 1)}},
+        {"Write I/O error - unable to determine section length.", m_path, {data(FileSize(m_path) - 3, "d", 1)}},
+        {"Invalid TDF format.", wrong, {length, load(bytes, 8), position}},
+        {"Section size cannot be located in the file.", dat, {length}},
+        {"n section cannot be located in the file.", m_path, {load(bytes, 8), position}},
+        {"No buffer allocated to load section data.", m_path, {load(nullptr, 8), load(bytes, 0)}},
     };
-    for (const auto& [call, texts] : cases) {
-        for (const auto& [path, text] : texts) {
-            EXPECT_EQ(ErrorOf([&, &c = call, p = path] { c(p); }), text);
+    for (const auto& c : cases) {
+        for (const Call& call : c.calls) {
+            EXPECT_EQ(ErrorOf([&] { call(c.path); }), c.text);
         }
     }
     EXPECT_EQ(ReadWhole(m_file), Reference("full.tdf"));
 }
 
 TEST_F(TDFHandlerTest, TellsWhichStepOfInputOrOutputFailed) {
-    const auto data = [&] { m_handler.SaveSectionData(m_path, "n", 4, "d", 1, 1, m_a); };
-    const auto load = [&] { m_handler.LoadSectionData(m_path, "DEVID", 1, &m_b, 4, m_a); };
-    const char* size = "Write error - size of TDF header.";
+    using Call = std::function<void()>;
+    const Call create = [&] { m_handler.CreateTDFFile(m_path); };
+    const Call header = [&] { m_handler.SaveSectionHeader(m_path, "n", 1, m_a); };
+    const Call data = [&] { m_handler.SaveSectionData(m_path, "n", 4, "d", 1, 1, m_a); };
+    const Call load = [&] { m_handler.LoadSectionData(m_path, "DEVID", 1, &m_b, 4, m_a); };
     const struct {
-        std::function<void()> call;
+        Call call;
         long systemCall;
         unsigned failing;
         const char* text;
     } cases[] = {
-        {[&] { m_handler.CreateTDFFile(m_path); }, SYS_pwritev, 1, "Write error -  TDF file identifier."},
-        {[&] { m_handler.SaveSectionHeader(m_path, "n", 1, m_a); }, SYS_pwritev, 1,
-         "Write error -  TDF section header size."},
-        {[&] { m_handler.SaveSectionHeader(m_path, "n", 1, m_a); }, SYS_pwritev, 2,
-         "Write error -  TDF section name and version."},
-        {[&] { m_handler.SaveSectionHeader(m_path, "n", 1, m_a); }, SYS_pwritev, 3, size},
+        {create, SYS_pwritev, 1, "Write error -  TDF file identifier."},
+        {header, SYS_pwritev, 1, "Write error -  TDF section header size."},
+        {header, SYS_pwritev, 2, "Write error -  TDF section name and version."},
+        {header, SYS_pwritev, 3, "Write error - size of TDF header."},
         {data, SYS_pwritev, 1, "Write I/O error - unable to write section data."},
-        {data, SYS_pwritev, 2, size},
+        {data, SYS_pwritev, 2, "Write error - size of TDF header."},
         {data, SYS_close, 2, "Write error - section data corrupted."},
-        {[&] { AppendSection(m_path, "n", 1, "d"); }, SYS_pwritev, 1,
-         "Write I/O error - unable to write section data."},
-        {[&] { AppendSection(m_path, "n", 1, "d"); }, SYS_fdatasync, 1, "Write error - section data corrupted."},
         {load, SYS_pread64, 2, "DEVID section cannot be located in the file."},
         {load, SYS_pread64, 4, "Read I/O error - section data corrupted."},
     };
