@@ -145,6 +145,7 @@ ReplaceResult ReplaceFile(const std::string& path, std::string_view content) {
     if (!old || S_ISREG(old->st_mode)) {
         const std::filesystem::path target = FollowLinks(path);
         if (!target.has_filename()) {
+            errno = ENOENT;
             return ReplaceResult::CannotOpen;
         }
         const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
