@@ -48,6 +48,17 @@ TEST_F(SectionAppenderTest, LeavesAllOrNothingWhereverItIsKilledOrFails) {
     }
 }
 
+TEST_F(SectionAppenderTest, ReachesPastWhateverAPowerLossLeavesOfASection) {
+    Prepare("full.tdf");
+    for (std::size_t size = m_before.size(); size < m_after.size(); ++size) {
+        WriteWhole(m_file, m_after.substr(0, size));
+        AppendSection(m_path, "NEXT", 1, Payload);
+        const bool lengthIsThere = size == m_before.size() || size >= m_before.size() + SectionHeader::LengthSize;
+        EXPECT_EQ(ErrorOf([&] { EXPECT_EQ(ReadSection(m_path, "NEXT", 1), Payload); }).empty(), lengthIsThere) << size;
+        EXPECT_TRUE(ReadWhole(m_file).starts_with(m_after.substr(0, size)));
+    }
+}
+
 TEST_F(SectionAppenderTest, MeetsAFileSizeLimitAsAnError) {
     for (const char* parent : {"/tmp", "/dev/shm"}) {
         const stmdcm_test::ScratchDir directory(parent);

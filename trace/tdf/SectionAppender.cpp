@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "source_utilities/Log.h"
@@ -17,6 +18,19 @@ using ZU_WEP::PosixFile;
 
 namespace {
 
+/// The stated end of a section whose header the end of the file cuts off, when that lies behind the end of the file.
+std::optional<std::uint64_t> EndOfTornSection(FileSectionSource& source, std::uint64_t offset, std::uint64_t fileSize) {
+    char bytes[SectionHeader::LengthSize];
+    if (source.ReadAt(offset + SectionHeader::LengthOffset, bytes, sizeof bytes) != sizeof bytes) {
+        return std::nullopt;
+    }
+    const std::uint32_t length = DecodeSectionLength(bytes);
+    if (length > MaxSectionLength || offset + length <= fileSize) {
+        return std::nullopt;
+    }
+    return offset + length;
+}
+
 /// Where a search comes to when it passes all sections, which can lie behind the end of the file; where no search
 /// passes them all, the end of the file.
 std::uint64_t EndOfChain(const PosixFile& file, const char* path, std::uint64_t fileSize) {
@@ -27,6 +41,11 @@ std::uint64_t EndOfChain(const PosixFile& file, const char* path, std::uint64_t 
     }
     if (scanner.Stop() == ScanStop::EndOfFile) {
         return scanner.StopOffset();
+    }
+    if (scanner.Stop() == ScanStop::TornHeader) {
+        if (const auto end = EndOfTornSection(source, scanner.StopOffset(), fileSize)) {
+            return *end;
+        }
     }
     ZU_WEP::Log(ZU_WEP::LogError, "%s: no section behind offset %llu can be found: %s", path,
                 static_cast<unsigned long long>(scanner.StopOffset()), ScanStopText(scanner.Stop()));
