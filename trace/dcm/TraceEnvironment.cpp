@@ -63,12 +63,12 @@ void TraceEnvironment::MakeDirectories() {
     uEnvironment::GetTraceLoggingDirectory(m_loggingDirectory);
     uEnvironment::GetTraceTemporaryDataDirectory(m_dataDirectory);
     uEnvironment::GetTraceUserSettingsDirectory(m_settingsDirectory);
-    for (const auto& [directory, variable] : {std::pair(&m_loggingDirectory, kLoggingDirectoryVariable),
-                                              std::pair(&m_dataDirectory, kDataDirectoryVariable),
-                                              std::pair(&m_settingsDirectory, kSettingsDirectoryVariable)}) {
+    for (const std::string* directory : {&m_loggingDirectory, &m_dataDirectory, &m_settingsDirectory}) {
         uEnvironment::MakeDirectory(directory->c_str());
-        uEnvironment::SetVar(variable, directory->c_str());
     }
+    uEnvironment::SetVar(kLoggingDirectoryVariable, m_loggingDirectory.c_str());
+    uEnvironment::SetVar(kDataDirectoryVariable, m_dataDirectory.c_str());
+    uEnvironment::SetVar(kSettingsDirectoryVariable, m_settingsDirectory.c_str());
 }
 
 void TraceEnvironment::NameLogFile() {
