@@ -1,4 +1,5 @@
 #include <ctime>
+#include <locale>
 #include <sstream>
 
 #include "tests/dcm/ManagerTest.h"
@@ -19,6 +20,7 @@ class EnvironmentTest : public testing::Test {
         std::tm local{};
         ::localtime_r(&now, &local);
         std::ostringstream name;
+        name.imbue(std::locale::classic());
         name << "zu_trace_log_" << local.tm_mon << local.tm_mday << local.tm_year + 1900 << '_' << process << ".txt";
         return name.str();
     }
@@ -35,8 +37,18 @@ class EnvironmentTest : public testing::Test {
     CPUInfo m_cpu{"cpu", 1, 0, 2};
 };
 
+/// What a host does that shows its user "4.711" for 4711.
+void GroupDigits() {
+    struct Points : std::numpunct<char> {
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\1"; }
+    };
+    std::locale::global(std::locale(std::locale(), new Points));
+}
+
 TEST_F(EnvironmentTest, FirstManagerPublishesDirectoriesAndProcess) {
     InFreshProcess([this] {
+        GroupDigits();
         DestroyDeviceConfigManager(static_cast<CDeviceConfigManager*>(CreateDeviceConfigManager(&m_cpu, nullptr)));
         const std::string process = std::to_string(::getpid());
         const std::string root = m_home / ".ZU-trace";

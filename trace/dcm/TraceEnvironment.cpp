@@ -1,5 +1,6 @@
 #include "trace/dcm/TraceEnvironment.h"
 
+#include <locale>
 #include <sstream>
 
 #include "source_utilities/uEnvironment.h"
@@ -18,6 +19,7 @@ namespace {
 template <typename Number>
 void AppendDecimal(std::string& text, Number number) {
     std::ostringstream stream;
+    stream.imbue(std::locale::classic());  // a host's locale may put points between the digits
     stream << number;
     text += stream.str();
 }
