@@ -35,13 +35,14 @@ class ObjectFilesTest : public ManagerTest {
         ::utimensat(AT_FDCWD, path.c_str(), times, 0);
         return path;
     }
-    void LoadEntries(const std::vector<ObjectFileEntry>& entries) {
+    void LoadEntries(const std::vector<ObjectFileEntry>& entries, std::size_t lost = 0) {
         TDFHandler().CreateTDFFile((m_home / "o.tdf").c_str());
         std::string payload;
         for (const auto& entry : entries) {
             AppendObjectFileEntry(payload, entry);
         }
         AppendSection((m_home / "o.tdf").c_str(), kCommonSectionName, 1, payload);
+        std::filesystem::resize_file(m_home / "o.tdf", std::filesystem::file_size(m_home / "o.tdf") - lost);
         EXPECT_TRUE(m_manager->LoadCommonConfiguration(m_home / "o.tdf", TRACE_DATA_FILE_TDF));
     }
     /// Name, file and time of every entry, as saving writes them.
@@ -114,6 +115,8 @@ TEST_F(ObjectFilesTest, WithoutAHandlerAMissingFileLosesItsPath) {
     LoadEntries({});  // an empty section keeps the list
     EXPECT_EQ(Find("d"), "/none/too");
     EXPECT_EQ(Find("GOLD"), "/none/too");  // its last letter, in any case, is good enough
+    LoadEntries({{"e", "/e", 1}}, 13);     // one whose 13 bytes are cut off the file is not empty: it replaces the list
+    EXPECT_EQ(Find("d"), "none");
 }
 
 TEST_F(ObjectFilesTest, ThreeMatchRulesThenThePrompt) {

@@ -99,10 +99,12 @@ bool CDeviceConfigManagerCommon::LoadCommonConfiguration(const std::string& file
     if (type != TRACE_DATA_FILE_TDF || !TDFHandler().ISTDF(fileName.c_str())) {
         return false;
     }
-    const std::string payload = ReadSection(fileName.c_str(), kCommonSectionName, kCommonSectionVersion);
-    if (payload.empty()) {
+    unsigned int length = 0;
+    TDFHandler().GetSectionDataLengthInBytes(fileName.c_str(), kCommonSectionName, kCommonSectionVersion, length);
+    if (length == 0) {
         return true;  // the object files known so far stay, unchecked
     }
+    const std::string payload = ReadSection(fileName.c_str(), kCommonSectionName, kCommonSectionVersion);
     ClearObjectFiles();
     const ObjectFileEntries found = ParseObjectFileEntries(payload);
     for (const ObjectFileEntry& entry : found.entries) {
