@@ -1,0 +1,136 @@
+#include "sim/ScenarioReader.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <set>
+
+#include "host/CChannelDriver.h"
+#include "host/vorn/vornError.h"
+#include "sim/JsonNode.h"
+#include "sim/ScenarioPlace.h"
+#include "sim/StdioFile.h"
+
+namespace stmdcm_sim {
+
+namespace {
+
+using Zu::Wep::Trace::ChannelAttribute;
+using Zu::Wep::Vorn::vornError;
+
+constexpr std::int64_t kLongestDelay = 60'000;
+constexpr std::int64_t kMostFailures = 1'000'000;
+
+[[noreturn]] void RefuseFile(const std::string& path) {
+    throw vornError(path + ": " + std::strerror(errno), vornError::Severity_Error);
+}
+
+std::string ReadFile(const std::string& path) {
+    const StdioFile file = OpenStdioFile(path, "r");
+    if (file == nullptr) {
+        RefuseFile(path);
+    }
+    std::string text;
+    std::array<char, 4096> block{};
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get())) {
+        text.append(block.data(), count);
+    }
+    if (std::ferror(file.get()) != 0) {
+        RefuseFile(path);
+    }
+    return text;
+}
+
+/// What `place` holds under `key`, if anything. `counted`: the failure may end after a number of calls.
+Failure ReadFailure(const ScenarioPlace& place, std::string_view key, bool counted = true) {
+    const std::optional<ScenarioPlace> failure = place.Find(key);
+    if (!failure) {
+        return {};
+    }
+    if (counted) {
+        failure->AllowOnly({"with", "times"});
+    } else {
+        failure->AllowOnly({"with"});
+    }
+    constexpr std::array kinds = {Failure::Kind::VornError, Failure::Kind::StdException, Failure::Kind::Integer,
+                                  Failure::Kind::Nothing};
+    const std::size_t kind = failure->Need("with").Choice({"vornError", "std", "int", "nothing"},
+                                                          R"(has to be "vornError", "std", "int" or "nothing")");
+    const std::optional<ScenarioPlace> times = failure->Find("times");
+    return {kinds.at(kind), times ? times->Integer(1, kMostFailures) : Failure::kAlways};
+}
+
+std::int32_t ReadType(const ScenarioPlace& place) {
+    if (place.IsInteger()) {
+        return static_cast<std::int32_t>(place.Integer(INT32_MIN, INT32_MAX));
+    }
+    constexpr std::array types = {ChannelAttribute::Flag, ChannelAttribute::Integer, ChannelAttribute::Double};
+    return types.at(
+        place.Choice({"flag", "integer", "double"}, R"(has to be "flag", "integer", "double" or a 32-bit integer)"));
+}
+
+AttributeAnswer ReadAnswer(const ScenarioPlace& place) {
+    place.AllowOnly({"type", "text", "fails"});
+    AttributeAnswer answer;
+    if (const auto type = place.Find("type")) {
+        answer.type = ReadType(*type);
+    }
+    if (const auto text = place.Find("text")) {
+        answer.text = text->Text();
+    }
+    answer.failure = ReadFailure(place, "fails");
+    return answer;
+}
+
+ScenarioCpu ReadCpu(const ScenarioPlace& place) {
+    place.AllowOnly({"name", "object_file", "object_file_fails", "driver_fails", "attributes"});
+    ScenarioCpu cpu;
+    cpu.name = place.Need("name").Text();
+    if (cpu.name.empty()) {
+        place.Need("name").Refuse("is empty");
+    }
+    if (const auto objectFile = place.Find("object_file")) {
+        cpu.objectFile = objectFile->Text();
+    }
+    cpu.objectFileFailure = ReadFailure(place, "object_file_fails");
+    cpu.driverFailure = ReadFailure(place, "driver_fails");
+    if (const auto attributes = place.Find("attributes")) {
+        for (const ScenarioPlace& attribute : attributes->Members()) {
+            cpu.attributes.emplace(attribute.Key(), ReadAnswer(attribute));
+        }
+    }
+    return cpu;
+}
+
+std::unique_ptr<Scenario> ReadRoot(const ScenarioPlace& root) {
+    root.AllowOnly({"delay_ms", "factory_fails", "server_fails", "list_fails", "cpus"});
+    auto scenario = std::make_unique<Scenario>();
+    if (const auto delay = root.Find("delay_ms")) {
+        scenario->delay = std::chrono::milliseconds(delay->Integer(0, kLongestDelay));
+    }
+    scenario->factoryFailure = ReadFailure(root, "factory_fails", false);
+    scenario->serverFailure = ReadFailure(root, "server_fails");
+    scenario->listFailure = ReadFailure(root, "list_fails");
+    std::set<std::string> names;
+    for (const ScenarioPlace& place : root.Need("cpus").Elements()) {
+        scenario->cpus.push_back(ReadCpu(place));
+        if (!names.insert(scenario->cpus.back().name).second) {
+            place.Need("name").Refuse("names a CPU that is there already");
+        }
+    }
+    return scenario;
+}
+
+}  // namespace
+
+std::unique_ptr<Scenario> ReadScenario(const std::string& path) {
+    const std::string text = ReadFile(path);
+    try {
+        const JsonNode root = ParseJson(text);
+        return ReadRoot(ScenarioPlace(path, root));
+    } catch (const JsonError& error) {
+        ScenarioPlace::Refuse(path, error.line, error.what());
+    }
+}
+
+}  // namespace stmdcm_sim
