@@ -1,6 +1,7 @@
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
+#include "host/vorn/vornError.h"
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/KillAtSyscall.h"
 #include "trace/tdf/TDFHandler.h"
@@ -67,6 +68,19 @@ TEST_F(SavingTest, NoCaptureIsQuietlyNotWritten) {
     EXPECT_FALSE(m_manager->LoadSTMConfigurationFromTDF(path));
     EXPECT_FALSE(m_manager->SaveConfiguration(path, TRACE_DATA_FILE_TDF));
     EXPECT_EQ(ReadWhole(path), "TDF2");
+}
+
+TEST_F(SavingTest, AHostThatCannotSaveItsPartIsAFailure) {
+    struct : CDeviceIdentifier {
+        bool SaveToFile(const std::string&, eTraceDataFileType) override {
+            throw Vorn::vornError("disk full", Vorn::vornErrorIF::Severity_Error);
+        }
+        bool LoadFromFile(const std::string&, eTraceDataFileType) override { return true; }
+    } identifier;
+    StmDeviceConfigManager manager(&m_cpu, &identifier);
+    EXPECT_FALSE(manager.SaveConfiguration(m_capture, TRACE_DATA_FILE_TDF));
+    EXPECT_FALSE(manager.SaveConfiguration("s", TRACE_DATA_FILE_LIVE));
+    EXPECT_NO_THROW(manager.SaveAllConfiguration());
 }
 
 TEST_F(SavingTest, AKillAtAnySystemCallLeavesOldOrNew) {

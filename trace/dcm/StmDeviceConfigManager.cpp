@@ -104,25 +104,25 @@ bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTra
 }
 
 bool StmDeviceConfigManager::SaveConfiguration(const std::string& fileName, eTraceDataFileType type) {
-    switch (type) {
-        case TRACE_DATA_FILE_TDF:
-            try {
+    try {
+        switch (type) {
+            case TRACE_DATA_FILE_TDF:
                 return SaveCommonConfiguration(fileName, type) && SaveSTMConfigurationToTDF(fileName);
-            } catch (const Vorn::vornErrorIF& error) {
-                m_errorText = error.what();
+            case TRACE_DATA_FILE_LIVE:
+            case TRACE_DATA_FILE_TYPE_2:
+            case TRACE_DATA_FILE_LOCAL: {
+                const std::string path = SettingsPath(fileName);
+                if (m_deviceIdentifier != nullptr) {
+                    m_deviceIdentifier->SaveToFile(path, TRACE_DATA_FILE_LOCAL);  // whatever `type` is: meant so
+                }
+                return SaveSTMConfigurationLive(path);
+            }
+            default:
                 return false;
-            }
-        case TRACE_DATA_FILE_LIVE:
-        case TRACE_DATA_FILE_TYPE_2:
-        case TRACE_DATA_FILE_LOCAL: {
-            const std::string path = SettingsPath(fileName);
-            if (m_deviceIdentifier != nullptr) {
-                m_deviceIdentifier->SaveToFile(path, TRACE_DATA_FILE_LOCAL);
-            }
-            return SaveSTMConfigurationLive(path);
         }
-        default:
-            return false;
+    } catch (const Vorn::vornErrorIF& error) {  // also of the host's own part
+        m_errorText = error.what();
+        return false;
     }
 }
 
