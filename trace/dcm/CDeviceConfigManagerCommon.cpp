@@ -1,13 +1,13 @@
 #include "trace/dcm/CDeviceConfigManagerCommon.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <memory>
 
 #include "source_utilities/Log.h"
+#include "source_utilities/PosixFile.h"
 #include "trace/dcm/ModificationTime.h"
 #include "trace/dcm/ObjectFileSection.h"
 #include "trace/dcm/TraceEnvironment.h"
@@ -23,12 +23,7 @@ TraceEnvironment environment;
 
 bool CanBeRead(const std::string& path) {
     // Not blocking, so that a recorded path that is a pipe by now can't stop the host.
-    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (descriptor < 0) {
-        return false;
-    }
-    close(descriptor);
-    return true;
+    return ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY).IsOpen();
 }
 
 std::string UpperCase(std::string text) {
