@@ -183,8 +183,15 @@ void StmDeviceConfigManager::ReadRecords(const std::string& blocks) {
 }
 
 bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
-    std::ifstream file(path);
-    if (!file.is_open()) {
+    std::ifstream file;
+    bool opened = false;
+    try {
+        file.open(path);
+        opened = file.is_open();
+    } catch (const std::exception&) {
+        m_errorText = "Failed to open file";
+    }
+    if (!opened) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: LoadSTMConfiguration fail to open file: %s", path.c_str());
         return false;
     }
