@@ -16,8 +16,9 @@ namespace {
 constexpr const char* nullNameText = "failed set an environment variable name to null";
 
 const char* MakeTraceDirectory(std::string& dir, const char* subdirectory) {
-    dir = uEnvironment::GetVar("HOME");
-    if (dir.empty()) throw source_utilities_error("failed to read environment variable \"HOME\"");
+    const char* home = uEnvironment::GetVar("HOME");
+    if (*home == '\0') throw source_utilities_error("failed to read environment variable \"HOME\"");
+    dir = home;
     uEnvironment::JoinPaths(dir, ".ZU-trace");
     if (subdirectory != nullptr) uEnvironment::JoinPaths(dir, subdirectory);
     uEnvironment::MakeDirectory(dir.c_str());

@@ -22,7 +22,9 @@ TEST_F(uEnvironmentTest, TraceDirectoriesLieInHomeAndAreCreated) {
         EXPECT_TRUE(std::filesystem::is_directory(dir));
     }
     setenv("HOME", "", 1);
+    dir = "kept";
     for (const auto& [get, path] : cases) EXPECT_THROW(get(dir), source_utilities_error);
+    EXPECT_EQ(dir, "kept");
 }
 
 TEST_F(uEnvironmentTest, MakesEveryDirectoryOfAPath) {
