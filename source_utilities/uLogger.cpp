@@ -148,7 +148,8 @@ void uLogger::SetFileName(const char* name, bool append) {
 void uLogger::Clear() {
     const uMutex::Guard guard(m_lock);
     m_file.Erase();
-    m_fileOpen = m_file.IsOpen();
+    // A closed logger stays closed: a uFile whose closing failed says that it is open, but takes no lines.
+    m_fileOpen = m_fileOpen && m_file.IsOpen();
 }
 
 void uLogger::Flush() {
