@@ -144,7 +144,10 @@ TEST_F(ObjectFilesTest, OtherFilesAreRefused) {
     EXPECT_FALSE(m_manager->SaveCommonConfiguration(Copy("full.tdf"), TRACE_DATA_FILE_LOCAL));
     EXPECT_FALSE(m_manager->LoadCommonConfiguration(Copy("full.tdf"), TRACE_DATA_FILE_LIVE));
     EXPECT_THROW(m_manager->LoadCommonConfiguration(Sample("empty.tdf"), TRACE_DATA_FILE_TDF), Vorn::vornErrorIF);
+    TakeLog();
     EXPECT_FALSE(Load(Sample("empty.tdf")));
+    EXPECT_EQ(TakeLog(), (std::vector<std::string>{"    E STM Device DCM: " + Sample("empty.tdf") +
+                                                   ": Section size cannot be located in the file."}));
 }
 
 }  // namespace

@@ -90,8 +90,7 @@ bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTra
             try {
                 return LoadCommonConfiguration(fileName, type) && LoadSTMConfigurationFromTDF(fileName);
             } catch (const Vorn::vornErrorIF& error) {
-                m_errorText = error.what();
-                return false;
+                return FailFileWork(fileName, error);
             }
         case TRACE_DATA_FILE_LIVE:
             return LoadSTMConfigurationLive(fileName);
@@ -121,8 +120,7 @@ bool StmDeviceConfigManager::SaveConfiguration(const std::string& fileName, eTra
                 return false;
         }
     } catch (const Vorn::vornErrorIF& error) {  // also of the host's own part
-        m_errorText = error.what();
-        return false;
+        return FailFileWork(fileName, error);
     }
 }
 
@@ -161,6 +159,12 @@ bool StmDeviceConfigManager::ExtractValue(const std::string& name, const std::st
 }
 
 void StmDeviceConfigManager::PackOneLineMetaData(std::string& out, char* line) { UnfoldPackedBlock(out, line); }
+
+bool StmDeviceConfigManager::FailFileWork(const std::string& fileName, const std::exception& error) {
+    m_errorText = error.what();
+    ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s: %s", fileName.c_str(), error.what());
+    return false;
+}
 
 std::string StmDeviceConfigManager::ConfigurationText() {
     std::string text;
@@ -242,8 +246,7 @@ bool StmDeviceConfigManager::SaveSTMConfigurationToTDF(const std::string& path) 
         AppendSection(path.c_str(), kStmSectionName, kStmSectionVersion, ConfigurationText());
         return true;
     } catch (const Vorn::vornErrorIF& error) {
-        m_errorText = error.what();
-        return false;
+        return FailFileWork(path, error);
     }
 }
 
@@ -260,8 +263,7 @@ bool StmDeviceConfigManager::LoadSTMConfigurationFromTDF(const std::string& path
         ReadRecords(text.blocks);
         return true;
     } catch (const Vorn::vornErrorIF& error) {
-        m_errorText = error.what();
-        return false;
+        return FailFileWork(path, error);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <string>
 
 #include "trace/dcm/CDeviceConfigManagerCommon.h"
@@ -55,6 +56,8 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     bool SaveSTMConfigurationToTDF(const std::string& path);
 
   private:
+    /// Keeps the error's text and logs it, since GetLastError tells nothing; gives false.
+    bool FailFileWork(const std::string& fileName, const std::exception& error);
     std::string ConfigurationText();
     void ReadRecords(const std::string& blocks);
     void LoadDeviceIdentification(const std::string& text);
