@@ -80,7 +80,7 @@ bool CDeviceConfigManagerCommon::SaveConfigurationLocal(const char* fileName, [[
     }
     std::string payload;
     for (std::size_t i = 0; i < m_objectFiles.size(); ++i) {
-        m_objectFilePath.clear();
+        m_objectFilePath.clear();  // without any use here, and meant so
         if (!m_objectFiles[i]->fileName.empty()) {
             AppendObjectFileEntry(payload,
                                   {m_objectFileNames[i], m_objectFiles[i]->fileName, m_objectFiles[i]->timeStamp});

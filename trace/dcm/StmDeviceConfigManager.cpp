@@ -60,6 +60,7 @@ bool StmDeviceConfigManager::GetProperty(const std::string& name, ConfigProperty
     }
     const StmProperty* property = FindStmProperty(name);
     if (property == nullptr) {
+        // "Proerty" is spelled so.
         ZU_WEP::Log(ZU_WEP::LogError, "STM Local DCM: GetProperty failed Proerty Name = %s.", name.c_str());
         return false;
     }
