@@ -27,8 +27,8 @@ class CDeviceConfigManager {
     virtual bool LoadConfigurationLive() = 0;
 
     /// Loads a capture, or a settings file. False when it could not be loaded, or not to its end: what was read
-    /// until then stays in force. A local text that ends with a line feed loads whole and still gives false when no
-    /// use-case block follows its properties. TRACE_DATA_FILE_LIVE throws std::logic_error when
+    /// until then stays in force. A settings text that ends with a line feed loads whole and still gives false when
+    /// nothing but properties and one-line use cases is in it. TRACE_DATA_FILE_LIVE throws std::logic_error when
     /// ZU_TRACE_SETTINGS_DIR is unset or empty.
     virtual bool LoadConfiguration(const std::string& fileName, eTraceDataFileType type) = 0;
 
