@@ -1,0 +1,42 @@
+// Reads any bytes as a settings text; what is written from it must read back to the same text.
+
+#include <cstdint>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+#include "trace/dcm/SettingsText.h"
+#include "trace/dcm/StmPropertyTable.h"
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+std::string Read(const std::string& text, const LineLimits& limits, StmProperties& properties) {
+    std::istringstream in(text);
+    const auto apply = [&properties](const std::string& name, const std::string& value) {
+        const StmProperty* property = FindStmProperty(name);
+        if (property != nullptr) {
+            SetFromText(properties, *property, value);
+        }
+        return property != nullptr;
+    };
+    ReadSettingsText(in, limits, "fuzz", apply);
+    std::string written;
+    AppendPropertyLines(properties, written);
+    return written;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    for (const LineLimits& limits : {LineLimits{}, kFileLineLimits}) {
+        StmProperties first, second;
+        const std::string written = Read(text, limits, first);
+        if (Read(written, limits, second) != written) {
+            std::abort();
+        }
+    }
+    return 0;
+}
