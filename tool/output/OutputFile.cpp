@@ -1,0 +1,156 @@
+#include "tool/output/OutputFile.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "tool/Failure.h"
+
+namespace stmdcm {
+
+namespace fs = std::filesystem;
+using ZU_WEP::PosixFile;
+
+namespace {
+
+constexpr mode_t kPermissionBits = 07777;
+
+fs::path DirectoryOf(const fs::path& target) { return target.has_parent_path() ? target.parent_path() : "."; }
+
+bool IsSameFile(const std::string& path, const struct stat& other) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && info.st_dev == other.st_dev && info.st_ino == other.st_ino;
+}
+
+}  // namespace
+
+OutputFile::OutputFile(std::string path, bool force, const std::vector<std::string>& inputs) : m_path(std::move(path)) {
+    CheckTarget(force, inputs);
+    MakeTemporary();
+}
+
+OutputFile::~OutputFile() {
+    if (!m_temporary.empty()) {
+        ::unlink(m_temporary.c_str());
+    }
+}
+
+void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs) {
+    struct stat info {};
+    m_target = m_path;
+    if (::stat(m_path.c_str(), &info) != 0) {
+        m_replaces = ::lstat(m_path.c_str(), &info) == 0;
+        if (m_replaces && !force) {
+            throw Failure(fmt::format("{}: this is a link to nothing; name another file, or use --force", m_path));
+        }
+        return;
+    }
+    for (const std::string& input : inputs) {
+        if (IsSameFile(input, info)) {
+            throw Failure(fmt::format("{}: this is the input, {}; name another file", m_path, input));
+        }
+    }
+    if (!S_ISREG(info.st_mode)) {
+        throw Failure(fmt::format("{}: this is {}; name a file", m_path,
+                                  S_ISDIR(info.st_mode) ? "a directory" : "not a regular file"));
+    }
+    if (!force) {
+        throw Failure(fmt::format("{}: the file is there already; name another one, or use --force", m_path));
+    }
+    m_target = fs::canonical(m_path);
+    m_replaces = true;
+}
+
+void OutputFile::MakeTemporary() {
+    const std::string directory = DirectoryOf(m_target).string();
+    m_file = PosixFile::Open(directory.c_str(), O_TMPFILE | O_RDWR);
+    if (!m_file.IsOpen() && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
+        NameTemporary();
+        m_file = PosixFile::Open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL);
+        if (!m_file.IsOpen()) {
+            m_temporary.clear();
+        }
+    }
+    if (!m_file.IsOpen()) {
+        Fail("the file can't be made");
+    }
+    struct stat old {};
+    if (m_replaces && ::stat(m_target.c_str(), &old) == 0) {
+        ::fchmod(m_file.Descriptor(), old.st_mode & kPermissionBits);
+    }
+}
+
+void OutputFile::NameTemporary() {
+    unsigned counter = 0;
+    struct stat info {};
+    do {
+        m_temporary = (DirectoryOf(m_target) / fmt::format(".stmdcm-{}-{}.tmp", ::getpid(), ++counter)).string();
+    } while (::lstat(m_temporary.c_str(), &info) == 0);
+}
+
+void OutputFile::Write(std::string_view bytes) {
+    if (!m_file.WriteAt(m_written, {bytes})) {
+        Fail("the file can't be written");
+    }
+    m_written += bytes.size();
+}
+
+void OutputFile::WriteZeros(std::uint64_t count) { m_written += count; }
+
+void OutputFile::Flush() {
+    if (!m_file.Truncate(m_written)) {
+        Fail("the file can't be written");
+    }
+}
+
+std::string OutputFile::ReadBackPath() const { return fmt::format("/proc/self/fd/{}", m_file.Descriptor()); }
+
+void OutputFile::Commit() {
+    Flush();
+    if (!m_file.Sync()) {
+        Fail("the file can't be written");
+    }
+    if (!TakePlace()) {
+        Fail(errno == EEXIST ? "a file of that name has appeared meanwhile; nothing was written"
+                             : "the file can't be put in its place");
+    }
+    m_temporary.clear();
+    const PosixFile directory = PosixFile::Open(DirectoryOf(m_target).c_str(), O_RDONLY | O_DIRECTORY);
+    if ((directory.IsOpen() && !directory.Sync()) || !m_file.Close()) {
+        Fail("the file can't be written");
+    }
+}
+
+bool OutputFile::TakePlace() {
+    if (m_temporary.empty()) {
+        const bool isDirect = !m_replaces;
+        if (!isDirect) {
+            NameTemporary();
+        }
+        const char* name = isDirect ? m_target.c_str() : m_temporary.c_str();
+        if (::linkat(AT_FDCWD, ReadBackPath().c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) != 0) {
+            m_temporary.clear();
+            return false;
+        }
+        if (isDirect) {
+            return true;
+        }
+    }
+    if (m_replaces || ::renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, m_target.c_str(), RENAME_NOREPLACE) == 0) {
+        return !m_replaces || ::rename(m_temporary.c_str(), m_target.c_str()) == 0;
+    }
+    // A file system that can't tell: nothing was there when the command began.
+    return errno == EINVAL && ::rename(m_temporary.c_str(), m_target.c_str()) == 0;
+}
+
+void OutputFile::Fail(const char* what) const {
+    const int error = errno;
+    throw Failure(fmt::format("{}: {}: {}", m_path, what, ZU_WEP::ErrnoText(error)));
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "source_utilities/PosixFile.h"
+
+namespace stmdcm {
+
+/// The file that a command writes, all or nothing: it takes its place, synced, at Commit; until then, and when the
+/// program fails or is killed, whatever was there stays. Every failure is a Failure that names the file.
+class OutputFile {
+  public:
+    /// Refuses a path at which something is, unless `force`; one of the inputs, whatever names it goes by; and what is
+    /// not a regular file.
+    OutputFile(std::string path, bool force, const std::vector<std::string>& inputs);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    const std::string& Path() const { return m_path; }
+
+    /// At the end of what was written.
+    void Write(std::string_view bytes);
+    /// So many zero bytes at the end, which take no room on the disk where the file system can do that.
+    void WriteZeros(std::uint64_t count);
+    std::uint64_t Written() const { return m_written; }
+
+    /// Makes what was written so far readable at ReadBackPath.
+    void Flush();
+    /// Under this name the unfinished file can be opened by this process.
+    std::string ReadBackPath() const;
+
+    void Commit();
+
+  private:
+    void CheckTarget(bool force, const std::vector<std::string>& inputs);
+    void MakeTemporary();
+    void NameTemporary();
+    bool TakePlace();
+    [[noreturn]] void Fail(const char* what) const;
+
+    std::string m_path;
+    std::filesystem::path m_target;  ///< behind symbolic links
+    std::string m_temporary;         ///< empty while the new file has no name
+    bool m_replaces = false;
+    ZU_WEP::PosixFile m_file;
+    std::uint64_t m_written = 0;
+};
+
+}  // namespace stmdcm
