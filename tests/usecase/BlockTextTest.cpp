@@ -75,6 +75,7 @@ TEST(BlockText, FaultsEndTheBlockOrTheScan) {
 TEST(BlockText, ValuesAreTakenLeniently) {
     const std::pair<const char*, const char*> cases[] = {
         {"suppress=7", "suppress=1"},
+        {"suppress=4294967296", "suppress=1"},  // Its low 32 bits are 0.
         {"sw= +12z", "sw=12"},
         {"sw=4294967295", "sw=-1"},
         {"id=99999999999", "id=1215752191"},

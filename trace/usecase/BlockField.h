@@ -21,11 +21,14 @@ struct BlockField {
     std::variant<std::uint32_t Owner::*, std::int32_t Owner::*, std::string Owner::*, bool Owner::*> member;
 };
 
-/// The number at the start of the text, 0 without one; what does not fit 32 bits is truncated.
-inline std::int32_t BlockNumber(const char* text) { return static_cast<std::int32_t>(std::strtol(text, nullptr, 10)); }
+/// The number at the start of the text, 0 without one.
+inline long WholeNumber(const char* text) { return std::strtol(text, nullptr, 10); }
+
+/// The same; what does not fit 32 bits is truncated.
+inline std::int32_t BlockNumber(const char* text) { return static_cast<std::int32_t>(WholeNumber(text)); }
 
 inline void StoreValue(std::string& target, const char* value) { target = value; }
-inline void StoreValue(bool& target, const char* value) { target = BlockNumber(value) != 0; }
+inline void StoreValue(bool& target, const char* value) { target = WholeNumber(value) != 0; }
 inline void StoreValue(std::int32_t& target, const char* value) { target = BlockNumber(value); }
 inline void StoreValue(std::uint32_t& target, const char* value) {
     target = static_cast<std::uint32_t>(BlockNumber(value));
