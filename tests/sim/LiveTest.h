@@ -1,20 +1,16 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include "host/vorn/vornError.h"
 #include "tests/dcm/ManagerTest.h"
 
 namespace Zu::Wep::Trace {
 
-using testing::ElementsAreArray;
 using Lines = std::vector<std::string>;
 
 inline constexpr char kLoading[] = "M     DCM: Loading factory DLL - TraceFactory ";
 inline constexpr char kCreating[] = "M     STM DCM: Creating Trace factory";
-inline constexpr char kFactoryException[] = "    E STM DCM: Exception in creating trace factory object ";
-inline constexpr char kServerException[] = "    E STM DCM: Exception in creating Channel Server ";
 inline constexpr char kServerDone[] = "M     stm DCM: Done -creating/Connecting Channel Server ";
+inline const Lines kConnected{kLoading, kCreating, kServerDone};
 
 /// A manager on a simulated target.
 class LiveTest : public ManagerTest {
@@ -29,12 +25,15 @@ class LiveTest : public ManagerTest {
     LiveTest() {
         ::setenv("STMDCM_SCENARIO", (m_home / "target.json").c_str(), 1);
         ::setenv("STMDCM_SCENARIO_LOG", (m_home / "calls.txt").c_str(), 1);
+        Renew();
+    }
+    ~LiveTest() override { m_live.reset(); }
+
+    void Renew() {
         m_live = std::make_unique<Manager>(&m_cpu, nullptr);
         StartLog(1);
         TakeLog();
     }
-    ~LiveTest() override { m_live.reset(); }
-
     /// The target's one CPU is the manager's.
     void PlayAttributes(const std::string& attributes, const std::string& more = "") {
         Play(R"({"name": "Core_0/Cluster", "attributes": {)" + attributes + "}}", more);
@@ -42,10 +41,6 @@ class LiveTest : public ManagerTest {
     void Play(const std::string& cpus, const std::string& more = "") {
         Write("target.json", "{" + more + "\"cpus\": [" + cpus + "]}");
     }
-    static std::string Quoted(const std::string& text) { return '"' + text + '"'; }
-    static std::string Named(const std::string& name) { return "{\"name\": " + Quoted(name) + "}"; }
-
-    void Set(const std::string& property, int number) { m_live->ExtractValue(property, std::to_string(number)); }
     int Get(const std::string& property) { return Number(*m_live, property); }
     /// The log so far, without the lines of the settings file and of the library loader.
     Lines TakeLiveLog() {
@@ -55,14 +50,7 @@ class LiveTest : public ManagerTest {
         });
         return lines;
     }
-    Lines Calls() {
-        std::istringstream log(ReadWhole(m_home / "calls.txt"));
-        Lines calls;
-        for (std::string line; std::getline(log, line);) {
-            calls.push_back(line);
-        }
-        return calls;
-    }
+    std::string Calls() { return ReadWhole(m_home / "calls.txt"); }
 
     std::unique_ptr<Manager> m_live;
 };

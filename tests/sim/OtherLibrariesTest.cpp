@@ -3,22 +3,18 @@
 namespace Zu::Wep::Trace {
 namespace {
 
-using NoFactory = LiveTest;
-using NoLibrary = LiveTest;
-
-TEST_F(NoFactory, TheFunctionIsLookedForAtEachAttempt) {
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        EXPECT_FALSE(m_live->LoadConfigurationLive());
-        EXPECT_EQ(TakeLiveLog(), (Lines{kLoading, "    E STM DCM: Cannot get Trace Facotry Dll "}));
+struct OtherLibraries : LiveTest {
+    void ExpectAtEachAttempt(const Lines& log) {
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            EXPECT_FALSE(m_live->LoadConfigurationLive());
+            EXPECT_EQ(TakeLiveLog(), log);
+        }
     }
-}
+};
 
-TEST_F(NoLibrary, IsASilentFailure) {
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        EXPECT_FALSE(m_live->LoadConfigurationLive());
-        EXPECT_EQ(TakeLiveLog(), Lines{kLoading});
-    }
-}
+TEST_F(OtherLibraries, NoFactory) { ExpectAtEachAttempt({kLoading, "    E STM DCM: Cannot get Trace Facotry Dll "}); }
+
+TEST_F(OtherLibraries, NoLibrary) { ExpectAtEachAttempt({kLoading}); }
 
 }  // namespace
 }  // namespace Zu::Wep::Trace

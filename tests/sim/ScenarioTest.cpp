@@ -1,7 +1,5 @@
 #include <dlfcn.h>
 
-#include <chrono>
-
 #include "tests/sim/LiveTest.h"
 
 namespace Zu::Wep::Trace {
@@ -24,8 +22,7 @@ class ScenarioTest : public LiveTest {
             message = error.what();
         }
         EXPECT_EQ(testing::internal::GetCapturedStderr(), message.empty() ? "" : "libTraceFactory: " + message + "\n");
-        const std::size_t directory = message.find(m_home.Path());
-        return directory == 0 ? message.substr(m_home.Path().size() + 1) : message;
+        return message.starts_with(m_home / "") ? message.substr((m_home / "").size()) : message;
     }
 
     void* m_library;
@@ -36,9 +33,7 @@ TEST_F(ScenarioTest, FaultsAreToldByFileLineAndField) {
     const std::pair<std::string, const char*> cases[] = {
         {"{\"cpus\": []}", ""},
         {"{\"delay_ms\": 3\n,\"cpus\": [],\n\"cpu\": 1}", "3: cpu: unknown field"},
-        {"[]", "1: has to be an object"},
         {"{\n}", "1: lacks the field \"cpus\""},
-        {"{\"cpus\":\n{}}", "1: cpus: has to be an array"},
         {"{\"cpus\": [\n{\"object_file\": \"x\"}]}", "2: cpus[0]: lacks the field \"name\""},
         {"{\"cpus\": [{\"name\":\"a\"},\n{\"name\":\n\"a\"}]}", "2: cpus[1].name: names a CPU that is there already"},
         {"{\"cpus\": [{\"name\": \"\"}]}", "1: cpus[0].name: is empty"},
@@ -49,16 +44,12 @@ TEST_F(ScenarioTest, FaultsAreToldByFileLineAndField) {
          "4: cpus[0].attributes[\"TWP Source\"].type: has to be an integer from -2147483648 to 2147483647"},
         {cpu + "\"attributes\": {\"X\": {\"type\": \"Flag\"}}}]}",
          "3: cpus[0].attributes.X.type: has to be \"flag\", \"integer\", \"double\" or a 32-bit integer"},
-        {cpu + "\"driver_fails\": {\"with\": \"x\"}}]}",
-         "3: cpus[0].driver_fails.with: has to be \"vornError\", \"std\", \"int\" or \"nothing\""},
         {cpu + "\"driver_fails\": {\"with\": \"int\", \"times\": 0}}]}",
          "3: cpus[0].driver_fails.times: has to be an integer from 1 to 1000000"},
-        {"{\"cpus\": [], \"factory_fails\": {\"with\": \"int\", \"times\": 1}}",
-         "1: factory_fails.times: unknown field"},
+        {"{\"cpus\": [], \"factory_fails\": {\"times\": 1}}", "1: factory_fails.times: unknown field"},
         {"{\"delay_ms\": 1.5,\n\"cpus\": []}", "1: delay_ms: has to be an integer from 0 to 60000"},
         {"{\n\"cpus\": [\n\n}",
-         "4: not JSON: syntax error while parsing value - unexpected '}'; expected '[', '{', or a "
-         "literal"},
+         "4: not JSON: syntax error while parsing value - unexpected '}'; expected '[', '{', or a literal"},
         {"\n" + std::string(100'000, '['), "2: nested too deep"},
     };
     for (const auto& [text, message] : cases) {
@@ -71,24 +62,12 @@ TEST_F(ScenarioTest, NoFile) {
     EXPECT_EQ(Refusal(), "target.json: No such file or directory");
     ::setenv("STMDCM_SCENARIO", "", 1);
     EXPECT_EQ(Refusal(), "STMDCM_SCENARIO names no scenario file");
-    ::setenv("STMDCM_SCENARIO", m_home.Path().c_str(), 1);
-    EXPECT_NE(Refusal().find("Is a directory"), std::string::npos);
-}
-
-TEST_F(ScenarioTest, CallsAreDelayed) {
-    PlayAttributes("", R"("delay_ms": 20,)");
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_TRUE(m_live->ConnectLiveSystem());
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(40));
 }
 
 TEST_F(ScenarioTest, TheLibraryExportsTwoFunctions) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> nm(::popen("nm -D --defined-only " STMDCM_SIMULATOR, "r"), ::pclose);
-    Lines exported;
-    for (char line[512]; std::fgets(line, sizeof line, nm.get()) != nullptr;) {
-        exported.emplace_back(line + 19);  // address, type
-    }
-    EXPECT_THAT(exported, ElementsAreArray({"CreateTraceFactory\n", "DestroyTraceFactory\n"}));
+    const std::string list = m_home / "list";
+    ASSERT_EQ(std::system(("nm -D --defined-only " STMDCM_SIMULATOR " | cut -c 18- >" + list).c_str()), 0);
+    EXPECT_EQ(ReadWhole(list), "T CreateTraceFactory\nT DestroyTraceFactory\n");
 }
 
 }  // namespace
