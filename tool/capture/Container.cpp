@@ -106,10 +106,13 @@ std::string Container::Name(const Section& section) const {
     return m_file.Read(section.offset + SectionHeader::Size, std::min(section.nameLength, MaxNameLength));
 }
 
+bool Container::HasName(const Section& section, std::string_view name) const {
+    return section.nameLength >= Compared(name).size() && Compared(Name(section)) == Compared(name);
+}
+
 const Section* Container::Find(std::string_view name, std::uint32_t version) const {
     const auto isWanted = [&](const Section& section) {
-        return section.use == SectionUse::Read && section.version == version &&
-               section.nameLength >= Compared(name).size() && Compared(Name(section)) == Compared(name);
+        return section.use == SectionUse::Read && section.version == version && HasName(section, name);
     };
     const auto found = std::find_if(m_sections.begin(), m_sections.end(), isWanted);
     return found == m_sections.end() ? nullptr : &*found;

@@ -58,6 +58,9 @@ class Container {
     /// Every byte of the name, but no more than a search reads, and nothing of what is no longer in the file.
     std::string Name(const Section& section) const;
 
+    /// Whether it has that name for a search.
+    bool HasName(const Section& section, std::string_view name) const;
+
     /// The section that a reader gets; nullptr for none.
     const Section* Find(std::string_view name, std::uint32_t version) const;
 

@@ -4,6 +4,16 @@
 
 namespace Zu::Wep::Trace {
 
+namespace {
+
+std::string EncodeField(std::uint32_t value) {
+    std::string bytes(sizeof value, '\0');
+    StoreLittleEndian(value, bytes.data());
+    return bytes;
+}
+
+}  // namespace
+
 SectionHeader DecodeSectionHeader(const char* bytes) {
     return {DecodeSectionLength(bytes + SectionHeader::LengthOffset),
             LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::VersionOffset),
@@ -18,11 +28,9 @@ std::string EncodeSectionHeader(const SectionHeader& header) {
     return bytes;
 }
 
-std::string EncodeSectionLength(std::uint32_t length) {
-    std::string bytes(SectionHeader::LengthSize, '\0');
-    StoreLittleEndian(length, bytes.data());
-    return bytes;
-}
+std::string EncodeSectionLength(std::uint32_t length) { return EncodeField(length); }
+
+std::string EncodeSectionVersion(std::uint32_t version) { return EncodeField(version); }
 
 std::uint32_t DecodeSectionLength(const char* bytes) { return LoadLittleEndian<std::uint32_t>(bytes); }
 

@@ -37,8 +37,9 @@ SectionHeader DecodeSectionHeader(const char* bytes);
 /// The bytes of a header.
 std::string EncodeSectionHeader(const SectionHeader& header);
 
-/// The length field alone.
+/// The length field alone, and the version field.
 std::string EncodeSectionLength(std::uint32_t length);
+std::string EncodeSectionVersion(std::uint32_t version);
 std::uint32_t DecodeSectionLength(const char* bytes);
 
 /// Header and name of a section with `length` in its length field. The name must be shorter than 4 GiB.

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "source_utilities/PosixFile.h"
+
+namespace stmdcm {
+
+/// A file open for reading and writing, under the exclusive flock(2) that managers take while they save: who changes a
+/// file reads and writes it while this lives. So no two changes are mixed, and none is lost. Never let the plug-in
+/// save into the file meanwhile: it would wait for ever.
+class LockedFile {
+  public:
+    /// Waits for the lock. Throws Failure where the file can't be opened for writing.
+    explicit LockedFile(std::string path);
+
+    const std::string& Path() const { return m_path; }
+    const ZU_WEP::PosixFile& File() const { return m_file; }
+
+    /// Gives the lock back; false when the system reports that data could not be stored.
+    bool Close();
+
+  private:
+    void Open();
+    bool IsStillAtPath() const;
+
+    std::string m_path;
+    ZU_WEP::PosixFile m_file;
+    std::optional<ZU_WEP::FileLock> m_lock;
+};
+
+}  // namespace stmdcm
