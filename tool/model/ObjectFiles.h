@@ -22,7 +22,7 @@ class ObjectFiles {
     /// about a missing or changed file may hold another one than was recorded.
     static std::vector<ObjectFile> HeldBy(const Manager& manager, const std::vector<ObjectFile>& recorded);
 
-  private:
+    /// The entries of a section's payload, with what is on disk now.
     static std::vector<ObjectFile> Parse(std::string_view payload);
 };
 

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "tool/plugin/Plugin.h"
+#include "tool/plugin/PluginLog.h"
+#include "tool/plugin/TraceDataFile.h"
+#include "tool/plugin/TraceHome.h"
+
+namespace stmdcm {
+
+/// The plug-in in a home of its own with its log switched on: what a command works with.
+struct PluginSession {
+    /// The program's own plug-in when `pluginFile` is empty. Throws Failure.
+    explicit PluginSession(const std::string& pluginFile) : log(home), plugin(home, pluginFile), container(plugin) {}
+
+    /// A path for a working file, which goes with the session.
+    std::string WorkingFile(const char* name) const { return (home.Path() / name).string(); }
+
+    TraceHome home;
+    PluginLog log;
+    Plugin plugin;
+    TraceDataFile container;
+};
+
+}  // namespace stmdcm
