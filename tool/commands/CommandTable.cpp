@@ -1,6 +1,7 @@
 #include "tool/commands/CommandTable.h"
 
 #include "tool/commands/Demo.h"
+#include "tool/commands/Show.h"
 
 namespace stmdcm {
 
@@ -13,6 +14,7 @@ std::unique_ptr<Command> Make() {
 
 // A new command is one line here.
 constexpr CommandEntry kCommands[] = {
+    {"show", "Show the configuration in a capture or a settings file", Make<Show>},
     {"demo", "Load, change, save and reload a capture's configuration, and compare", Make<Demo>},
 };
 

@@ -18,6 +18,8 @@ struct Property {
     Unit unit = Unit::None;
     std::int32_t value = 0;  ///< flags are 0 or 1
     std::int32_t defaultValue = 0;
+
+    bool IsAtDefault() const { return value == defaultValue; }
 };
 
 struct Counter {

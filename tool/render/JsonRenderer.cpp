@@ -72,6 +72,16 @@ Json PropertyToJson(const Property& property) {
             {"text", InWords(property)}};
 }
 
+Json PropertiesToJson(const std::vector<Property>& properties, bool changedOnly) {
+    Json array = Json::array();
+    for (const Property& property : properties) {
+        if (!changedOnly || !property.IsAtDefault()) {
+            array.push_back(PropertyToJson(property));
+        }
+    }
+    return array;
+}
+
 template <class T>
 Json OrNull(const std::optional<T>& value) {
     return value ? Json(*value) : Json(nullptr);
@@ -85,17 +95,20 @@ std::string JsonRenderer::Text(const Json& document) {
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-Json JsonRenderer::Render(const Configuration& configuration) {
-    Json properties = Json::array();
-    for (const Property& property : configuration.properties) {
-        properties.push_back(PropertyToJson(property));
+Json JsonRenderer::Render(const Configuration& configuration, const Selection& selection) {
+    Json json = {{"properties", nullptr}, {"use_cases", nullptr}, {"object_files", nullptr}};
+    if (selection.properties) {
+        json["properties"] = PropertiesToJson(configuration.properties, selection.changedOnly);
     }
-    return {{"properties", std::move(properties)},
-            {"use_cases",
-             {{"sc", ItemsToJson(configuration.sc)},
-              {"cpt", ItemsToJson(configuration.cpt)},
-              {"pmi_cmi", ItemsToJson(configuration.pmi)}}},
-            {"object_files", ObjectFiles(configuration.objectFiles)}};
+    if (selection.usecases) {
+        json["use_cases"] = {{"sc", ItemsToJson(configuration.sc)},
+                             {"cpt", ItemsToJson(configuration.cpt)},
+                             {"pmi_cmi", ItemsToJson(configuration.pmi)}};
+    }
+    if (selection.objectFiles) {
+        json["object_files"] = ObjectFiles(configuration.objectFiles);
+    }
+    return json;
 }
 
 Json JsonRenderer::ObjectFiles(const std::vector<ObjectFile>& files) { return ItemsToJson(files); }

@@ -6,6 +6,7 @@
 
 #include "tool/model/Comparison.h"
 #include "tool/model/Configuration.h"
+#include "tool/model/Selection.h"
 
 namespace stmdcm {
 
@@ -21,7 +22,8 @@ class JsonRenderer {
     /// One document as text, line feed included. Bytes that are no UTF-8 become U+FFFD.
     static std::string Text(const Json& document);
 
-    static Json Render(const Configuration& configuration);
+    /// What is not selected is null.
+    static Json Render(const Configuration& configuration, const Selection& selection = {});
     static Json ObjectFiles(const std::vector<ObjectFile>& files);
     static Json Differences(const std::vector<Difference>& differences);
 };

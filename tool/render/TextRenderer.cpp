@@ -1,6 +1,7 @@
 #include "tool/render/TextRenderer.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <string_view>
@@ -24,8 +25,6 @@ constexpr struct {
     {"TWP_Protocol", "Trace port"},
     {"Needs_Preprocess", "Decoder"},
 };
-
-bool IsAtDefault(const Property& property) { return property.value == property.defaultValue; }
 
 std::string Label(const Field& field) {
     std::string label = field.name;
@@ -79,7 +78,7 @@ struct RowVisitor {
 };
 
 std::vector<Cell> PropertyRow(const Property& property) {
-    if (IsAtDefault(property)) {
+    if (property.IsAtDefault()) {
         return {{property.name}, {InWords(property)}};
     }
     return {{property.name},
@@ -89,20 +88,22 @@ std::vector<Cell> PropertyRow(const Property& property) {
 
 }  // namespace
 
-std::string TextRenderer::Properties(const std::vector<Property>& properties) const {
+std::string TextRenderer::Properties(const std::vector<Property>& properties, bool changedOnly) const {
     Table table;
     for (const Property& property : properties) {
         for (const auto& group : kPropertyGroups) {
-            if (group.firstProperty == property.name) {
+            if (group.firstProperty == property.name && !changedOnly) {
                 table.AddLine({group.title, Style::Quiet});
             }
         }
-        std::vector<Cell> row = PropertyRow(property);
-        row.front().text.insert(0, kIndent, ' ');
-        table.AddRow(std::move(row));
+        if (!changedOnly || !property.IsAtDefault()) {
+            std::vector<Cell> row = PropertyRow(property);
+            row.front().text.insert(0, changedOnly ? 0 : kIndent, ' ');
+            table.AddRow(std::move(row));
+        }
     }
-    const auto changed =
-        properties.size() - static_cast<std::size_t>(std::count_if(properties.begin(), properties.end(), IsAtDefault));
+    const auto changed = std::count_if(properties.begin(), properties.end(),
+                                       [](const Property& property) { return !property.IsAtDefault(); });
     return Heading(fmt::format("Properties ({}, {} of them not at the default)", properties.size(), changed)) +
            table.Text(m_palette, kIndent);
 }
@@ -131,10 +132,23 @@ std::string TextRenderer::ObjectFiles(const std::vector<ObjectFile>& files) cons
     return Items("Object files", files);
 }
 
-std::string TextRenderer::Render(const Configuration& configuration) const {
-    return Properties(configuration.properties) + "\n" + Items("SC use cases", configuration.sc) + "\n" +
-           Items("CPT use cases", configuration.cpt) + "\n" + Items("PMI/CMI use cases", configuration.pmi) + "\n" +
-           ObjectFiles(configuration.objectFiles);
+std::string TextRenderer::Usecases(const Configuration& configuration) const {
+    return Items("SC use cases", configuration.sc) + "\n" + Items("CPT use cases", configuration.cpt) + "\n" +
+           Items("PMI/CMI use cases", configuration.pmi);
+}
+
+std::string TextRenderer::Render(const Configuration& configuration, const Selection& selection) const {
+    std::vector<std::string> parts;
+    if (selection.properties) {
+        parts.push_back(Properties(configuration.properties, selection.changedOnly));
+    }
+    if (selection.usecases) {
+        parts.push_back(Usecases(configuration));
+    }
+    if (selection.objectFiles) {
+        parts.push_back(ObjectFiles(configuration.objectFiles));
+    }
+    return fmt::format("{}", fmt::join(parts, "\n"));
 }
 
 std::string TextRenderer::Differences(const std::vector<Difference>& differences) const {

@@ -5,6 +5,7 @@
 
 #include "tool/model/Comparison.h"
 #include "tool/model/Configuration.h"
+#include "tool/model/Selection.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {
@@ -14,8 +15,10 @@ class TextRenderer {
   public:
     explicit TextRenderer(const Palette& palette) : m_palette(palette) {}
 
-    std::string Render(const Configuration& configuration) const;
-    std::string Properties(const std::vector<Property>& properties) const;
+    std::string Render(const Configuration& configuration, const Selection& selection = {}) const;
+    /// With `changedOnly` those alone that are not at their default.
+    std::string Properties(const std::vector<Property>& properties, bool changedOnly = false) const;
+    std::string Usecases(const Configuration& configuration) const;
     std::string ObjectFiles(const std::vector<ObjectFile>& files) const;
     std::string Differences(const std::vector<Difference>& differences) const;
 
