@@ -35,9 +35,9 @@ std::optional<ObjectFileEntry> TakeEntry(std::string_view& rest) {
 }  // namespace
 
 void AppendObjectFileEntry(std::string& payload, const ObjectFileEntry& entry) {
-    payload += entry.name.c_str();
+    payload.append(entry.name, 0, entry.name.find('\0'));
     payload += '\0';
-    payload += entry.fileName.c_str();
+    payload.append(entry.fileName, 0, entry.fileName.find('\0'));
     payload += '\0';
     char stamp[kTimeStampSize];
     StoreLittleEndian(entry.timeStamp, stamp);
