@@ -1,6 +1,7 @@
 // The connection to the live system. The host's side of it is host/CTraceFactory.h.
 
 #include <algorithm>
+#include <utility>
 
 #include "host/vorn/vornError.h"
 #include "source_utilities/Log.h"
@@ -22,6 +23,16 @@ constexpr int kDestroyMode = 0;
 
 using CreateFactoryFunction = CTraceFactory* (*)();
 using DestroyFactoryFunction = void (*)(CTraceFactory*);
+
+/// One step of giving back: the manager ends whatever the host's objects do, and the next step is taken all the same.
+template <class Step>
+void Attempt(Step step) noexcept {
+    try {
+        step();
+    } catch (...) {
+        return;
+    }
+}
 
 }  // namespace
 
@@ -103,23 +114,22 @@ void CDeviceConfigManagerCommon::UpdateLiveObjectFile(const std::string& cpu) {
 }
 
 void CDeviceConfigManagerCommon::DisconnectLiveSystem() noexcept {
-    try {
-        if (m_channelServer != nullptr && m_traceFactory != nullptr) {
-            ZU_WEP::Log(ZU_WEP::LogInformation, "DCM: Destroying Channel Server ");
-            CChannelServer* const server = m_channelServer;
-            m_channelServer = nullptr;
-            m_traceFactory->DestroyChannelServer(server, kDestroyMode);
-        }
-        if (m_traceFactory != nullptr) {  // also one that never made a server: nobody else could give it back
-            const auto destroy =
-                reinterpret_cast<DestroyFactoryFunction>(m_factoryLibrary.GetSymbolAddress(kDestroyFactory));
-            if (destroy != nullptr) {
-                destroy(m_traceFactory);
-            }
-        }
-    } catch (...) {
-        // The manager ends whatever the host's objects do.
+    if (m_traceFactory == nullptr) {
+        return;
     }
+    if (m_channelServer != nullptr) {
+        ZU_WEP::Log(ZU_WEP::LogInformation, "DCM: Destroying Channel Server ");
+        CChannelServer* const server = std::exchange(m_channelServer, nullptr);
+        Attempt([&] { m_traceFactory->DestroyChannelServer(server, kDestroyMode); });
+    }
+    // Also a factory that never made a server: nobody else could give it back.
+    Attempt([&] {
+        const auto destroy =
+            reinterpret_cast<DestroyFactoryFunction>(m_factoryLibrary.GetSymbolAddress(kDestroyFactory));
+        if (destroy != nullptr) {
+            destroy(m_traceFactory);
+        }
+    });
     m_traceFactory = nullptr;
 }
 
