@@ -31,6 +31,7 @@ struct Scenario {
     std::chrono::milliseconds delay{0};  ///< before the answer to each call
     Failure factoryFailure;
     Failure serverFailure;
+    Failure serverEndFailure;
     Failure listFailure;
     std::vector<ScenarioCpu> cpus;
 };

@@ -103,13 +103,14 @@ ScenarioCpu ReadCpu(const ScenarioPlace& place) {
 }
 
 std::unique_ptr<Scenario> ReadRoot(const ScenarioPlace& root) {
-    root.AllowOnly({"delay_ms", "factory_fails", "server_fails", "list_fails", "cpus"});
+    root.AllowOnly({"delay_ms", "factory_fails", "server_fails", "server_end_fails", "list_fails", "cpus"});
     auto scenario = std::make_unique<Scenario>();
     if (const auto delay = root.Find("delay_ms")) {
         scenario->delay = std::chrono::milliseconds(delay->Integer(0, kLongestDelay));
     }
     scenario->factoryFailure = ReadFailure(root, "factory_fails", false);
     scenario->serverFailure = ReadFailure(root, "server_fails");
+    scenario->serverEndFailure = ReadFailure(root, "server_end_fails");
     scenario->listFailure = ReadFailure(root, "list_fails");
     std::set<std::string> names;
     for (const ScenarioPlace& place : root.Need("cpus").Elements()) {

@@ -17,8 +17,7 @@ void SimulatedTraceFactory::CreateChannelServer(CChannelServer*& server, int mod
 }
 
 void SimulatedTraceFactory::DestroyChannelServer(CChannelServer* server, int mode) {
-    Failure none;
-    Play(m_scenario->delay, "DestroyChannelServer " + std::to_string(mode), none, [&] {
+    Play(m_scenario->delay, "DestroyChannelServer " + std::to_string(mode), m_scenario->serverEndFailure, [&] {
         if (std::erase_if(m_servers, [server](const auto& own) { return own.get() == server; }) == 0) {
             throw vornError("not a channel server of this factory", vornError::Severity_Error);
         }

@@ -83,13 +83,20 @@ TEST_F(LiveConnection, ASlowTargetIsWaitedFor) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(28));  // 14 calls
 }
 
-TEST_F(LiveConnection, AFactoryWithoutAServerIsGivenBack) {
-    PlayAttributes("", R"("server_fails": {"with": "vornError"},)");
+TEST_F(LiveConnection, TheFactoryIsGivenBackWhateverBecameOfItsServer) {
+    PlayAttributes("", R"("server_fails": {"with": "vornError", "times": 1}, "server_end_fails": {"with": "int"},)");
     EXPECT_FALSE(m_live->ConnectLiveSystem());
     TakeLog();
     m_live.reset();
     EXPECT_EQ(TakeLog(), Lines{});
     EXPECT_TRUE(Calls().ends_with("CreateChannelServer 1 throws\nDestroyTraceFactory\nlibrary unloaded\n"));
+    Renew();
+    EXPECT_FALSE(m_live->ConnectLiveSystem());
+    EXPECT_TRUE(m_live->ConnectLiveSystem());
+    m_live.reset();
+    EXPECT_TRUE(
+        Calls().ends_with("DestroyChannelServer 0 throws\n"
+                          "DestroyTraceFactory with 1 channel servers left\nlibrary unloaded\n"));
 }
 
 }  // namespace
