@@ -8,13 +8,12 @@
 namespace Zu::Wep::Trace {
 
 bool ReadBlockLine(std::string& line, std::istringstream& in) {
-    std::string text;
-    if (!std::getline(in, text)) {
+    if (!std::getline(in, line)) {
         return false;
     }
-    ZU_WEP::uString::StripTrailing(text, " \t\r\n");
-    const bool blank = text.empty();
-    line.assign(text, 0, text.find('\0'));
+    ZU_WEP::uString::StripTrailing(line, " \t\r\n");
+    const bool blank = line.empty();
+    line.resize(std::min(line.find('\0'), line.size()));
     return !blank;
 }
 
