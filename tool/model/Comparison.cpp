@@ -117,6 +117,14 @@ class Comparer {
 
 }  // namespace
 
+std::string Difference::Sentence(const std::string& path) const {
+    const std::string what = fmt::format("{}: {} {}", path, kind, item);
+    if (field.empty()) {
+        return what + (left ? " is not kept" : " is new");
+    }
+    return fmt::format("{}, {}: {} has become {}", what, field, left.value_or("nothing"), right.value_or("nothing"));
+}
+
 std::vector<Difference> Compare(const Configuration& left, const Configuration& right) {
     Comparer comparer;
     comparer.CompareProperties(left.properties, right.properties);

@@ -15,6 +15,9 @@ struct Difference {
     std::string field;                ///< empty: the whole item
     std::optional<std::string> left;  ///< nothing: the left configuration does not have it
     std::optional<std::string> right;
+
+    /// That `path` does not hold the left value: "FILE: property X, value: 1 has become 2".
+    std::string Sentence(const std::string& path) const;
 };
 
 /// Every difference, properties first. Items are matched by what they are (use cases by job and module), not by their

@@ -21,6 +21,18 @@ std::vector<std::filesystem::path> PluginCandidates() {
             std::filesystem::path(STMDCM_FULL_LIBDIR) / kPluginFile};
 }
 
+std::filesystem::path SimulatorDirectory() {
+    const std::filesystem::path library = ProgramDirectory().parent_path() / STMDCM_LIBDIR;
+    for (const std::filesystem::path& directory :
+         {library / "stmdcm", ProgramDirectory().parent_path() / "lib" / "stmdcm"}) {
+        if (std::filesystem::exists(directory / kFactoryFile)) {
+            return directory;
+        }
+    }
+    throw Failure(
+        fmt::format("{} is not in {}; name its directory with --factory-dir DIR", kFactoryFile, library.string()));
+}
+
 std::filesystem::path DataFile(const std::string& name) {
     std::filesystem::path path = ProgramDirectory().parent_path() / "share" / "stmdcm" / name;
     if (!std::filesystem::is_regular_file(path)) {

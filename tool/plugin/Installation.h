@@ -11,6 +11,11 @@ namespace stmdcm {
 /// The places of the plug-in, the preferred first.
 std::vector<std::filesystem::path> PluginCandidates();
 
+inline constexpr char kFactoryFile[] = "libTraceFactory.so";
+
+/// The directory of the simulated trace factory. Throws Failure when it is not there.
+std::filesystem::path SimulatorDirectory();
+
 /// A data file that is shipped with the program. Throws Failure when it is not there.
 std::filesystem::path DataFile(const std::string& name);
 

@@ -31,6 +31,8 @@ bool Manager::Save(const std::string& file, eTraceDataFileType type) {
     return m_manager->SaveConfiguration(file, type);
 }
 
+bool Manager::LoadLive() { return m_manager->LoadConfigurationLive(); }
+
 std::int32_t Manager::Property(const std::string& name) const {
     ConfigPropertyValue value;
     if (!m_manager->GetProperty(name, value)) {

@@ -27,6 +27,8 @@ class Manager {
 
     bool Load(const std::string& file, Zu::Wep::Trace::eTraceDataFileType type);
     bool Save(const std::string& file, Zu::Wep::Trace::eTraceDataFileType type);
+    /// From the live target, through the trace factory library that the dynamic loader finds.
+    bool LoadLive();
 
     /// Flags are 0 or 1. Both throw Failure for a name that the plug-in does not know.
     std::int32_t Property(const std::string& name) const;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tool/commands/Command.h"
+
+namespace stmdcm {
+
+class Manager;
+struct LiveConfiguration;
+struct PluginSession;
+
+/// The configuration of a live target.
+class Live final : public Command {
+  public:
+    void Declare(CLI::App& app) override;
+    ExitStatus Run(const Context& context) override;
+
+  private:
+    void ChooseFactory() const;
+    void CheckSave() const;
+    bool SavesIntoCapture() const;
+    /// Adds to the doubts what could not be kept.
+    void Save(PluginSession& session, Manager& manager, LiveConfiguration& live) const;
+
+    std::string m_cpu;
+    std::string m_factoryDirectory;
+    std::string m_scenario;
+    std::string m_save;
+    bool m_force = false;
+};
+
+}  // namespace stmdcm

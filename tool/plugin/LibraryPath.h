@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+
+namespace stmdcm {
+
+/// Makes `directory`, which must hold `library`, the first in which the dynamic loader looks for libraries. The loader
+/// reads LD_LIBRARY_PATH only when a program starts, so this program replaces itself with itself, with the same
+/// arguments, unless the directory is first already. Call it before anything is made that would have to be given back.
+/// Throws Failure.
+void SearchLibrariesFirstIn(const std::filesystem::path& directory, const char* library);
+
+}  // namespace stmdcm
