@@ -1,6 +1,7 @@
 #include "tool/commands/CommandTable.h"
 
 #include "tool/commands/Demo.h"
+#include "tool/commands/Diff.h"
 #include "tool/commands/Live.h"
 #include "tool/commands/Show.h"
 
@@ -16,6 +17,7 @@ std::unique_ptr<Command> Make() {
 // A new command is one line here.
 constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", Make<Show>},
+    {"diff", "Compare the configurations of two captures or settings files", Make<Diff>},
     {"live", "Load the configuration from the live target, show it and save it", Make<Live>},
     {"demo", "Load, change, save and reload a capture's configuration, and compare", Make<Demo>},
 };
