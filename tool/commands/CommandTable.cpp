@@ -1,5 +1,6 @@
 #include "tool/commands/CommandTable.h"
 
+#include "tool/commands/Convert.h"
 #include "tool/commands/Demo.h"
 #include "tool/commands/Diff.h"
 #include "tool/commands/Live.h"
@@ -17,6 +18,7 @@ std::unique_ptr<Command> Make() {
 // A new command is one line here.
 constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", Make<Show>},
+    {"convert", "Turn a capture's configuration into settings text, or settings into a capture", Make<Convert>},
     {"diff", "Compare the configurations of two captures or settings files", Make<Diff>},
     {"live", "Load the configuration from the live target, show it and save it", Make<Live>},
     {"demo", "Load, change, save and reload a capture's configuration, and compare", Make<Demo>},
