@@ -22,16 +22,16 @@ const std::string& CheckedPath(const std::string& path) {
 
 }  // namespace
 
-CaptureEditor::CaptureEditor(const std::string& path) : m_file(CheckedPath(path)), m_container(path) {}
+CaptureEditor::CaptureEditor(const std::string& path)
+    : m_file(CheckedPath(path)), m_container(path), m_end(RequireReachableEnd()) {}
 
 void CaptureEditor::Replace(const std::vector<NewSection>& sections) {
-    const ChainEnd end = RequireReachableEnd();
     std::string bytes;
     std::vector<VersionWrite> switches;
     for (const NewSection& section : sections) {
         const std::vector<const Section*> old = InUse(section);
         if (old.empty()) {  // Nothing hides the new section while it is written, so it begins as a retired one.
-            switches.push_back({end.offset + bytes.size(), section.version});
+            switches.push_back({m_end.offset + bytes.size(), section.version});
         }
         // The oldest, which is the one that is read, goes last: the others must not come up in its place.
         for (auto each = old.rbegin(); each != old.rend(); ++each) {
@@ -39,7 +39,7 @@ void CaptureEditor::Replace(const std::vector<NewSection>& sections) {
         }
         bytes += Encode(section, old.empty() ? Retired(section.version) : section.version);
     }
-    Append(end.offset, bytes);
+    Append(m_end.offset, bytes);
     std::for_each(switches.begin(), switches.end(), [this](const VersionWrite& write) { Write(write); });
     if (!m_file.Close()) {
         throw Failure(fmt::format("{}: the capture was changed, but the system reports an error on closing it: {}",

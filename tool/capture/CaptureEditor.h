@@ -22,6 +22,7 @@ struct NewSection {
 /// meanwhile is what will be replaced. Every failure is a Failure that names the file.
 class CaptureEditor {
   public:
+    /// Refuses a capture in which a new section could not be found.
     explicit CaptureEditor(const std::string& path);
 
     /// As it was when the lock was taken.
@@ -46,6 +47,7 @@ class CaptureEditor {
 
     LockedFile m_file;
     Container m_container;
+    Zu::Wep::Trace::ChainEnd m_end;
 };
 
 }  // namespace stmdcm

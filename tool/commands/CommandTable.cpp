@@ -1,10 +1,14 @@
 #include "tool/commands/CommandTable.h"
 
+#include "tool/commands/Apply.h"
 #include "tool/commands/Convert.h"
 #include "tool/commands/Demo.h"
 #include "tool/commands/Diff.h"
 #include "tool/commands/Live.h"
+#include "tool/commands/Restore.h"
+#include "tool/commands/Set.h"
 #include "tool/commands/Show.h"
+#include "tool/commands/ShowHistory.h"
 
 namespace stmdcm {
 
@@ -18,8 +22,12 @@ std::unique_ptr<Command> Make() {
 // A new command is one line here.
 constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", Make<Show>},
+    {"set", "Change properties of a capture, in place, or of a settings file", Make<Set>},
+    {"apply", "Put the configuration of a settings file or capture into captures", Make<Apply>},
     {"convert", "Turn a capture's configuration into settings text, or settings into a capture", Make<Convert>},
     {"diff", "Compare the configurations of two captures or settings files", Make<Diff>},
+    {"history", "List the earlier configurations that a capture holds", Make<ShowHistory>},
+    {"restore", "Put an earlier configuration of a capture in force again", Make<Restore>},
     {"live", "Load the configuration from the live target, show it and save it", Make<Live>},
     {"demo", "Load, change, save and reload a capture's configuration, and compare", Make<Demo>},
 };

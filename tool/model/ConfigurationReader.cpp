@@ -11,14 +11,14 @@ namespace stmdcm {
 
 using namespace Zu::Wep::Trace;
 
-namespace {
-
 Unit UnitOf(const StmProperty& property) {
     if (property.conversion == TextConversion::Clock) {
         return Unit::Hertz;
     }
     return std::string_view(property.name).starts_with("HEAD_Pointer_") ? Unit::Address : Unit::None;
 }
+
+namespace {
 
 std::vector<Property> ReadProperties(const Manager& manager) {
     const StmProperties defaults;

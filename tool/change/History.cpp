@@ -1,0 +1,108 @@
+#include "tool/change/History.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tool/Failure.h"
+#include "tool/capture/CaptureEditor.h"
+#include "tool/capture/Retired.h"
+#include "tool/change/ConfigurationBytes.h"
+#include "tool/model/ObjectFiles.h"
+#include "trace/dcm/ObjectFileSection.h"
+#include "trace/dcm/StmSections.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+constexpr struct {
+    const char* name;
+    std::uint32_t version;
+} kKinds[] = {{kCommonSectionName, kCommonSectionVersion}, {kStmSectionName, kStmSectionVersion}};
+
+/// The name of the configuration section, nullptr for any other.
+const char* KindOf(const Container& container, const Section& section) {
+    if (section.use == SectionUse::Unreachable || section.IsTooShort()) {
+        return nullptr;
+    }
+    for (const auto& kind : kKinds) {
+        if (LiveVersion(section.version) == kind.version && container.HasName(section, kind.name)) {
+            return kind.name;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+History::History(const Container& container) : m_container(container) {
+    for (const Section& section : container.Sections()) {
+        if (const char* name = KindOf(container, section)) {
+            m_entries.push_back({m_entries.size() + 1, name, section});
+        }
+    }
+}
+
+std::string History::Payload(const HistoryEntry& entry) const {
+    return m_container.ReadPayload(entry.section, 0, entry.section.PayloadLength());
+}
+
+const HistoryEntry& History::At(std::size_t number) const {
+    if (number == 0 || number > m_entries.size()) {
+        throw Failure(fmt::format("{}: there is no configuration {}, stmdcm history shows the {} that there are",
+                                  m_container.Path(), number, m_entries.size()));
+    }
+    return m_entries[number - 1];
+}
+
+const HistoryEntry* History::Current(const std::string& name) const {
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(),
+                                    [&](const HistoryEntry& entry) { return entry.IsCurrent() && entry.name == name; });
+    return found == m_entries.end() ? nullptr : &*found;
+}
+
+std::optional<std::vector<Difference>> History::Compare(PluginSession& session, const HistoryEntry& entry) const {
+    const HistoryEntry* current = Current(entry.name);
+    if (current == nullptr) {
+        return std::nullopt;
+    }
+    const std::string own = Payload(entry);
+    const std::string other = Payload(*current);
+    if (own == other) {
+        return std::vector<Difference>();
+    }
+    if (entry.name == std::string_view(kCommonSectionName)) {
+        Configuration left;
+        Configuration right;
+        left.objectFiles = ObjectFiles::Parse(own);
+        right.objectFiles = ObjectFiles::Parse(other);
+        return stmdcm::Compare(left, right);
+    }
+    const Section* device = m_container.Find(kDeviceSectionName, kDeviceSectionVersion);
+    const std::string text = device == nullptr ? "" : m_container.ReadPayload(*device, 0, device->PayloadLength());
+    const ConfigurationBytes bytes(session);
+    return stmdcm::Compare(bytes.Read(own, text), bytes.Read(other, text));
+}
+
+RestoreResult RestoreConfiguration(const std::string& path, std::size_t number) {
+    CaptureEditor editor(path);
+    const History history(editor.Contents());
+    RestoreResult result{history.At(number)};
+    const HistoryEntry& entry = result.restored;
+    if (editor.Contents().IsTorn(entry.section)) {
+        throw Failure(
+            fmt::format("{}: the end of the file cuts configuration {} off; nothing was changed", path, number));
+    }
+    const HistoryEntry* current = history.Current(entry.name);
+    std::string payload = history.Payload(entry);
+    if (current == nullptr || history.Payload(*current) != payload) {
+        editor.Replace({{entry.name, LiveVersion(entry.section.version), std::move(payload)}});
+        result.isWritten = true;
+    }
+    return result;
+}
+
+}  // namespace stmdcm

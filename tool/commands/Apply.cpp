@@ -1,0 +1,99 @@
+#include "tool/commands/Apply.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+
+#include "tool/Failure.h"
+#include "tool/change/AppliedText.h"
+#include "tool/commands/ChangeReport.h"
+#include "tool/plugin/PluginSession.h"
+#include "tool/render/JsonRenderer.h"
+
+namespace stmdcm {
+
+/// What became of one capture.
+struct Apply::Outcome {
+    ChangeResult result;
+    std::optional<std::string> failure;
+
+    ExitStatus Status() const { return failure ? ExitStatus::Failed : result.Status(); }
+
+    JsonRenderer::Json Json() const {
+        JsonRenderer::Json json = ChangeReport::Json(result);
+        json["failure"] = failure ? JsonRenderer::Json(*failure) : JsonRenderer::Json(nullptr);
+        return json;
+    }
+};
+
+namespace {
+
+/// A failure counts for more than a doubt.
+ExitStatus Worse(ExitStatus a, ExitStatus b) {
+    return a == ExitStatus::Failed || b == ExitStatus::Failed ? ExitStatus::Failed : std::max(a, b);
+}
+
+bool IsSameFile(const std::string& a, const std::string& b) {
+    std::error_code ignored;
+    return std::filesystem::equivalent(a, b, ignored);
+}
+
+}  // namespace
+
+void Apply::Declare(CLI::App& app) {
+    app.add_option("source", m_source, "A settings file, or a capture")->required()->type_name("SETTINGS");
+    app.add_option("captures", m_captures, "Captures to change, in place")->required()->type_name("CAPTURE");
+    app.add_flag("--dry-run", m_dryRun, "Tell what would change, and write nothing");
+    app.footer(
+        "Properties that a settings file does not name stay as they are; the use cases are replaced. Each capture "
+        "keeps\n"
+        "its own object files, and its old configuration as history. Goes on after a capture that can't be changed, "
+        "and\n"
+        "ends with status 1 then.\n\nExample:\n  stmdcm apply good.tdf run1.tdf run2.tdf run3.tdf");
+}
+
+Apply::Outcome Apply::ApplyTo(const ConfigurationChange& change, const std::string& capture) const {
+    Outcome outcome{{capture}, {}};
+    try {
+        if (IsSameFile(m_source, capture)) {
+            throw Failure(fmt::format("{}: this is the file that the settings come from", capture));
+        }
+        constexpr auto kMissing = ConfigurationChange::Missing::IsMade;
+        outcome.result = m_dryRun ? change.TryInCapture(capture, kMissing) : change.InCapture(capture, kMissing);
+    } catch (const Failure& failure) {
+        outcome.failure = failure.what();
+    }
+    return outcome;
+}
+
+ExitStatus Apply::Run(const Context& context) {
+    PluginSession session(context.options.plugin);
+    const AppliedText source(session, m_source);
+    const ConfigurationChange change(session, [&](Manager& manager) { source.ApplyTo(manager); });
+    ExitStatus status = source.Doubts().empty() ? ExitStatus::Done : ExitStatus::Doubtful;
+    JsonRenderer::Json document = JsonRenderer::Document("apply");
+    document["source"] = m_source;
+    document["source_doubts"] = source.Doubts();
+    document["dry_run"] = m_dryRun;
+    document["captures"] = JsonRenderer::Json::array();
+    ChangeReport::Diagnose(m_source, source.Doubts(), context.console);
+    for (const std::string& capture : m_captures) {
+        const Outcome outcome = ApplyTo(change, capture);
+        document["captures"].push_back(outcome.Json());
+        if (outcome.failure) {
+            context.console.Diagnose(*outcome.failure);
+        } else if (!context.options.json) {
+            context.console.Print(ChangeReport::Text(outcome.result, context.console.Out()));
+        }
+        ChangeReport::Diagnose(outcome.result, context.console);
+        status = Worse(status, outcome.Status());
+    }
+    if (context.options.json) {
+        context.console.Print(JsonRenderer::Text(document));
+    }
+    return status;
+}
+
+}  // namespace stmdcm

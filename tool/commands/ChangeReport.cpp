@@ -1,0 +1,68 @@
+#include "tool/commands/ChangeReport.h"
+
+#include <fmt/format.h>
+
+#include "tool/model/Words.h"
+#include "tool/render/JsonRenderer.h"
+#include "tool/render/Table.h"
+
+namespace stmdcm::ChangeReport {
+
+namespace {
+
+const char* Heading(const ChangeResult& result) {
+    if (!result.HasChanges()) {
+        return "nothing to change, nothing was written";
+    }
+    if (!result.isWritten) {
+        return result.isNew ? "would get its first configuration" : "would be changed";
+    }
+    return result.isNew ? "has its first configuration" : "changed";
+}
+
+}  // namespace
+
+std::string Item(const Difference& change) {
+    const std::string item = InWords(Unit::None, change.item);
+    if (change.kind == "property") {
+        return item;
+    }
+    return fmt::format("{} {}{}{}", change.kind, item, change.field.empty() ? "" : ", ", change.field);
+}
+
+std::string Lines(const std::vector<Difference>& changes, const Palette& palette) {
+    Table table;
+    for (const Difference& change : changes) {
+        table.AddRow({{Item(change)},
+                      {change.left.value_or("not there")},
+                      {"->", Style::Quiet},
+                      {change.right.value_or("gone"), Style::Notable}});
+    }
+    return table.Text(palette, 2);
+}
+
+std::string Text(const ChangeResult& result, const Palette& palette) {
+    return fmt::format("{}: {}\n", result.path, Heading(result)) + Lines(result.changes, palette);
+}
+
+nlohmann::ordered_json Json(const ChangeResult& result) {
+    return {{"file", result.path},
+            {"changes", JsonRenderer::Differences(result.changes)},
+            {"new", result.isNew},
+            {"written", result.isWritten},
+            {"doubts", result.doubts}};
+}
+
+void Diagnose(const std::string& path, const std::vector<std::string>& doubts, const Console& console) {
+    for (const std::string& doubt : doubts) {
+        console.Diagnose(fmt::format("{}: {}", path, doubt));
+    }
+}
+
+void Diagnose(const ChangeResult& result, const Console& console) {
+    if (result.HasChanges()) {
+        Diagnose(result.path, result.doubts, console);
+    }
+}
+
+}  // namespace stmdcm::ChangeReport

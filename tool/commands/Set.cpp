@@ -1,0 +1,74 @@
+#include "tool/commands/Set.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tool/Failure.h"
+#include "tool/change/Assignment.h"
+#include "tool/change/ConfigurationChange.h"
+#include "tool/commands/ChangeReport.h"
+#include "tool/model/ConfigurationSource.h"
+#include "tool/plugin/Manager.h"
+#include "tool/plugin/PluginSession.h"
+#include "tool/render/JsonRenderer.h"
+
+namespace stmdcm {
+
+namespace {
+
+std::vector<Assignment> ParseAll(const std::vector<std::string>& texts) {
+    std::vector<Assignment> assignments;
+    for (const std::string& text : texts) {
+        Assignment assignment = Assignment::Parse(text);
+        if (std::any_of(assignments.begin(), assignments.end(),
+                        [&](const Assignment& other) { return other.name == assignment.name; })) {
+            throw Failure(fmt::format("{} is given twice", assignment.name), ExitStatus::Usage);
+        }
+        assignments.push_back(std::move(assignment));
+    }
+    return assignments;
+}
+
+}  // namespace
+
+void Set::Declare(CLI::App& app) {
+    app.add_option("file", m_file, "A capture, or a settings file")->required()->type_name("FILE");
+    app.add_option("assignments", m_assignments,
+                   "What to set; clocks may be written as 200M or 1.25GHz, flags as yes or no")
+        ->required()
+        ->type_name("NAME=VALUE");
+    app.add_flag("--force", m_force, "Write a settings file even where parts of its text get lost");
+    app.footer(
+        "A capture is changed in place: nothing of it is copied, and the old configuration stays in it, see "
+        "\"history\"\n"
+        "and \"restore\". A settings file is replaced whole. Ends with status 3 when the old configuration had parts "
+        "that\n"
+        "no reader reads; they are not in the new one.\n\nExample:\n"
+        "  stmdcm set capture.tdf STM_DTC_target_clock_hz=1.25GHz STM_VornLib_Import=yes");
+}
+
+ExitStatus Set::Run(const Context& context) {
+    const std::vector<Assignment> assignments = ParseAll(m_assignments);
+    const ConfigurationKind kind = ConfigurationSource::KindOf(m_file);
+    PluginSession session(context.options.plugin);
+    const ConfigurationChange change(session, [&](Manager& manager) {
+        for (const Assignment& assignment : assignments) {
+            manager.SetProperty(assignment.name, assignment.value);
+        }
+    });
+    const ChangeResult result = kind == ConfigurationKind::Capture
+                                    ? change.InCapture(m_file, ConfigurationChange::Missing::IsFailure)
+                                    : change.InSettings(m_file, m_force);
+    if (context.options.json) {
+        JsonRenderer::Json document = JsonRenderer::Document("set");
+        document.update(ChangeReport::Json(result));
+        context.console.Print(JsonRenderer::Text(document));
+    } else {
+        context.console.Print(ChangeReport::Text(result, context.console.Out()));
+    }
+    ChangeReport::Diagnose(result, context.console);
+    return result.Status();
+}
+
+}  // namespace stmdcm
