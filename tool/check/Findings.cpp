@@ -1,0 +1,69 @@
+#include "tool/check/Findings.h"
+
+#include <fmt/format.h>
+
+#include <tuple>
+#include <utility>
+
+#include "tool/model/Words.h"
+
+namespace stmdcm {
+
+namespace {
+
+constexpr std::size_t kMaxQuoted = 48;
+
+std::size_t IndexOf(const FindingKind& kind) { return static_cast<std::size_t>(&kind - kFindingKinds); }
+
+}  // namespace
+
+const char* SeverityName(Severity severity) {
+    switch (severity) {
+        case Severity::Note:
+            return "note";
+        case Severity::Warning:
+            return "warning";
+        case Severity::Error:
+            return "error";
+    }
+    return "";
+}
+
+void Findings::Add(const FindingKind& kind, Place place, std::string what, std::string effect) {
+    Add({&kind, std::move(place), std::move(what), std::move(effect)});
+}
+
+void Findings::Add(Finding finding) {
+    if (m_counts[IndexOf(*finding.kind)]++ < kMaxOfKind) {
+        m_kept.push_back(std::move(finding));
+    }
+}
+
+std::vector<Finding> Findings::Sorted() const {
+    std::vector<Finding> sorted = m_kept;
+    std::stable_sort(sorted.begin(), sorted.end(), [](const Finding& left, const Finding& right) {
+        return std::tie(left.place.offset, left.place.line) < std::tie(right.place.offset, right.place.line);
+    });
+    return sorted;
+}
+
+std::size_t Findings::Count(const FindingKind& kind) const { return m_counts[IndexOf(kind)]; }
+
+std::size_t Findings::Count(Severity severity) const {
+    std::size_t count = 0;
+    for (const FindingKind& kind : kFindingKinds) {
+        count += kind.severity == severity ? Count(kind) : 0;
+    }
+    return count;
+}
+
+std::string Quoted(std::string_view text) {
+    const std::string_view shown = text.substr(0, kMaxQuoted);
+    return fmt::format("\"{}{}\"", InWords(Unit::None, shown), shown.size() < text.size() ? "..." : "");
+}
+
+std::string Counted(std::size_t count, std::string_view noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+}  // namespace stmdcm
