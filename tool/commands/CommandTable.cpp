@@ -1,6 +1,7 @@
 #include "tool/commands/CommandTable.h"
 
 #include "tool/commands/Apply.h"
+#include "tool/commands/Check.h"
 #include "tool/commands/Convert.h"
 #include "tool/commands/Demo.h"
 #include "tool/commands/Diff.h"
@@ -22,6 +23,7 @@ std::unique_ptr<Command> Make() {
 // A new command is one line here.
 constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", Make<Show>},
+    {"check", "Tell what the lenient readers pass over in silence", Make<Check>},
     {"set", "Change properties of a capture, in place, or of a settings file", Make<Set>},
     {"apply", "Put the configuration of a settings file or capture into captures", Make<Apply>},
     {"convert", "Turn a capture's configuration into settings text, or settings into a capture", Make<Convert>},
