@@ -31,7 +31,7 @@ constexpr CommandEntry kCommands[] = {
     {"history", "List the earlier configurations that a capture holds", Make<ShowHistory>},
     {"restore", "Put an earlier configuration of a capture in force again", Make<Restore>},
     {"live", "Load the configuration from the live target, show it and save it", Make<Live>},
-    {"demo", "Load, change, save and reload a capture's configuration, and compare", Make<Demo>},
+    {"demo", "Load, change, save and reload a configuration, of a capture and of a live target", Make<Demo>},
 };
 
 }  // namespace

@@ -2,8 +2,10 @@
 
 #include "tool/commands/DemoReport.h"
 #include "tool/commands/DemoRun.h"
-#include "tool/plugin/Plugin.h"
-#include "tool/plugin/TraceHome.h"
+#include "tool/commands/LiveDemoRun.h"
+#include "tool/plugin/Installation.h"
+#include "tool/plugin/LibraryPath.h"
+#include "tool/plugin/PluginSession.h"
 
 namespace stmdcm {
 
@@ -11,16 +13,18 @@ void Demo::Declare(CLI::App& app) {
     app.add_option("--keep", m_keep, "Work in this new directory and leave the captures there")->type_name("DIR");
     app.footer(
         "Works in a private directory that is removed at the end, and touches nothing else.\n"
-        "Ends with status 1 when the reloaded configuration differs.\n\nExample:\n  stmdcm demo --keep /tmp/demo");
+        "The live target is a simulated one. Ends with status 1 when a reloaded configuration differs.\n\nExample:\n  "
+        "stmdcm demo --keep /tmp/demo");
 }
 
 ExitStatus Demo::Run(const Context& context) {
-    const TraceHome home = m_keep.empty() ? TraceHome() : TraceHome(m_keep);
-    const Plugin plugin(home, context.options.plugin);
-    const DemoResult result = DemoRun(plugin, home.Path()).Run();
-    const DemoReport report(result);
+    SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
+    PluginSession session(context.options.plugin, m_keep);
+    const DemoResult result = DemoRun(session.plugin, session.home.Path()).Run();
+    const LiveDemoResult live = LiveDemoRun(session).Run();
+    const DemoReport report(result, live);
     context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    return result.Passed() ? ExitStatus::Done : ExitStatus::Failed;
+    return result.Passed() && live.Passed() ? ExitStatus::Done : ExitStatus::Failed;
 }
 
 }  // namespace stmdcm

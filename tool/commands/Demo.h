@@ -6,7 +6,7 @@
 
 namespace stmdcm {
 
-/// The main job on a capture that is shipped with the program.
+/// The main job on a capture that is shipped with the program, and the same from a live target, a simulated one.
 class Demo final : public Command {
   public:
     void Declare(CLI::App& app) override;

@@ -31,7 +31,9 @@ std::string ChangesText(const std::vector<Difference>& changes) {
     return text;
 }
 
-std::string VerdictText(const DemoResult& result, const Palette& palette) {
+/// Of either half.
+template <class Result>
+std::string VerdictText(const Result& result, const Palette& palette) {
     const auto usecases = result.reloaded.sc.size() + result.reloaded.cpt.size() + result.reloaded.pmi.size();
     if (result.Passed()) {
         return palette.Paint(Style::Good, "EQUAL") +
@@ -45,6 +47,26 @@ std::string VerdictText(const DemoResult& result, const Palette& palette) {
         text += fmt::format("  {}\n", problem);
     }
     return text;
+}
+
+/// What came back of either half.
+template <class Result>
+void AddOutcome(const Result& result, JsonRenderer::Json& document) {
+    document["saved_capture"] = result.savedCapture;
+    document["reloaded"] = JsonRenderer::Render(result.reloaded);
+    document["differences"] = JsonRenderer::Differences(result.differences);
+    document["problems"] = result.problems;
+    document["equal"] = result.Passed();
+}
+
+JsonRenderer::Json LiveToJson(const LiveDemoResult& result) {
+    JsonRenderer::Json json;
+    json["scenario"] = result.scenario;
+    json["cpu"] = result.live.cpu;
+    json["doubts"] = result.live.doubts;
+    json["loaded"] = JsonRenderer::Render(result.live.configuration);
+    AddOutcome(result, json);
+    return json;
 }
 
 }  // namespace
@@ -62,7 +84,18 @@ std::string DemoReport::Text(const Palette& palette) const {
     text += ChangesText(m_result.changes) + "\n";
     text += renderer.Heading("5. Save into the host's own capture, load that into a second manager, compare");
     text += fmt::format("  capture  {}\n", m_result.savedCapture);
-    return text + "  " + VerdictText(m_result, palette);
+    return text + "  " + VerdictText(m_result, palette) + "\n" + LiveText(palette);
+}
+
+std::string DemoReport::LiveText(const Palette& palette) const {
+    const TextRenderer renderer(palette);
+    std::string text = renderer.Heading("6. Load from a live target, which is simulated");
+    text += fmt::format("  scenario {}\n  CPU      {}\n\n", m_live.scenario, m_live.live.cpu);
+    text += renderer.Properties(m_live.live.configuration.properties, true) + "\n";
+    text += renderer.ObjectFiles(m_live.live.configuration.objectFiles) + "\n";
+    text += renderer.Heading("7. Save into a capture, lose the target, load the capture without it, compare");
+    text += fmt::format("  capture  {}\n", m_live.savedCapture);
+    return text + "  " + VerdictText(m_live, palette);
 }
 
 std::string DemoReport::Json() const {
@@ -78,11 +111,8 @@ std::string DemoReport::Json() const {
     }
     document["loaded"] = JsonRenderer::Render(m_result.loaded);
     document["changes"] = JsonRenderer::Differences(m_result.changes);
-    document["saved_capture"] = m_result.savedCapture;
-    document["reloaded"] = JsonRenderer::Render(m_result.reloaded);
-    document["differences"] = JsonRenderer::Differences(m_result.differences);
-    document["problems"] = m_result.problems;
-    document["equal"] = m_result.Passed();
+    AddOutcome(m_result, document);
+    document["live"] = LiveToJson(m_live);
     return JsonRenderer::Text(document);
 }
 

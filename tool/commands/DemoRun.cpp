@@ -1,15 +1,13 @@
 #include "tool/commands/DemoRun.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
 #include <utility>
 
 #include "tool/Failure.h"
+#include "tool/commands/DemoImage.h"
 #include "tool/model/ConfigurationReader.h"
 #include "tool/model/ObjectFiles.h"
 #include "tool/plugin/Installation.h"
@@ -72,16 +70,6 @@ void AddPmiUsecase(PMIUsecaseRecordIF& record) {
     record.AddUsecase(&usecase);
 }
 
-/// A program image as a backup brings it back: with the time that it had.
-void WriteImage(const fs::path& path, std::int64_t modified) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path) << "program image " << path.filename().string() << "\n";
-    const timespec times[2] = {{modified, 0}, {modified, 0}};
-    if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) {
-        throw Failure(fmt::format("{}: the program image can't be written", path.string()));
-    }
-}
-
 }  // namespace
 
 DemoRun::DemoRun(const Plugin& plugin, fs::path directory)
@@ -113,7 +101,7 @@ std::string DemoRun::AnswerQuestion(const ObjectFileQuestion& question) const {
         return {};
     }
     const fs::path image = m_directory / "images" / fs::path(entry->path).filename();
-    WriteImage(image, entry->recorded);
+    WriteDemoImage(image, entry->recorded);
     return image.string();
 }
 

@@ -19,12 +19,6 @@ namespace stmdcm {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-constexpr char kScenarioVariable[] = "STMDCM_SCENARIO";
-
-}  // namespace
-
 void Live::Declare(CLI::App& app) {
     app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it")->required()->type_name("NAME");
     app.add_option("--factory-dir", m_factoryDirectory, "Where the trace factory, libTraceFactory.so, is")

@@ -12,6 +12,8 @@ namespace stmdcm {
 std::vector<std::filesystem::path> PluginCandidates();
 
 inline constexpr char kFactoryFile[] = "libTraceFactory.so";
+/// Names the simulated factory's scenario file (docs/scenario.md).
+inline constexpr char kScenarioVariable[] = "STMDCM_SCENARIO";
 
 /// The directory of the simulated trace factory. Throws Failure when it is not there.
 std::filesystem::path SimulatorDirectory();
