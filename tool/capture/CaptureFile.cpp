@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -79,6 +80,15 @@ std::string CaptureFile::Read(std::uint64_t offset, std::uint64_t length) const 
     std::string bytes(Held(offset, length), '\0');
     bytes.resize(ReadAt(offset, bytes.data(), bytes.size()));
     return bytes;
+}
+
+std::uint64_t CaptureFile::NextData(std::uint64_t offset) const {
+    // Only this moves the descriptor's position, and nothing uses it.
+    const off_t data = ::lseek(m_file.Descriptor(), static_cast<off_t>(offset), SEEK_DATA);
+    if (data >= 0) {
+        return std::min(static_cast<std::uint64_t>(data), m_size);
+    }
+    return errno == ENXIO ? m_size : offset;
 }
 
 }  // namespace stmdcm

@@ -31,6 +31,10 @@ class CaptureFile {
     /// As many of `length` bytes as the file holds.
     std::string Read(std::uint64_t offset, std::uint64_t length) const;
 
+    /// Where the first bytes at or behind `offset` are that take room on the disk; the size for none. Only zeros are in
+    /// front of it.
+    std::uint64_t NextData(std::uint64_t offset) const;
+
   private:
     std::string m_path;
     ZU_WEP::PosixFile m_file;

@@ -5,8 +5,10 @@
 #include "tool/commands/Convert.h"
 #include "tool/commands/Demo.h"
 #include "tool/commands/Diff.h"
+#include "tool/commands/Extract.h"
 #include "tool/commands/Live.h"
 #include "tool/commands/Restore.h"
+#include "tool/commands/Sections.h"
 #include "tool/commands/Set.h"
 #include "tool/commands/Show.h"
 #include "tool/commands/ShowHistory.h"
@@ -24,6 +26,8 @@ std::unique_ptr<Command> Make() {
 constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", Make<Show>},
     {"check", "Tell what the lenient readers pass over in silence", Make<Check>},
+    {"sections", "List the sections of a capture and how readers find them", Make<Sections>},
+    {"extract", "Write the payload of one section of a capture", Make<Extract>},
     {"set", "Change properties of a capture, in place, or of a settings file", Make<Set>},
     {"apply", "Put the configuration of a settings file or capture into captures", Make<Apply>},
     {"convert", "Turn a capture's configuration into settings text, or settings into a capture", Make<Convert>},

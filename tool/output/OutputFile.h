@@ -7,26 +7,27 @@
 #include <vector>
 
 #include "source_utilities/PosixFile.h"
+#include "tool/output/ByteSink.h"
 
 namespace stmdcm {
 
 /// The file that a command writes, all or nothing: it takes its place, synced, at Commit; until then, and when the
 /// program fails or is killed, whatever was there stays. Every failure is a Failure that names the file.
-class OutputFile {
+class OutputFile final : public ByteSink {
   public:
     /// Refuses a path at which something is, unless `force`; one of the inputs, whatever names it goes by; and what is
     /// not a regular file.
     OutputFile(std::string path, bool force, const std::vector<std::string>& inputs);
-    ~OutputFile();
+    ~OutputFile() override;
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     const std::string& Path() const { return m_path; }
 
     /// At the end of what was written.
-    void Write(std::string_view bytes);
+    void Write(std::string_view bytes) override;
     /// So many zero bytes at the end, which take no room on the disk where the file system can do that.
-    void WriteZeros(std::uint64_t count);
+    void WriteZeros(std::uint64_t count) override;
     std::uint64_t Written() const { return m_written; }
 
     /// Makes what was written so far readable at ReadBackPath.

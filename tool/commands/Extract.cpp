@@ -1,0 +1,133 @@
+#include "tool/commands/Extract.h"
+
+#include <fmt/format.h>
+
+#include <vector>
+
+#include "tool/Failure.h"
+#include "tool/capture/Retired.h"
+#include "tool/model/Words.h"
+#include "tool/output/CopyRange.h"
+#include "tool/output/OutputFile.h"
+#include "tool/output/Progress.h"
+#include "tool/output/StandardOutput.h"
+
+namespace stmdcm {
+
+namespace {
+
+/// Why the payload may not be what was written, empty for no reason.
+std::string Doubt(const Container& container, const Section& section) {
+    const std::uint64_t held = container.HeldPayload(section);
+    if (section.IsTooShort()) {
+        return fmt::format("its length, {}, does not even cover its header; these are the {} bytes that readers get",
+                           section.length, held);
+    }
+    if (held < section.PayloadLength()) {
+        return fmt::format("the file ends within it: {} of {} bytes are there", held, section.PayloadLength());
+    }
+    return {};
+}
+
+}  // namespace
+
+void Extract::Declare(CLI::App& app) {
+    app.add_option("FILE", m_file, "A capture (.tdf)")->required();
+    app.add_option("NAME", m_name, "The section's name; \"\" for one without")->required();
+    app.add_option("--version", m_version, "Its version, where there are several")->type_name("N");
+    app.add_option("--offset", m_offset, "Where it begins, for one that is not the one that is read (see sections)")
+        ->type_name("N");
+    app.add_option("-o,--output", m_output, "Write to this file instead of standard output")->type_name("OUT");
+    app.add_flag("--force", m_force, "Overwrite the output file");
+    app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
+    app.footer(
+        "Writes the payload byte for byte, and never to a terminal. Ends with status 3 when the file does not hold\n"
+        "all of it; what is there is written.\n\nExample:\n  stmdcm extract capture.tdf STMDECODERINFO -o "
+        "settings.txt");
+}
+
+ExitStatus Extract::Run(const Context& context) {
+    const Container container(m_file);
+    const Section& section = Choose(container);
+    Copy(container, section);
+    const std::string doubt = Doubt(container, section);
+    if (doubt.empty()) {
+        return ExitStatus::Done;
+    }
+    context.console.Diagnose(
+        fmt::format("{}: section {} at offset {}: {}", m_file, InWords(Unit::None, m_name), section.offset, doubt));
+    return ExitStatus::Doubtful;
+}
+
+const Section& Extract::Choose(const Container& container) const {
+    if (m_offset) {
+        return ChooseAtOffset(container);
+    }
+    const Section* chosen = nullptr;
+    for (const Section& section : container.Sections()) {
+        if (section.use != SectionUse::Read || (m_version && section.version != *m_version) ||
+            section.nameLength != m_name.size() || container.Name(section) != m_name) {
+            continue;
+        }
+        if (chosen != nullptr) {
+            throw Failure(fmt::format("{}: there are several versions of section {}, among them {} and {}; name one "
+                                      "with --version",
+                                      m_file, InWords(Unit::None, m_name), chosen->version, section.version),
+                          ExitStatus::Usage);
+        }
+        chosen = &section;
+    }
+    if (chosen == nullptr) {
+        FailToFind(container);
+    }
+    return *chosen;
+}
+
+const Section& Extract::ChooseAtOffset(const Container& container) const {
+    for (const Section& section : container.Sections()) {
+        if (section.offset == *m_offset) {
+            const std::string name = container.Name(section);
+            if (name == m_name && (!m_version || *m_version == section.version)) {
+                return section;
+            }
+            throw Failure(fmt::format("{}: the section at offset {} is {}, version {}", m_file, *m_offset,
+                                      InWords(Unit::None, name), section.version));
+        }
+    }
+    throw Failure(fmt::format("{}: no section begins at offset {}; list them with sections", m_file, *m_offset));
+}
+
+void Extract::FailToFind(const Container& container) const {
+    std::string sentence = fmt::format("{}: a reader finds no section {}", m_file, InWords(Unit::None, m_name));
+    if (m_version) {
+        sentence += fmt::format(", version {}", *m_version);
+    }
+    for (const Section& section : container.Sections()) {
+        if (section.use != SectionUse::Read && section.nameLength == m_name.size() &&
+            container.Name(section) == m_name) {
+            throw Failure(fmt::format("{}; there is one that is {}, get it with --offset {}", sentence,
+                                      SectionUseText(section.use), section.offset));
+        }
+    }
+    throw Failure(sentence + "; list those that are there with sections");
+}
+
+void Extract::Copy(const Container& container, const Section& section) const {
+    if (m_output.empty()) {
+        StandardOutput output;
+        CopyTo(output, container, section);
+    } else {
+        OutputFile output(m_output, m_force, {m_file});
+        CopyTo(output, container, section);
+        output.Commit();
+    }
+}
+
+void Extract::CopyTo(ByteSink& sink, const Container& container, const Section& section) const {
+    const std::uint64_t held = container.HeldPayload(section);
+    Progress progress("Extracting", held, m_progress ? Progress::Show::Always : Progress::Show::OnTerminal);
+    CopyRange(container.File(), section.PayloadOffset(), held, sink,
+              [&](std::uint64_t done) { progress.Update(done); });
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "tool/capture/Container.h"
+#include "tool/commands/SectionsText.h"
+
+namespace stmdcm {
+
+/// A capture's sections for programs (docs/json.md), printed as the document is made.
+void PrintSectionsJson(const Container& container, const TextSink& print);
+
+}  // namespace stmdcm

@@ -1,0 +1,38 @@
+#include "tool/output/CopyRange.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string>
+
+#include "tool/Failure.h"
+
+namespace stmdcm {
+
+namespace {
+
+constexpr std::uint64_t kBlockSize = 1 << 20;
+
+}  // namespace
+
+void CopyRange(const CaptureFile& from, std::uint64_t offset, std::uint64_t length, ByteSink& to,
+               const OnCopied& onCopied) {
+    std::string buffer(std::min(length, kBlockSize), '\0');
+    const std::uint64_t end = offset + length;
+    for (std::uint64_t position = offset; position < end; onCopied(position - offset)) {
+        const std::uint64_t data = std::min(end, from.NextData(position));
+        if (data > position) {
+            to.WriteZeros(data - position);
+            position = data;
+            continue;
+        }
+        const std::size_t wanted = std::min(end - position, kBlockSize);
+        if (from.ReadAt(position, buffer.data(), wanted) != wanted) {
+            throw Failure(fmt::format("{}: the file has become shorter meanwhile; try again", from.Path()));
+        }
+        to.Write({buffer.data(), wanted});
+        position += wanted;
+    }
+}
+
+}  // namespace stmdcm

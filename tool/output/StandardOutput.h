@@ -1,0 +1,17 @@
+#pragma once
+
+#include "tool/output/ByteSink.h"
+
+namespace stmdcm {
+
+/// Standard output for bytes that are no text.
+class StandardOutput final : public ByteSink {
+  public:
+    /// Throws Failure when it is a terminal, which binary data would confuse.
+    StandardOutput();
+
+    void Write(std::string_view bytes) override;
+    void WriteZeros(std::uint64_t count) override;
+};
+
+}  // namespace stmdcm
