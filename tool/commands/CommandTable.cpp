@@ -7,6 +7,7 @@
 #include "tool/commands/Diff.h"
 #include "tool/commands/Extract.h"
 #include "tool/commands/Live.h"
+#include "tool/commands/Recover.h"
 #include "tool/commands/Restore.h"
 #include "tool/commands/Sections.h"
 #include "tool/commands/Set.h"
@@ -28,6 +29,7 @@ constexpr CommandEntry kCommands[] = {
     {"check", "Tell what the lenient readers pass over in silence", Make<Check>},
     {"sections", "List the sections of a capture and how readers find them", Make<Sections>},
     {"extract", "Write the payload of one section of a capture", Make<Extract>},
+    {"recover", "Make a new capture of what can be found in a torn or broken one", Make<Recover>},
     {"set", "Change properties of a capture, in place, or of a settings file", Make<Set>},
     {"apply", "Put the configuration of a settings file or capture into captures", Make<Apply>},
     {"convert", "Turn a capture's configuration into settings text, or settings into a capture", Make<Convert>},

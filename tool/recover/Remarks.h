@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace stmdcm {
+
+enum class RemarkKind {
+    Identifier,       ///< the file does not begin as a capture does
+    Dropped,          ///< bytes that are not in the result
+    CutShort,         ///< a section that the end of the file cut off
+    LengthCorrected,  ///< a section whose length can't be true
+    OddName,          ///< a section whose name no writer would give
+    HiddenSection,    ///< a section that seems to have swallowed another
+    OverLimit,        ///< a section over the limits of a search
+    Unreachable,      ///< sections that no search reaches in the result
+    Missing,          ///< a section without which no configuration can be loaded
+    NotLoadable,      ///< the plug-in can't load the result
+    Mismatch          ///< the result is not what was written
+};
+
+/// For programs: "dropped", "cut_short" ...
+const char* RemarkId(RemarkKind kind);
+
+/// Something that was lost or is doubtful. Offsets and lengths are those of the damaged file.
+struct Remark {
+    RemarkKind kind;
+    std::uint64_t offset = 0;
+    std::uint64_t length = 0;  ///< 0 when it is about no bytes in particular
+    std::string section;       ///< empty when it is about none
+    std::string sentence;
+};
+
+class Remarks {
+  public:
+    /// Those behind are only counted.
+    static constexpr std::size_t kMaxListed = 1000;
+
+    void Add(Remark remark);
+    const std::vector<Remark>& Listed() const { return m_listed; }
+    std::size_t Count() const { return m_count; }
+
+  private:
+    std::vector<Remark> m_listed;
+    std::size_t m_count = 0;
+};
+
+}  // namespace stmdcm
