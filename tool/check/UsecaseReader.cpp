@@ -255,7 +255,8 @@ void UsecaseReader::DropBlock() {
     m_findings.clear();
     m_reading.openers.insert(*m_opener);
     const bool isTold = !m_faults.empty() && m_faults.back().effect.empty();
-    if (!isTold && m_in.fail()) {
+    const bool isLastLine = Index() + 1 == m_text.Lines().size();  // the empty one behind a final line feed, too
+    if (!isTold && (m_in.fail() || isLastLine)) {
         AddFault(Kind("U-UNCLOSED"), m_usecase.line, "the text ends before the block is closed", "");
     } else if (!isTold) {
         AddFault(Kind("U-BLANK-IN-BLOCK"), LineNumber(), "a blank line before the block is closed", "");

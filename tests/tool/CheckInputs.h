@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tool/capture/Container.h"
+#include "tool/check/FileCheck.h"
+#include "trace/dcm/ObjectFileSection.h"
+#include "trace/dcm/SettingsText.h"
+#include "trace/tdf/SectionLayout.h"
+
+namespace stmdcm {
+
+/// The identifiers of what was found, each once, in the order of the table.
+inline std::string Identifiers(const FileReport& report) {
+    std::string identifiers;
+    for (const FindingKind& kind : kFindingKinds) {
+        if (report.findings.Count(kind) > 0) {
+            identifiers += (identifiers.empty() ? "" : " ") + std::string(kind.id);
+        }
+    }
+    return identifiers;
+}
+
+/// The lines of all properties, with their defaults.
+inline std::string AllProperties() {
+    std::string text;
+    Zu::Wep::Trace::AppendPropertyLines({}, text);
+    return text;
+}
+
+/// A section as it stands in a file, with `lie` added to its length.
+inline std::string SectionBytes(const std::string& name, std::uint32_t version, const std::string& payload,
+                                std::int64_t lie = 0) {
+    const auto length = static_cast<std::int64_t>(Zu::Wep::Trace::SectionHeader::Size + name.size() + payload.size());
+    return Zu::Wep::Trace::EncodeSectionStart(static_cast<std::uint32_t>(length + lie), name, version) + payload;
+}
+
+/// The parts of a capture; those not set are as a manager writes them by default.
+struct CaptureParts {
+    std::string settings = AllProperties();
+    std::string device;
+    std::string common;
+
+    std::string Bytes() const {
+        return "TDF2" + SectionBytes("DEVID", 1, device) + SectionBytes("DCM_COMMON", 1, common) +
+               SectionBytes("STMDECODERINFO", 1, settings);
+    }
+};
+
+inline std::string ObjectFileEntryBytes(const std::string& name, const std::string& path, std::int64_t time) {
+    std::string bytes;
+    Zu::Wep::Trace::AppendObjectFileEntry(bytes, {name, path, time});
+    return bytes;
+}
+
+}  // namespace stmdcm
