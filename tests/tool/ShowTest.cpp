@@ -1,0 +1,106 @@
+#include <filesystem>
+
+#include "tests/tool/ConfigurationRun.h"
+
+namespace stmdcm {
+
+namespace fs = std::filesystem;
+
+using ShowTest = ConfigurationRun;
+
+TEST_F(ShowTest, JsonSaysWhatTheTextSays) {
+    for (const char* name : {"full.tdf", "packed.tdf", "settings.txt"}) {
+        SCOPED_TRACE(name);
+        const Result shown = Run("show " + Sample(name));
+        EXPECT_EQ(shown.status, 0);
+        EXPECT_EQ(shown.error, "");
+        const Json document = RunJson("show " + Sample(name));
+        EXPECT_EQ(document.at("command"), "show");
+        EXPECT_EQ(document.at("kind"), name[0] == 's' ? "settings" : "capture");
+        const Json& configuration = document.at("configuration");
+        ASSERT_EQ(configuration.at("properties").size(), 26U);
+        for (const Json& property : configuration.at("properties")) {
+            EXPECT_TRUE(HasLineWith(shown.out, property.at("name"), property.at("text"))) << property;
+            EXPECT_EQ(HasLineWith(shown.out, property.at("name"), "(default "),
+                      property.at("value") != property.at("default"))
+                << property;
+        }
+        for (const char* kind : {"sc", "cpt"}) {
+            for (const Json& usecase : configuration.at("use_cases").at(kind)) {
+                EXPECT_TRUE(HasLineWith(shown.out, usecase.at("name"), usecase.at("sample_window").dump())) << usecase;
+            }
+        }
+        for (const Json& usecase : configuration.at("use_cases").at("pmi_cmi")) {
+            EXPECT_TRUE(HasLineWith(shown.out, usecase.at("source"), usecase.at("sample_window").dump())) << usecase;
+        }
+        EXPECT_EQ(configuration.at("object_files").is_null(), name[0] == 's');
+    }
+    ExpectNothingLeft();
+}
+
+TEST_F(ShowTest, SelectsParts) {
+    const Json changed = RunJson("show --changed " + Sample("full.tdf")).at("configuration");
+    EXPECT_EQ(changed.at("properties").size(), 10U);
+    EXPECT_TRUE(changed.at("use_cases").is_null());
+    const std::string text = Run("show --changed --objects " + Sample("full.tdf")).out;
+    EXPECT_TRUE(HasLineWith(text, "STM_DTC_target_clock_hz", "1 GHz"));
+    EXPECT_TRUE(HasLineWith(text, "/opt/images/app0.out", "missing"));
+    EXPECT_EQ(text.find("TWP_Protocol"), std::string::npos) << text;
+    EXPECT_EQ(text.find("use cases"), std::string::npos) << text;
+}
+
+TEST_F(ShowTest, ObjectFilesAreAsTheyAreOnDisk) {
+    ASSERT_EQ(Run("demo --keep " + Path("kept")).status, 0);
+    const fs::path images = fs::path(Path("kept")) / "target";
+    fs::last_write_time(images / "app1.out", fs::file_time_type::clock::now());
+    const std::string text = Run("show --objects " + Path("kept/live.tdf")).out;
+    EXPECT_TRUE(HasLineWith(text, "app0.out", "present")) << text;
+    EXPECT_TRUE(HasLineWith(text, "app1.out", "changed")) << text;
+}
+
+TEST_F(ShowTest, SaysWhatIsWrong) {
+    fs::create_directory(Path("directory.tdf"));
+    std::vector<ToldCase> cases = {
+        {"/no/such.tdf", 1, "/no/such.tdf: there is no such file"},
+        {Path("directory.tdf"), 1, "this is a directory"},
+        {Write("empty", ""), 1, "empty: the file is empty"},
+        {Write("blank", "\n \n"), 1, "nothing but blanks"},
+        {Write("words", "hello world\n"), 1, "this is no settings text"},
+        {Write("binary", std::string("STM_ATB_Id = 3\n\0", 16)), 1, "neither a capture nor settings text"},
+        {Write("capture.dat", Content(Sample("full.tdf"))), 1, "end in .tdf"},
+        {Sample("wrong-magic.tdf"), 1, "this is no capture"},
+        {Sample("empty.tdf"), 1, "there is no section STMDECODERINFO"},
+        {Sample("no-devid.tdf"), 1, "there is no section DEVID"},
+        {Sample("huge-length.tdf"), 1, "a search for sections ends at offset 26"},
+        {Sample("short-length.tdf"), 1, "does not even cover its header"},
+        {Sample("torn-payload.tdf"), 3, "the file ends within section STMDECODERINFO: 672 of 712 bytes"},
+        {Sample("unterminated-common.tdf"), 3, "the list of object files ends within one"},
+        {Sample("settings-unknown-key.txt"), 3, "\"STM_Colour = 3\" is no property"},
+        {Sample("settings-long-line.txt"), 3, "line 5 is longer than 126 characters"},
+        {Write("gap", "STM_ATB_Id = 3\n\nSTM_STP_Version = 2\n"), 3, "neither NAME = VALUE nor a block"},
+        {Write("healthy", "STM_ATB_Id = 3\n"), 0, ""},
+        {Write("lines", "STM_ATB_Id = 3\r\n\r\n"), 0, ""},
+        {Write("blocks", "{\ntype=PMI_CMI\nname=CMI1\nsw=5\n}"), 0, ""},
+        {Sample("settings-crlf.txt"), 0, ""},
+        {Sample("shadowed.tdf"), 0, ""},
+    };
+    for (const ToldCase& c : cases) {
+        ExpectTold("show " + c.arguments, c.status, c.sentence);
+    }
+    // What can be read of a capture that hosts can't load is shown.
+    EXPECT_TRUE(HasLineWith(Run("show " + Sample("no-devid.tdf")).out, "STM_DTC_fprocess_clock_hz", "200 MHz"));
+    EXPECT_TRUE(Configuration(Sample("empty.tdf")).at("properties").is_null());
+    EXPECT_EQ(Run("show").status, 2);
+}
+
+TEST_F(ShowTest, ACutCaptureIsNeverShownAsWhole) {
+    const std::string whole = Content(Sample("full.tdf"));
+    const Json expected = Configuration(Sample("full.tdf"));
+    for (std::size_t size = whole.find("DCM_COMMON") - 12; size < whole.size(); size += 37) {
+        const std::string path = Write("cut.tdf", whole.substr(0, size));
+        const Result result = Run("show --json " + path);
+        EXPECT_TRUE(result.status != 0 || Json::parse(result.out).at("configuration") == expected) << size;
+    }
+}
+
+}  // namespace stmdcm
