@@ -26,7 +26,10 @@ class Command {
   public:
     virtual ~Command() = default;
 
-    /// Adds the command's own arguments and options, bound to this object.
+    /// Adds the command's own arguments and options, bound to this object, and a footer that ends with an example.
+    /// The placeholder of a value (its type name, or else the name of a positional) tells people what it is and
+    /// completion what to offer, see tool/cli/ValueKind.h. In the footer lines that begin with two blanks stay as they
+    /// are, all others are wrapped anew.
     virtual void Declare(CLI::App& app) = 0;
 
     /// Does the work. A failure is told by the status or by an exception, which becomes a diagnostic.

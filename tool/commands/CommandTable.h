@@ -11,6 +11,7 @@ struct CommandEntry {
     const char* name;
     const char* description;
     std::unique_ptr<Command> (*make)();
+    bool isHidden = false;  ///< for programs: in no help
 };
 
 /// Every command, in the order in which the help shows them.

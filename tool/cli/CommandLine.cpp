@@ -1,0 +1,88 @@
+#include "tool/cli/CommandLine.h"
+
+#include <new>
+#include <string>
+
+#include "tool/Failure.h"
+#include "tool/cli/HelpFormatter.h"
+#include "tool/cli/ProgramText.h"
+#include "tool/cli/UsageError.h"
+#include "tool/commands/CommandTable.h"
+
+namespace stmdcm {
+
+namespace {
+
+constexpr char kProgram[] = "stmdcm";
+
+ColorMode ToColorMode(const std::string& name) {
+    if (name == "auto") {
+        return ColorMode::Auto;
+    }
+    return name == "always" ? ColorMode::Always : ColorMode::Never;
+}
+
+}  // namespace
+
+CommandLine::CommandLine() : m_app(kProgramDescription, kProgram) {
+    DeclareGlobals();
+    DeclareCommands();
+}
+
+void CommandLine::DeclareGlobals() {
+    m_app.formatter(std::make_shared<HelpFormatter>());
+    m_app.failure_message([](const CLI::App* app, const CLI::Error& error) { return UsageError(*app, error); });
+    // One alone: what follows a command is never another, also not a file of such a name.
+    m_app.require_subcommand(1);
+    m_app.set_help_flag("-h,--help", "Print this help");
+    m_app.set_version_flag("--version", std::string(kProgram) + " " STMDCM_VERSION, "Print the version");
+    m_app
+        .add_option_function<std::string>(
+            "--color", [this](const std::string& name) { m_options.color = ToColorMode(name); },
+            "Colours in the output: auto, always or never")
+        ->check(CLI::IsMember({"auto", "always", "never"}))
+        ->type_name("WHEN");
+    m_app.add_option("--plugin", m_options.plugin, "The plug-in to load instead of this program's own")
+        ->type_name("FILE.so");
+    m_app.add_flag("--json", m_options.json, "Print JSON (docs/json.md) instead of text");
+}
+
+void CommandLine::DeclareCommands() {
+    for (const CommandEntry& entry : CommandTable()) {
+        m_commands.push_back(entry.make());
+        Command* command = m_commands.back().get();
+        CLI::App* app = m_app.add_subcommand(entry.name, entry.description)->fallthrough();
+        if (entry.isHidden) {
+            app->group("");
+        }
+        command->Declare(*app);
+        app->callback([this, command] { m_chosen = command; });
+    }
+}
+
+ExitStatus CommandLine::Run(int argc, const char* const* argv) {
+    try {
+        m_app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // The parser has statuses of its own; every wrong command line is one status here.
+        return m_app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::Usage;
+    }
+    return RunChosen();
+}
+
+ExitStatus CommandLine::RunChosen() {
+    const Console console(m_options.color);
+    try {
+        return m_chosen->Run({m_options, console});
+    } catch (const Failure& failure) {
+        console.Diagnose(failure.what());
+        return failure.Status();
+    } catch (const std::bad_alloc&) {
+        console.Diagnose("there is not enough memory");
+    } catch (const std::exception& error) {
+        console.Diagnose(error.what());
+    }
+    return ExitStatus::Failed;
+}
+
+}  // namespace stmdcm
