@@ -32,6 +32,7 @@ std::vector<std::string> ProgramArguments() {
 [[noreturn]] void StartAgain() {
     std::vector<std::string> arguments = ProgramArguments();
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }
