@@ -205,7 +205,7 @@ TEST_F(CheckKindsTest, EachInputGivesItsIdentifiersAndEachIdentifierHasAnInput) 
         many += SectionBytes("", 7, "");
     }
     EXPECT_EQ(Identifiers(Check("many.tdf", many)), "C-REPEATED C-TOO-MANY");
-    for (const std::uint64_t over : {0, 9}) {
+    for (const std::uint64_t over : {0U, 9U}) {
         WriteLargeCapture(m_directory / "large.tdf", Zu::Wep::Trace::MaxFileSize + over);
         EXPECT_EQ(
             Identifiers(Take(CheckFile(m_directory / "large.tdf", std::nullopt))),

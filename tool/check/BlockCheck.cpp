@@ -176,10 +176,8 @@ UsecaseModels CheckBlocks(const std::vector<BlockLine>& lines, const Place& plac
     Readings readings;
     for (std::size_t i = 0; i < kUsecaseKinds.size(); ++i) {
         readings[i] = UsecaseReader(kUsecaseKinds[i], text, place).Run();
-        for (const Finding& finding : readings[i].findings) {
-            findings.Add(finding);
-        }
-        models[i] = readings[i].usecases;
+        findings.Add(readings[i].findings);
+        models[i] = std::move(readings[i].usecases);
         CheckUsecases(kUsecaseKinds[i], models[i], place, findings);
     }
     StructureCheck(lines, readings, place, findings).Run();

@@ -20,6 +20,9 @@ namespace {
 /// How much of what can't be reached is searched for sections, at each end of it.
 constexpr std::uint64_t kMaxLookedAt = 4 << 20;
 
+/// A name may have 4095 bytes.
+constexpr std::size_t kMaxShownName = 64;
+
 constexpr char kNothingIsRead[] = "loading fails, and nothing is read";
 
 std::string_view Compared(std::string_view name) { return name.substr(0, name.find('\0')); }
@@ -84,7 +87,7 @@ void ContainerCheck::Run() {
 
 void ContainerCheck::CheckSection(const Section& section) {
     const std::string name = m_container.Name(section);
-    const Place place{InWords(Unit::None, std::string_view(name)), section.offset};
+    const Place place{InWords(Unit::None, std::string_view(name).substr(0, kMaxShownName)), section.offset};
     const bool isOdd = IsOdd(name);
     if (section.use == SectionUse::Unreachable) {
         if (section.offset != m_container.StopOffset() && !isOdd && !section.IsTooShort()) {

@@ -21,7 +21,7 @@ using namespace Zu::Wep::Trace;
 namespace {
 
 /// The longest text or list that is looked at.
-constexpr std::uint64_t kMaxText = 2 << 20;
+constexpr std::uint64_t kMaxText = 1 << 20;
 
 constexpr std::string_view kExtension = ".tdf";
 
@@ -39,7 +39,10 @@ class FileCheck {
         std::error_code error;
         if (std::filesystem::is_regular_file(m_report.path, error) &&
             std::filesystem::file_size(m_report.path, error) == 0) {
-            m_findings.Add(Kind("F-EMPTY"), {}, "the file is empty", "loading gives false, and no use case is left");
+            const bool isCapture = forced == FileKind::Capture || HasCaptureName(m_report.path);
+            m_findings.Add(Kind("F-EMPTY"), {}, "the file is empty",
+                           isCapture ? "loading fails, and nothing is read"
+                                     : "loading gives false, and the use cases that the reader has are gone");
             return;
         }
         const CaptureFile file(m_report.path, CaptureFile::Identifier::Optional);

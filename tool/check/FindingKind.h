@@ -25,7 +25,7 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"F-EMPTY", Severity::Error, "The file is empty."},
     {"F-NO-CAPTURE", Severity::Error, "A capture does not begin with \"TDF2\"."},
     {"F-EXTENSION", Severity::Error, "The name of a capture does not end in \".tdf\"."},
-    {"F-TOO-LARGE", Severity::Warning, "A text or list is longer than 2 MiB, so it was not looked at."},
+    {"F-TOO-LARGE", Severity::Warning, "A text or list is longer than 1 MiB, so it was not looked at."},
 
     {"C-OVER-4GIB", Severity::Error, "The capture is longer than 4 GiB - 1, which its offsets can't express."},
     {"C-TORN-HEADER", Severity::Error, "The file ends within the header or name of a section."},

@@ -39,6 +39,15 @@ void Findings::Add(Finding finding) {
     }
 }
 
+void Findings::Add(const Findings& others) {
+    for (const Finding& finding : others.m_kept) {
+        Add(finding);
+    }
+    for (std::size_t i = 0; i < m_counts.size(); ++i) {
+        m_counts[i] += others.m_counts[i] - std::min(others.m_counts[i], kMaxOfKind);
+    }
+}
+
 std::vector<Finding> Findings::Sorted() const {
     std::vector<Finding> sorted = m_kept;
     std::stable_sort(sorted.begin(), sorted.end(), [](const Finding& left, const Finding& right) {

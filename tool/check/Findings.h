@@ -35,6 +35,7 @@ class Findings {
 
     void Add(const FindingKind& kind, Place place, std::string what, std::string effect);
     void Add(Finding finding);
+    void Add(const Findings& others);
 
     /// Those that were kept, in the order of their places.
     std::vector<Finding> Sorted() const;

@@ -46,14 +46,16 @@ KindReading UsecaseReader::Run() {
         if (result < 0) {
             DropBlock();
         }
-        m_reading.findings.insert(m_reading.findings.end(), m_findings.begin(), m_findings.end());
-        m_reading.findings.insert(m_reading.findings.end(), m_faults.begin(), m_faults.end());
+        m_reading.findings.Add(m_findings);
+        for (const Finding& fault : m_faults) {
+            m_reading.findings.Add(fault);
+        }
         if (result < 0) {
             return std::move(m_reading);
         }
         if (result == 0) {
             m_reading.openers.insert(*m_opener);
-            m_reading.usecases.push_back(m_usecase);
+            m_reading.usecases.push_back(std::move(m_usecase));
         }
     } while (ReadBlockLine(line, m_in));
     if (!m_in.fail()) {
@@ -66,7 +68,7 @@ int UsecaseReader::ReadOne(const std::string& line) {
     m_usecase = {};
     m_opener.reset();
     m_keys.clear();
-    m_findings.clear();
+    m_findings = {};
     m_faults.clear();
     const int result = ReadBlock(
         line.c_str(), m_in, [this](const std::string& first) { return Accepts(first); },
@@ -116,7 +118,7 @@ void UsecaseReader::TakeCounter(const KeyLine& keyLine) {
     const std::string number(keyLine.key.substr(1));
     for (Finding& finding :
          CheckValue(ValueRule::Unsigned, "the number of a counter", number, m_place.AtLine(LineNumber()))) {
-        m_findings.push_back(std::move(finding));
+        m_findings.Add(std::move(finding));
     }
     const std::string key = fmt::format("#{}", BlockNumber(number.c_str()));
     if (const auto [known, isNew] = m_keys.emplace(key, LineNumber()); !isNew) {
@@ -199,7 +201,7 @@ void UsecaseReader::TakeField(std::span<const FieldRule> fields, const KeyLine& 
     }
     const std::string value = keyLine.value;
     for (Finding& finding : CheckValue(field->rule, keyLine.key, value, m_place.AtLine(LineNumber()))) {
-        m_findings.push_back(std::move(finding));
+        m_findings.Add(std::move(finding));
     }
     if (field->rule == ValueRule::Text) {
         CheckText(keyLine.key, value);
@@ -252,7 +254,7 @@ LineResult UsecaseReader::BadLine(const std::string& line, int result) {
 
 /// The block is bad: nothing of it is kept, and nothing behind it is read.
 void UsecaseReader::DropBlock() {
-    m_findings.clear();
+    m_findings = {};
     m_reading.openers.insert(*m_opener);
     const bool isTold = !m_faults.empty() && m_faults.back().effect.empty();
     const bool isLastLine = Index() + 1 == m_text.Lines().size();  // the empty one behind a final line feed, too
@@ -267,7 +269,7 @@ void UsecaseReader::DropBlock() {
 }
 
 void UsecaseReader::Add(const FindingKind& kind, std::string what, std::string effect) {
-    m_findings.push_back({&kind, m_place.AtLine(LineNumber()), std::move(what), std::move(effect)});
+    m_findings.Add(kind, m_place.AtLine(LineNumber()), std::move(what), std::move(effect));
 }
 
 void UsecaseReader::AddFault(const FindingKind& kind, std::size_t line, std::string what, std::string effect) {

@@ -32,7 +32,7 @@ struct KindReading {
     std::vector<UsecaseModel> usecases;
     std::set<std::size_t> openers;        ///< indices of the lines that open the blocks it read, or dropped and told so
     std::optional<std::size_t> blankEnd;  ///< index of the blank line that ended the reading
-    std::vector<Finding> findings;
+    Findings findings;
 };
 
 /// Reads the use cases of one kind as the plug-in does, with the plug-in's own block reader, and tells what it meets.
@@ -79,7 +79,7 @@ class UsecaseReader {
     bool m_isFirstLine = false;
     Trail m_keys;
     std::string m_formula;
-    std::vector<Finding> m_findings;
+    Findings m_findings;
     std::vector<Finding> m_faults;  ///< those that hold also when the block is dropped
 };
 
