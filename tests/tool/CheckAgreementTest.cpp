@@ -114,6 +114,8 @@ class Mutator {
                                               "name=" + std::string(260, 'n'),
                                               "probe=" + std::string(1100, 'p'),
                                               "id=1\0x"s,
+                                              "STM_ATB_Id\0= 8"s,
+                                              "{type=SC,id=4\0,id=5}"s,
                                               "\0"s,
                                               " \t\r",
                                               "= 5",
