@@ -2,11 +2,13 @@
 
 #include "tool/commands/Apply.h"
 #include "tool/commands/Check.h"
+#include "tool/commands/CompleteWords.h"
 #include "tool/commands/Convert.h"
 #include "tool/commands/Demo.h"
 #include "tool/commands/Diff.h"
 #include "tool/commands/Extract.h"
 #include "tool/commands/Live.h"
+#include "tool/commands/PrintCompletion.h"
 #include "tool/commands/Recover.h"
 #include "tool/commands/Restore.h"
 #include "tool/commands/Sections.h"
@@ -32,12 +34,14 @@ constexpr CommandEntry kCommands[] = {
     {"recover", "Make a new capture of what can be found in a torn or broken one", Make<Recover>},
     {"set", "Change properties of a capture, in place, or of a settings file", Make<Set>},
     {"apply", "Put the configuration of a settings file or capture into captures", Make<Apply>},
-    {"convert", "Turn a capture's configuration into settings text, or settings into a capture", Make<Convert>},
+    {"convert", "Turn a capture into settings text, or settings into a capture", Make<Convert>},
     {"diff", "Compare the configurations of two captures or settings files", Make<Diff>},
     {"history", "List the earlier configurations that a capture holds", Make<ShowHistory>},
     {"restore", "Put an earlier configuration of a capture in force again", Make<Restore>},
     {"live", "Load the configuration from the live target, show it and save it", Make<Live>},
-    {"demo", "Load, change, save and reload a configuration, of a capture and of a live target", Make<Demo>},
+    {"demo", "Load, change, save and reload configurations, and compare them", Make<Demo>},
+    {"completion", "Print the script that completes command lines in a shell", Make<PrintCompletion>},
+    {"complete", "Tell what a command line can go on with", Make<CompleteWords>, true},
 };
 
 }  // namespace

@@ -32,8 +32,8 @@ std::string Doubt(const Container& container, const Section& section) {
 }  // namespace
 
 void Extract::Declare(CLI::App& app) {
-    app.add_option("FILE", m_file, "A capture (.tdf)")->required();
-    app.add_option("NAME", m_name, "The section's name; \"\" for one without")->required();
+    app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
+    app.add_option("NAME", m_name, "The section's name; \"\" for one without")->required()->type_name("SECTION");
     app.add_option("--version", m_version, "Its version, where there are several")->type_name("N");
     app.add_option("--offset", m_offset, "Where it begins, for one that is not the one that is read (see sections)")
         ->type_name("N");

@@ -23,7 +23,8 @@ void Live::Declare(CLI::App& app) {
     app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it")->required()->type_name("NAME");
     app.add_option("--factory-dir", m_factoryDirectory, "Where the trace factory, libTraceFactory.so, is")
         ->type_name("DIR");
-    app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")->type_name("FILE");
+    app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")
+        ->type_name("FILE.json");
     app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
         ->type_name("FILE");
     app.add_flag("--force", m_force, "Overwrite a settings file");

@@ -8,7 +8,7 @@
 namespace stmdcm {
 
 void Restore::Declare(CLI::App& app) {
-    app.add_option("file", m_file, "A capture")->required()->type_name("FILE");
+    app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
     app.add_option("number", m_number, "The configuration's number, as \"history\" shows it")
         ->required()
         ->type_name("N");

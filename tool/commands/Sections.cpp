@@ -11,7 +11,7 @@
 namespace stmdcm {
 
 void Sections::Declare(CLI::App& app) {
-    app.add_option("FILE", m_file, "A capture (.tdf)")->required();
+    app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
     app.add_flag("--all", m_all, "A line for each section, also where many alike follow each other");
     app.add_flag("--picture", m_picture, "Draw the file's layout also where the output is no terminal");
     app.footer(

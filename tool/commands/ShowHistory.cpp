@@ -89,7 +89,7 @@ JsonRenderer::Json Json(const std::string& file, const std::vector<Row>& rows) {
 }  // namespace
 
 void ShowHistory::Declare(CLI::App& app) {
-    app.add_option("file", m_file, "A capture")->required()->type_name("FILE");
+    app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
     app.footer(
         "Every change in a capture leaves the old configuration in it as a retired section. The numbers stay the "
         "same;\n"

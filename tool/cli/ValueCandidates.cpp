@@ -1,0 +1,80 @@
+#include "tool/cli/ValueCandidates.h"
+
+#include <algorithm>
+#include <set>
+
+#include "tool/Failure.h"
+#include "tool/capture/Container.h"
+#include "tool/cli/Completer.h"
+#include "tool/cli/Syntax.h"
+#include "trace/dcm/StmPropertyTable.h"
+
+namespace stmdcm {
+
+namespace {
+
+/// What is beyond is no help on a terminal.
+constexpr std::size_t kMostSections = 200;
+
+std::vector<Candidate> Plain(const std::vector<std::string>& words) {
+    std::vector<Candidate> candidates;
+    for (const std::string& word : words) {
+        candidates.push_back({word, ""});
+    }
+    return candidates;
+}
+
+/// The names, and behind the "=" of a flag its values.
+std::vector<Candidate> Properties(const std::string& value) {
+    std::vector<Candidate> candidates;
+    const std::size_t equals = value.find('=');
+    for (const Zu::Wep::Trace::StmProperty& property : Zu::Wep::Trace::kStmProperties) {
+        const std::string start = std::string(property.name) + "=";
+        if (equals == std::string::npos) {
+            candidates.push_back({start, ""});
+        } else if (property.flag != nullptr && value.starts_with(start)) {
+            candidates.push_back({start + "yes", ""});
+            candidates.push_back({start + "no", ""});
+        }
+    }
+    return candidates;
+}
+
+bool IsPrintable(const std::string& name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
+/// None of a file that is no capture: a completion is no place for a diagnostic.
+std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals) {
+    std::set<std::string> names;
+    try {
+        const Container container(positionals.empty() ? "" : positionals.back());
+        for (const Section& section : container.Sections()) {
+            const std::string name = container.Name(section);
+            if (IsPrintable(name) && names.size() < kMostSections) {
+                names.insert(name);
+            }
+        }
+    } catch (const Failure&) {
+        return {};
+    }
+    return Plain({names.begin(), names.end()});
+}
+
+}  // namespace
+
+std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::string& value,
+                                       const std::vector<std::string>& positionals) {
+    switch (ValueSyntaxOf(option).kind) {
+        case ValueKind::Choice:
+            return Plain(Choices(option));
+        case ValueKind::Property:
+            return Properties(value);
+        case ValueKind::Section:
+            return SectionNames(positionals);
+        default:
+            return {};
+    }
+}
+
+}  // namespace stmdcm
