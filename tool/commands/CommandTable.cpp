@@ -9,6 +9,7 @@
 #include "tool/commands/Extract.h"
 #include "tool/commands/Live.h"
 #include "tool/commands/PrintCompletion.h"
+#include "tool/commands/PrintManual.h"
 #include "tool/commands/Recover.h"
 #include "tool/commands/Restore.h"
 #include "tool/commands/Sections.h"
@@ -42,6 +43,7 @@ constexpr CommandEntry kCommands[] = {
     {"demo", "Load, change, save and reload configurations, and compare them", Make<Demo>},
     {"completion", "Print the script that completes command lines in a shell", Make<PrintCompletion>},
     {"complete", "Tell what a command line can go on with", Make<CompleteWords>, true},
+    {"help-man", "Print the manual page", Make<PrintManual>, true},
 };
 
 }  // namespace

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "tool/commands/Command.h"
+
+namespace stmdcm {
+
+/// The manual page, for the build to install.
+class PrintManual final : public Command {
+  public:
+    void Declare(CLI::App& app) override;
+    ExitStatus Run(const Context& context) override;
+
+  private:
+    const CLI::App* m_program = nullptr;
+};
+
+}  // namespace stmdcm
