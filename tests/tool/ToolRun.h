@@ -32,12 +32,15 @@ class ToolRun : public testing::Test {
     std::filesystem::path Temporary() const { return m_root / "tmp"; }
 
     /// Runs the tool with arguments as a shell takes them.
-    Result Run(const std::string& arguments) const {
+    Result Run(const std::string& arguments) const { return Shell(STMDCM_TOOL " " + arguments); }
+
+    /// Runs another program on that machine.
+    Result Shell(const std::string& line) const {
         const std::string home = Home().string();
         const std::string command = "HOME=" + home + " TMPDIR=" + Temporary().string() +
                                     " ZU_TRACE_LOGGING=6 ZU_TRACE_LOGGING_DIR=" + home +
-                                    " ZU_TRACE_SETTINGS_DIR=" + home + " " STMDCM_TOOL " " + arguments + " >" +
-                                    (m_root / "out").string() + " 2>" + (m_root / "error").string();
+                                    " ZU_TRACE_SETTINGS_DIR=" + home + " " + line + " >" + (m_root / "out").string() +
+                                    " 2>" + (m_root / "error").string();
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read(m_root / "out"), Read(m_root / "error")};
     }

@@ -1,0 +1,128 @@
+#include <algorithm>
+#include <sstream>
+
+#include "tests/tool/ToolRun.h"
+#include "tool/cli/CommandLine.h"
+#include "tool/cli/Syntax.h"
+
+namespace stmdcm {
+
+namespace {
+
+/// A directory with files of every kind, and a shell in it.
+class CompletionTest : public ToolRun {
+  protected:
+    CompletionTest() {
+        std::filesystem::create_directory(Temporary() / "folder");
+        std::filesystem::copy_file(STMDCM_TEST_DATA "/full.tdf", Temporary() / "full.tdf");
+        for (const char* name : {"a b.tdf", "notes.md", "other.so", "settings.txt", "UPPER.TDF"}) {
+            std::ofstream(Temporary() / name);
+        }
+    }
+
+    std::string InShell(const std::string& program, const std::string& text) const {
+        const std::filesystem::path script = Home() / "script";
+        std::ofstream(script) << "cd '" << Temporary().string() << "'\n" << text;
+        const Result result = Shell(program + " " + script.string());
+        EXPECT_EQ(result.error, "");
+        EXPECT_EQ(result.status, 0);
+        return Sorted(result.out);
+    }
+
+    /// What bash offers when the cursor is in the last of `words`, as bash takes words apart.
+    std::string InBash(const std::string& words) const {
+        return InShell("bash", "source <(" STMDCM_TOOL " completion bash)\nCOMP_WORDS=(" STMDCM_TOOL " " + words +
+                                   ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_stmdcm\n"
+                                   "printf '%s\\n' \"${COMPREPLY[@]}\"\n");
+    }
+
+    bool Has(const std::string& program) const { return Shell("command -v " + program).status == 0; }
+
+    /// The first words of the lines, up to a tab, in order, with commas between them.
+    static std::string Sorted(const std::string& lines) {
+        std::vector<std::string> words;
+        std::istringstream in(lines);
+        for (std::string line; std::getline(in, line);) {
+            words.push_back(line.substr(0, line.find('\t')));
+        }
+        std::sort(words.begin(), words.end());
+        return CLI::detail::join(words, ",");
+    }
+
+    static std::string EveryCommand() {
+        const CommandLine commandLine;
+        std::string lines;
+        for (const CLI::App* command : VisibleCommands(commandLine.Syntax())) {
+            lines += command->get_name() + "\n";
+        }
+        return Sorted(lines);
+    }
+};
+
+}  // namespace
+
+TEST_F(CompletionTest, BashOffersWhatFits) {
+    const struct {
+        const char* words;
+        const char* offered;
+    } cases[] = {
+        {"sho", "show"},
+        {"--js", "--json"},
+        {"nosuch", ""},
+        {"show --ch", "--changed"},
+        {"show --pl", "--plugin"},
+        {"--color ''", "always,auto,never"},
+        {"show --color a", "always,auto"},
+        {"--color = ne", "never"},
+        {"--color =", "always,auto,never"},
+        {"completion ''", "bash,fish,zsh"},
+        {"show ''", "UPPER.TDF,a b.tdf,folder,full.tdf,settings.txt"},
+        {"show 'a\\ '", "a b.tdf"},
+        {"show no", "notes.md"},
+        {"show -- --ch", ""},
+        {"show full.tdf ''", ""},
+        {"--json --color never show fu", "full.tdf"},
+        {"--plugin ''", "folder,other.so"},
+        {"--plugin = o", "other.so"},
+        {"demo --keep ''", "folder"},
+        {"apply settings.txt full.tdf ''", "UPPER.TDF,a b.tdf,folder,full.tdf"},
+        {"set full.tdf STM_ATB", "STM_ATB_Id="},
+        {"set full.tdf STM_ATB_Id = 3 HEAD_Po", "HEAD_Pointer_0=,HEAD_Pointer_1="},
+        {"set full.tdf STM_VornLib_Import =", "no,yes"},
+        {"set full.tdf STM_VornLib_Import = y", "yes"},
+        {"set full.tdf STM_ATB_Id =", ""},
+        {"extract full.tdf ''", "DCM_COMMON,DEVID,STMDECODERINFO,TRACE0"},
+        {"extract notes.md ''", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(InBash(c.words), c.offered) << c.words;
+    }
+    EXPECT_EQ(InBash("''"), EveryCommand());
+}
+
+TEST_F(CompletionTest, FishOffersWhatFits) {
+    if (!Has("fish")) {
+        GTEST_SKIP() << "fish is not installed";
+    }
+    const std::string start = "function stmdcm; " STMDCM_TOOL " $argv; end\nstmdcm completion fish | source\n";
+    const auto offered = [&](const std::string& line) {
+        return InShell("fish --no-config", start + "complete -C '" + line + "'\n");
+    };
+    EXPECT_EQ(offered("stmdcm "), EveryCommand());
+    EXPECT_EQ(offered("stmdcm --color=a"), "--color=always,--color=auto");
+    EXPECT_EQ(offered("stmdcm --plugin="), "--plugin=folder/,--plugin=other.so");
+    EXPECT_EQ(offered("stmdcm demo --keep "), "folder/");
+    EXPECT_EQ(offered("stmdcm apply settings.txt "), "UPPER.TDF,a b.tdf,folder/,full.tdf");
+    EXPECT_EQ(offered("stmdcm set full.tdf STM_ATB"), "STM_ATB_Id=");
+}
+
+TEST_F(CompletionTest, ZshTakesTheScript) {
+    if (!Has("zsh")) {
+        GTEST_SKIP() << "zsh is not installed";
+    }
+    EXPECT_EQ(InShell("zsh", STMDCM_TOOL " completion zsh >_stmdcm && zsh -n _stmdcm\n"), "");
+    const std::string load = "fpath=($PWD $fpath)\nautoload -U compinit && compinit -u -D && print $_comps[stmdcm]\n";
+    EXPECT_EQ(InShell("zsh -f", load), "_stmdcm");
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,132 @@
+#include <sstream>
+
+#include "tests/tool/ToolRun.h"
+#include "tool/cli/CommandLine.h"
+#include "tool/cli/HelpFormatter.h"
+#include "tool/cli/Syntax.h"
+
+namespace stmdcm {
+
+namespace {
+
+using HelpTest = ToolRun;
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+/// The end of a command's help.
+std::string Example(const CLI::App& command) {
+    const std::string footer = command.get_footer();
+    const std::size_t place = footer.rfind("Example:");
+    return place == std::string::npos ? "" : footer.substr(place);
+}
+
+void ExpectNarrow(const std::string& help) {
+    for (const std::string& line : Lines(help)) {
+        const bool isExample = line.starts_with("  ") && Contains(line, "stmdcm ");
+        EXPECT_TRUE(isExample || line.size() <= HelpFormatter::kWidth) << line;
+    }
+}
+
+}  // namespace
+
+TEST_F(HelpTest, EveryCommandIsOneLineAndHasAnExample) {
+    const CommandLine commandLine;
+    const std::string program = Run("--help").out;
+    ExpectNarrow(program);
+    for (const CLI::App* command : commandLine.Syntax().get_subcommands({})) {
+        SCOPED_TRACE(command->get_name());
+        const std::string example = Example(*command);
+        EXPECT_TRUE(example.starts_with("Example:\n  ") && Contains(example, "stmdcm " + command->get_name()));
+        EXPECT_NE(command->get_description(), "");
+        const std::string help = command->help();
+        ExpectNarrow(help);
+        EXPECT_TRUE(Contains(help, "Usage: " + Usage(*command) + "\n")) << help;
+        for (const CLI::Option* option : VisibleOptions(*command)) {
+            EXPECT_TRUE(Contains(help, Signature(*option))) << help;
+        }
+    }
+    for (const CLI::App* command : VisibleCommands(commandLine.Syntax())) {
+        EXPECT_TRUE(Contains(program, " " + command->get_description() + "\n")) << "too long: " << command->get_name();
+        EXPECT_TRUE(Contains(program, "\n  " + command->get_name() + " "));
+    }
+}
+
+TEST_F(HelpTest, TellsOfStatusesAndEnvironmentAndGoesToStandardOutput) {
+    for (const char* arguments : {"--help", "-h", "completion --help"}) {
+        const Result result = Run(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.error, "");
+        EXPECT_EQ(Contains(result.out, "Exit status:\n  0  "), !Contains(arguments, "completion"));
+    }
+    EXPECT_TRUE(Contains(Run("--help").out, "NO_COLOR"));
+    EXPECT_FALSE(Contains(Run("--help").out, "help-man"));
+}
+
+TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
+    const struct {
+        const char* arguments;
+        const char* sentence;
+        const char* command;
+    } cases[] = {
+        {"", "a command is required", ""},
+        {"shwo f", "there is no command \"shwo\"; did you mean show?", ""},
+        {"complet bash", "there is no command \"complet\"; did you mean completion?", ""},
+        {"frobnicate", "there is no command \"frobnicate\"", ""},
+        {"--jsno", "there is no option --jsno; did you mean --json?", ""},
+        {"show --colour=always f", "there is no option --colour; did you mean --color?", " show"},
+        {"show --propertes", "there is no option --propertes; did you mean --properties?", " show"},
+        {"show -z f", "there is no option -z", " show"},
+        {"--changed show f", "the option --changed belongs behind the command show", " show"},
+        {"show a b", "the argument \"b\" is one too many for show", " show"},
+        {"show show show", "the argument \"show\" is one too many for show", " show"},
+        {"show", "FILE is required", " show"},
+        {"set f", "NAME=VALUE is required", " set"},
+        {"completion tcsh", "SHELL: tcsh not in {bash,zsh,fish}", " completion"},
+        {"demo --color", "--color: 1 required WHEN missing", " demo"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        const Result result = Run(c.arguments);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.error, std::string("stmdcm: ") + c.sentence + "\nRun stmdcm" + c.command +
+                                    " --help for more information.\n");
+    }
+}
+
+TEST_F(HelpTest, TheManualPageSaysWhatTheHelpSays) {
+    const std::string page = Run("help-man").out;
+    const CommandLine commandLine;
+    std::string plain;
+    for (const std::string& line : Lines(page)) {
+        EXPECT_TRUE(line[0] != '.' || Contains(" .TH .SH .SS .TP .PP .nf .fi .B ", " " + line.substr(0, 3) + " ") ||
+                    line.starts_with(".B "))
+            << line;
+        plain += line + "\n";
+    }
+    for (std::size_t dash = 0; (dash = plain.find("\\-")) != std::string::npos;) {
+        plain.erase(dash, 1);
+    }
+    for (const CLI::App* command : VisibleCommands(commandLine.Syntax())) {
+        EXPECT_TRUE(Contains(plain, ".SS " + Usage(*command) + "\n" + command->get_description() + ".\n"));
+        for (const CLI::Option* positional : Positionals(*command)) {
+            EXPECT_TRUE(Contains(plain, ".B " + Signature(*positional) + "\n" + positional->get_description() + "\n"));
+        }
+        EXPECT_TRUE(Contains(plain, Example(*command).substr(std::string("Example:").size())));
+    }
+    if (Shell("command -v groff").status != 0) {
+        GTEST_SKIP() << "groff is not installed";
+    }
+    EXPECT_EQ(Shell(STMDCM_TOOL " help-man | groff -man -Tascii -ww").error, "");
+}
+
+}  // namespace stmdcm
