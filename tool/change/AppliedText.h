@@ -16,7 +16,7 @@ class AppliedText {
     /// Reads the file; throws Failure where that holds none. The session must outlive this.
     AppliedText(PluginSession& session, const std::string& path);
 
-    void ApplyTo(Manager& manager) const { m_bytes.Apply(manager, m_text); }
+    void ApplyTo(Manager& manager) const { m_bytes.Load(manager, m_text); }
 
     /// Sentences: what of the file was not read.
     const std::vector<std::string>& Doubts() const { return m_doubts; }

@@ -1,7 +1,5 @@
 #include "tool/change/ConfigurationBytes.h"
 
-#include <fstream>
-
 #include "tool/Failure.h"
 #include "tool/model/ConfigurationReader.h"
 #include "tool/model/ConfigurationWriter.h"
@@ -40,15 +38,6 @@ Configuration ConfigurationBytes::Read(std::string_view text, std::string_view d
     Manager manager(m_session.plugin, kCpu);
     Load(manager, text, device);
     return ReadConfiguration(manager);
-}
-
-void ConfigurationBytes::Apply(Manager& manager, std::string_view text) const {
-    const std::string path = m_session.WorkingFile("applied.txt");
-    std::ofstream out(path, std::ios::binary);
-    if (!(out << text).flush()) {
-        throw Failure(path + ": the file can't be written; is the disk full?");
-    }
-    manager.Load(path, TRACE_DATA_FILE_LOCAL);  // False is advice: what the text lacks was told when it was read.
 }
 
 }  // namespace stmdcm

@@ -19,13 +19,11 @@ class ConfigurationBytes {
     /// What the plug-in writes into a capture for what the manager holds.
     std::string SettingsText(Manager& manager) const;
 
-    /// Loads the text into the manager as from a capture with that device identification and no object files.
+    /// Loads the text into the manager as from a capture with that device identification: properties that neither
+    /// sets stay as they are, the use cases are replaced, the object files are left alone. Unlike the load of a
+    /// settings file this tells a failure from advice.
     void Load(Manager& manager, std::string_view text, std::string_view device = {}) const;
     Configuration Read(std::string_view text, std::string_view device = {}) const;
-
-    /// Loads the text into the manager as a host loads a settings file: properties that it does not set stay as they
-    /// are, the use cases are replaced.
-    void Apply(Manager& manager, std::string_view text) const;
 
   private:
     PluginSession& m_session;

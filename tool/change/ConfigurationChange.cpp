@@ -12,6 +12,7 @@
 #include "tool/capture/CaptureEditor.h"
 #include "tool/change/UnreadText.h"
 #include "tool/model/ConfigurationReader.h"
+#include "tool/model/ConfigurationSource.h"
 #include "tool/model/SettingsLoader.h"
 #include "tool/plugin/Manager.h"
 #include "tool/plugin/PluginSession.h"
@@ -108,13 +109,15 @@ void ConfigurationChange::CheckKept(const Configuration& wanted, const std::stri
 
 ChangeResult ConfigurationChange::InSettings(const std::string& path, bool force) const {
     LockedFile file(path);
-    Manager manager(m_session.plugin, kCpu);
-    LoadedConfiguration loaded = SettingsLoader(m_session).Load(path, manager);
+    LoadedConfiguration loaded = ConfigurationSource(m_session).Load(path);
     loaded.RequireLoaded();
     const CaptureFile content(path, CaptureFile::Identifier::Optional);
+    const std::string old = content.Read(0, content.Size());
+    Manager manager(m_session.plugin, kCpu);
+    m_bytes.Load(manager, old);
     ChangeResult result{path};
     result.doubts = std::move(loaded.doubts);
-    const std::string text = Change(manager, content.Read(0, content.Size()), result);
+    const std::string text = Change(manager, old, result);
     if (!result.HasChanges()) {
         return result;
     }
