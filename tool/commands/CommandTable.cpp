@@ -11,6 +11,7 @@
 #include "tool/commands/PrintCompletion.h"
 #include "tool/commands/PrintManual.h"
 #include "tool/commands/Recover.h"
+#include "tool/commands/Objects.h"
 #include "tool/commands/Restore.h"
 #include "tool/commands/Sections.h"
 #include "tool/commands/Set.h"
@@ -37,6 +38,7 @@ constexpr CommandEntry kCommands[] = {
     {"apply", "Put the configuration of a settings file or capture into captures", Make<Apply>},
     {"convert", "Turn a capture into settings text, or settings into a capture", Make<Convert>},
     {"diff", "Compare the configurations of two captures or settings files", Make<Diff>},
+    {"objects", "Tell which program images are there, and record their new places", Make<Objects>},
     {"history", "List the earlier configurations that a capture holds", Make<ShowHistory>},
     {"restore", "Put an earlier configuration of a capture in force again", Make<Restore>},
     {"live", "Load the configuration from the live target, show it and save it", Make<Live>},
