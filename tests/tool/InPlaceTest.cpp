@@ -1,0 +1,277 @@
+// Changes in a capture, in place: whatever stops them, the capture holds the old configuration or the new one, whole.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+
+#include <array>
+#include <optional>
+#include <set>
+
+#include "tests/support/KillAtSyscall.h"
+#include "tests/support/ScratchDir.h"
+#include "tests/tool/ToolRun.h"
+#include "tool/Failure.h"
+#include "tool/capture/CaptureEditor.h"
+#include "tool/change/AppliedText.h"
+#include "tool/change/ConfigurationChange.h"
+#include "tool/change/History.h"
+#include "tool/plugin/Manager.h"
+#include "tool/plugin/PluginSession.h"
+#include "trace/dcm/ObjectFileSection.h"
+#include "trace/dcm/StmSections.h"
+
+namespace stmdcm {
+namespace {
+
+using namespace Zu::Wep::Trace;
+using stmdcm_test::ReadWhole;
+using stmdcm_test::WriteWhole;
+
+constexpr auto kMade = ConfigurationChange::Missing::IsMade;
+
+/// Every call that an edit makes on a capture, and some that it makes on its working files.
+const std::vector<long> kCalls{SYS_openat,    SYS_newfstatat, SYS_flock,     SYS_lseek,     SYS_pread64,
+                               SYS_fallocate, SYS_pwritev,    SYS_fdatasync, SYS_ftruncate, SYS_close};
+
+/// The sections of a capture that count here; nothing for one that is not there.
+using Payloads = std::array<std::optional<std::string>, 4>;
+
+Payloads PayloadsOf(const std::string& path) {
+    const Container capture(path);
+    Payloads payloads;
+    std::size_t i = 0;
+    for (const char* name : {"TRACE0", kDeviceSectionName, kCommonSectionName, kStmSectionName}) {
+        if (const Section* section = capture.Find(name, 1)) {
+            payloads[i] = capture.ReadPayload(*section, 0, section->PayloadLength());
+        }
+        ++i;
+    }
+    return payloads;
+}
+
+struct InPlaceTest : testing::Test {
+    stmdcm_test::ScratchDir m_directory;
+    const std::string m_file = m_directory / "capture.tdf";
+
+    /// One for the process: the plug-in looks for its directories only once.
+    static PluginSession& Session() {
+        static PluginSession session("");
+        ::unsetenv("ZU_TRACE_LOGGING");  // It would multiply the system calls.
+        return session;
+    }
+    static std::string Reference(const std::string& name) { return ReadWhole(STMDCM_TEST_DATA "/" + name); }
+
+    /// 0 when it was done, 1 when it failed.
+    static int Try(const std::function<void()>& work) try {
+        work();
+        return 0;
+    } catch (const std::exception&) {
+        return 1;
+    }
+    int Set(const std::string& name, std::int32_t value) const {
+        return Try([&] {
+            ConfigurationChange(Session(), [&](Manager& manager) {
+                manager.SetProperty(name, value);
+            }).InCapture(m_file, ConfigurationChange::Missing::IsFailure);
+        });
+    }
+    int Apply() const {
+        static const AppliedText text(Session(), STMDCM_TEST_DATA "/settings.txt");
+        return Try([&] {
+            ConfigurationChange(Session(), [&](Manager& manager) { text.ApplyTo(manager); }).InCapture(m_file, kMade);
+        });
+    }
+    int Restore(std::size_t number) const {
+        return Try([&] { RestoreConfiguration(m_file, number); });
+    }
+    /// What a host gets.
+    std::optional<std::int32_t> Load(const std::string& name) const {
+        Manager manager(Session().plugin, "host");
+        return manager.Load(m_file, TRACE_DATA_FILE_TDF) ? std::optional(manager.Property(name)) : std::nullopt;
+    }
+    void ExpectThatItCanBeChanged() const {
+        for (const std::int32_t value : {77, 78}) {
+            EXPECT_EQ(Apply(), 0);
+            EXPECT_EQ(Set("STM_ATB_Id", value), 0);
+            EXPECT_EQ(Load("STM_ATB_Id"), value);
+        }
+    }
+
+    /// A host's capture, to which no manager has saved.
+    static std::string BareCapture() {
+        const std::string path = Session().WorkingFile("bare.tdf");
+        Session().container.Create(path);
+        Session().container.AppendSection(path, "TRACE0", 1, "trace");
+        Session().container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, "STM_ATB_Id=7\n");
+        return ReadWhole(path);
+    }
+
+    /// Runs `work` on `before`, with whatever stops it at its n-th call, and looks at what it leaves.
+    void ExpectOldOrNew(const std::string& before, const std::function<int()>& work) {
+        WriteWhole(m_file, before);
+        const Payloads old = PayloadsOf(m_file);
+        ASSERT_EQ(work(), 0);
+        const Payloads changed = PayloadsOf(m_file);
+        ASSERT_NE(old, changed);
+        std::set<std::string> seen;
+        const auto check = [&](bool isDone) {
+            const Payloads left = PayloadsOf(m_file);
+            for (std::size_t i = 0; i < left.size(); ++i) {
+                ASSERT_TRUE(left[i] == changed[i] || (!isDone && left[i] == old[i])) << "section " << i;
+            }
+            ASSERT_EQ(ReadWhole(m_file).size() >= before.size(), true);
+            ASSERT_EQ(Load("STM_ATB_Id").has_value(), left[2].has_value() && left[3].has_value());
+            if (seen.insert(ReadWhole(m_file)).second) {
+                ExpectThatItCanBeChanged();
+            }
+        };
+        bool reached = true;
+        for (unsigned n = 1; reached; ++n) {
+            SCOPED_TRACE(testing::Message() << "killed at call " << n);
+            WriteWhole(m_file, before);
+            reached =
+                stmdcm_test::InterceptSyscall(n, kCalls, work, [](pid_t child) { ::kill(child, SIGKILL); }).reached;
+            if (ReadWhole(m_file) != before) {
+                check(!reached);
+            }
+        }
+        for (const int error : {ENOSPC, EIO}) {
+            reached = true;
+            for (unsigned n = 1; reached; ++n) {
+                SCOPED_TRACE(testing::Message() << "error " << error << " at call " << n);
+                WriteWhole(m_file, before);
+                const auto run = stmdcm_test::FailAtSyscall(n, error, kCalls, work);
+                reached = run.reached;
+                ASSERT_GE(run.exitStatus, 0);
+                if (ReadWhole(m_file) != before) {
+                    check(run.exitStatus == 0);
+                }
+            }
+        }
+    }
+};
+
+TEST_F(InPlaceTest, SetLeavesOldOrNewWhateverStopsIt) {
+    ExpectOldOrNew(Reference("full.tdf"), [&] { return Set("STM_ATB_Id", 42); });
+}
+
+TEST_F(InPlaceTest, ShadowedSectionsNeverComeUp) {
+    ExpectOldOrNew(Reference("shadowed.tdf"), [&] { return Set("STM_ATB_Id", 42); });
+}
+
+TEST_F(InPlaceTest, ApplyLeavesOldOrNewWhateverStopsIt) {
+    ExpectOldOrNew(BareCapture(), [&] { return Apply(); });
+}
+
+TEST_F(InPlaceTest, RestoreLeavesOldOrNewWhateverStopsIt) {
+    WriteWhole(m_file, Reference("full.tdf"));
+    ASSERT_EQ(Set("STM_ATB_Id", 42), 0);
+    ExpectOldOrNew(ReadWhole(m_file), [&] { return Restore(2); });
+}
+
+TEST_F(InPlaceTest, HistoryGivesBackTheBytes) {
+    WriteWhole(m_file, Reference("packed.tdf"));  // which the plug-in would write in other bytes
+    const std::string original = ReadWhole(m_file);
+    const Payloads first = PayloadsOf(m_file);
+    ASSERT_EQ(Set("STM_ATB_Id", 42), 0);
+    ASSERT_EQ(Set("STM_ATB_Id", 43), 0);
+    const auto states = [&] {
+        const Container capture(m_file);
+        std::string text;
+        const History history(capture);
+        for (const HistoryEntry& entry : history.Entries()) {
+            text += entry.name[0] + std::string(SectionUseText(entry.section.use)) + " ";
+        }
+        return text;
+    };
+    EXPECT_EQ(states(), "Dread Sretired Sretired Sread ");
+    ASSERT_EQ(Restore(2), 0);
+    EXPECT_EQ(PayloadsOf(m_file), first);
+    EXPECT_EQ(states(), "Dread Sretired Sretired Sretired Sread ");
+    const std::string restored = ReadWhole(m_file);
+    EXPECT_EQ(Restore(2), 0);
+    EXPECT_EQ(Restore(5), 0);
+    EXPECT_EQ(Restore(6), 1);
+    EXPECT_EQ(ReadWhole(m_file), restored) << "there was nothing to restore";
+
+    // But for one bit of a version the old bytes are all there.
+    std::size_t different = 0;
+    for (std::size_t i = 0; i < original.size(); ++i) {
+        different += original[i] != restored[i] ? 1U : 0U;
+    }
+    EXPECT_EQ(different, 1U);
+}
+
+TEST_F(InPlaceTest, ReplacesSeveralSectionsInTheirOrder) {
+    WriteWhole(m_file, Reference("full.tdf"));
+    CaptureEditor(m_file).Replace(
+        {{kCommonSectionName, 1, "new objects"}, {"ADDED", 3, ""}, {kStmSectionName, 1, "new"}});
+    EXPECT_EQ(PayloadsOf(m_file)[2], "new objects");
+    EXPECT_EQ(PayloadsOf(m_file)[3], "new");
+    EXPECT_NE(Container(m_file).Find("ADDED", 3), nullptr);
+    EXPECT_TRUE(Container(m_file).IsWhole());
+}
+
+TEST_F(InPlaceTest, RefusesWhatCouldNotBeFoundOrWouldNotFit) {
+    const std::string last = Reference("full.tdf");
+    const auto sized = [&](std::uint64_t size) {
+        WriteWhole(m_file, last);
+        const std::uint64_t room = size - last.size();  // filled by sections that end at `size`
+        std::uint64_t offset = last.size();
+        for (std::uint64_t left = room; left > 0;) {
+            const auto length = static_cast<std::uint32_t>(std::min<std::uint64_t>(left, MaxSectionLength));
+            std::fstream out(m_file, std::ios::in | std::ios::out | std::ios::binary);
+            out.seekp(static_cast<std::streamoff>(offset));
+            out << EncodeSectionStart(length, "", 1);
+            offset += length;
+            left -= length;
+        }
+        std::filesystem::resize_file(m_file, size);
+    };
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"broken", [&] { WriteWhole(m_file, Reference("orphan-payload.tdf")); }},
+        {"torn", [&] { WriteWhole(m_file, Reference("torn-payload.tdf")); }},
+        {"no header", [&] { WriteWhole(m_file, last + "xy"); }},
+        {"length that lies", [&] { WriteWhole(m_file, Reference("short-length.tdf")); }},
+        {"4 GiB", [&] { sized(MaxFileSize - 100); }},
+        {"size limit", [&] { WriteWhole(m_file, last); }},
+    };
+    for (const auto& [name, prepare] : cases) {
+        SCOPED_TRACE(name);
+        prepare();
+        const std::uintmax_t size = std::filesystem::file_size(m_file);
+        const std::string before = size < 1'000'000 ? ReadWhole(m_file) : "";
+        EXPECT_EQ(stmdcm_test::RunInChild([&] {
+                      const rlimit limit{size + 100, size + 100};
+                      return std::string(name) == "size limit" && ::setrlimit(RLIMIT_FSIZE, &limit) != 0
+                                 ? 2
+                                 : Set("STM_ATB_Id", 42);
+                  }),
+                  1);
+        EXPECT_EQ(std::filesystem::file_size(m_file), size);
+        EXPECT_TRUE(before.empty() || ReadWhole(m_file) == before);
+    }
+}
+
+using TwoUsersTest = ToolRun;
+
+TEST_F(TwoUsersTest, LoseNothingOfEachOther) {
+    for (const std::string name : {"full.tdf", "settings.txt"}) {
+        const std::string file = (Temporary() / name).string();
+        std::filesystem::copy_file(STMDCM_TEST_DATA "/" + name, file);
+        std::string command;
+        for (int i = 0; i < 8; ++i) {
+            command += "set " + file + " MReqInfo_Sel_" + std::to_string(i) + "=" + std::to_string(i + 1) +
+                       " & " STMDCM_TOOL " ";
+        }
+        Run(command + "--version; wait #");
+        const std::string shown = Run("show --changed " + file).out;
+        for (int i = 0; i < 8; ++i) {
+            EXPECT_NE(shown.find("MReqInfo_Sel_" + std::to_string(i)), std::string::npos) << shown;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace stmdcm
