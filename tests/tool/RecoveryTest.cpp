@@ -1,0 +1,209 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <random>
+
+#include "tests/support/ScratchDir.h"
+#include "tests/tool/SectionList.h"
+#include "tool/Failure.h"
+#include "tool/capture/Retired.h"
+#include "tool/recover/RecoveryCheck.h"
+#include "tool/recover/RecoveryPlanner.h"
+#include "tool/recover/RecoveryWriter.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+using stmdcm_test::ReadWhole;
+
+namespace {
+
+struct StringSink final : ByteSink {
+    void Write(std::string_view added) override { bytes += added; }
+    void WriteZeros(std::uint64_t count) override { bytes.append(count, '\0'); }
+    std::string bytes;
+};
+
+struct Recovered {
+    RecoveryPlan plan;
+    std::string bytes;
+
+    bool HasRemark(RemarkKind kind) const {
+        const auto& listed = plan.remarks.Listed();
+        return std::any_of(listed.begin(), listed.end(), [&](const Remark& remark) { return remark.kind == kind; });
+    }
+};
+
+class RecoveryTest : public testing::Test {
+  protected:
+    ~RecoveryTest() override { ::close(m_descriptor); }
+
+    Recovered Recover(const std::string& damaged) const {
+        EXPECT_TRUE(m_memory.Truncate(0) && m_memory.WriteAt(0, {damaged}));
+        const CaptureFile file(m_path, CaptureFile::Identifier::Optional);
+        Recovered result{RecoveryPlanner(file, [](std::uint64_t) {}).Make(), {}};
+        StringSink sink;
+        WriteRecovery(file, result.plan, sink, [](std::uint64_t) {});
+        result.bytes = std::move(sink.bytes);
+        MemorySource source(result.bytes);
+        CheckRecovery(source, result.bytes.size(), result.plan);
+        ExpectConsistent(damaged, result);
+        return result;
+    }
+
+    static std::string BytesOf(const std::string& capture, const SectionInfo& section) {
+        return capture.substr(section.offset, section.length);
+    }
+
+    std::string Full() const { return ReadWhole(STMDCM_TEST_DATA "/full.tdf"); }
+
+  private:
+    /// Every byte is in the result or told to be dropped, and the result is a capture that a reader passes.
+    static void ExpectConsistent(const std::string& damaged, const Recovered& result) {
+        EXPECT_EQ(result.bytes.size(), result.plan.ResultSize());
+        EXPECT_EQ(result.bytes.size() + result.plan.droppedBytes,
+                  std::max<std::size_t>(damaged.size(), FirstSectionOffset));
+        EXPECT_EQ(SectionList(result.bytes).size(), result.plan.SectionCount());
+        EXPECT_FALSE(result.HasRemark(RemarkKind::Mismatch) || result.HasRemark(RemarkKind::Unreachable));
+        if (result.plan.IsGood()) {
+            EXPECT_EQ(result.bytes, damaged);
+        }
+    }
+
+    // In memory: there are tens of thousands of damaged files.
+    const int m_descriptor = ::memfd_create("damaged.tdf", MFD_CLOEXEC);
+    const std::string m_path = "/proc/self/fd/" + std::to_string(m_descriptor);
+    const ZU_WEP::PosixFile m_memory = ZU_WEP::PosixFile::Open(m_path.c_str(), O_RDWR);
+};
+
+TEST_F(RecoveryTest, KeepsEveryWholeSectionOfEveryTruncation) {
+    const std::string full = Full();
+    const std::vector<SectionInfo> sections = SectionList(full);
+    for (std::size_t size = 1; size < full.size() && !HasFailure(); ++size) {
+        SCOPED_TRACE(size);
+        const Recovered result = Recover(full.substr(0, size));
+        EXPECT_FALSE(result.plan.IsGood());
+        std::size_t end = FirstSectionOffset;
+        for (const SectionInfo& section : sections) {
+            if (section.offset + section.length <= size) {
+                EXPECT_EQ(BytesOf(result.bytes, section), BytesOf(full, section));
+                end += section.length;
+            }
+        }
+        // What was cut off is kept as far as it is there, but no part of a line.
+        const std::vector<SectionInfo> kept = SectionList(result.bytes);
+        if (!kept.empty() && kept.back().offset == end && IsTextSection(kept.back().name)) {
+            EXPECT_TRUE(kept.back().payloadLength == 0 || result.bytes.back() == '\n');
+        }
+    }
+}
+
+/// A good result holds the sections of the undamaged file; any other has all of them but the damaged one, or, where the
+/// damage leads from header to header as if nothing was wrong, all bytes as they were.
+void ExpectNothingElseLost(const std::string& full, const std::vector<SectionInfo>& sections, std::size_t damaged,
+                           const std::string& input, const Recovered& result) {
+    const std::vector<SectionInfo> kept = SectionList(result.bytes);
+    if (result.plan.IsGood()) {
+        ASSERT_EQ(kept.size(), sections.size());
+    }
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        const std::string bytes = full.substr(sections[i].offset, sections[i].length);
+        const bool isThere = std::any_of(kept.begin(), kept.end(), [&](const SectionInfo& section) {
+            return result.bytes.compare(section.offset, section.length, bytes) == 0;
+        });
+        const bool isUntouched = result.bytes == input && !result.plan.IsGood();
+        EXPECT_TRUE(isThere || i == damaged || isUntouched) << sections[i].name;
+    }
+}
+
+TEST_F(RecoveryTest, LosesNoOtherSectionWhateverAHeaderSays) {
+    const std::string full = Full();
+    const std::vector<SectionInfo> sections = SectionList(full);
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        for (std::size_t place = sections[i].offset; place < sections[i].payloadOffset; ++place) {
+            for (int flip = 1; flip < 256 && !HasFailure(); ++flip) {
+                SCOPED_TRACE(testing::Message() << "offset " << place << " flipped by " << flip);
+                std::string input = full;
+                input[place] = static_cast<char>(input[place] ^ flip);
+                ExpectNothingElseLost(full, sections, i, input, Recover(input));
+            }
+        }
+    }
+}
+
+TEST_F(RecoveryTest, StaysConsistentWhateverIsDamaged) {
+    const std::string full = Full();
+    const std::string tail = full.substr(SectionList(full)[1].offset);
+    std::mt19937 random(7);
+    const auto below = [&](std::size_t limit) { return random() % limit; };
+    for (int round = 0; round < 3000 && !HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        std::string input = std::string(TDFIdentifier) + tail + tail;
+        for (std::size_t count = 1 + below(6); count > 0; --count) {
+            const std::size_t place = below(input.size());
+            switch (below(4)) {
+                case 0:
+                    input.erase(place, below(40));
+                    break;
+                case 1:
+                    input.insert(place, below(40), static_cast<char>(below(3)));
+                    break;
+                default:
+                    input[place] = static_cast<char>(random());
+            }
+        }
+        Recover(input.substr(0, input.size() - below(30)));
+    }
+}
+
+TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
+    const std::string head(TDFIdentifier);
+    const std::string trace = MakeSection("TRACE0", 1, std::string(300, '\x11'));
+    const std::string device = MakeSection("DEVID", 1, "a=1\n");
+    const std::string rest = device + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "x = 1\n");
+    const auto stating = [](std::string section, std::uint32_t length) {
+        return section.replace(SectionHeader::LengthOffset, SectionHeader::LengthSize, EncodeSectionLength(length));
+    };
+    const std::string orphan = stating(trace, SectionHeader::Size + 6);
+    const std::string embedded = MakeSection("EMBEDDED", 1, head + rest);
+    const std::string holder = MakeSection("HOLDER", 1, "xyz" + device);
+    const std::string retired = MakeSection("DEVID", Retired(1), "old=1\n");
+    const std::string odd = MakeSection("\x01\x02", 1, "data");
+    const struct {
+        const char* what;
+        std::string input;
+        std::string output;
+        std::optional<RemarkKind> remark;
+    } cases[] = {
+        {"nothing", head + trace + rest, head + trace + rest, {}},
+        {"retired", head + retired + rest, head + retired + rest, {}},
+        {"no name", head + MakeSection("", 1, "data") + rest, head + MakeSection("", 1, "data") + rest, {}},
+        {"a capture in a section", head + embedded + rest, head + embedded + rest, {}},
+        {"a section in a section", head + holder + rest, head + holder + rest, RemarkKind::HiddenSection},
+        {"an odd name", head + odd + rest, head + odd + rest, RemarkKind::OddName},
+        {"identifier", "TD\x01\x02" + trace + rest, head + trace + rest, RemarkKind::Identifier},
+        {"length 0", head + stating(trace, 0) + rest, head + rest + trace, RemarkKind::LengthCorrected},
+        {"length too great", head + stating(trace, 0x40000) + rest, head + rest + trace, RemarkKind::LengthCorrected},
+        {"payload that no length covers", head + orphan + rest, head + rest + trace, RemarkKind::LengthCorrected},
+        {"garbage between", head + trace + std::string(40, '\xEE') + rest, head + trace + rest, RemarkKind::Dropped},
+        {"cut off", head + rest + trace.substr(0, 200), head + rest + stating(trace.substr(0, 200), 200),
+         RemarkKind::CutShort},
+        {"cut off in a line", head + rest + device.substr(0, device.size() - 1),
+         head + rest + MakeSection("DEVID", 1, ""), RemarkKind::Dropped},
+        {"a section missing", head + trace, head + trace, RemarkKind::Missing},
+        {"no capture", "STM_ATB_Id = 12\n{\ntype=CPT\n}\n", head, RemarkKind::Identifier},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Recovered result = Recover(c.input);
+        EXPECT_EQ(result.bytes, c.output);
+        EXPECT_EQ(result.plan.IsGood(), !c.remark);
+        EXPECT_TRUE(!c.remark || result.HasRemark(*c.remark));
+    }
+}
+
+}  // namespace
+
+}  // namespace stmdcm
