@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "tool/capture/CaptureFile.h"
@@ -86,7 +87,7 @@ class Container {
     struct Key {
         std::uint64_t hash;
         std::size_t index;
-        auto operator<=>(const Key&) const = default;
+        bool operator<(const Key& other) const { return std::tie(hash, index) < std::tie(other.hash, other.index); }
     };
 
     void Walk();

@@ -12,7 +12,7 @@ namespace {
 using Json = JsonRenderer::Json;
 using Zu::Wep::Trace::ScanStopText;
 
-constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 constexpr std::string_view kListEnd = "]\n}\n";
 
 const char* Problem(const Container& container, const Section& section) {

@@ -14,7 +14,7 @@ using Zu::Wep::Trace::ScanStop;
 using Zu::Wep::Trace::ScanStopText;
 
 constexpr std::size_t kShortestRun = 4;
-constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 
 Style UseStyle(SectionUse use) {
     switch (use) {

@@ -15,7 +15,7 @@ namespace stmdcm {
 
 namespace {
 
-constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 
 }  // namespace
 

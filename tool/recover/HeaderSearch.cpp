@@ -14,7 +14,7 @@ using Zu::Wep::Trace::SectionHeader;
 
 namespace {
 
-constexpr std::uint64_t kBlockSize = 256 * 1024;
+constexpr std::uint64_t kBlockSize = 256U << 10;
 constexpr std::uint64_t kOverlap = SectionHeader::Size - 1;
 
 bool MayHoldName(const char* bytes) {

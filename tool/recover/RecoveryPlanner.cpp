@@ -17,7 +17,7 @@ using namespace Zu::Wep::Trace;
 namespace {
 
 constexpr std::size_t kMaxPieces = 500'000;
-constexpr std::uint64_t kBlockSize = 64 * 1024;
+constexpr std::uint64_t kBlockSize = 64U << 10;
 
 }  // namespace
 
