@@ -81,9 +81,11 @@ void TrimBlanks(std::string_view& text) { text = text.substr(0, text.find_last_n
 
 /// Takes the unit off the end of `text` and gives the power of ten that its prefix stands for.
 std::size_t TakeUnit(std::string_view& text) {
-    constexpr std::string_view kHertz = "hz";
-    if (text.size() > kHertz.size() && ::strcasecmp(text.substr(text.size() - kHertz.size()).data(), "hz") == 0) {
-        text.remove_suffix(kHertz.size());
+    for (const std::string_view hertz : {"Hz", "hz", "HZ"}) {
+        if (text.ends_with(hertz)) {
+            text.remove_suffix(hertz.size());
+            break;
+        }
     }
     TrimBlanks(text);
     constexpr std::pair<char, std::size_t> kPrefixes[] = {{'k', 3}, {'K', 3}, {'M', 6}, {'G', 9}};
@@ -101,10 +103,11 @@ std::size_t TakeUnit(std::string_view& text) {
 std::optional<std::int64_t> ParseClock(std::string_view text) {
     const std::size_t power = TakeUnit(text);
     const std::size_t point = text.find('.');
-    std::string digits(text.substr(0, point));
+    const std::string digits(text.substr(0, point));
     std::string fraction(point == std::string_view::npos ? "" : text.substr(point + 1));
     fraction.erase(fraction.find_last_not_of('0') + 1);
-    if (fraction.size() > power || fraction.find('-') != std::string::npos) {
+    const bool isNumber = !digits.empty() && digits != "-" && fraction.find('-') == std::string::npos;
+    if (!isNumber || fraction.size() > power) {
         return std::nullopt;
     }
     return ParseDigits(digits + fraction + std::string(power - fraction.size(), '0'), 10);
