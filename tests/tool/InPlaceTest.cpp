@@ -16,6 +16,7 @@
 #include "tool/change/AppliedText.h"
 #include "tool/change/ConfigurationChange.h"
 #include "tool/change/History.h"
+#include "tool/change/ImageUpdate.h"
 #include "tool/plugin/Manager.h"
 #include "tool/plugin/PluginSession.h"
 #include "trace/dcm/ObjectFileSection.h"
@@ -168,6 +169,15 @@ TEST_F(InPlaceTest, RestoreLeavesOldOrNewWhateverStopsIt) {
     WriteWhole(m_file, Reference("full.tdf"));
     ASSERT_EQ(Set("STM_ATB_Id", 42), 0);
     ExpectOldOrNew(ReadWhole(m_file), [&] { return Restore(2); });
+}
+
+TEST_F(InPlaceTest, ObjectsLeavesOldOrNewWhateverStopsIt) {
+    ExpectOldOrNew(Reference("full.tdf"), [&] {
+        return Try([&] {
+            ImageFinder finder({PathMapping::Parse("/opt/images/app0.out=" STMDCM_TEST_DATA "/settings.txt")}, {});
+            UpdateImages(m_file, finder, true);
+        });
+    });
 }
 
 TEST_F(InPlaceTest, HistoryGivesBackTheBytes) {

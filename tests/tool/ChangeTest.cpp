@@ -1,0 +1,180 @@
+// set, apply, history and restore as a user meets them.
+
+#include <nlohmann/json.hpp>
+
+#include "tests/support/ScratchDir.h"
+#include "tests/tool/ToolRun.h"
+#include "tool/Failure.h"
+#include "tool/change/Assignment.h"
+#include "tool/change/UnreadText.h"
+
+namespace stmdcm {
+namespace {
+
+using stmdcm_test::ReadWhole;
+using stmdcm_test::WriteWhole;
+
+TEST(AssignmentTest, TakesWhatAPropertyTakesAndNothingElse) {
+    const struct {
+        const char* text;
+        std::optional<std::int32_t> value;
+    } cases[] = {
+        {"STM_ATB_Id=12", 12},
+        {"STM_ATB_Id=-1", -1},
+        {"STM_ATB_Id=0x2a", 42},
+        {"STM_ATB_Id=2147483647", 2147483647},
+        {"STM_ATB_Id=2147483648", {}},
+        {"STM_ATB_Id=99999999999999999999", {}},
+        {"STM_ATB_Id=12abc", {}},
+        {"STM_ATB_Id= 12", {}},
+        {"STM_ATB_Id=", {}},
+        {"STM_ATB_Id=0x", {}},
+        {"STM_ATB_Id=0x-1", {}},
+        {"STM_ATB_Id=yes", {}},
+        {"HEAD_Pointer_0=0x80000000", INT32_MIN},
+        {"HEAD_Pointer_0=0x100000000", {}},
+        {"STM_DTC_target_clock_hz=200M", 200'000'000},
+        {"STM_DTC_target_clock_hz=1.25GHz", 1'250'000'000},
+        {"STM_DTC_target_clock_hz=32.768 kHz", 32768},
+        {"STM_DTC_target_clock_hz=1.2500000000G", 1'250'000'000},
+        {"STM_DTC_target_clock_hz=3GHz", {}},
+        {"STM_DTC_target_clock_hz=1.5", {}},
+        {"STM_DTC_target_clock_hz=1.-5k", {}},
+        {"STM_DTC_target_clock_hz=-1", {}},
+        {"STM_DTC_target_clock_hz=200m", {}},
+        {"STM_DTC_target_clock_hz=MHz", {}},
+        {"STM_VornLib_Import=Yes", 1},
+        {"Needs_Preprocess=false", 0},
+        {"Needs_Preprocess=2", {}},
+        {"CycleModeDelta=yes", {}},
+        {"stm_atb_id=1", {}},
+        {"STM_ATB_Id", {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        try {
+            EXPECT_EQ(Assignment::Parse(c.text).value, c.value);
+        } catch (const Failure& failure) {
+            EXPECT_FALSE(c.value) << failure.what();
+            EXPECT_EQ(failure.Status(), ExitStatus::Usage);
+        }
+    }
+}
+
+TEST(UnreadBlocksTest, NamesWhatIsLost) {
+    const std::string read = "STM_ATB_Id = 1\n{\nid=3\nname=a\n#0=c\n}\n";
+    const struct {
+        std::string text;
+        const char* lost;  ///< null: nothing
+    } cases[] = {
+        {read, nullptr},
+        {"{\n#00=c\r\nname=a\ntype=SC\nid=3 \n}", nullptr},
+        {"{type=SC,id=3,name=a,#0=c}\n", nullptr},
+        {read + "{\nid=4\n", "1 of 2 use-case blocks are not read"},
+        {"{\nid=3\nname=a\n#0=c\ncolour=red\n}\n", "line 5, \"colour\", is not read"},
+        {"{\nid=3\nid=4\nname=a\n#0=c\n}\n", "1 of 2 lines \"id\" are not read"},
+    };
+    for (const auto& c : cases) {
+        const std::vector<std::string> lost = UnreadBlocks(c.text, read);
+        EXPECT_EQ(lost.empty() ? "" : lost.front(), c.lost == nullptr ? "" : c.lost) << c.text;
+    }
+}
+
+struct ChangeTest : ToolRun {
+    std::string Copy(const std::string& name) const {
+        const std::string copy = (Temporary() / name).string();
+        std::filesystem::copy_file(STMDCM_TEST_DATA "/" + name, copy,
+                                   std::filesystem::copy_options::overwrite_existing);
+        return copy;
+    }
+};
+
+TEST_F(ChangeTest, EndsAsItShould) {
+    const struct {
+        const char* file;
+        const char* arguments;  ///< $ is the file
+        int status;
+        const char* says;
+        bool changes;
+    } cases[] = {
+        {"full.tdf", "set $ STM_ATB_Id=9 STM_STP_Version=3", 0, "12  ->  9", true},
+        {"full.tdf", "set $ STM_ATB_Id=12", 0, "nothing to change", false},
+        {"full.tdf", "set $ STM_ATB_Id=1 STM_ATB_Id=2", 2, "twice", false},
+        {"full.tdf", "set $ STM_ATB_Id=x", 2, "a whole number", false},
+        {"full.tdf", "set $", 2, "required", false},
+        {"no-devid.tdf", "set $ STM_ATB_Id=9", 1, "DEVID", false},
+        {"empty.tdf", "apply " STMDCM_TEST_DATA "/full.tdf $", 1, "DEVID", false},
+        {"zero-length.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
+        {"torn-payload.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
+        {"settings.txt", "set $ STM_ATB_Id=9", 0, "12  ->  9", true},
+        {"settings-unknown-key.txt", "set $ STM_ATB_Id=9", 1, "--force", false},
+        {"settings-unknown-key.txt", "set $ STM_ATB_Id=9 --force", 3, "STM_Colour", true},
+        {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings.txt $", 0, "job 3, module 8", true},
+        {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings.txt $ --dry-run", 0, "would be changed", false},
+        {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings-unknown-key.txt $", 3, "STM_Colour", true},
+        {"packed.tdf", "apply $ $", 1, "come from", false},
+        {"packed.tdf", "apply /none $", 1, "/none", false},
+        {"packed.tdf", "restore $ 9", 1, "no configuration 9", false},
+        {"shadowed.tdf", "restore $ 4", 0, "in force again", true},
+        {"shadowed.tdf", "history $", 0, "STM_ATB_Id 3 / 1", false},
+        {"wrong-magic.tdf", "history $", 1, "no capture", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.file) + " " + c.arguments);
+        const std::string file = Copy(c.file);
+        const std::string before = ReadWhole(file);
+        std::string arguments = c.arguments;
+        for (std::size_t place = 0; (place = arguments.find('$')) != std::string::npos;) {
+            arguments.replace(place, 1, file);
+        }
+        const Result result = Run(arguments);
+        EXPECT_EQ(result.status, c.status) << result.error;
+        EXPECT_NE((result.out + result.error).find(c.says), std::string::npos) << result.out << result.error;
+        EXPECT_EQ(ReadWhole(file) != before, c.changes);
+    }
+}
+
+TEST_F(ChangeTest, SaysWhatIsLostOfACapture) {
+    const std::string file = Copy("packed.tdf");
+    std::string bytes = ReadWhole(file);
+    const std::size_t place = bytes.find("{type=SC,id=8");
+    ASSERT_NE(place, std::string::npos);
+    WriteWhole(file, bytes.replace(place, 13, "{type=SC,ix=8"));
+    const Result result = Run("set " + file + " STM_ATB_Id=9");
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.error.find("\"ix\", is not read"), std::string::npos) << result.error;
+}
+
+TEST_F(ChangeTest, AppliesToManyAndGoesOnAfterABadOne) {
+    const std::string good = Copy("packed.tdf");
+    const std::string bad = Copy("wrong-magic.tdf");
+    const std::string other = Copy("shadowed.tdf");
+    const Result result = Run("apply --json " STMDCM_TEST_DATA "/full.tdf " + good + " " + bad + " " + other);
+    EXPECT_EQ(result.status, 1);
+    const auto captures = nlohmann::json::parse(result.out).at("captures");
+    ASSERT_EQ(captures.size(), 3U);
+    EXPECT_EQ(captures[0].at("written"), true);
+    EXPECT_NE(captures[1].at("failure").get<std::string>().find("wrong-magic.tdf"), std::string::npos);
+    EXPECT_EQ(captures[2].at("written"), true);
+    const auto properties = [&](const std::string& file) {
+        const auto shown = nlohmann::json::parse(Run("show --json " + file).out).at("configuration");
+        return std::pair(shown.at("properties"), shown.at("use_cases"));
+    };
+    EXPECT_EQ(properties(good), properties(STMDCM_TEST_DATA "/full.tdf"));
+    EXPECT_EQ(properties(other), properties(STMDCM_TEST_DATA "/full.tdf"));
+}
+
+TEST_F(ChangeTest, JsonSaysWhatTheTextSays) {
+    const std::string file = Copy("shadowed.tdf");
+    const std::string text = Run("history " + file).out;
+    const auto document = nlohmann::json::parse(Run("history --json " + file).out);
+    ASSERT_EQ(document.at("configurations").size(), 4U);
+    for (const auto& row : document.at("configurations")) {
+        for (const char* key : {"section", "state", "offset"}) {
+            EXPECT_NE(text.find(row.at(key).get<std::string>()), std::string::npos) << row;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace stmdcm

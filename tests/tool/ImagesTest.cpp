@@ -1,0 +1,135 @@
+// Finding program images, and recording where they are.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tests/support/ScratchDir.h"
+#include "tool/Failure.h"
+#include "tool/capture/CaptureEditor.h"
+#include "tool/change/ImageUpdate.h"
+#include "trace/dcm/ObjectFileSection.h"
+
+namespace stmdcm {
+namespace {
+
+using stmdcm_test::ReadWhole;
+using stmdcm_test::WriteWhole;
+
+TEST(PathMappingTest, MapsWholeNames) {
+    const struct {
+        std::vector<const char*> mappings;
+        const char* path;
+        const char* mapped;  ///< null: not mapped
+    } cases[] = {
+        {{"/a/b=/n"}, "/a/b/c.out", "/n/c.out"},
+        {{"/a/b=/n"}, "/a/bc/c.out", nullptr},
+        {{"/a/b=/n"}, "/x/a/b/c.out", nullptr},
+        {{"/a/b/=/n/"}, "/a/b/c.out", "/n/c.out"},
+        {{"/a/b/c.out=/n/d.out"}, "/a/b/c.out", "/n/d.out"},
+        {{"/a=/n"}, "/a", "/n"},
+        {{"/=/n"}, "/a/c.out", "/n/a/c.out"},
+        {{"/a=/"}, "/a/c.out", "/c.out"},
+        {{"rel=/n"}, "rel/c.out", "/n/c.out"},
+        {{"/a=/n=m"}, "/a/c.out", "/n=m/c.out"},
+        {{"/a=/n", "/a/b=/m"}, "/a/b/c.out", "/m/c.out"},
+        {{"/a/b=/m", "/a=/n"}, "/a/b/c.out", "/m/c.out"},
+        {{"/a=/n", "/a=/m"}, "/a/c.out", "/n/c.out"},
+        {{"/a=/x/../n"}, "/a/c.out", "/n/c.out"},
+    };
+    for (const auto& c : cases) {
+        std::vector<PathMapping> mappings;
+        for (const char* text : c.mappings) {
+            mappings.push_back(PathMapping::Parse(text));
+        }
+        EXPECT_EQ(MapPath(mappings, c.path).value_or("none"), c.mapped == nullptr ? "none" : c.mapped)
+            << c.mappings.front() << " " << c.path;
+    }
+    for (const char* text : {"", "=", "/a=", "=/n", "/a"}) {
+        EXPECT_THROW(PathMapping::Parse(text), Failure) << text;
+    }
+}
+
+struct ImagesTest : testing::Test {
+    static constexpr std::int64_t kRecorded = 1700000000;
+
+    stmdcm_test::ScratchDir m_directory;
+    const std::string m_file = m_directory / "capture.tdf";
+
+    std::string Image(const std::string& name, std::int64_t modified = kRecorded) {
+        const std::string path = m_directory / name;
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        WriteWhole(path, "image");
+        const timespec times[2] = {{modified, 0}, {modified, 0}};
+        EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+        return path;
+    }
+    /// A capture with one image, recorded at that path.
+    void Record(const std::string& path) {
+        std::string payload;
+        Zu::Wep::Trace::AppendObjectFileEntry(payload, {"core0", path, kRecorded});
+        WriteWhole(m_file, ReadWhole(STMDCM_TEST_DATA "/full.tdf"));
+        CaptureEditor(m_file).Replace({{"DCM_COMMON", 1, payload}});
+    }
+    ImageList Update(bool acceptChanged, const std::string& mapping = "/old=/none") {
+        ImageFinder finder({PathMapping::Parse(mapping)}, {m_directory / "search"});
+        return UpdateImages(m_file, finder, acceptChanged);
+    }
+    ObjectFile Now() {
+        ImageFinder finder({}, {});
+        return ListImages(m_file, finder).answers.front().recorded;
+    }
+};
+
+TEST_F(ImagesTest, RecordsOnlyTheImageThatWasCapturedUnlessTold) {
+    std::filesystem::create_directory(m_directory / "search");
+    const std::string exact = Image("moved/a.out");
+    const std::string changed = Image("moved/b.out", kRecorded + 5);
+    const std::string mapping = "/old=" + m_directory.Path() + "/moved";
+
+    Record("/old/a.out");
+    EXPECT_EQ(Update(false, mapping).Status(), ExitStatus::Done);
+    EXPECT_EQ(Now().path, exact);
+    EXPECT_EQ(Now().DiskState(), ObjectFile::State::Present);
+    const std::string written = ReadWhole(m_file);
+    EXPECT_FALSE(Update(false, mapping).isWritten);
+    EXPECT_EQ(ReadWhole(m_file), written);
+
+    Record("/old/b.out");
+    EXPECT_EQ(Update(false, mapping).Status(), ExitStatus::Failed);
+    EXPECT_EQ(Now().path, "/old/b.out");
+    EXPECT_EQ(Update(true, mapping).Status(), ExitStatus::Done);
+    EXPECT_EQ(Now().path, changed);
+    EXPECT_EQ(Now().recorded, kRecorded + 5);
+}
+
+TEST_F(ImagesTest, SearchesAndDoesNotGuess) {
+    const std::string other = Image("search/x/a.out", kRecorded + 1);
+    std::filesystem::create_directory_symlink(m_directory.Path(), m_directory / "search/loop");
+    std::filesystem::create_symlink(other, m_directory / "search/x/b.out");
+    Image("outside/b.out");
+    Record("/old/b.out");
+    EXPECT_EQ(Update(true).Status(), ExitStatus::Failed) << "links are not followed";
+
+    Record("/old/a.out");
+    EXPECT_FALSE(Update(false).isWritten) << "it is not the one that was captured";
+    const std::string second = Image("search/y/a.out", kRecorded + 2);
+    const ImageList unsure = Update(true);
+    EXPECT_FALSE(unsure.isWritten);
+    EXPECT_EQ(unsure.answers.front().candidates, (std::vector{other, second}));
+
+    const std::string exact = Image("search/z/a.out");
+    EXPECT_EQ(Update(false).Status(), ExitStatus::Done);
+    EXPECT_EQ(Now().path, exact);
+
+    // A changed file at the recorded place gives way to the captured one alone.
+    Record(Image("here/a.out", kRecorded + 9));
+    EXPECT_TRUE(Update(false).isWritten);
+    EXPECT_EQ(Now().path, exact);
+    std::filesystem::remove(exact);
+    Record(m_directory / "here/a.out");
+    EXPECT_FALSE(Update(false).isWritten);
+}
+
+}  // namespace
+}  // namespace stmdcm
