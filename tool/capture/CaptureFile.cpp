@@ -82,13 +82,17 @@ std::string CaptureFile::Read(std::uint64_t offset, std::uint64_t length) const 
     return bytes;
 }
 
-std::uint64_t CaptureFile::NextData(std::uint64_t offset) const {
-    // Only this moves the descriptor's position, and nothing uses it.
-    const off_t data = ::lseek(m_file.Descriptor(), static_cast<off_t>(offset), SEEK_DATA);
-    if (data >= 0) {
-        return std::min(static_cast<std::uint64_t>(data), m_size);
+std::uint64_t CaptureFile::NextData(std::uint64_t offset) const { return Seek(offset, SEEK_DATA, offset); }
+
+std::uint64_t CaptureFile::NextHole(std::uint64_t offset) const { return Seek(offset, SEEK_HOLE, m_size); }
+
+/// Only this moves the descriptor's position, and nothing uses it. `otherwise` is for files that can't tell.
+std::uint64_t CaptureFile::Seek(std::uint64_t offset, int whence, std::uint64_t otherwise) const {
+    const off_t place = ::lseek(m_file.Descriptor(), static_cast<off_t>(offset), whence);
+    if (place >= 0) {
+        return std::min(static_cast<std::uint64_t>(place), m_size);
     }
-    return errno == ENXIO ? m_size : offset;
+    return errno == ENXIO ? m_size : otherwise;
 }
 
 }  // namespace stmdcm

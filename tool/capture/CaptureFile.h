@@ -31,11 +31,14 @@ class CaptureFile {
     /// As many of `length` bytes as the file holds.
     std::string Read(std::uint64_t offset, std::uint64_t length) const;
 
-    /// Where the first bytes at or behind `offset` are that take room on the disk; the size for none. Only zeros are in
-    /// front of it.
+    /// Where the first bytes at or behind `offset` are that take room on the disk, and where the first that don't: the
+    /// size for none. Those that don't are zeros.
     std::uint64_t NextData(std::uint64_t offset) const;
+    std::uint64_t NextHole(std::uint64_t offset) const;
 
   private:
+    std::uint64_t Seek(std::uint64_t offset, int whence, std::uint64_t otherwise) const;
+
     std::string m_path;
     ZU_WEP::PosixFile m_file;
     std::uint64_t m_size = 0;

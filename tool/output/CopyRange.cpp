@@ -19,19 +19,22 @@ void CopyRange(const CaptureFile& from, std::uint64_t offset, std::uint64_t leng
                const OnCopied& onCopied) {
     std::string buffer(std::min(length, kBlockSize), '\0');
     const std::uint64_t end = offset + length;
-    for (std::uint64_t position = offset; position < end; onCopied(position - offset)) {
+    for (std::uint64_t position = offset; position < end;) {
         const std::uint64_t data = std::min(end, from.NextData(position));
         if (data > position) {
             to.WriteZeros(data - position);
             position = data;
-            continue;
         }
-        const std::size_t wanted = std::min(end - position, kBlockSize);
-        if (from.ReadAt(position, buffer.data(), wanted) != wanted) {
-            throw Failure(fmt::format("{}: the file has become shorter meanwhile; try again", from.Path()));
+        for (const std::uint64_t hole = std::min(end, from.NextHole(position)); position < hole;) {
+            const std::size_t wanted = std::min(hole - position, kBlockSize);
+            if (from.ReadAt(position, buffer.data(), wanted) != wanted) {
+                throw Failure(fmt::format("{}: the file has become shorter meanwhile; try again", from.Path()));
+            }
+            to.Write({buffer.data(), wanted});
+            position += wanted;
+            onCopied(position - offset);
         }
-        to.Write({buffer.data(), wanted});
-        position += wanted;
+        onCopied(position - offset);
     }
 }
 

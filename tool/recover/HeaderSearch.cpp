@@ -33,7 +33,8 @@ std::uint64_t HeaderSearch::Find(std::uint64_t from, std::uint64_t to, const IsH
         if (position >= to) {
             break;
         }
-        const std::uint64_t places = std::min(kBlockSize, to - position);
+        const std::uint64_t end = std::clamp(m_file.NextHole(data), position + 1, to);
+        const std::uint64_t places = std::min(kBlockSize, end - position);
         const std::size_t count = m_file.ReadAt(position, m_buffer.data(), places + kOverlap);
         for (std::uint64_t i = 0; i < places && i + SectionHeader::Size <= count; ++i) {
             if (MayHoldName(m_buffer.data() + i) && isHeader(position + i)) {
