@@ -69,7 +69,7 @@ void Place::Take(const std::string& word) {
         const bool wantsValue = option != nullptr && TakesValue(*option) && word.find('=') == std::string::npos;
         pending = wantsValue ? option : nullptr;
     } else if (pending != nullptr) {
-        pending = IsRepeatable(*pending) ? pending : nullptr;
+        pending = pending->get_allow_extra_args() ? pending : nullptr;
     } else {
         TakePlain(word);
     }

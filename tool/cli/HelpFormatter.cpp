@@ -35,27 +35,14 @@ std::string Section(const char* title, const std::vector<Row>& rows) {
     return text;
 }
 
-std::vector<Row> Rows(const std::vector<const CLI::Option*>& options) {
-    std::vector<Row> rows;
-    for (const CLI::Option* option : options) {
-        rows.emplace_back(Signature(*option), option->get_description());
-    }
-    return rows;
-}
+Row ToRow(const CLI::Option* option) { return {Signature(*option), option->get_description()}; }
+Row ToRow(const CLI::App* command) { return {command->get_name(), command->get_description()}; }
+Row ToRow(const TextRow& text) { return {text.name, text.meaning}; }
 
-std::vector<Row> Rows(const std::vector<const CLI::App*>& commands) {
-    std::vector<Row> rows;
-    for (const CLI::App* command : commands) {
-        rows.emplace_back(command->get_name(), command->get_description());
-    }
-    return rows;
-}
-
-std::vector<Row> Rows(std::span<const TextRow> texts) {
-    std::vector<Row> rows;
-    for (const TextRow& text : texts) {
-        rows.emplace_back(text.name, text.meaning);
-    }
+template <class Items>
+std::vector<Row> Rows(const Items& items) {
+    std::vector<Row> rows(items.size());
+    std::transform(items.begin(), items.end(), rows.begin(), [](const auto& item) { return ToRow(item); });
     return rows;
 }
 

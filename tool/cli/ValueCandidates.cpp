@@ -18,6 +18,7 @@ constexpr std::size_t kMostSections = 200;
 
 std::vector<Candidate> Plain(const std::vector<std::string>& words) {
     std::vector<Candidate> candidates;
+    candidates.reserve(words.size());
     for (const std::string& word : words) {
         candidates.push_back({word, ""});
     }
