@@ -5,7 +5,7 @@
 
 namespace stmdcm {
 
-/// A capture's sections for programs (docs/json.md), printed as the document is made.
+/// A capture's sections for programs (docs/json-container.md), printed as the document is made.
 void PrintSectionsJson(const Container& container, const TextSink& print);
 
 }  // namespace stmdcm

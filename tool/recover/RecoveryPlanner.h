@@ -11,7 +11,7 @@
 
 namespace stmdcm {
 
-/// Finds the sections of a damaged capture.
+/// Finds the sections of a damaged capture (docs/recover.md).
 ///
 /// Where the chain of sections reaches the end of the file all of them are kept as they are. Elsewhere a section is
 /// taken at its word when what follows it looks like a section, too; otherwise the next header is searched for from the
