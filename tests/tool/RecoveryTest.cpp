@@ -204,6 +204,17 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
     }
 }
 
+TEST_F(RecoveryTest, FindsHeadersAtEveryPlaceOfWhatIsReadAtOnce) {
+    const std::string head(TDFIdentifier);
+    const std::string rest = MakeSection("DEVID", 1, "") + MakeSection("DCM_COMMON", 1, "");
+    for (std::size_t size = (256U << 10) - 40; size < (256U << 10) + 10; ++size) {
+        const std::string trace = MakeSection("TRACE0", 1, std::string(size, '\x11'));
+        std::string broken = trace;
+        broken.replace(SectionHeader::LengthOffset, SectionHeader::LengthSize, EncodeSectionLength(0));
+        EXPECT_EQ(Recover(head + broken + rest).bytes, head + rest + trace) << size;
+    }
+}
+
 }  // namespace
 
 }  // namespace stmdcm
