@@ -8,6 +8,10 @@ trap 'rm -rf "$work"' EXIT
 export HOME=$work
 
 cmake --install "$build" --prefix "$work/root" >/dev/null
+grep -q '^\.SH EXIT STATUS' "$work/root/share/man/man1/stmdcm.1"
+for file in bash-completion/completions/stmdcm zsh/site-functions/_stmdcm fish/vendor_completions.d/stmdcm.fish; do
+    grep -q stmdcm "$work/root/share/$file"
+done
 (cd "$work/root/include/stmdcm" && find . -name '*.h' -printf '%P\n') | while read -r header; do
     echo "#include \"$header\"" |
         "$compiler" -std=c++20 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I"$work/root/include/stmdcm" -xc++ - ||
