@@ -18,7 +18,7 @@ done
         { echo "$header does not compile alone"; exit 1; }
 done
 
-cmake -S "$source/docs/small-host" -B "$work/host" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/root" \
+cmake -G Ninja -S "$source/docs/small-host" -B "$work/host" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/root" \
     -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" >/dev/null
 cmake --build "$work/host" >/dev/null
 printed=$("$work/host/small_host" "$(find "$work/root" -name libStmDCM.so)" "$source/tests/data/full.tdf" "$work/copy.tdf")
