@@ -165,7 +165,6 @@ class CheckAgreementTest : public testing::Test {
         std::vector<std::string> expected = Described(report.usecases[2], true);
         for (std::string& source : expected) {  // ReadConfiguration takes this kind from the text as it is written
             source = source.substr(0, 121);
-            std::replace(source.begin(), source.end(), '\r', ' ');
         }
         EXPECT_EQ(sources, expected);
     }

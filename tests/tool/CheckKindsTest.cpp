@@ -83,7 +83,7 @@ const Case kTexts[] = {
     {"{\n#1=a\n#1=b\n}\n", "U-COUNTER-TWICE"},
     {"{\n#x=a\n}\n", "T-NOT-A-NUMBER"},
     {"{\nsuppress=2\nsw=4294967295\njobid=4294967295\n}\n", "T-NUMBER-SIGN T-NOT-0-OR-1"},
-    {"{\nname=a\rb\n}\n", "U-CR-ON-SAVE"},
+    {"{\nname=a\rb\n}\n", ""},
     {kSc + kSc, "U-DUPLICATE"},
     {kPmi + kPmi, "U-DUPLICATE"},
     {"{\ntype=PMI_CMI\nname=CMI2\n}\n", "U-SOURCE"},

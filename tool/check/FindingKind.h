@@ -87,7 +87,6 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"U-KEY-TWICE", Severity::Warning, "A key is set twice in one block or formula."},
     {"U-COUNTER-TWICE", Severity::Note, "Two counters of a use case have one number."},
     {"U-CUT-ON-SAVE", Severity::Warning, "A value is too long for a written line of 127 bytes."},
-    {"U-CR-ON-SAVE", Severity::Warning, "A value has a CR in it, which is written as a blank."},
     {"U-DUPLICATE", Severity::Warning, "Two use cases of one kind have one job and module, or one source."},
     {"U-SOURCE", Severity::Warning, "The source of a PMI/CMI use case is not PMI, CMI0 or CMI1."},
     {"U-FORMULA-OPEN", Severity::Error, "A formula is not closed by \"$/\"."},

@@ -235,10 +235,6 @@ void UsecaseReader::CheckText(std::string_view key, const std::string& value) {
         Add(Kind("U-CUT-ON-SAVE"), fmt::format("the value of {} has {} characters", key, value.size()),
             fmt::format("read whole, but cut to {} characters when it is saved", room));
     }
-    if (value.find('\r') != std::string::npos) {
-        Add(Kind("U-CR-ON-SAVE"), fmt::format("a CR stands in the value of {}", key),
-            "read as it is, but written as a blank when it is saved");
-    }
 }
 
 LineResult UsecaseReader::BadLine(const std::string& line, int result) {

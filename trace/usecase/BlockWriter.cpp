@@ -19,12 +19,11 @@ void CutToLine(std::string& value, std::string_view key) {
                 value.size());
 }
 
-// A line break in a value would let a name open or close a block.
-void BlankLineBreaks(std::string& value, std::string_view key) {
-    const auto isBreak = [](char c) { return c == '\r' || c == '\n'; };
-    if (std::any_of(value.begin(), value.end(), isBreak)) {
-        std::replace_if(value.begin(), value.end(), isBreak, ' ');
-        ZU_WEP::Log(ZU_WEP::LogUnexpected, "Use case: line break in \"%s\" written as a blank",
+// A line feed in a value would let a name open or close a block. A CR ends no line and reads back as it is.
+void BlankLineFeeds(std::string& value, std::string_view key) {
+    if (value.find('\n') != std::string::npos) {
+        std::replace(value.begin(), value.end(), '\n', ' ');
+        ZU_WEP::Log(ZU_WEP::LogUnexpected, "Use case: line feed in \"%s\" written as a blank",
                     std::string(key).c_str());
     }
 }
@@ -39,7 +38,7 @@ void AppendBlockLine(std::string& out, std::string_view line) {
 void AppendKeyLine(std::string& out, std::string_view key, std::string_view value) {
     std::string text(value.substr(0, value.find('\0')));
     CutToLine(text, key);
-    BlankLineBreaks(text, key);
+    BlankLineFeeds(text, key);
     out += key;
     out += '=';
     AppendBlockLine(out, text);

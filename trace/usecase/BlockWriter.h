@@ -14,7 +14,7 @@ inline constexpr std::size_t MaxWrittenLine = 127;
 
 void AppendBlockLine(std::string& out, std::string_view line);
 
-/// Appends "key=value". A value too long for its line is cut, a CR or LF in it becomes a blank; either is logged.
+/// Appends "key=value". A value too long for its line is cut, an LF in it becomes a blank; either is logged.
 void AppendKeyLine(std::string& out, std::string_view key, std::string_view value);
 
 /// Appends "key=number".
