@@ -67,6 +67,22 @@ TEST_F(SamplesTest, FullCaptureToTheLetter) {
     EXPECT_EQ(Text(), ReadWhole(Sample("settings.txt")));  // every byte of somebody else's text comes back
 }
 
+TEST_F(SamplesTest, MemoryThatRunsOutIsTold) {
+    std::string bytes = ReadWhole(Sample("full.tdf"));
+    bytes.replace(bytes.rfind("STM_STP_Version = 2"), 19, "STM_ATB_Id = 5     ");  // so the host's section says it
+    const std::string path = Write("full.tdf", bytes);
+    ASSERT_TRUE(LoadAny(path));
+    EXPECT_EQ(Number("STM_STP_Version"), 9);
+    const std::string whole = Text();
+    bool failed = true;
+    for (std::size_t n = 0; failed; ++n) {
+        m_manager = Make();
+        bool loaded = false;
+        failed = stmdcm_test::RunsOutOfMemory(n, [&] { loaded = LoadAny(path); });
+        EXPECT_TRUE(failed || (loaded && Text() == whole)) << n;
+    }
+}
+
 TEST_F(SamplesTest, AnyTruncationLoadsWithinItsBounds) {
     const std::string path = m_home / "cut.tdf";
     for (const std::string& file : Files()) {

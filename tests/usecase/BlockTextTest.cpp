@@ -113,6 +113,43 @@ TEST(BlockText, LineReaderStaysInItsBuffer) {
     EXPECT_STREQ(line.c_str(), "last");  // Untouched at the end of the input.
 }
 
+/// The line, the state and the position behind each of four reads.
+template <class Read>
+std::string Trail(std::istringstream in, std::ios_base::iostate thrown, Read read) {
+    in.exceptions(thrown);
+    std::string line = "as it was";
+    std::string trail;
+    for (int i = 0; i < 4; ++i) {
+        try {
+            read(in, line);
+        } catch (const std::ios_base::failure&) {
+            trail += "thrown ";
+        }
+        trail += line + ' ' + std::to_string(in.rdstate()) + ' ' +
+                 std::to_string(in.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in)) + '\n';
+    }
+    return trail;
+}
+
+// Hosts hand in their own streams and go on reading them.
+TEST(BlockText, LineReaderLeavesLineAndStreamAsGetlineDoes) {
+    using Stream = std::ios_base;
+    for (const char* text : {"", "\n", "a", "a\n", "a\n\nb", "a\nb\nc\nd\ne"}) {
+        for (const auto state : {Stream::goodbit, Stream::eofbit, Stream::failbit, Stream::badbit}) {
+            for (const auto thrown : {Stream::goodbit, Stream::eofbit, Stream::failbit}) {
+                const auto trail = [&](auto read) {
+                    std::istringstream in(text);
+                    in.setstate(state);
+                    return Trail(std::move(in), (state & thrown) != 0 ? Stream::goodbit : thrown, read);
+                };
+                EXPECT_EQ(trail([](auto& in, std::string& line) { ReadBlockLine(line, in); }),
+                          trail([](auto& in, std::string& line) { std::getline(in, line); }))
+                    << text << " from state " << state << ", thrown " << thrown;
+            }
+        }
+    }
+}
+
 /// What is left of a text that was written: LF as blanks, cut to its line, without what a reader strips from the end.
 std::string ReadBack(const std::string& key, std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "tests/support/AllocationWatch.h"
 #include "tests/usecase/Records.h"
 
 namespace Zu::Wep::Trace {
@@ -52,6 +53,38 @@ TEST(Record, RemovalKeepsTheOthersWhole) {
     EXPECT_EQ(records.sc.GetUsecase(3), nullptr);
     records.sc.CleaupUsecases(false);
     EXPECT_EQ(Export(records.sc), "");
+}
+
+/// Lets each allocation fail in turn while a record reads its text a second time or drops use cases.
+template <class Record>
+void ExpectEveryFailureToldAndNothingLost(const std::string& text) {
+    using Operation = void (*)(Record&, std::istringstream&);
+    for (const Operation operation : {Operation([](Record&record, auto&in) { record.RetrieveAllRecords(in); }),
+                                      Operation([](Record&record, auto&) { record.RemoveUsecase(1); }),
+                                      Operation([](Record&record, auto&) { record.CleaupUsecases(true); })}) {
+        bool failed = true;
+        for (std::size_t n = 0; failed; ++n) {
+            Record record;
+            Records::Read(record, text);
+            const std::string held = Export(record);
+            std::istringstream in(text);
+            failed = stmdcm_test::RunsOutOfMemory(n, [&] { operation(record, in); });
+            const std::string now = Export(record);
+            EXPECT_TRUE(failed ? now.starts_with(held) && (held + held).starts_with(now)
+                               : now == held + held || now.size() < held.size())
+                << n;
+        }
+    }
+}
+
+TEST(Record, MemoryThatRunsOutIsToldAndLosesNothing) {
+    const std::string name = "name=" + std::string(100, 'n') + "\n}\n";
+    const std::string text = Block(5) + "{\ntype=CPT\njobid=1\n" + name + Block(-1) + "{\ntype=PMI_CMI\n" + name +
+                             "{\ntype=CPT\njobid=-1\n" + name + Block(1) + "{\ntype=PMI_CMI\nname=CMI0\n}\n" +
+                             "{\ntype=CPT\njobid=4\n" + name + Block(7);
+    ExpectEveryFailureToldAndNothingLost<UsecaseRecord>(text);
+    ExpectEveryFailureToldAndNothingLost<CTUsecaseRecord>(text);
+    ExpectEveryFailureToldAndNothingLost<PMIUsecaseRecord>(text);
 }
 
 TEST(Record, PmiSelectsBySource) {

@@ -269,8 +269,9 @@ bool StmDeviceConfigManager::LoadSTMConfigurationFromTDF(const std::string& path
 }
 
 void StmDeviceConfigManager::LoadDeviceIdentification(const std::string& text) {
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
+    for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
+        end = std::min(text.find('\n', start), text.size());
+        std::string line = text.substr(start, end - start);
         const KeyValue field = SplitKeyValue(line);
         if (!field.value.empty()) {
             ExtractValue(std::string(field.key), std::string(field.value));  // most keys are no properties

@@ -6,9 +6,33 @@
 #include "source_utilities/uString.h"
 
 namespace Zu::Wep::Trace {
+namespace {
+
+/// `std::getline`, but for memory that runs out: that would make the stream bad, which looks like the end of the text.
+/// Here it reaches the caller.
+bool GetLine(std::istream& in, std::string& line) {
+    const std::istream::sentry ready(in, true);
+    if (!ready) {
+        return false;
+    }
+    line.clear();
+    constexpr int end = std::istream::traits_type::eof();
+    std::streambuf& buffer = *in.rdbuf();
+    int next = buffer.sbumpc();
+    const bool isAtEnd = next == end;
+    for (; next != end && next != '\n'; next = buffer.sbumpc()) {
+        line += static_cast<char>(next);
+    }
+    if (next == end) {
+        in.setstate(isAtEnd ? std::ios_base::eofbit | std::ios_base::failbit : std::ios_base::eofbit);
+    }
+    return !isAtEnd;
+}
+
+}  // namespace
 
 bool ReadBlockLine(std::string& line, std::istringstream& in) {
-    if (!std::getline(in, line)) {
+    if (!GetLine(in, line)) {
         return false;
     }
     ZU_WEP::uString::StripTrailing(line, " \t\r\n");

@@ -16,8 +16,9 @@ inline constexpr std::string_view FormulaOpen = "/$";
 inline constexpr std::string_view FormulaClose = "$/";
 
 /// Reads one line of any length, without its trailing blanks, tabs, CR and LF. A zero byte ends the text of the line.
-/// Returns false for an empty line just as for the end of the input: that is meant, a blank line ends a scan. At the
-/// end of the input `line` is left as it was.
+/// Returns false for a blank line just as for the end of the input: a blank line ends a scan (docs/use-case-blocks.md).
+/// At the end of the input `line` becomes empty, or stays as it was on a stream that had ended or failed before. The
+/// stream's state and position are those that `std::getline` leaves; memory that runs out is `std::bad_alloc`.
 bool ReadBlockLine(std::string& line, std::istringstream& in);
 
 /// `ReadBlockLine` into a buffer of `size` + 1 bytes; a longer line is cut to `size` characters.

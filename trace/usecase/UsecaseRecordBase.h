@@ -59,14 +59,12 @@ class UsecaseRecordBase : public RecordIF {
     }
 
   protected:
+    /// All stay where they are when memory runs out.
     template <class Predicate>
     void KeepOnly(Predicate keep) {
         std::vector<Info> kept;
         std::copy_if(m_usecases.begin(), m_usecases.end(), std::back_inserter(kept), keep);
-        m_usecases.clear();
-        for (Info& usecase : kept) {
-            m_usecases.push_back(std::move(usecase));
-        }
+        m_usecases.swap(kept);
     }
 
     std::vector<Info> m_usecases;

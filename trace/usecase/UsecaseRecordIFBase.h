@@ -7,7 +7,8 @@ namespace Zu::Wep::Trace {
 
 /// A record: the use cases of one kind, in the order in which they were added. `Interface` is the kind's use-case
 /// interface. The manager owns the record and hands it to the host, which never deletes it; the order of the
-/// operations is that of the table. Not locked: one thread at a time. Memory exhaustion leaves as `std::bad_alloc`.
+/// operations is that of the table. Not locked: one thread at a time. Memory exhaustion leaves as `std::bad_alloc`; the
+/// record then holds what it held, and what `RetrieveAllRecords` had read whole.
 template <class Interface>
 class UsecaseRecordIFBase {
   public:
