@@ -12,7 +12,7 @@ namespace {
 
 std::FILE* OpenCloseOnExec(const char* path, const char* mode) {
     std::string flags = mode == nullptr || *mode == '\0' ? "r" : mode;
-    flags += 'e';
+    flags.insert(1, "e");  // a ",ccs=" takes all that stands behind it
     std::FILE* stream = nullptr;
     do {
         stream = std::fopen(path, flags.c_str());

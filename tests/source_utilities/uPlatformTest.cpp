@@ -10,6 +10,7 @@
 #include "source_utilities/uProcess.h"
 #include "source_utilities/uTime.h"
 #include "tests/source_utilities/TempHome.h"
+#include "tests/support/KillAtSyscall.h"
 
 namespace ZU_WEP {
 namespace {
@@ -40,13 +41,16 @@ TEST_F(uFileTest, WritesSeeksAndReads) {
 }
 
 TEST_F(uFileTest, IsNotInheritedAndKeepsTheMode) {
-    const char* mode = "a+";
-    const int next = open(".", O_RDONLY | O_CLOEXEC);
-    close(next);
-    uFile file;
-    ASSERT_TRUE(file.Open("f", mode));
-    EXPECT_EQ(file.GetOpenMode(), mode);
-    EXPECT_EQ(fcntl(next, F_GETFD), FD_CLOEXEC);
+    for (const char* mode : {"a+", "w", "wb,ccs=UTF-8", "r+,ccs=UTF-8"}) {
+        const auto work = [mode] {  // in a child, since the C library keeps what it converts characters with
+            const int next = open(".", O_RDONLY | O_CLOEXEC);
+            close(next);
+            uFile file;
+            const bool isOpen = file.Open("f", mode) && file.GetOpenMode() == mode;
+            return isOpen && fcntl(next, F_GETFD) == FD_CLOEXEC ? 0 : 1;
+        };
+        EXPECT_EQ(stmdcm_test::RunInChild(work), 0) << mode;
+    }
 }
 
 TEST_F(uFileTest, FailedCloseStaysOpenWithoutAStream) {
