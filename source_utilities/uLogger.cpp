@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "source_utilities/Log.h"
 #include "source_utilities/uTime.h"
 
 namespace ZU_WEP {
@@ -55,11 +54,11 @@ uLogger::~uLogger() = default;
 void uLogger::Log(unsigned level, TIME_DATE when, const char* format, ...) {
     std::va_list args;
     va_start(args, format);
-    Log(level, when, format, args);
+    LogList(level, when, format, args);
     va_end(args);
 }
 
-void uLogger::Log(unsigned level, TIME_DATE when, const char* format, std::va_list args) {
+void uLogger::LogList(unsigned level, TIME_DATE when, const char* format, std::va_list args) {
     if (!m_outputEnabled || level == 0 || m_levelMask == 0) return;
     const uMutex::Guard guard(m_lock);
     std::size_t used = PutLevel(m_lineBuffer.get(), level);
@@ -72,11 +71,9 @@ void uLogger::Log(unsigned level, TIME_DATE when, const char* format, std::va_li
 void uLogger::Log(const char* format, ...) {
     std::va_list args;
     va_start(args, format);
-    Log(format, args);
+    LogList(LogInformation, NO_STAMP, format, args);
     va_end(args);
 }
-
-void uLogger::Log(const char* format, std::va_list args) { Log(LogInformation, NO_STAMP, format, args); }
 
 void uLogger::LogTimeStamp() { Log(LogInformation, DATE_TIME_STAMP, "\n"); }
 

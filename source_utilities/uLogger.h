@@ -6,10 +6,17 @@
 #include <memory>
 #include <string>
 
+#include "source_utilities/Log.h"
 #include "source_utilities/uFile.h"
 #include "source_utilities/uMutex.h"
 
 namespace ZU_WEP {
+
+/// A `va_list` as a parameter has it, and nothing that only converts to one, as a literal 0 does where it is a pointer.
+template <typename Args>
+concept VaList = requires(Args* given, std::va_list list) {
+    given == &list;
+};
 
 /// One log file, written line by line and flushed after each; the line format is described in docs/log.md.
 /// Threads may share a logger: lines stay whole. The file is opened by the first line. A file that can't be opened
@@ -29,10 +36,15 @@ class uLogger {
     /// Writes one line. `level` is a set of the five level bits; 0 writes nothing. A message that does not fit the
     /// line buffer of 4096 bytes is cut. The forms without `level` and `when` use level 1 and no time stamp.
     void Log(unsigned level, TIME_DATE when, const char* format, ...) __attribute__((format(printf, 4, 5)));
-    void Log(unsigned level, TIME_DATE when, const char* format, std::va_list args)
-        __attribute__((format(printf, 4, 0)));
+    template <VaList Args>
+    __attribute__((format(printf, 4, 0))) void Log(unsigned level, TIME_DATE when, const char* format, Args args) {
+        LogList(level, when, format, args);
+    }
     void Log(const char* format, ...) __attribute__((format(printf, 2, 3)));
-    void Log(const char* format, std::va_list args) __attribute__((format(printf, 2, 0)));
+    template <VaList Args>
+    __attribute__((format(printf, 2, 0))) void Log(const char* format, Args args) {
+        LogList(LogInformation, NO_STAMP, format, args);
+    }
     void LogTimeStamp();
 
     /// Writes the file name of the shared object that holds this code, through the current logger.
@@ -54,6 +66,8 @@ class uLogger {
     void CloseFile();
 
   private:
+    void LogList(unsigned level, TIME_DATE when, const char* format, std::va_list args)
+        __attribute__((format(printf, 4, 0)));
     std::size_t AppendStamp(std::size_t used, TIME_DATE when);
     std::size_t AppendMessage(std::size_t used, const char* format, std::va_list args);
     void EndLine(std::size_t used);

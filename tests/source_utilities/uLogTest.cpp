@@ -70,6 +70,26 @@ TEST_F(uLog, LinesHaveOneFormatAndOneLineEnd) {
     }
 }
 
+/// As a host passes its own arguments on: `list` is an array here and a pointer in the lambda.
+__attribute__((format(printf, 2, 3))) void PassOn(uLogger& logger, const char* format, ...) {
+    std::va_list list;
+    va_start(list, format);
+    logger.Log(16, uLogger::NO_STAMP, format, list);
+    va_end(list);
+    va_start(list, format);
+    [&logger, format](std::va_list pointer) { logger.Log(format, pointer); }(list);
+    va_end(list);
+}
+
+TEST_F(uLog, ANullArgumentIsNoArgumentList) {
+    uLogger logger("line.txt", false);
+    logger.Log(1, uLogger::TIME_DATE(0), "%d", 0);
+    logger.Log("%d", 0);
+    logger.Log("%ld", 0L);
+    PassOn(logger, "%d %s", 0, "passed on");
+    EXPECT_EQ(Contents("line.txt"), "M      0\nM      0\nM      0\n    E  0 passed on\nM      0 passed on\n");
+}
+
 TEST_F(uLog, NeedsNoLogger) {
     Reset();
     Log(LogError, "nobody listens");
