@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "source_utilities/WriteSignalBlock.h"
 #include "source_utilities/uTime.h"
 
 namespace ZU_WEP {
@@ -106,6 +107,7 @@ void uLogger::EndLine(std::size_t used) {
 
 void uLogger::WriteLine() {
     if (!m_fileOpen) OpenFile();
+    const WriteSignalBlock block;
     m_file.WriteString(m_lineBuffer.get());
     m_file.Flush();
     if (!m_logToStdio) return;

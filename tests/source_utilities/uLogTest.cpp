@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+
 #include <regex>
 #include <thread>
 #include <tuple>
@@ -6,6 +8,7 @@
 #include "source_utilities/source_utilities_error.h"
 #include "source_utilities/uLogSystem.h"
 #include "tests/source_utilities/TempHome.h"
+#include "tests/support/KillAtSyscall.h"
 
 namespace ZU_WEP {
 namespace {
@@ -100,6 +103,60 @@ TEST_F(uLog, NeedsNoLogger) {
     EXPECT_TRUE(uLogSystem::m_pSystem->InitLogEx("log.txt", 1, "missing"));
     Log(LogError, "nowhere to go");
     EXPECT_EQ(LoggerAbove(0)->GetName(), std::string("missing/log.txt"));
+}
+
+void LimitFileSize(rlim_t size) {
+    const rlimit limit{size, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+void CloseReaderOfStdout() {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    ::dup2(ends[1], STDOUT_FILENO);
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+TEST_F(uLog, AFileSizeLimitOrAClosedPipeEndsNoHost) {
+    for (const bool pendingBefore : {false, true}) {
+        const int status = stmdcm_test::RunInChild([&] {
+            sigset_t signals{}, mask{}, pending{};
+            sigaddset(&signals, SIGXFSZ);
+            sigaddset(&signals, SIGPIPE);
+            for (const int signal : {SIGXFSZ, SIGPIPE}) {
+                std::signal(signal, SIG_DFL);
+                if (pendingBefore) {
+                    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+                    ::raise(signal);
+                }
+            }
+            CloseReaderOfStdout();
+            LimitFileSize(20);
+            uLogger logger("line.txt", true);
+            logger.EnableLogToStdio(true);
+            for (const char* text : {"kept\n", "at the limit", "past the limit"}) {
+                logger.Log("%s", text);
+            }
+            logger.EnableOutput(false);  // closes the file, with nothing left to write
+            logger.EnableOutput(true);
+            LimitFileSize(RLIM_INFINITY);
+            logger.Log("whole again");
+            pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+            ::sigpending(&pending);
+            int changed = 0;
+            for (const int signal : {SIGXFSZ, SIGPIPE}) {
+                changed += sigismember(&mask, signal) != int{pendingBefore};
+                changed += sigismember(&pending, signal) != int{pendingBefore};
+                changed += std::signal(signal, SIG_DFL) != SIG_DFL;
+            }
+            return changed;
+        });
+        EXPECT_EQ(status, 0);
+        EXPECT_TRUE(std::regex_match(Contents("line.txt"), std::regex("M      kept\nM      a?.*M      whole again\n")))
+            << Contents("line.txt");
+        std::filesystem::remove("line.txt");
+    }
 }
 
 TEST_F(uLog, FirstFileStays) {
