@@ -34,8 +34,12 @@ TEST_F(SettingsTextTest, WhereThePropertiesEndAndWhatTheResultIs) {
         {"an empty block counts for every kind", "{\n}\n", true, 1, 1},
         {"a blank line between blocks ends them", block + "\n\n" + block, true, 1, 1},
         {"999 characters", "STM_ATB_Id=5 " + std::string(986, 'x'), true, 5, 0},
+        {"999 characters and trailing blanks", "STM_ATB_Id=5 " + std::string(986, 'x') + "  \t\r", true, 5, 0},
         {"1000 characters", "STM_ATB_Id=5 " + std::string(987, 'x'), false, 5, 0},
+        {"a block line of 126 characters, CR LF", "{\r\ntype=PMI_CMI\r\nname=" + std::string(121, 'n') + "\r\n}", true,
+         1, 1},
         {"a block line of 127 characters", "{\ntype=PMI_CMI\nname=" + std::string(122, 'n') + "\n}", false, 1, 1},
+        {"text behind the blanks", "{\ntype=PMI_CMI\nname=n" + std::string(300, ' ') + "x\n}", false, 1, 1},
     };
     for (const auto& test : cases) {
         m_manager = Make();
@@ -52,8 +56,11 @@ TEST_F(SettingsTextTest, CarriageReturnKeepsTheBraceOfAOneLineBlock) {
 }
 
 TEST_F(SettingsTextTest, LongLinesAreNamedInTheLog) {
-    LoadText("STM_ATB_Id=5\nSTM_STP_Version=2 " + std::string(2000, ' ') + "\n{\n" + std::string(200, 'k') + "=1\n}");
+    LoadText("STM_ATB_Id=5" + std::string(2000, ' ') + "\r\nSTM_STP_Version=2 " + std::string(2000, 'x') + "\n{\n" +
+             std::string(200, 'k') + "=1\n" + std::string(124, 'k') + "=1 \r\n}");
     const auto log = TakeLog();
+    EXPECT_EQ(std::count_if(log.begin(), log.end(), [](const auto& line) { return line.find("longer") != line.npos; }),
+              2);
     const std::string file = m_home / "local.txt";
     EXPECT_EQ(
         std::count(log.begin(), log.end(),

@@ -112,6 +112,7 @@ class Mutator {
                                               "formula=a:1234",
                                               "#x=1",
                                               "name=" + std::string(260, 'n'),
+                                              "name=" + std::string(120, 'n') + " \t \r",
                                               "probe=" + std::string(1100, 'p'),
                                               "id=1\0x"s,
                                               "STM_ATB_Id\0= 8"s,

@@ -16,7 +16,7 @@ using Readings = std::array<KindReading, kUsecaseKinds.size()>;
 
 /// A line as the readers get it.
 std::string_view Stripped(std::string_view line) {
-    line = line.substr(0, line.find_last_not_of(" \t\r\n") + 1);
+    line = line.substr(0, line.find_last_not_of(TrailingBlanks) + 1);
     return line.substr(0, line.find('\0'));
 }
 

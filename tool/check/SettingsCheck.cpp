@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tool/check/ValueCheck.h"
+#include "trace/usecase/BlockReader.h"
 
 namespace stmdcm {
 
@@ -39,7 +40,7 @@ std::vector<std::string_view> SplitFields(std::string_view line, std::string_vie
     return fields;
 }
 
-bool IsBlank(std::string_view line) { return line.find_first_not_of(" \t\r\n") == std::string_view::npos; }
+bool IsBlank(std::string_view line) { return line.find_first_not_of(TrailingBlanks) == std::string_view::npos; }
 
 ValueRule RuleOf(const StmProperty& property) {
     switch (property.conversion) {
@@ -246,9 +247,10 @@ void SettingsCheck::TellUnset() {
 /// The line as far as it is read. Tells what is lost of it.
 std::string_view SettingsCheck::Limited(std::size_t index, std::size_t limit) {
     const std::string_view line = m_lines[index].substr(0, limit);
-    if (line.size() < m_lines[index].size()) {
+    const std::size_t length = m_lines[index].find_last_not_of(TrailingBlanks) + 1;
+    if (length > limit) {
         m_model.clean = false;
-        Add(Kind("T-LINE-CUT"), index, fmt::format("the line has {} characters", m_lines[index].size()),
+        Add(Kind("T-LINE-CUT"), index, fmt::format("the line has {} characters", length),
             fmt::format("cut to {} characters; loading gives false", limit));
     }
     if (const std::size_t zero = line.find('\0'); zero != std::string_view::npos) {

@@ -1,12 +1,17 @@
 #include "trace/dcm/LimitedLineReader.h"
 
+#include <string_view>
+
 #include "source_utilities/Log.h"
+#include "trace/usecase/BlockReader.h"
 
 namespace Zu::Wep::Trace {
 
 namespace {
 
 constexpr int kEnd = std::istream::traits_type::eof();
+
+bool IsTrailingBlank(char c) { return std::string_view(TrailingBlanks).find(c) != std::string_view::npos; }
 
 }  // namespace
 
@@ -28,9 +33,10 @@ void LimitedLineReader::Next(std::string& line, std::size_t limit) {
     ++m_lineNumber;
     bool cut = false;
     for (int next = NextCharacter(); next != kEnd && next != '\n'; next = NextCharacter()) {
+        const char c = static_cast<char>(next);
         if (line.size() < limit) {
-            line += static_cast<char>(next);
-        } else {
+            line += c;
+        } else if (!IsTrailingBlank(c)) {
             cut = true;
         }
     }

@@ -18,6 +18,7 @@ class LimitedLineReader {
     /// Whether reading failed otherwise than by meeting the end.
     bool Failed() const { return m_in.bad(); }
 
+    /// Whether a line had more than blanks, tabs and CR behind its limit.
     bool AnyCut() const { return m_anyCut; }
 
     /// Reads the next line, without its line feed and at most `limit` characters of it; empty where there is none.

@@ -27,7 +27,8 @@ struct KeyValue {
 /// a zero byte overwrites the delimiter behind each of them.
 KeyValue SplitKeyValue(std::string& line);
 
-/// How long the lines of a text may be; longer ones are cut, and the rest of them is skipped.
+/// How long the lines of a text may be, without blanks, tabs and CR at their end; longer ones are cut, and the rest of
+/// them is skipped.
 struct LineLimits {
     std::size_t property = std::string::npos;
     std::size_t block = std::string::npos;

@@ -35,7 +35,7 @@ bool ReadBlockLine(std::string& line, std::istringstream& in) {
     if (!GetLine(in, line)) {
         return false;
     }
-    ZU_WEP::uString::StripTrailing(line, " \t\r\n");
+    ZU_WEP::uString::StripTrailing(line, TrailingBlanks);
     const bool blank = line.empty();
     line.resize(std::min(line.find('\0'), line.size()));
     return !blank;

@@ -14,6 +14,8 @@ inline constexpr std::string_view BlockOpen = "{";
 inline constexpr std::string_view BlockClose = "}";
 inline constexpr std::string_view FormulaOpen = "/$";
 inline constexpr std::string_view FormulaClose = "$/";
+/// What a reader drops from the end of a line.
+inline constexpr char TrailingBlanks[] = " \t\r\n";
 
 /// Reads one line of any length, without its trailing blanks, tabs, CR and LF. A zero byte ends the text of the line.
 /// Returns false for a blank line just as for the end of the input: a blank line ends a scan (docs/use-case-blocks.md).

@@ -4,6 +4,7 @@
 
 #include "source_utilities/Log.h"
 #include "source_utilities/uString.h"
+#include "trace/usecase/BlockReader.h"
 
 namespace Zu::Wep::Trace {
 namespace {
@@ -14,7 +15,7 @@ void CutToLine(std::string& value, std::string_view key) {
         return;
     }
     value.resize(room);
-    ZU_WEP::uString::StripTrailing(value, " \t\r\n");  // A reader strips them as well: the text reads back as written.
+    ZU_WEP::uString::StripTrailing(value, TrailingBlanks);  // A reader strips them too: the text reads back as written.
     ZU_WEP::Log(ZU_WEP::LogUnexpected, "Use case: value of \"%s\" cut to %zu characters", std::string(key).c_str(),
                 value.size());
 }
