@@ -54,7 +54,7 @@ class CTUsecaseInfo : public CTUsecaseInfoIF {
   private:
     static std::span<const BlockField<CTUsecaseInfo>> Fields();
 
-    // The defaults differ from those of an SC use case on purpose.
+    // Other defaults than those of an SC use case (docs/use-case-blocks.md).
     std::uint32_t m_moduleId = 0;
     std::string m_moduleName;
     std::string m_probeName;

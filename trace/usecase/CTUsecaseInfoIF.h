@@ -12,7 +12,7 @@ class CTUsecaseInfoIF : public UsecaseInfoIFBase {
     virtual bool IsOptionEnabled(eCTDataOption option) const = 0;
     virtual void SetClockRate(unsigned int rate) = 0;
     virtual unsigned int GetClockRate() const = 0;
-    virtual void SetDividFactor(unsigned int factor) = 0;  // Spelled so on purpose: hosts know it by this name.
+    virtual void SetDividFactor(unsigned int factor) = 0;  // Hosts know it by this name.
     virtual unsigned int GetDividFactor() const = 0;
     virtual void SetModuleMode(unsigned int mode) = 0;
     virtual unsigned int GetModuleMode() const = 0;

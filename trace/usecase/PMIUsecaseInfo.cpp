@@ -8,7 +8,7 @@ PMIUsecaseInfo::PMIUsecaseInfo() = default;
 
 PMIUsecaseInfo::~PMIUsecaseInfo() = default;
 
-// The job-number field is left out on purpose.
+// Without the job-number field, which nothing reads: hosts get -1 whatever it holds.
 PMIUsecaseInfo& PMIUsecaseInfo::operator=(const PMIUsecaseInfo& other) {
     if (this != &other) {
         m_moduleName = other.m_moduleName;

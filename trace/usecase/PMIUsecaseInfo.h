@@ -14,7 +14,8 @@ template <class Owner>
 struct BlockField;
 
 /// A PMI/CMI use case and its block text (docs/use-case-blocks.md): a source, "PMI", "CMI0" or "CMI1", which it keeps
-/// as its module name, and a sample window. It has no module id, probe or job: setting them does nothing, on purpose.
+/// as its module name, and a sample window. It has no module id, probe or job: hosts set them as they do for every
+/// kind, which does nothing (docs/host-guide.md).
 class PMIUsecaseInfo : public UsecaseInfoIFBase {
   public:
     PMIUsecaseInfo();

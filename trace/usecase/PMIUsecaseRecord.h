@@ -9,7 +9,7 @@ namespace Zu::Wep::Trace {
 /// Selects by source index rather than by position or job: 0 is "PMI", 1 is "CMI0", 2 is "CMI1".
 class PMIUsecaseRecord : public UsecaseRecordBase<PMIUsecaseRecordIF, PMIUsecaseInfo> {
   public:
-    /// Removes all use cases of the source; any index but 0, 1 and 2 empties the record, on purpose.
+    /// Removes all use cases of the source; any index but 0, 1 and 2 empties the record (docs/host-guide.md).
     void RemoveUsecase(int source) override;
     UsecaseInfoIFBase* GetUsecase(unsigned int source) override;
     UsecaseInfoIFBase* GetAUsecaseInfo() override;

@@ -106,7 +106,7 @@ int UsecaseInfo::DoImport(const char* line, std::istringstream& in) {
     return ReadBlock(line, in, AcceptsFirstLine, [&](std::string& current) {
         const bool inFormula = current == FormulaOpen;
         if (inFormula && !ReadBlockLine(current, in)) {
-            return LineResult::BlockDone;  // A formula opened at the end of the text completes the block, on purpose.
+            return LineResult::BlockDone;  // The block counts as complete (docs/use-case-blocks.md).
         }
         return ProccessLine(current.c_str(), inFormula, in) == 0 ? LineResult::Next : LineResult::Bad;
     });
@@ -134,7 +134,8 @@ void UsecaseInfo::StoreKey(const KeyLine& keyLine) {
     }
 }
 
-// Only "$/", a blank line or the end of the text ends a formula: a "}" has no "=" and is skipped, on purpose.
+// Only "$/", a blank line or the end of the text ends a formula (docs/use-case-blocks.md): a "}" has no "=" and is
+// skipped.
 int UsecaseInfo::ReadFormula(KeyLine first, std::istringstream& in) {
     FormulaInfo formula;
     StoreField(formula, FormulaFields, first);

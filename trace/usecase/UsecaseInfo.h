@@ -20,8 +20,8 @@ class UsecaseInfo : public UsecaseInfoIF {
     UsecaseInfo();
     UsecaseInfo(const UsecaseInfo& other) = default;
     UsecaseInfo(UsecaseInfo&& other) noexcept = default;
-    /// Not a plain copy, on purpose: the probe name stays, counters and formulas are appended to those held. Containers
-    /// of use cases therefore never assign their elements; they copy-construct them.
+    /// Not a plain copy (docs/host-guide.md): the probe name stays, counters and formulas are appended to those held.
+    /// Containers of use cases therefore never assign their elements; they copy-construct them.
     UsecaseInfo& operator=(const UsecaseInfo& other);
 
     void SetModuleId(unsigned int id) override { m_moduleId = id; }

@@ -16,7 +16,7 @@ class UsecaseInfoIF : public UsecaseInfoIFBase {
     /// Appends a formula; the texts must not be null.
     virtual void AddFormula(const char* name, const char* formula, const char* unit, unsigned int ofmask) = 0;
     virtual unsigned int GetNumCounters() const = 0;
-    virtual unsigned int GetNumFormulars() const = 0;  // Spelled so on purpose: hosts know it by this name.
+    virtual unsigned int GetNumFormulars() const = 0;  // Hosts know it by this name.
     /// The counter or formula at a position counted from 0, null behind the last one. It belongs to the use case and
     /// is valid until a counter (formula) is added or the use case is reset or destroyed.
     virtual _CounterLineInfo* GetCounterInfo(unsigned int index) = 0;

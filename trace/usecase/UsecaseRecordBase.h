@@ -38,7 +38,7 @@ class UsecaseRecordBase : public RecordIF {
     int SaveAllRecords(std::string& out) const override {
         int result = 0;
         for (const Info& usecase : m_usecases) {
-            result = usecase.DoExport(out);  // Only the last result counts, on purpose.
+            result = usecase.DoExport(out);  // Hosts get the last one's result (docs/host-guide.md).
         }
         return result;
     }

@@ -21,7 +21,7 @@ class UsecaseRecordIFBase {
     virtual unsigned int GetNumUsecases() const = 0;
     /// Removes every use case that the number selects: by job number, or by source index for PMI/CMI.
     virtual void RemoveUsecase(int selector) = 0;
-    /// Removes all use cases, or only those without a job (job number below 0). The name is meant as it stands.
+    /// Removes all use cases, or only those without a job (job number below 0). Hosts know it by this name.
     virtual void CleaupUsecases(bool keepThoseWithJob) = 0;
     /// Appends a copy. `usecase` must not be null and must be an object of this library's class for the kind, such as
     /// `GetAUsecaseInfo` and `GetUsecase` return: neither is checked.
