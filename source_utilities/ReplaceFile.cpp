@@ -4,78 +4,47 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <optional>
-#include <utility>
+#include <string_view>
 
 #include "source_utilities/PosixFile.h"
+#include "source_utilities/TemporaryFile.h"
+#include "source_utilities/WriteSignalBlock.h"
 
 namespace ZU_WEP {
 
 namespace {
 
 constexpr int MaxLinks = 40;
-constexpr int MaxNameAttempts = 1000;
-constexpr mode_t PermissionBits = 07777;
 
-/// A file of a unique name, removed again unless it takes another one's place.
-class TemporaryFile {
+/// Not allowed or not possible here, as opposed to gone wrong.
+bool IsRefusal(int error) {
+    return error == EACCES || error == EPERM || error == EROFS || error == EBUSY || error == ENAMETOOLONG;
+}
+
+bool IsStorageFailure(int error) { return error == ENOSPC || error == EDQUOT || error == EIO; }
+
+ReplaceResult OpenFailure() { return IsStorageFailure(errno) ? ReplaceResult::Failed : ReplaceResult::CannotOpen; }
+
+/// The text, built when it is asked for the first time.
+class LazyText {
   public:
-    explicit TemporaryFile(const std::string& directory, mode_t mode) {
-        static std::atomic<unsigned> counter{0};
-        for (int attempt = 0; attempt < MaxNameAttempts; ++attempt) {
-            m_path = directory + "/.stmdcm-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".tmp";
-            m_file = PosixFile::Open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode);
-            if (m_file.IsOpen() || errno != EEXIST) {
-                break;
-            }
-        }
-        m_exists = m_file.IsOpen();
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() {
-        if (m_exists) {
-            const int error = errno;
-            ::unlink(m_path.c_str());
-            errno = error;
-        }
-    }
+    explicit LazyText(const std::function<std::string()>& build) : m_build(build) {}
 
-    bool Exists() const { return m_exists; }
-
-    bool TakeModeAndOwner(const struct stat& old) {
-        struct stat own {};
-        const int descriptor = m_file.Descriptor();
-        if (::fstat(descriptor, &own) != 0) {
-            return false;
+    const std::string& Get() {
+        if (!m_text) {
+            m_text = m_build();
         }
-        const bool sameOwner = own.st_uid == old.st_uid && own.st_gid == old.st_gid;
-        return (sameOwner || ::fchown(descriptor, old.st_uid, old.st_gid) == 0) &&
-               ::fchmod(descriptor, old.st_mode & PermissionBits) == 0;
-    }
-
-    bool Fill(std::string_view content) { return m_file.WriteAt(0, {content}) && m_file.Sync() && m_file.Close(); }
-
-    bool RenameTo(const std::string& target) {
-        if (::rename(m_path.c_str(), target.c_str()) != 0) {
-            return false;
-        }
-        m_exists = false;
-        return true;
+        return *m_text;
     }
 
   private:
-    std::string m_path;
-    PosixFile m_file;
-    bool m_exists = false;
+    const std::function<std::string()>& m_build;
+    std::optional<std::string> m_text;
 };
-
-/// Not allowed here, as opposed to gone wrong.
-bool IsRefusal(int error) { return error == EACCES || error == EPERM || error == EROFS || error == EBUSY; }
 
 /// The name behind the symbolic links, which need not exist.
 std::filesystem::path FollowLinks(std::filesystem::path path) {
@@ -90,38 +59,57 @@ std::filesystem::path FollowLinks(std::filesystem::path path) {
     return path;
 }
 
+/// Links below /proc show names that other files have, or none.
+bool IsNameOf(const std::string& path, const struct stat& file) {
+    struct stat found {};
+    return ::lstat(path.c_str(), &found) == 0 && found.st_dev == file.st_dev && found.st_ino == file.st_ino;
+}
+
 /// A directory that can't be opened for reading can't be synced; the rename counts all the same.
 bool SyncDirectory(const std::string& directory) {
     const PosixFile file = PosixFile::Open(directory.c_str(), O_RDONLY | O_DIRECTORY);
     return !file.IsOpen() || file.Sync();
 }
 
-bool WriteInPlace(PosixFile& file, std::string_view content) {
+/// Until the file is cut there are line feeds behind the new content, not the rest of a longer old one.
+bool Overwrite(const PosixFile& file, std::size_t oldSize, std::string_view text) {
+    const std::string padding(oldSize - std::min(oldSize, text.size()), '\n');
+    // A full disk is met before the old content is lost.
+    return file.Reserve(0, text.size() + padding.size()) && file.WriteAt(0, {text, padding}) &&
+           file.Truncate(text.size());
+}
+
+bool WriteInPlace(PosixFile& file, std::string_view text) {
+    const WriteSignalBlock block;
     struct stat info {};
     if (::fstat(file.Descriptor(), &info) != 0) {
         return false;
     }
-    // A full disk is met before the old content is lost.
-    const bool written = S_ISREG(info.st_mode) ? file.Reserve(0, content.size()) && file.WriteAt(0, {content}) &&
-                                                     file.Truncate(content.size())
-                                               : file.Write(content);
+    const bool written =
+        S_ISREG(info.st_mode) ? Overwrite(file, static_cast<std::size_t>(info.st_size), text) : file.Write(text);
     return written && file.Sync() && file.Close();
 }
 
 /// Gives nothing where the target has to be written in place.
-std::optional<ReplaceResult> ReplaceWhole(const std::string& target, const std::string& directory,
-                                          const std::optional<struct stat>& old, std::string_view content) {
-    TemporaryFile temporary(directory, old ? S_IRUSR | S_IWUSR : 0666);
-    if (!temporary.Exists()) {
-        if (IsRefusal(errno)) {
-            return std::nullopt;
-        }
-        return errno == ENOENT || errno == ENOTDIR ? ReplaceResult::CannotOpen : ReplaceResult::Failed;
-    }
-    if (old && !temporary.TakeModeAndOwner(*old)) {
+std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::optional<struct stat>& old,
+                                          LazyText& text) {
+    const std::filesystem::path target = FollowLinks(path);
+    if (old && !IsNameOf(target, *old)) {
         return std::nullopt;
     }
-    if (!temporary.Fill(content)) {
+    if (!target.has_filename()) {
+        errno = ENOENT;
+        return ReplaceResult::CannotOpen;
+    }
+    const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
+    TemporaryFile temporary(directory, old ? S_IRUSR | S_IWUSR : 0666);
+    if (!temporary.Exists()) {
+        return IsRefusal(errno) ? std::nullopt : std::optional(OpenFailure());
+    }
+    if (old && !temporary.TakeModeAndOwner(*old)) {
+        return IsStorageFailure(errno) ? std::optional(ReplaceResult::Failed) : std::nullopt;
+    }
+    if (!temporary.Fill(text.Get())) {
         return ReplaceResult::Failed;
     }
     if (!temporary.RenameTo(target)) {
@@ -132,34 +120,27 @@ std::optional<ReplaceResult> ReplaceWhole(const std::string& target, const std::
 
 }  // namespace
 
-ReplaceResult ReplaceFile(const std::string& path, std::string_view content) {
+ReplaceResult ReplaceFile(const std::string& path, const std::function<std::string()>& build) {
     PosixFile file = PosixFile::Open(path.c_str(), O_WRONLY);
-    std::optional<struct stat> old;
-    if (file.IsOpen()) {
-        if (::fstat(file.Descriptor(), &old.emplace()) != 0) {
-            return ReplaceResult::Failed;
-        }
-    } else if (errno != ENOENT) {
-        return ReplaceResult::CannotOpen;
+    if (!file.IsOpen() && errno != ENOENT) {
+        return OpenFailure();
     }
+    std::optional<struct stat> old;
+    if (file.IsOpen() && ::fstat(file.Descriptor(), &old.emplace()) != 0) {
+        return ReplaceResult::Failed;
+    }
+    LazyText text(build);
     if (!old || S_ISREG(old->st_mode)) {
-        const std::filesystem::path target = FollowLinks(path);
-        if (!target.has_filename()) {
-            errno = ENOENT;
-            return ReplaceResult::CannotOpen;
-        }
-        const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
-        if (const auto result = ReplaceWhole(target.string(), directory.string(), old, content)) {
+        file.Close();  // its descriptor may be the only free one
+        if (const auto result = ReplaceWhole(path, old, text)) {
             return *result;
         }
-    }
-    if (!file.IsOpen()) {
-        file = PosixFile::Open(path.c_str(), O_WRONLY | O_CREAT);
+        file = PosixFile::Open(path.c_str(), old ? O_WRONLY : O_WRONLY | O_CREAT);
         if (!file.IsOpen()) {
-            return ReplaceResult::CannotOpen;
+            return OpenFailure();
         }
     }
-    return WriteInPlace(file, content) ? ReplaceResult::Written : ReplaceResult::Failed;
+    return WriteInPlace(file, text.Get()) ? ReplaceResult::Written : ReplaceResult::Failed;
 }
 
 }  // namespace ZU_WEP

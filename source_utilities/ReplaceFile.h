@@ -1,23 +1,28 @@
 #pragma once
 
+#include <functional>
 #include <string>
-#include <string_view>
 
 namespace ZU_WEP {
 
 enum class ReplaceResult {
     Written,
-    CannotOpen,  ///< the file can't be opened for writing; nothing was touched
-    Failed       ///< a write, sync, close or rename failed
+    CannotOpen,  ///< the file can't be opened for writing; nothing was touched, and no text was asked for
+    Failed       ///< the disk is full, or making the file, a write, sync, close or rename failed
 };
 
-/// Gives the file `path` the content, creating it where it is missing. Follows symbolic links.
+/// Gives the file `path` the text that `build` returns, creating the file where it is missing. Follows symbolic links.
+/// `build` is called once, when there is an open file for its text; what it throws is passed on, and an old file stays
+/// as it was.
 ///
 /// The file is replaced whole, by a temporary file beside it that is renamed over it, with mode and owner kept: after a
 /// failure, or a kill at any moment, it holds all of its old or all of its new content (a kill can leave the temporary
-/// file, named ".stmdcm-*.tmp"). Only where that can't be done, for want of the right to create a file there or to keep
-/// the owner, or because the target is not a regular file, it is written in place.
-/// `errno` tells the reason of CannotOpen and Failed. Never throws but for want of memory.
-ReplaceResult ReplaceFile(const std::string& path, std::string_view content);
+/// file, named ".stmdcm-*.tmp"). Only where that can't be done it is written in place: for want of the right to create
+/// a file there or to keep the owner, because the temporary file's name would be too long, or because the target is not
+/// a regular file with a name. A kill can then leave line feeds behind the new content, up to the old length.
+///
+/// One free descriptor is enough, and no signal is raised (SIGXFSZ, SIGPIPE). `errno` tells the reason of CannotOpen
+/// and Failed. Never throws by itself but for want of memory.
+ReplaceResult ReplaceFile(const std::string& path, const std::function<std::string()>& build);
 
 }  // namespace ZU_WEP

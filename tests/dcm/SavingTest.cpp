@@ -3,6 +3,7 @@
 
 #include "host/vorn/vornError.h"
 #include "tests/dcm/ManagerTest.h"
+#include "tests/support/FreeDescriptors.h"
 #include "tests/support/KillAtSyscall.h"
 #include "trace/tdf/TDFHandler.h"
 
@@ -68,6 +69,34 @@ TEST_F(SavingTest, NoCaptureIsQuietlyNotWritten) {
     EXPECT_FALSE(m_manager->LoadSTMConfigurationFromTDF(path));
     EXPECT_FALSE(m_manager->SaveConfiguration(path, TRACE_DATA_FILE_TDF));
     EXPECT_EQ(ReadWhole(path), "TDF2");
+}
+
+TEST_F(SavingTest, SettingsThatCannotBeOpenedAreNotWrittenAndLogged) {
+    UsecaseInfoIF* usecase = m_manager->GetUsecaseRecord()->GetAUsecaseInfo();
+    usecase->SetModuleName(std::string(200, 'n').c_str());  // a line in the log when the text is built
+    m_manager->GetUsecaseRecord()->AddUsecase(usecase);
+    std::filesystem::create_directory(m_home / "d.dcm");
+    Write("s.dcm", "old");
+    const auto save = [this](const char* name) { return m_manager->SaveConfiguration(name, TRACE_DATA_FILE_LIVE); };
+    const auto lines = [this](const std::string& name, const std::string& line) {
+        const std::string path = m_home / name;
+        return std::vector<std::string>{"M     STM Device DCM: SaveSTMConfigurationLive " + path, line};
+    };
+    const std::string cannot = " W    STM Device DCM: SaveSTMConfigurationLive can't open " + m_home.Path();
+    TakeLog();
+    EXPECT_TRUE(save("d"));
+    EXPECT_EQ(TakeLog(), lines("d", cannot + "/d.dcm: Is a directory"));
+    for (const int descriptors : {0, 1}) {
+        const auto work = [&] {
+            m_logger->OpenFile();
+            stmdcm_test::LeaveDescriptors(descriptors);
+            return int{save("s")};
+        };
+        EXPECT_EQ(stmdcm_test::RunInChild(work), 1);
+        const std::string cut = " W    Use case: value of \"name\" cut to 121 characters";
+        EXPECT_EQ(TakeLog(), lines("s", descriptors == 0 ? cannot + "/s.dcm: Too many open files" : cut));
+        EXPECT_EQ(ReadWhole(m_home / "s.dcm"), descriptors == 0 ? "old" : Text());
+    }
 }
 
 TEST_F(SavingTest, AHostThatCannotSaveItsPartIsAFailure) {

@@ -125,7 +125,7 @@ ChangeResult ConfigurationChange::InSettings(const std::string& path, bool force
         throw Failure(fmt::format("{}: parts of the file would be lost ({}); --force writes it all the same", path,
                                   fmt::join(result.doubts, "; ")));
     }
-    if (ZU_WEP::ReplaceFile(path, text) != ZU_WEP::ReplaceResult::Written) {
+    if (ZU_WEP::ReplaceFile(path, [&text] { return text; }) != ZU_WEP::ReplaceResult::Written) {
         const int error = errno;
         throw Failure(fmt::format("{}: the file can't be written: {}", path, ZU_WEP::ErrnoText(error)));
     }

@@ -1,11 +1,13 @@
 #include "trace/dcm/StmDeviceConfigManager.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <sstream>
 
 #include "host/vorn/vornError.h"
 #include "source_utilities/Log.h"
+#include "source_utilities/PosixFile.h"
 #include "source_utilities/ReplaceFile.h"
 #include "trace/dcm/EnvironmentVariables.h"
 #include "trace/dcm/SettingsText.h"
@@ -225,16 +227,26 @@ bool StmDeviceConfigManager::SaveSTMConfigurationLive(const std::string& name) {
         return false;
     }
     ZU_WEP::Log(ZU_WEP::LogInformation, "STM Device DCM: SaveSTMConfigurationLive %s", name.c_str());
-    // Unlike the reader, the writer does not look whether the extension is there already: meant so.
-    // Neither is a file that can't be opened a failure.
+    // Unlike the reader, the writer does not look whether the extension is there already (docs/settings-text.md).
+    bool isOpen = false;
     try {
-        if (ZU_WEP::ReplaceFile(name + kSettingsExtension, ConfigurationText()) != ZU_WEP::ReplaceResult::Failed) {
+        const std::string path = name + kSettingsExtension;
+        const auto result = ZU_WEP::ReplaceFile(path, [this, &isOpen] {
+            isOpen = true;
+            return ConfigurationText();
+        });
+        if (result == ZU_WEP::ReplaceResult::CannotOpen) {  // no failure (docs/host-guide.md)
+            const int error = errno;
+            ZU_WEP::Log(ZU_WEP::LogUnexpected, "STM Device DCM: SaveSTMConfigurationLive can't open %s: %s",
+                        path.c_str(), ZU_WEP::ErrnoText(error).c_str());
+        }
+        if (result != ZU_WEP::ReplaceResult::Failed) {
             return true;
         }
     } catch (const std::exception&) {
         // told below, like any failure to write
     }
-    m_errorText = "Failed to write file";
+    m_errorText = isOpen ? "Failed to write file" : "Failed to open file";
     ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: SaveSTMConfigurationLive fail to write buffer to file");
     return false;
 }

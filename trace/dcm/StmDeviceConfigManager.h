@@ -48,7 +48,8 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     bool LoadSTMConfiguration(const std::string& path);
     /// Reads the settings file `name` of the trace settings directory, "`.dcm`" added unless the path holds it.
     bool LoadSTMConfigurationLive(const std::string& name);
-    /// Replaces the settings file `name` + ".dcm", a whole path.
+    /// Replaces the settings file `name` + ".dcm", a whole path (docs/settings-text.md). True also, with nothing
+    /// written and a line in the log, when it can't be opened.
     bool SaveSTMConfigurationLive(const std::string& name);
     /// Reads the sections "DEVID" and "STMDECODERINFO" of a capture; a capture without either is a failure.
     bool LoadSTMConfigurationFromTDF(const std::string& path);

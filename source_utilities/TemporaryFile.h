@@ -1,0 +1,35 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+#include <string_view>
+
+#include "source_utilities/PosixFile.h"
+
+namespace ZU_WEP {
+
+/// A file of a unique name, ".stmdcm-*.tmp", open for writing; removed again unless it takes another one's place. What
+/// returns false leaves the reason in `errno`.
+class TemporaryFile {
+  public:
+    /// Makes it in the directory; ask Exists whether that worked.
+    TemporaryFile(const std::string& directory, mode_t mode);
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile();
+
+    bool Exists() const { return m_exists; }
+    bool TakeModeAndOwner(const struct stat& other);
+    /// Stores the content, synced, and closes the file.
+    bool Fill(std::string_view content);
+    /// Takes the place of the file of that name, in the same directory.
+    bool RenameTo(const std::string& target);
+
+  private:
+    std::string m_path;
+    PosixFile m_file;
+    bool m_exists = false;
+};
+
+}  // namespace ZU_WEP
