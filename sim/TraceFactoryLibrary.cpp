@@ -1,8 +1,11 @@
 // What libTraceFactory.so exports, and its coming and going.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "host/CTraceFactory.h"
 #include "host/vorn/vornError.h"
@@ -21,17 +24,30 @@ using Zu::Wep::Vorn::vornError;
 constexpr char kScenarioVariable[] = "STMDCM_SCENARIO";
 constexpr char kCreateCall[] = "CreateTraceFactory";
 
-/// Shows in the call log that nothing of the library is used after it is gone.
-const struct LibraryLife {
-    LibraryLife() noexcept { Tell("library loaded"); }
+/// "" for none.
+std::string Left(std::size_t count, const char* what) {
+    return count != 0 ? " with " + std::to_string(count) + " " + what + " left" : std::string();
+}
+
+/// Owns the factories, those included that nobody gives back. Shows in the call log that nothing of the library is used
+/// after it is gone.
+struct LibraryLife {
+    LibraryLife() noexcept {
+        Tell([] { return std::string("library loaded"); });
+    }
     LibraryLife(const LibraryLife&) = delete;
     LibraryLife& operator=(const LibraryLife&) = delete;
-    ~LibraryLife() { Tell("library unloaded"); }
+    ~LibraryLife() {
+        Tell([this] { return "library unloaded" + Left(factories.size(), "factories"); });
+    }
+
+    std::vector<std::unique_ptr<SimulatedTraceFactory>> factories;
 
   private:
-    static void Tell(const char* what) noexcept {
+    template <class Line>
+    static void Tell(Line line) noexcept {
         try {
-            CallLog::Write(what);
+            CallLog::Write(line());
         } catch (const std::exception&) {
             return;  // a line less
         }
@@ -58,17 +74,21 @@ CTraceFactory* Create() {
     Failure failure = scenario->factoryFailure;
     CTraceFactory* factory = nullptr;
     Play(scenario->delay, kCreateCall, failure, [&] {
-        factory = std::make_unique<SimulatedTraceFactory>(std::move(scenario)).release();
+        libraryLife.factories.push_back(std::make_unique<SimulatedTraceFactory>(std::move(scenario)));
+        factory = libraryLife.factories.back().get();
         return std::string();
     });
     return factory;
 }
 
 void Destroy(CTraceFactory* factory) {
-    const std::unique_ptr<SimulatedTraceFactory> own(static_cast<SimulatedTraceFactory*>(factory));
-    const std::size_t left = own != nullptr ? own->ServersLeft() : 0;
-    CallLog::Write("DestroyTraceFactory" +
-                   (left != 0 ? " with " + std::to_string(left) + " channel servers left" : std::string()));
+    auto& own = libraryLife.factories;
+    const auto given = std::find_if(own.begin(), own.end(), [&](const auto& one) { return one.get() == factory; });
+    const std::size_t left = given != own.end() ? (*given)->ServersLeft() : 0;
+    if (given != own.end()) {
+        own.erase(given);
+    }
+    CallLog::Write("DestroyTraceFactory" + Left(left, "channel servers"));
 }
 
 }  // namespace

@@ -114,15 +114,12 @@ void CDeviceConfigManagerCommon::UpdateLiveObjectFile(const std::string& cpu) {
 }
 
 void CDeviceConfigManagerCommon::DisconnectLiveSystem() noexcept {
-    if (m_traceFactory == nullptr) {
-        return;
+    if (m_channelServer == nullptr || m_traceFactory == nullptr) {
+        return;  // hosts get a factory back only together with its server (docs/host-guide.md)
     }
-    if (m_channelServer != nullptr) {
-        ZU_WEP::Log(ZU_WEP::LogInformation, "DCM: Destroying Channel Server ");
-        CChannelServer* const server = std::exchange(m_channelServer, nullptr);
-        Attempt([&] { m_traceFactory->DestroyChannelServer(server, kDestroyMode); });
-    }
-    // Also a factory that never made a server: nobody else could give it back.
+    ZU_WEP::Log(ZU_WEP::LogInformation, "DCM: Destroying Channel Server ");
+    CChannelServer* const server = std::exchange(m_channelServer, nullptr);
+    Attempt([&] { m_traceFactory->DestroyChannelServer(server, kDestroyMode); });
     Attempt([&] {
         const auto destroy =
             reinterpret_cast<DestroyFactoryFunction>(m_factoryLibrary.GetSymbolAddress(kDestroyFactory));
