@@ -118,6 +118,13 @@ std::optional<std::size_t> PosixFile::ReadAt(std::uint64_t offset, void* buffer,
 }
 
 bool PosixFile::Write(std::string_view bytes) const {
+    struct stat info {};
+    if (::fstat(m_descriptor, &info) == 0 && S_ISREG(info.st_mode)) {  // no other file has a limit
+        const off_t position = ::lseek(m_descriptor, 0, SEEK_CUR);
+        if (position >= 0 && !IsWithinSizeLimit(static_cast<std::uint64_t>(position) + bytes.size())) {
+            return false;
+        }
+    }
     const auto step = [&](std::size_t done) { return ::write(m_descriptor, bytes.data() + done, bytes.size() - done); };
     return IsComplete(Transfer(bytes.size(), step), bytes.size());
 }

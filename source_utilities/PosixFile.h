@@ -34,7 +34,7 @@ class PosixFile {
     /// Up to `size` bytes: fewer only at the end of the file.
     std::optional<std::size_t> Read(void* buffer, std::size_t size) const;
     std::optional<std::size_t> ReadAt(std::uint64_t offset, void* buffer, std::size_t size) const;
-    /// All bytes, at the descriptor's own position.
+    /// All bytes, at the descriptor's own position. The file-size limit counts as for WriteAt.
     bool Write(std::string_view bytes) const;
     /// All pieces, one behind the other, in one gathered write where the system takes it whole.
     /// What would pass the process's file-size limit fails with EFBIG before it is begun, and raises no signal.

@@ -67,9 +67,12 @@ TEST_F(SectionAppenderTest, MeetsAFileSizeLimitAsAnError) {
         EXPECT_EQ(stmdcm_test::RunInChild([&] {
                       const rlimit limit{FileSize(path.c_str()) + 2, FileSize(path.c_str()) + 2};
                       ::setrlimit(RLIMIT_FSIZE, &limit);
-                      return ErrorOf([&] { AppendSection(path.c_str(), Name, 9, Payload); }).empty() ? 0 : 1;
+                      const int failed = ErrorOf([&] { AppendSection(path.c_str(), Name, 9, Payload); }) != "";
+                      const rlimit none{3, limit.rlim_max};
+                      ::setrlimit(RLIMIT_FSIZE, &none);
+                      return failed + (ErrorOf([&] { m_handler.CreateTDFFile(m_path); }) != "");
                   }),
-                  1);
+                  2);
         EXPECT_EQ(ReadWhole(path), Reference("full.tdf"));
     }
 }

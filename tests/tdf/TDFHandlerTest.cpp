@@ -1,3 +1,5 @@
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 
 #include <vector>
@@ -51,6 +53,19 @@ TEST_F(TDFHandlerTest, KeepsTheRulesOfNamesPartsAndExtensions) {
         EXPECT_FALSE(m_handler.HasExtension(path, "tdf")) << path;
     }
     EXPECT_FALSE(m_handler.HasExtension(nullptr, "tdf") || m_handler.ISTDF(nullptr) || FileSize(nullptr) != 0);
+}
+
+TEST_F(TDFHandlerTest, ReadsAndWritesTheIdentifierOfAPipe) {
+    ASSERT_EQ(::mkfifo(m_path, 0600), 0);
+    const ZU_WEP::PosixFile other = ZU_WEP::PosixFile::Open(m_path, O_RDWR);  // both ends, so that nobody waits
+    for (const char* bytes : {"TDF2", "TDF3"}) {
+        ASSERT_TRUE(other.Write(bytes));
+        EXPECT_EQ(m_handler.ISTDF(m_path), bytes == TDFIdentifier) << bytes;
+    }
+    m_handler.CreateTDFFile(m_path);
+    std::string written(TDFIdentifier.size(), '\0');
+    EXPECT_EQ(other.Read(written.data(), written.size()), written.size());
+    EXPECT_EQ(written, TDFIdentifier);
 }
 
 TEST_F(TDFHandlerTest, TellsEveryFailureInItsOwnWords) {
@@ -112,15 +127,16 @@ TEST_F(TDFHandlerTest, TellsWhichStepOfInputOrOutputFailed) {
         unsigned failing;
         const char* text;
     } cases[] = {
-        {create, SYS_pwritev, 1, "Write error -  TDF file identifier."},
+        {create, SYS_write, 1, "Write error -  TDF file identifier."},
         {header, SYS_pwritev, 1, "Write error -  TDF section header size."},
         {header, SYS_pwritev, 2, "Write error -  TDF section name and version."},
         {header, SYS_pwritev, 3, "Write error - size of TDF header."},
         {data, SYS_pwritev, 1, "Write I/O error - unable to write section data."},
         {data, SYS_pwritev, 2, "Write error - size of TDF header."},
         {data, SYS_close, 2, "Write error - section data corrupted."},
-        {load, SYS_pread64, 2, "DEVID section cannot be located in the file."},
-        {load, SYS_pread64, 4, "Read I/O error - section data corrupted."},
+        {load, SYS_read, 1, "Invalid TDF format."},
+        {load, SYS_pread64, 1, "DEVID section cannot be located in the file."},
+        {load, SYS_pread64, 3, "Read I/O error - section data corrupted."},
     };
     for (const auto& c : cases) {
         Copy("full.tdf");

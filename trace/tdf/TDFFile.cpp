@@ -17,7 +17,7 @@ bool CanOpenForReading(const char* path) {
 
 bool HasIdentifier(const PosixFile& file) {
     std::array<char, TDFIdentifier.size()> bytes{};
-    return file.ReadAt(0, bytes.data(), bytes.size()) == bytes.size() &&
+    return file.Read(bytes.data(), bytes.size()) == bytes.size() &&
            std::string_view(bytes.data(), bytes.size()) == TDFIdentifier;
 }
 

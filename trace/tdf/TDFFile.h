@@ -13,6 +13,7 @@ namespace Zu::Wep::Trace {
 /// Whether the path names a file that can be opened for reading.
 bool CanOpenForReading(const char* path);
 
+/// Reads the identifier at the descriptor's position, the start of a file just opened: a pipe has no other.
 bool HasIdentifier(const ZU_WEP::PosixFile& file);
 
 /// Throws where there is no file, or none that may be read: writing never creates one.

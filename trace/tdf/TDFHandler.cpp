@@ -59,7 +59,7 @@ void TDFHandler::CreateTDFFile(const char* path) {
     ThrowUnless(HasExtension(path, TDFExtension), TDFError::Extension);
     PosixFile file = PosixFile::Open(path, O_WRONLY | O_CREAT | O_TRUNC);
     ThrowUnless(file.IsOpen(), TDFError::Create);
-    ThrowUnless(file.WriteAt(0, {TDFIdentifier}) && file.Close(), TDFError::WriteIdentifier);
+    ThrowUnless(file.Write(TDFIdentifier) && file.Close(), TDFError::WriteIdentifier);
 }
 
 bool TDFHandler::ISTDF(const char* path) {
