@@ -5,14 +5,12 @@
 #include <functional>
 #include <string>
 
-#include "host/vorn/vornError.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/support/ScratchDir.h"
-#include "trace/tdf/FileSize.h"
 #include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/SectionReader.h"
 #include "trace/tdf/SectionScanner.h"
-#include "trace/tdf/TDFHandler.h"
+#include "trace/tdf/TDFHandler.h"  // FileSize and vornError come with it, as hosts expect
 
 namespace Zu::Wep::Trace {
 

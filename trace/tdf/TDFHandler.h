@@ -1,10 +1,12 @@
 #pragma once
 
-// Trace data files, see docs/tdf.md.
+// Trace data files, see docs/tdf.md: all that a host needs for them.
 
 #include <cstdio>
 
+#include "host/vorn/vornError.h"
 #include "trace/Export.h"
+#include "trace/tdf/FileSize.h"
 
 namespace Zu::Wep::Trace {
 
