@@ -1,7 +1,6 @@
 #include "source_utilities/PosixFile.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
@@ -177,11 +176,5 @@ bool PosixFile::Sync() const {
 bool PosixFile::SyncData() const {
     return SyncResult(Retry([&] { return ::fdatasync(m_descriptor); }));
 }
-
-FileLock::FileLock(const PosixFile& file) : m_descriptor(file.Descriptor()) {
-    Retry([&] { return ::flock(m_descriptor, LOCK_EX); });
-}
-
-FileLock::~FileLock() { ::flock(m_descriptor, LOCK_UN); }
 
 }  // namespace ZU_WEP

@@ -56,17 +56,4 @@ class PosixFile {
     int m_descriptor = -1;
 };
 
-/// Holds the file's exclusive flock(2); waits for it. Has no effect on file systems without such locks.
-class FileLock {
-  public:
-    /// Borrows `file`, which must stay open as long as this lives.
-    explicit FileLock(const PosixFile& file);
-    ~FileLock();
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-
-  private:
-    int m_descriptor;
-};
-
 }  // namespace ZU_WEP

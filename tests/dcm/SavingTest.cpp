@@ -1,7 +1,12 @@
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
+#include <chrono>
+
 #include "host/vorn/vornError.h"
+#include "source_utilities/PosixFile.h"
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/FreeDescriptors.h"
 #include "tests/support/KillAtSyscall.h"
@@ -110,6 +115,22 @@ TEST_F(SavingTest, AHostThatCannotSaveItsPartIsAFailure) {
     EXPECT_FALSE(manager.SaveConfiguration(m_capture, TRACE_DATA_FILE_TDF));
     EXPECT_FALSE(manager.SaveConfiguration("s", TRACE_DATA_FILE_LIVE));
     EXPECT_NO_THROW(manager.SaveAllConfiguration());
+}
+
+TEST_F(SavingTest, AHostThatHoldsTheLockItselfWaitsFiveSecondsInAll) {
+    const ZU_WEP::PosixFile host = ZU_WEP::PosixFile::Open(m_capture.c_str(), O_RDONLY);
+    ASSERT_EQ(::flock(host.Descriptor(), LOCK_EX), 0);
+    StartLog(1);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Save(), 0);
+    const auto waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited, std::chrono::seconds(5));
+    EXPECT_LT(waited, std::chrono::seconds(10));  // what two sections would wait, each on its own
+    std::vector<std::string> log = TakeLog();
+    std::erase_if(log, [](const std::string& line) { return !line.starts_with(" W"); });
+    EXPECT_EQ(log, std::vector<std::string>{" W    " + m_capture +
+                                            ": another holds its lock and does not let go, saving without it"});
+    EXPECT_EQ(Loaded(), "1" + Text());
 }
 
 TEST_F(SavingTest, AKillAtAnySystemCallLeavesOldOrNew) {

@@ -72,9 +72,12 @@ inline ChildRun KillAtSyscall(unsigned n, const Work& work) {
     return InterceptSyscall(n, {}, work, [](pid_t child) { ::kill(child, SIGKILL); });
 }
 
-/// Lets the n-th of the given system calls (SYS_...) fail with `error` instead of being done.
-inline ChildRun FailAtSyscall(unsigned n, int error, const std::vector<long>& calls, const Work& work) {
-    return InterceptSyscall(n, calls, work, [error](pid_t child) {
+/// Lets the n-th of the given system calls (SYS_...) fail with `error` instead of being done; `before` that.
+inline ChildRun FailAtSyscall(
+    unsigned n, int error, const std::vector<long>& calls, const Work& work,
+    const std::function<void()>& before = [] {}) {
+    return InterceptSyscall(n, calls, work, [&](pid_t child) {
+        before();
         ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.orig_rax), -1L);
         ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
         ::waitpid(child, nullptr, 0);

@@ -1,5 +1,9 @@
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+
+#include <thread>
 
 #include "tests/tdf/CaptureTest.h"
 
@@ -104,6 +108,42 @@ TEST_F(SectionAppenderTest, LosesNothingOfTwoWritersAtOnce) {
     for (unsigned i = 0; i < 60; ++i) {
         EXPECT_EQ(ReadSection(m_path, "child", i).size() + ReadSection(m_path, "parent", i).size(), i * 200);
     }
+}
+
+TEST_F(SectionAppenderTest, GoesOnWithoutALockThatIsNotLetGo) {
+    Copy("full.tdf");
+    const ZU_WEP::PosixFile other = ZU_WEP::PosixFile::Open(m_path, O_RDONLY);
+    unsigned version = 0;
+    for (const int held : {LOCK_EX, LOCK_SH}) {
+        ASSERT_EQ(::flock(other.Descriptor(), held), 0);
+        ZU_WEP::LockPatience patience{std::chrono::milliseconds(50)};
+        for (int section = 0; section < 2; ++section) {  // one save: the second does not wait again
+            AppendSection(m_path, "NEW", ++version, Payload, patience);
+            EXPECT_TRUE(patience.hasRunOut && patience.left.count() == 0);
+            EXPECT_EQ(ReadSection(m_path, "NEW", version), Payload);
+        }
+    }
+    ZU_WEP::LockPatience patience;
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        ::flock(other.Descriptor(), LOCK_UN);
+    });
+    AppendSection(m_path, "NEW", ++version, Payload, patience);
+    release.join();
+    EXPECT_FALSE(patience.hasRunOut);
+    patience.left = patience.left.zero();
+    AppendSection(m_path, "NEW", ++version, Payload, patience);  // one that is free is had at once
+    EXPECT_FALSE(patience.hasRunOut);
+}
+
+TEST_F(SectionAppenderTest, AFailureCutsOffNothingOfAnother) {
+    Prepare("full.tdf");
+    WriteWhole(m_file, m_before);
+    const auto run = stmdcm_test::FailAtSyscall(
+        1, EIO, {SYS_fdatasync}, [&] { return Append(); },
+        [&] { std::ofstream(m_file, std::ios::binary | std::ios::app) << "theirs"; });
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(ReadWhole(m_file), m_after + "theirs");
 }
 
 }  // namespace

@@ -3,13 +3,14 @@
 #include <optional>
 #include <string>
 
+#include "source_utilities/FileLock.h"
 #include "source_utilities/PosixFile.h"
 
 namespace stmdcm {
 
 /// A file open for reading and writing, under the exclusive flock(2) that managers take while they save: who changes a
 /// file reads and writes it while this lives. So no two changes are mixed, and none is lost. Never let the plug-in
-/// save into the file meanwhile: it would wait for ever.
+/// save into the file meanwhile: it would go on without the lock after five seconds.
 class LockedFile {
   public:
     /// Waits for the lock. Throws Failure where the file can't be opened for writing.

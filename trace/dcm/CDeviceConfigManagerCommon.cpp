@@ -61,20 +61,28 @@ bool CDeviceConfigManagerCommon::GetInfo(int& deviceId, int& cpuId, std::string&
 }
 
 bool CDeviceConfigManagerCommon::SaveCommonConfiguration(const std::string& fileName, eTraceDataFileType type) {
-    if (type != TRACE_DATA_FILE_TDF) {
-        return false;
-    }
+    ZU_WEP::LockPatience patience;
+    return type == TRACE_DATA_FILE_TDF && SaveObjectFiles(fileName, patience);
+}
+
+bool CDeviceConfigManagerCommon::SaveObjectFiles(const std::string& fileName, ZU_WEP::LockPatience& patience) {
     if (m_refreshObjectFiles) {
         GetLiveSystemObjectFiles();
     }
     if (m_deviceIdentifier != nullptr) {
         m_deviceIdentifier->SaveToFile(fileName, TRACE_DATA_FILE_TDF);
     }
-    return SaveConfigurationLocal(fileName.c_str(), TRACE_DATA_FILE_TDF, kCommonSectionName, kCommonSectionVersion);
+    return AppendObjectFiles(fileName.c_str(), kCommonSectionName, kCommonSectionVersion, patience);
 }
 
 bool CDeviceConfigManagerCommon::SaveConfigurationLocal(const char* fileName, [[maybe_unused]] eTraceDataFileType type,
                                                         const char* sectionName, int version) {
+    ZU_WEP::LockPatience patience;
+    return AppendObjectFiles(fileName, sectionName, version, patience);
+}
+
+bool CDeviceConfigManagerCommon::AppendObjectFiles(const char* fileName, const char* sectionName, int version,
+                                                   ZU_WEP::LockPatience& patience) {
     if (!TDFHandler().ISTDF(fileName)) {
         return false;
     }
@@ -86,7 +94,7 @@ bool CDeviceConfigManagerCommon::SaveConfigurationLocal(const char* fileName, [[
                                   {m_objectFileNames[i], m_objectFiles[i]->fileName, m_objectFiles[i]->timeStamp});
         }
     }
-    AppendSection(fileName, sectionName, static_cast<unsigned>(version), payload);
+    AppendSection(fileName, sectionName, static_cast<unsigned>(version), payload, patience);
     return true;
 }
 

@@ -7,6 +7,7 @@
 #include "host/CDeviceIdentifier.h"
 #include "host/CPUInfo.h"
 #include "host/CTraceFactory.h"
+#include "source_utilities/FileLock.h"
 #include "source_utilities/uDll.h"
 #include "trace/dcm/CDeviceConfigManager.h"
 #include "trace/dcm/FILE_Info.h"
@@ -52,6 +53,9 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
     void GetLiveSystemObjectFiles();
 
   protected:
+    /// The part of SaveCommonConfiguration for a capture. Locks are waited for as long as there is `patience`.
+    bool SaveObjectFiles(const std::string& fileName, ZU_WEP::LockPatience& patience);
+
     CPUInfo* m_cpuInfo = nullptr;
     std::int32_t m_fallbackDeviceId = 0;
     std::int32_t m_fallbackCpuId = 0;
@@ -66,6 +70,7 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
     bool m_refreshObjectFiles = false;
 
   private:
+    bool AppendObjectFiles(const char* fileName, const char* sectionName, int version, ZU_WEP::LockPatience& patience);
     void AddObjectFile(const std::string& name, const std::string& fileName, std::int64_t timeStamp);
     void ClearObjectFiles();
     bool CheckObjectFile(FILE_Info& file);

@@ -108,8 +108,10 @@ bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTra
 bool StmDeviceConfigManager::SaveConfiguration(const std::string& fileName, eTraceDataFileType type) {
     try {
         switch (type) {
-            case TRACE_DATA_FILE_TDF:
-                return SaveCommonConfiguration(fileName, type) && SaveSTMConfigurationToTDF(fileName);
+            case TRACE_DATA_FILE_TDF: {
+                ZU_WEP::LockPatience patience;
+                return SaveObjectFiles(fileName, patience) && SaveStmSection(fileName, patience);
+            }
             case TRACE_DATA_FILE_LIVE:
             case TRACE_DATA_FILE_TYPE_2:
             case TRACE_DATA_FILE_LOCAL: {
@@ -252,11 +254,16 @@ bool StmDeviceConfigManager::SaveSTMConfigurationLive(const std::string& name) {
 }
 
 bool StmDeviceConfigManager::SaveSTMConfigurationToTDF(const std::string& path) {
+    ZU_WEP::LockPatience patience;
+    return SaveStmSection(path, patience);
+}
+
+bool StmDeviceConfigManager::SaveStmSection(const std::string& path, ZU_WEP::LockPatience& patience) {
     if (!TDFHandler().ISTDF(path.c_str())) {
         return true;  // loading the same file fails: meant so
     }
     try {
-        AppendSection(path.c_str(), kStmSectionName, kStmSectionVersion, ConfigurationText());
+        AppendSection(path.c_str(), kStmSectionName, kStmSectionVersion, ConfigurationText(), patience);
         return true;
     } catch (const Vorn::vornErrorIF& error) {
         return FailFileWork(path, error);

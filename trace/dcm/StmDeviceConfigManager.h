@@ -60,6 +60,7 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     /// Keeps the error's text and logs it, since GetLastError tells nothing; gives false.
     bool FailFileWork(const std::string& fileName, const std::exception& error);
     std::string ConfigurationText();
+    bool SaveStmSection(const std::string& path, ZU_WEP::LockPatience& patience);
     void ReadRecords(const std::string& blocks);
     void LoadDeviceIdentification(const std::string& text);
     void FindChannelDriver();

@@ -49,7 +49,9 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
         return AppendResult::Done;
     }
     const int error = errno;
-    file.Truncate(fileSize);
+    if (file.Size().value_or(0) <= offset + size) {  // else another has written behind it, without the lock
+        file.Truncate(fileSize);
+    }
     errno = error;
     return written ? AppendResult::SyncFailed : AppendResult::WriteFailed;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Appending behind the last section, as docs/tdf.md, "Saving", tells. Takes no lock: the caller holds it.
+// Appending behind the last section, as docs/tdf.md, "Saving", tells. Takes no lock: that is the caller's.
 
 #include <cstdint>
 #include <initializer_list>
@@ -28,7 +28,8 @@ enum class AppendResult {
 };
 
 /// Writes whole sections, `pieces`, at `offset`, a gap in front of it included, and syncs them. After a failure the
-/// file has its old size and bytes again, and `errno` tells the reason, but for TooLarge.
+/// file has its old size and bytes again, unless somebody else has made it longer still, and `errno` tells the reason,
+/// but for TooLarge.
 AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
                       std::initializer_list<std::string_view> pieces);
 

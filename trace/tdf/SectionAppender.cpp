@@ -32,8 +32,8 @@ ChainEnd WalkToChainEnd(const PosixFile& file, const char* path, std::uint64_t f
     return end;
 }
 
-void AppendLocked(const PosixFile& file, const char* path, std::string_view name, unsigned int version,
-                  std::string_view payload) {
+void Append(const PosixFile& file, const char* path, std::string_view name, unsigned int version,
+            std::string_view payload) {
     const std::uint64_t fileSize = file.Size().value_or(0);
     ThrowUnless(fileSize >= FirstSectionOffset, TDFError::HeaderOffset);
     const ChainEnd end = WalkToChainEnd(file, path, fileSize);
@@ -52,14 +52,25 @@ void AppendLocked(const PosixFile& file, const char* path, std::string_view name
 
 }  // namespace
 
-void AppendSection(const char* path, const char* name, unsigned int version, std::string_view payload) {
+void AppendSection(const char* path, const char* name, unsigned int version, std::string_view payload,
+                   ZU_WEP::LockPatience& patience) {
     CheckPathToSave(path);
     PosixFile file = OpenForUpdate(path);
     {
-        const ZU_WEP::FileLock lock(file);
-        AppendLocked(file, path, name != nullptr ? name : "", version, payload);
+        const bool isTold = patience.hasRunOut;
+        const ZU_WEP::FileLock lock(file, patience);
+        if (patience.hasRunOut && !isTold) {
+            ZU_WEP::Log(ZU_WEP::LogUnexpected, "%s: another holds its lock and does not let go, saving without it",
+                        path);
+        }
+        Append(file, path, name != nullptr ? name : "", version, payload);
     }
     ThrowUnless(file.Close(), TDFError::WriteCorrupted);
+}
+
+void AppendSection(const char* path, const char* name, unsigned int version, std::string_view payload) {
+    ZU_WEP::LockPatience patience;
+    AppendSection(path, name, version, payload, patience);
 }
 
 }  // namespace Zu::Wep::Trace

@@ -1,0 +1,48 @@
+#include "source_utilities/FileLock.h"
+
+#include <sys/file.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <thread>
+
+namespace ZU_WEP {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds FirstPause{1};
+constexpr std::chrono::milliseconds LongestPause{20};
+
+/// False when `operation` was not done because another holds a lock.
+bool Lock(int descriptor, int operation) {
+    int result = 0;
+    do {
+        result = ::flock(descriptor, operation);
+    } while (result == -1 && errno == EINTR);
+    return result == 0 || errno != EWOULDBLOCK;
+}
+
+}  // namespace
+
+FileLock::FileLock(const PosixFile& file) : m_descriptor(file.Descriptor()) { Lock(m_descriptor, LOCK_EX); }
+
+FileLock::FileLock(const PosixFile& file, LockPatience& patience) : m_descriptor(file.Descriptor()) {
+    const Clock::time_point end = Clock::now() + patience.left;
+    std::chrono::nanoseconds pause = FirstPause;
+    while (!Lock(m_descriptor, LOCK_EX | LOCK_NB)) {
+        patience.left = end - Clock::now();
+        if (patience.left <= patience.left.zero()) {
+            patience.hasRunOut = true;
+            break;
+        }
+        std::this_thread::sleep_for(std::min(pause, patience.left));
+        pause = std::min<std::chrono::nanoseconds>(2 * pause, LongestPause);
+    }
+    patience.left = std::max(end - Clock::now(), patience.left.zero());
+}
+
+FileLock::~FileLock() { ::flock(m_descriptor, LOCK_UN); }
+
+}  // namespace ZU_WEP

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+
+#include "source_utilities/PosixFile.h"
+
+namespace ZU_WEP {
+
+/// How long the locks of one piece of work are waited for, in all.
+struct LockPatience {
+    std::chrono::nanoseconds left = std::chrono::seconds(5);
+    bool hasRunOut = false;  ///< a lock was not had in this time: the work goes on without it
+};
+
+/// Holds the file's exclusive flock(2). Has no effect on file systems without such locks.
+class FileLock {
+  public:
+    /// Borrows `file`, which must stay open as long as this lives. Waits for as long as it takes.
+    explicit FileLock(const PosixFile& file);
+    /// Waits for what is left of `patience`, less what it waited. A lock that is free is had whatever is left.
+    FileLock(const PosixFile& file, LockPatience& patience);
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+  private:
+    int m_descriptor;
+};
+
+}  // namespace ZU_WEP
