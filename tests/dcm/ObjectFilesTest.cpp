@@ -1,7 +1,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <functional>
 #include <map>
+#include <utility>
 
 #include "host/vorn/vornError.h"
 #include "tests/dcm/ManagerTest.h"
@@ -13,16 +15,20 @@
 namespace Zu::Wep::Trace {
 namespace {
 
-/// Answers by a table and notes what it was asked.
+/// Answers by a table and notes what it was asked, behind what it does `inside` its first question.
 class Answers : public CDeviceConfigEvents {
   public:
     void OnUpdateObjectFile(const std::string& file, bool timeStampChanged, std::string& newFile) override {
+        if (inside) {
+            std::exchange(inside, nullptr)();
+        }
         asked.push_back((timeStampChanged ? "changed " : "missing ") + file);
         EXPECT_TRUE(newFile.empty());
         newFile = answers[file];
     }
     std::map<std::string, std::string> answers;
     std::vector<std::string> asked;
+    std::function<void()> inside;
 };
 
 class ObjectFilesTest : public ManagerTest {
@@ -106,6 +112,43 @@ TEST_F(ObjectFilesTest, AsksAtMostOnceAndStopsWithoutAnAnswer) {
         EXPECT_EQ(m_events.asked, asked) << test.what;
         EXPECT_EQ(Saved(), saved) << test.what;
     }
+}
+
+TEST_F(ObjectFilesTest, AHandlerMayCallTheManager) {
+    const std::string image = Image("image", 100), changed = Image("changed", 200), later = Image("later", 400);
+    const std::string missing = m_home / "missing";
+    m_events.answers = {{missing, changed}, {changed, changed}, {later, later}};
+    for (const char* name : {"u", "v", "w", "x"}) {
+        m_events.answers[std::string("Application for ") + name] = image;
+    }
+    const auto replace = [&] { LoadEntries({{"r", image, 100}, {"s", later, 400}}); };
+    const auto keep = [&] { LoadEntries({}); };
+    const auto add = [&] {
+        for (const char* name : {"u", "v", "w"}) {  // the list moves while it grows
+            Find(name);
+        }
+    };
+    const struct {
+        std::function<void()> inside;
+        bool goesOn;
+        std::vector<std::string> saved;
+    } cases[] = {{replace, false, {"r image 100", "s later 400"}},
+                 {keep, true, {"c changed 200", "d later 400"}},
+                 {add, true, {"c changed 200", "d later 400", "u image 100", "v image 100", "w image 100"}}};
+    for (const auto& test : cases) {
+        for (const ObjectFileEntry& first : {ObjectFileEntry{"c", missing, 200}, ObjectFileEntry{"c", changed, 1}}) {
+            m_events.inside = test.inside;
+            m_events.asked.clear();
+            LoadEntries({first, {"d", later, 5}});
+            std::erase_if(m_events.asked, [](const auto& question) { return question.find(" for ") != question.npos; });
+            EXPECT_EQ(m_events.asked[0].substr(8), first.fileName);
+            EXPECT_EQ(m_events.asked.size(), test.goesOn ? 2U : 1U);
+            EXPECT_EQ(Saved(), test.saved);
+        }
+    }
+    m_events.inside = replace;
+    EXPECT_EQ(Find("x"), image);
+    EXPECT_EQ(Saved(), (std::vector<std::string>{"r image 100", "s later 400", "x image 100"}));
 }
 
 TEST_F(ObjectFilesTest, WithoutAHandlerAMissingFileLosesItsPath) {

@@ -5,7 +5,7 @@
 namespace Zu::Wep::Trace {
 
 /// What a manager asks its host. Registered with CDeviceConfigManager::RegisterEventHandler, borrowed from then on.
-/// Called on the thread that called the manager.
+/// Called on the thread that called the manager, which may be called again meanwhile, but not destroyed.
 class CDeviceConfigEvents {
   public:
     /// Asks which object file to use instead of `file`.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
+#include <utility>
 
 #include "source_utilities/Log.h"
 #include "source_utilities/PosixFile.h"
@@ -126,37 +127,52 @@ bool CDeviceConfigManagerCommon::LoadCommonConfiguration(const std::string& file
 
 void CDeviceConfigManagerCommon::CheckObjectFileTimeStamp() {
     for (std::size_t i = 0; i < m_objectFiles.size(); ++i) {
-        if (m_objectFiles[i] == nullptr || !CheckObjectFile(*m_objectFiles[i])) {
+        if (m_objectFiles[i] == nullptr || !CheckObjectFile(i)) {
             return;
         }
     }
 }
 
-/// False stops the whole check, not only that of this file: meant so.
-bool CDeviceConfigManagerCommon::CheckObjectFile(FILE_Info& file) {
-    if (file.fileName.empty()) {
+/// False stops the whole check, not only that of this file (docs/object-files.md, "Reading").
+bool CDeviceConfigManagerCommon::CheckObjectFile(std::size_t index) {
+    if (m_objectFiles[index]->fileName.empty()) {
         return false;
     }
-    const bool asked = !CanBeRead(file.fileName);
+    std::string answer;
+    const bool asked = !CanBeRead(m_objectFiles[index]->fileName);
     if (asked) {
-        file.fileName = AskForObjectFile(file.fileName, false);
+        if (!AskForListedFile(index, false, answer)) {
+            return false;
+        }
+        m_objectFiles[index]->fileName = std::exchange(answer, {});
     }
-    const auto modified = ModificationTime(file.fileName);
+    const auto modified = ModificationTime(m_objectFiles[index]->fileName);
     if (!modified) {
         return false;
     }
-    if (*modified == file.timeStamp) {
+    if (*modified == m_objectFiles[index]->timeStamp) {
         return true;
     }
-    const std::string answer = asked ? std::string() : AskForObjectFile(file.fileName, true);
+    if (!asked && !AskForListedFile(index, true, answer)) {
+        return false;
+    }
+    FILE_Info& file = *m_objectFiles[index];
     if (answer != file.fileName) {
         if (!ModificationTime(answer)) {
             return false;
         }
         file.fileName = answer;
     }
-    file.timeStamp = *modified;  // of the file first looked at, also when another was named: meant so
+    file.timeStamp = *modified;  // of the file first looked at, also when another was named (docs/object-files.md)
     return true;
+}
+
+/// False when the list was replaced meanwhile: the index means nothing then.
+bool CDeviceConfigManagerCommon::AskForListedFile(std::size_t index, bool timeStampChanged, std::string& answer) {
+    const std::string fileName = m_objectFiles[index]->fileName;  // the entry's own text can go while it is asked about
+    const std::uint32_t before = m_objectFilesReplaced;
+    answer = AskForObjectFile(fileName, timeStampChanged);
+    return m_objectFilesReplaced == before;
 }
 
 std::string CDeviceConfigManagerCommon::AskForObjectFile(const std::string& fileName, bool timeStampChanged) {
@@ -216,6 +232,7 @@ void CDeviceConfigManagerCommon::AddObjectFile(const std::string& name, const st
 }
 
 void CDeviceConfigManagerCommon::ClearObjectFiles() {
+    ++m_objectFilesReplaced;
     for (const FILE_Info* file : m_objectFiles) {
         delete file;
     }

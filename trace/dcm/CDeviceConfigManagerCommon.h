@@ -42,7 +42,8 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
     /// Appends the object files as the section `sectionName`; `type` is not used.
     bool SaveConfigurationLocal(const char* fileName, eTraceDataFileType type, const char* sectionName, int version);
     /// Holds the recorded files against the disk, asking the event handler about each that is missing or was
-    /// modified, at most once. Stops at the first that stays without an answer.
+    /// modified, at most once. Stops at the first that stays without an answer. The handler may call the manager: when
+    /// it has the list replaced, the check ends; when it has it grow, the new files are checked too.
     void CheckObjectFileTimeStamp();
     /// Whether the last character of `wanted` occurs in `candidate`, in any case.
     bool IsCloseMatch(const std::string& candidate, const std::string& wanted);
@@ -73,14 +74,17 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
     bool AppendObjectFiles(const char* fileName, const char* sectionName, int version, ZU_WEP::LockPatience& patience);
     void AddObjectFile(const std::string& name, const std::string& fileName, std::int64_t timeStamp);
     void ClearObjectFiles();
-    bool CheckObjectFile(FILE_Info& file);
+    bool CheckObjectFile(std::size_t index);
     std::string AskForObjectFile(const std::string& fileName, bool timeStampChanged);
+    bool AskForListedFile(std::size_t index, bool timeStampChanged, std::string& answer);
     int FindObjectFile(const std::string& name);
     bool LoadFactoryLibrary();
     bool CreateTraceFactory();
     bool CreateChannelServer();
     void UpdateLiveObjectFile(const std::string& cpu);
     void DisconnectLiveSystem() noexcept;
+
+    std::uint32_t m_objectFilesReplaced = 0;  ///< how often: an event handler can do so while it is asked
 };
 
 }  // namespace Zu::Wep::Trace
