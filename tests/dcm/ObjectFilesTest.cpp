@@ -7,6 +7,7 @@
 
 #include "host/vorn/vornError.h"
 #include "tests/dcm/ManagerTest.h"
+#include "tests/support/AllocationWatch.h"
 #include "trace/dcm/ObjectFileSection.h"
 #include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/SectionReader.h"
@@ -149,6 +150,26 @@ TEST_F(ObjectFilesTest, AHandlerMayCallTheManager) {
     m_events.inside = replace;
     EXPECT_EQ(Find("x"), image);
     EXPECT_EQ(Saved(), (std::vector<std::string>{"r image 100", "s later 400", "x image 100"}));
+}
+
+TEST_F(ObjectFilesTest, ALongListCostsWhatItsBytesCost) {
+    for (const std::string& name : {std::string(), std::string(20, 'n')}) {
+        for (const std::size_t count : {1'000U, 4'000U, 16'000U}) {
+            std::string payload;
+            for (std::size_t i = 0; i < count; ++i) {
+                AppendObjectFileEntry(payload, {name, "", 0});
+            }
+            AppendObjectFileEntry(payload, {"last", "/last", 0});
+            const std::string path = m_home / "long.tdf";
+            TDFHandler().CreateTDFFile(path.c_str());
+            AppendSection(path.c_str(), kCommonSectionName, 1, payload);
+            m_manager = Make();
+            stmdcm_test::allocatedBytes = 0;
+            EXPECT_TRUE(m_manager->LoadCommonConfiguration(path, TRACE_DATA_FILE_TDF));
+            EXPECT_LE(stmdcm_test::allocatedBytes, 40 * payload.size()) << count << " of " << name;
+            EXPECT_EQ(Find("last"), "/last");
+        }
+    }
 }
 
 TEST_F(ObjectFilesTest, WithoutAHandlerAMissingFileLosesItsPath) {

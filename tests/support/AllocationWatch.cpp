@@ -6,12 +6,14 @@
 
 namespace stmdcm_test {
 
+std::atomic<std::size_t> allocatedBytes{0};
 std::atomic<std::size_t> largestAllocation{0};
 std::atomic<std::size_t> allocationsUntilFailure{~std::size_t{0}};
 
 }  // namespace stmdcm_test
 
 void* operator new(std::size_t size) {
+    stmdcm_test::allocatedBytes += size;
     stmdcm_test::largestAllocation = std::max(stmdcm_test::largestAllocation.load(), size);
     const bool isGranted = stmdcm_test::allocationsUntilFailure-- != 0;
     if (void* memory = isGranted ? std::malloc(size) : nullptr) {

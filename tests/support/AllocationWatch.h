@@ -6,6 +6,9 @@
 
 namespace stmdcm_test {
 
+/// What operator new has given in all, freed or not; a test sets it to 0.
+extern std::atomic<std::size_t> allocatedBytes;
+
 /// The largest single allocation by operator new; a test sets it to 0. Link AllocationWatch.cpp.
 extern std::atomic<std::size_t> largestAllocation;
 

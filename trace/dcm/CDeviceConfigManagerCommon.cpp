@@ -108,21 +108,23 @@ bool CDeviceConfigManagerCommon::LoadCommonConfiguration(const std::string& file
     if (length == 0) {
         return true;  // the object files known so far stay, unchecked
     }
-    const std::string payload = ReadSection(fileName.c_str(), kCommonSectionName, kCommonSectionVersion);
-    ClearObjectFiles();
-    const ObjectFileEntries found = ParseObjectFileEntries(payload);
-    for (const ObjectFileEntry& entry : found.entries) {
-        AddObjectFile(entry.name, entry.fileName, entry.timeStamp);
-    }
-    if (!found.complete) {
+    if (!ReplaceObjectFiles(ReadSection(fileName.c_str(), kCommonSectionName, kCommonSectionVersion))) {
         ZU_WEP::Log(ZU_WEP::LogUnexpected, "DCM: %s: section %s ends within an object file, %zu whole ones are kept",
-                    fileName.c_str(), kCommonSectionName, found.entries.size());
+                    fileName.c_str(), kCommonSectionName, m_objectFiles.size());
     }
     CheckObjectFileTimeStamp();
     if (m_deviceIdentifier != nullptr) {
         m_deviceIdentifier->LoadFromFile(fileName, TRACE_DATA_FILE_TDF);
     }
     return true;
+}
+
+/// False when the payload ends within an entry.
+bool CDeviceConfigManagerCommon::ReplaceObjectFiles(std::string_view payload) {
+    ClearObjectFiles();
+    return ReadObjectFileEntries(payload, [this](auto name, auto fileName, std::int64_t timeStamp) {
+        AddObjectFile(name, fileName, timeStamp);
+    });
 }
 
 void CDeviceConfigManagerCommon::CheckObjectFileTimeStamp() {
@@ -223,11 +225,13 @@ bool CDeviceConfigManagerCommon::IsCloseMatch(const std::string& candidate, cons
     return !wanted.empty() && UpperCase(candidate).find(UpperCase(wanted).back()) != std::string::npos;
 }
 
-void CDeviceConfigManagerCommon::AddObjectFile(const std::string& name, const std::string& fileName,
+void CDeviceConfigManagerCommon::AddObjectFile(std::string_view name, std::string_view fileName,
                                                std::int64_t timeStamp) {
-    auto file = std::make_unique<FILE_Info>(FILE_Info{fileName, timeStamp});
-    m_objectFiles.reserve(m_objectFiles.size() + 1);
-    m_objectFileNames.push_back(name);
+    auto file = std::make_unique<FILE_Info>(FILE_Info{std::string(fileName), timeStamp});
+    if (m_objectFiles.size() == m_objectFiles.capacity()) {
+        m_objectFiles.reserve(2 * m_objectFiles.size() + 1);  // here, so that the two lists can't come apart below
+    }
+    m_objectFileNames.emplace_back(name);
     m_objectFiles.push_back(file.release());
 }
 

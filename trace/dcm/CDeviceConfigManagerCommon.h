@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/CDeviceIdentifier.h"
@@ -72,7 +73,8 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
 
   private:
     bool AppendObjectFiles(const char* fileName, const char* sectionName, int version, ZU_WEP::LockPatience& patience);
-    void AddObjectFile(const std::string& name, const std::string& fileName, std::int64_t timeStamp);
+    bool ReplaceObjectFiles(std::string_view payload);
+    void AddObjectFile(std::string_view name, std::string_view fileName, std::int64_t timeStamp);
     void ClearObjectFiles();
     bool CheckObjectFile(std::size_t index);
     std::string AskForObjectFile(const std::string& fileName, bool timeStampChanged);

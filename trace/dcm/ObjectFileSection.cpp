@@ -11,25 +11,27 @@ namespace {
 constexpr std::size_t kTimeStampSize = 8;
 
 /// Takes a zero-terminated text off the front of `rest`; nothing when its zero byte is missing.
-std::optional<std::string> TakeText(std::string_view& rest) {
+std::optional<std::string_view> TakeText(std::string_view& rest) {
     const std::size_t end = rest.find('\0');
     if (end == std::string_view::npos) {
         return std::nullopt;
     }
-    std::string text(rest.substr(0, end));
+    const std::string_view text = rest.substr(0, end);
     rest.remove_prefix(end + 1);
     return text;
 }
 
-std::optional<ObjectFileEntry> TakeEntry(std::string_view& rest) {
+/// False where the entry at the front of `rest` runs past it.
+bool TakeEntry(std::string_view& rest, const ObjectFileTaker& take) {
     const auto name = TakeText(rest);
     const auto fileName = name ? TakeText(rest) : std::nullopt;
     if (!fileName || rest.size() < kTimeStampSize) {
-        return std::nullopt;
+        return false;
     }
-    const ObjectFileEntry entry{*name, *fileName, LoadLittleEndian<std::int64_t>(rest.data())};
+    const auto timeStamp = LoadLittleEndian<std::int64_t>(rest.data());
     rest.remove_prefix(kTimeStampSize);
-    return entry;
+    take(*name, *fileName, timeStamp);
+    return true;
 }
 
 }  // namespace
@@ -44,15 +46,20 @@ void AppendObjectFileEntry(std::string& payload, const ObjectFileEntry& entry) {
     payload.append(stamp, sizeof stamp);
 }
 
-ObjectFileEntries ParseObjectFileEntries(std::string_view payload) {
-    ObjectFileEntries result;
-    while (!payload.empty() && result.complete) {
-        if (auto entry = TakeEntry(payload)) {
-            result.entries.push_back(*std::move(entry));
-        } else {
-            result.complete = false;
+bool ReadObjectFileEntries(std::string_view payload, const ObjectFileTaker& take) {
+    while (!payload.empty()) {
+        if (!TakeEntry(payload, take)) {
+            return false;
         }
     }
+    return true;
+}
+
+ObjectFileEntries ParseObjectFileEntries(std::string_view payload) {
+    ObjectFileEntries result;
+    result.complete = ReadObjectFileEntries(payload, [&](auto name, auto fileName, std::int64_t timeStamp) {
+        result.entries.push_back({std::string(name), std::string(fileName), timeStamp});
+    });
     return result;
 }
 

@@ -3,6 +3,7 @@
 // The payload of the section "DCM_COMMON". Its format is docs/object-files.md.
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,12 @@ struct ObjectFileEntry {
 };
 
 void AppendObjectFileEntry(std::string& payload, const ObjectFileEntry& entry);
+
+/// Hears of one entry; the texts are those in the payload.
+using ObjectFileTaker = std::function<void(std::string_view name, std::string_view fileName, std::int64_t timeStamp)>;
+
+/// Gives `take` the whole entries at the start of `payload`, in order. False when they don't fill it.
+bool ReadObjectFileEntries(std::string_view payload, const ObjectFileTaker& take);
 
 /// The whole entries at the start of `payload`; `complete` tells whether they fill it.
 struct ObjectFileEntries {
