@@ -30,6 +30,10 @@ TEST_F(SamplesTest, EachLoadsToWhatItsWriterSays) {
     } cases[] = {
         {"full.tdf", true, 12, {2, 1, 2}},
         {"packed.tdf", true, 7, {1, 1, 1}},
+        {"malformed-common.tdf", true, 12, {0, 0, 0}},
+        {"unterminated-common.tdf", true, 12, {0, 0, 0}},
+        {"empty-devid.tdf", false, 1, {0, 0, 0}},
+        {"empty-decoder.tdf", false, 9, {0, 0, 0}},
         {"shadowed.tdf", true, 1, {0, 0, 0}},
         {"no-devid.tdf", false, 1, {0, 0, 0}},
         {"empty.tdf", false, 1, {0, 0, 0}},
@@ -43,14 +47,12 @@ TEST_F(SamplesTest, EachLoadsToWhatItsWriterSays) {
         {"settings-crlf.txt", true, 12, {1, 1, 2}},
         {"settings-packed.txt", false, 7, {1, 1, 1}},
         {"settings-unknown-key.txt", false, 5, {0, 0, 0}},
-        {"settings-long-line.txt", false, 1, {2, 0, 0}},
+        {"settings-long-line.txt", false, -1, {2, 0, 0}},
     };
     for (const auto& test : cases) {
         m_manager = Make();
         EXPECT_EQ(LoadAny(Sample(test.file)), test.result) << test.file;
-        if (test.atbId != 1 || test.result) {
-            EXPECT_EQ(Number("STM_ATB_Id"), test.atbId) << test.file;
-        }
+        EXPECT_EQ(Number("STM_ATB_Id"), test.atbId) << test.file;
         EXPECT_EQ(UseCases(), test.useCases) << test.file;
     }
     EXPECT_TRUE(LoadAny(Sample("settings-not-a-number.txt")));
@@ -80,6 +82,38 @@ TEST_F(SamplesTest, MemoryThatRunsOutIsTold) {
         bool loaded = false;
         failed = stmdcm_test::RunsOutOfMemory(n, [&] { loaded = LoadAny(path); });
         EXPECT_TRUE(failed || (loaded && Text() == whole)) << n;
+    }
+}
+
+TEST_F(SamplesTest, OnlyASectionThatStatesToBeEmptyFailsTheLoad) {
+    const std::string packed = ReadWhole(Sample("packed.tdf")), decoder = ReadWhole(Sample("empty-decoder.tdf"));
+    std::string torn = packed + decoder.substr(26, 17), wrapped = decoder;  // a header of DEVID that states 13 bytes
+    torn[30] = 2;                                                           // the version of the DEVID in front of it
+    --wrapped[decoder.rfind("STMDECODERINFO") - 12];                        // the length
+    const struct {
+        const char* what;
+        std::string bytes;
+        bool result;
+        int atbId;  // 3 unless the capture's was applied
+        bool keepsUseCases;
+    } cases[] = {
+        {"DEVID", ReadWhole(Sample("empty-devid.tdf")), false, 3, true},
+        {"STMDECODERINFO", decoder, false, 9, true},
+        {"nothing is left of a DEVID", torn, true, 7, false},
+        {"nothing is left of an STMDECODERINFO", packed.substr(0, packed.find("Instruction")), true, 3, false},
+        {"its length does not cover its header", wrapped, true, 9, false},
+    };
+    for (const auto& test : cases) {
+        m_manager = Make();
+        LoadText("STM_ATB_Id=3\n{\nid=4\n}");
+        TakeLog();
+        const std::string path = Write("empty.tdf", test.bytes), records = Text().substr(Text().find('{'));
+        EXPECT_EQ(Load(path), test.result) << test.what;
+        EXPECT_EQ(Number("STM_ATB_Id"), test.atbId) << test.what;
+        EXPECT_EQ(Text().ends_with("\n" + records), test.keepsUseCases) << test.what;
+        EXPECT_EQ(TakeLog().back() == "    E STM Device DCM: " + path + ": No buffer allocated to load section data.",
+                  !test.result)
+            << test.what;
     }
 }
 

@@ -27,7 +27,7 @@ struct SectionScannerTest : CaptureTest {
             EXPECT_EQ(std::ftell(stream.get()), m_a);
             EXPECT_LE(payload.size() + std::min<std::size_t>(m_a, fileSize), fileSize);
         });
-        EXPECT_EQ(error.empty(), found && m_handler.ISTDF(m_path));
+        EXPECT_EQ(error.empty(), found && length != 0 && m_handler.ISTDF(m_path));
         return payload;
     }
 };

@@ -42,8 +42,10 @@ TEST_F(TDFHandlerTest, KeepsTheRulesOfNamesPartsAndExtensions) {
     m_handler.LoadSectionData(m_path, "S", 3, buffer, sizeof buffer, m_b);
     EXPECT_EQ(std::string(buffer, m_b) + ReadSection(m_path, "S", 3), "0123456789ab0123456789abcdefgh");
     EXPECT_EQ(ReadSection(m_path, "", 1), "nameless");
+    Save("S", 4, "");
+    EXPECT_EQ(ErrorOf([&] { ReadSection(m_path, "S", 4); }), "No buffer allocated to load section data.");
     for (const unsigned size : {4095u, 4096u, 1u}) {  // a name that is too long hides itself and what follows
-        Save(std::string(size, 'n').c_str(), 1, "");
+        Save(std::string(size, 'n').c_str(), 1, "d");
         EXPECT_EQ(ErrorOf([&] { ReadSection(m_path, std::string(size, 'n').c_str(), 1); }).empty(), size == 4095);
     }
     for (const char* path : {"a.TdF", ".tdf", "dir.x/a.tdf"}) {

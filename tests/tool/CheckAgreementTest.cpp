@@ -213,8 +213,8 @@ TEST_F(CheckAgreementTest, OnChangedTexts) {
 }
 
 TEST_F(CheckAgreementTest, OnChangedBytes) {
-    for (const char* sample :
-         {"packed.tdf", "shadowed.tdf", "short-length.tdf", "torn-header.tdf", "zero-length.tdf"}) {
+    for (const char* sample : {"empty-decoder.tdf", "empty-devid.tdf", "packed.tdf", "shadowed.tdf", "short-length.tdf",
+                               "torn-header.tdf", "zero-length.tdf"}) {
         const std::string bytes = ReadWhole(STMDCM_TEST_DATA "/" + std::string(sample));
         for (unsigned seed = 0; seed < 80; ++seed) {
             SCOPED_TRACE(seed);

@@ -39,7 +39,7 @@ inline std::string SectionBytes(const std::string& name, std::uint32_t version, 
 /// The parts of a capture; those not set are as a manager writes them by default.
 struct CaptureParts {
     std::string settings = AllProperties();
-    std::string device;
+    std::string device = "board=7\n";
     std::string common;
 
     std::string Bytes() const {

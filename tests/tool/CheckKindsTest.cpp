@@ -136,6 +136,7 @@ const Case kTails[] = {
 const Case kCaptures[] = {
     {"TDF2", "C-NO-COMMON C-NO-DEVID C-NO-STM"},
     {"TDF1", "F-NO-CAPTURE"},
+    {CaptureParts{"", "", ""}.Bytes(), "C-EMPTY-DEVID C-EMPTY-STM"},
 };
 
 class CheckKindsTest : public testing::Test {
@@ -220,6 +221,8 @@ TEST_F(CheckKindsTest, EachInputGivesItsIdentifiersAndEachIdentifierHasAnInput) 
 
 TEST_F(CheckKindsTest, SamplesGiveTheirIdentifiers) {
     const Case cases[] = {
+        {"empty-decoder.tdf", "C-EMPTY-STM"},
+        {"empty-devid.tdf", "C-EMPTY-DEVID"},
         {"empty.tdf", "C-NO-COMMON C-NO-DEVID C-NO-STM"},
         {"full.tdf", "D-NO-VALUE D-OVERRIDDEN O-MISSING"},
         {"huge-length.tdf", "C-LENGTH-LIMIT C-UNREACHABLE C-NO-DEVID C-NO-STM"},
@@ -267,7 +270,7 @@ TEST_F(CheckKindsTest, PlacesNameSectionOffsetAndLine) {
     const auto findings = Check("place.tdf", parts.Bytes()).findings.Sorted();
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].place.section, "STMDECODERINFO");
-    EXPECT_EQ(findings[0].place.offset, 43U);
+    EXPECT_EQ(findings[0].place.offset, 51U);
     EXPECT_EQ(findings[0].place.line, 29U);
     EXPECT_EQ(findings[0].effect, "reads as 0");
 }

@@ -57,7 +57,8 @@ std::uint64_t MakeLargeCapture(const std::string& path) {
     for (std::uint64_t i = 0; i < 100'000 - kLarge - 3; ++i) {
         small += MakeSection("TRACE" + std::to_string(i), 1, "data");
     }
-    small += MakeSection("DEVID", 1, "") + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "");
+    small +=
+        MakeSection("DEVID", 1, "x=1\n") + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "\n");
     const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_WRONLY | O_CREAT);
     std::uint64_t offset = FirstSectionOffset;
     EXPECT_TRUE(file.WriteAt(0, {TDFIdentifier}));

@@ -64,7 +64,7 @@ TEST_F(LiveTest, SavesWhatItShows) {
     EXPECT_EQ(Run("show " + Path("settings")).status, 0);
 
     const std::string before = Content(Path("new.tdf"));
-    const std::string device("TDF2\x11\0\0\0\1\0\0\0\5\0\0\0DEVID", 21);
+    const std::string device("TDF2\x15\0\0\0\1\0\0\0\5\0\0\0DEVIDx=1\n", 25);
     for (const ToldCase& c : std::vector<ToldCase>{
              {Path("settings"), 1, "--force"},
              {Path("new.tdf"), 1, "use apply"},

@@ -37,6 +37,8 @@ struct Section {
     std::uint32_t PayloadLength() const;
     /// The length does not even cover header and name.
     bool IsTooShort() const;
+    /// States that it has no payload; hosts load no text from such a section.
+    bool IsEmpty() const { return PayloadLength() == 0; }
 };
 
 /// The sections of a capture (docs/tdf.md). Takes 24 bytes for each and reads no payload.

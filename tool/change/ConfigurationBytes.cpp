@@ -3,6 +3,7 @@
 #include "tool/Failure.h"
 #include "tool/model/ConfigurationReader.h"
 #include "tool/model/ConfigurationWriter.h"
+#include "tool/model/LoadableText.h"
 #include "tool/plugin/Manager.h"
 #include "tool/plugin/PluginSession.h"
 #include "trace/dcm/ObjectFileSection.h"
@@ -26,9 +27,9 @@ std::string ConfigurationBytes::SettingsText(Manager& manager) const {
 void ConfigurationBytes::Load(Manager& manager, std::string_view text, std::string_view device) const {
     const std::string path = m_session.WorkingFile("wrapped.tdf");
     m_session.container.Create(path);
-    m_session.container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, device);
+    m_session.container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, LoadableText(device));
     m_session.container.AppendSection(path, kCommonSectionName, kCommonSectionVersion, {});
-    m_session.container.AppendSection(path, kStmSectionName, kStmSectionVersion, text);
+    m_session.container.AppendSection(path, kStmSectionName, kStmSectionVersion, LoadableText(text));
     if (!manager.Load(path, TRACE_DATA_FILE_TDF)) {
         throw Failure(path + ": the plug-in can't load the configuration");
     }

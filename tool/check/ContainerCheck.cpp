@@ -61,10 +61,10 @@ const FindingKind* KindOf(ScanStop stop) {
 }  // namespace
 
 const std::array<WantedSection, 3> kWantedSections = {{
-    {kCommonSectionName, kCommonSectionVersion, &Kind("C-NO-COMMON"), kNothingIsRead},
-    {kDeviceSectionName, kDeviceSectionVersion, &Kind("C-NO-DEVID"),
+    {kCommonSectionName, kCommonSectionVersion, &Kind("C-NO-COMMON"), nullptr, kNothingIsRead},
+    {kDeviceSectionName, kDeviceSectionVersion, &Kind("C-NO-DEVID"), &Kind("C-EMPTY-DEVID"),
      "loading fails, and nothing but the object files is read"},
-    {kStmSectionName, kStmSectionVersion, &Kind("C-NO-STM"),
+    {kStmSectionName, kStmSectionVersion, &Kind("C-NO-STM"), &Kind("C-EMPTY-STM"),
      "loading fails, and nothing but the object files and DEVID is read"},
 }};
 
@@ -82,7 +82,7 @@ void ContainerCheck::Run() {
         return;
     }
     TellStop();
-    TellMissing();
+    TellMissingAndEmpty();
 }
 
 void ContainerCheck::CheckSection(const Section& section) {
@@ -202,15 +202,20 @@ void ContainerCheck::TellUnreachable(const Place& place) {
                    "it is not found");
 }
 
-void ContainerCheck::TellMissing() {
+void ContainerCheck::TellMissingAndEmpty() {
     bool hasFailed = false;
+    const auto tell = [&](const FindingKind& kind, const Place& place, std::string what, const char* effect) {
+        m_findings.Add(kind, place, std::move(what), hasFailed ? "loading has failed before it is looked for" : effect);
+        hasFailed = true;
+    };
     for (std::size_t i = 0; i < kWantedSections.size(); ++i) {
         const WantedSection& wanted = kWantedSections[i];
-        if (m_found[i] == nullptr) {
-            m_findings.Add(*wanted.missing, {wanted.name, std::nullopt},
-                           fmt::format("no section {} of version {} is found", wanted.name, wanted.version),
-                           hasFailed ? "loading has failed before it is looked for" : wanted.effect);
-            hasFailed = true;
+        const Section* const found = m_found[i];
+        if (found == nullptr) {
+            tell(*wanted.missing, {wanted.name, std::nullopt},
+                 fmt::format("no section {} of version {} is found", wanted.name, wanted.version), wanted.effect);
+        } else if (wanted.empty != nullptr && found->IsEmpty()) {
+            tell(*wanted.empty, {wanted.name, found->offset}, "the section holds nothing", wanted.effect);
         }
     }
 }

@@ -16,7 +16,8 @@ struct WantedSection {
     const char* name;
     std::uint32_t version;
     const FindingKind* missing;
-    const char* effect;  ///< of its being missing
+    const FindingKind* empty;  ///< nullptr: it may be
+    const char* effect;        ///< of its being missing or empty
 };
 
 enum class Wanted : std::size_t { Common, DeviceId, Stm };
@@ -45,7 +46,7 @@ class ContainerCheck {
     void TellLostIn(std::string_view bytes, std::uint64_t offset);
     bool IsListed(std::uint64_t offset) const;
     void TellUnreachable(const Place& place);
-    void TellMissing();
+    void TellMissingAndEmpty();
 
     const Container& m_container;
     Findings& m_findings;

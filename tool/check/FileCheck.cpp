@@ -84,9 +84,9 @@ class FileCheck {
         const Section* const device = sections.Found(Wanted::DeviceId);
         const Section* const stm = sections.Found(Wanted::Stm);
         CheckCommon(container, common);
-        m_report.loads = hasName && common != nullptr && device != nullptr;
+        m_report.loads = hasName && common != nullptr && HasText(device);
         CheckTexts(container, device, stm);
-        m_report.loads = m_report.loads && stm != nullptr;
+        m_report.loads = m_report.loads && HasText(stm);
     }
 
     void CheckCommon(const Container& container, const Section* section) {
@@ -133,15 +133,17 @@ class FileCheck {
         }
     }
 
+    static bool HasText(const Section* section) { return section != nullptr && !section->IsEmpty(); }
+
     static const char* NameOf(Wanted wanted) { return kWantedSections[static_cast<std::size_t>(wanted)].name; }
 
     static Place PlaceOf(Wanted wanted, const Section* section) {
         return {NameOf(wanted), section != nullptr ? std::optional(section->offset) : std::nullopt};
     }
 
-    /// As much of the payload as a reader gets; nothing when there is none or it is too long.
+    /// As much of the payload as a reader gets; nothing when there is none, it is empty or too long.
     std::optional<std::string> Payload(const Container& container, const Section* section, const Place& place) {
-        if (section == nullptr || !IsLookedAt(place, container.HeldPayload(*section))) {
+        if (!HasText(section) || !IsLookedAt(place, container.HeldPayload(*section))) {
             return std::nullopt;
         }
         return container.ReadPayload(*section, 0, kMaxText);

@@ -46,6 +46,8 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"C-NO-COMMON", Severity::Error, "There is no section DCM_COMMON of version 1 that a search finds."},
     {"C-NO-DEVID", Severity::Error, "There is no section DEVID of version 1 that a search finds."},
     {"C-NO-STM", Severity::Error, "There is no section STMDECODERINFO of version 1 that a search finds."},
+    {"C-EMPTY-DEVID", Severity::Error, "The section DEVID that a search finds is empty."},
+    {"C-EMPTY-STM", Severity::Error, "The section STMDECODERINFO that a search finds is empty."},
 
     {"T-UNKNOWN-KEY", Severity::Error, "A line sets something that is no property."},
     {"T-NO-VALUE", Severity::Error, "A line among the properties has no value."},

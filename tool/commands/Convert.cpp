@@ -28,9 +28,10 @@ void Convert::Declare(CLI::App& app) {
     app.footer(
         "Capture and settings file become each other; settings become settings as the plug-in writes them. The result "
         "is\n"
-        "loaded and compared before it takes its place. A new capture holds the configuration alone. Ends with status "
-        "3\n"
-        "when something was lost, such as the object files, for which settings have no place.\n\nExample:\n"
+        "loaded and compared before it takes its place. A new capture holds the configuration and a DEVID of one "
+        "line.\n"
+        "Ends with status 3 when something was lost, such as the object files, for which settings have no place.\n\n"
+        "Example:\n"
         "  stmdcm convert capture.tdf settings.txt");
 }
 

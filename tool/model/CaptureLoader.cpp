@@ -6,6 +6,7 @@
 
 #include "tool/capture/Container.h"
 #include "tool/model/ConfigurationReader.h"
+#include "tool/model/LoadableText.h"
 #include "tool/model/ObjectFiles.h"
 #include "tool/model/SettingsLoader.h"
 #include "tool/plugin/Manager.h"
@@ -21,6 +22,7 @@ using namespace Zu::Wep::Trace;
 struct CaptureLoader::Part {
     const char* name;
     unsigned version;
+    bool isText;
     const Section* section = nullptr;
     std::string payload = {};
 
@@ -54,9 +56,9 @@ struct CaptureLoader::Parts {
         stm.Read(container);
     }
 
-    Part common{kCommonSectionName, kCommonSectionVersion};
-    Part device{kDeviceSectionName, kDeviceSectionVersion};
-    Part stm{kStmSectionName, kStmSectionVersion};
+    Part common{kCommonSectionName, kCommonSectionVersion, false};
+    Part device{kDeviceSectionName, kDeviceSectionVersion, true};
+    Part stm{kStmSectionName, kStmSectionVersion, true};
 };
 
 namespace {
@@ -89,7 +91,7 @@ LoadedConfiguration CaptureLoader::Load(const std::string& path, Manager& manage
     std::vector<PluginMessage> messages = m_session.log.Take();
     loaded.hasSettings = loaded.isLoaded || LoadRest(parts, manager);
     loaded.hasObjectFiles = parts.common.section != nullptr;
-    loaded.hasDeviceText = !parts.device.payload.empty();
+    loaded.hasDeviceText = !parts.device.payload.empty() && parts.device.payload != kNoDeviceText;
     loaded.configuration = ReadConfiguration(manager);
     loaded.configuration.objectFiles = ObjectFiles::Parse(parts.common.payload);
 
@@ -119,7 +121,8 @@ bool CaptureLoader::LoadRest(const Parts& parts, Manager& manager) const {
     const std::string rest = m_session.WorkingFile("rest.tdf");
     m_session.container.Create(rest);
     for (const Part* part : {&parts.common, &parts.device, &parts.stm}) {
-        m_session.container.AppendSection(rest, part->name, part->version, part->payload);
+        m_session.container.AppendSection(rest, part->name, part->version,
+                                          part->isText ? LoadableText(part->payload) : part->payload);
     }
     return manager.Load(rest, TRACE_DATA_FILE_TDF);
 }

@@ -10,6 +10,7 @@
 #include "tool/Failure.h"
 #include "tool/capture/Container.h"
 #include "tool/model/ConfigurationSource.h"
+#include "tool/model/LoadableText.h"
 #include "tool/output/OutputFile.h"
 #include "tool/plugin/Manager.h"
 #include "tool/plugin/PluginSession.h"
@@ -36,7 +37,7 @@ std::string ReadAll(const std::string& path) {
 std::string ConfigurationWriter::MakeCapture(Manager& manager) const {
     std::string path = m_session.WorkingFile("written.tdf");
     m_session.container.Create(path);
-    m_session.container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, {});
+    m_session.container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, kNoDeviceText);
     if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
         throw Failure(fmt::format("{}: the plug-in can't save the configuration", path));
     }
@@ -99,7 +100,7 @@ std::vector<std::string> ConfigurationWriter::AppendTo(const std::string& captur
     if (container.Find(kDeviceSectionName, kDeviceSectionVersion) == nullptr) {
         return {
             fmt::format("{}: hosts can't load the configuration before the capture gets a section {} (version {}) "
-                        "from its own host; an empty one is enough",
+                        "from its own host; one line in it is enough",
                         capture, kDeviceSectionName, kDeviceSectionVersion)};
     }
     if (!CompareWith(expected, capture).empty()) {

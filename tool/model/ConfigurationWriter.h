@@ -16,7 +16,7 @@ class ConfigurationWriter {
   public:
     explicit ConfigurationWriter(PluginSession& session) : m_session(session) {}
 
-    /// A working capture with the manager's configuration and an empty device identification. Throws Failure.
+    /// A working capture with the manager's configuration and kNoDeviceText. Throws Failure.
     std::string MakeCapture(Manager& manager) const;
 
     /// A new capture or settings file, as the name says (OutputFile's rules). What comes back differs from `expected`:

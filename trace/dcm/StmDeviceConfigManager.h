@@ -51,7 +51,7 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     /// Replaces the settings file `name` + ".dcm", a whole path (docs/settings-text.md). True also, with nothing
     /// written and a line in the log, when it can't be opened.
     bool SaveSTMConfigurationLive(const std::string& name);
-    /// Reads the sections "DEVID" and "STMDECODERINFO" of a capture; a capture without either is a failure.
+    /// Reads the sections "DEVID" and "STMDECODERINFO" of a capture; one that is missing, or empty, is a failure.
     bool LoadSTMConfigurationFromTDF(const std::string& path);
     /// Appends the section "STMDECODERINFO" to a capture; true, with nothing written, when `path` is no capture.
     bool SaveSTMConfigurationToTDF(const std::string& path);

@@ -5,7 +5,7 @@ namespace Zu::Wep::Trace {
 /// The capture sections of the STM's configuration: settings text (docs/settings-text.md), both.
 inline constexpr char kStmSectionName[] = "STMDECODERINFO";
 inline constexpr unsigned kStmSectionVersion = 1;
-inline constexpr char kDeviceSectionName[] = "DEVID";  ///< written by hosts alone
+inline constexpr char kDeviceSectionName[] = "DEVID";  ///< written by hosts, by no manager
 inline constexpr unsigned kDeviceSectionVersion = 1;
 
 }  // namespace Zu::Wep::Trace

@@ -12,6 +12,7 @@ std::string ReadSection(const char* path, const char* name, unsigned int version
     TDFError::ThrowUnless(CanOpenForReading(path), TDFError::LoadFileName);
     const ZU_WEP::PosixFile file = OpenForReading(path);
     const SectionInfo section = RequireSection(file, name, version, TDFError::SectionSizeNotFound);
+    TDFError::ThrowUnless(section.payloadLength != 0, TDFError::NoBuffer);
 
     const std::uint64_t size = file.Size().value_or(0);
     const std::uint64_t held = size - std::min(size, section.payloadOffset);
