@@ -188,6 +188,8 @@ TEST_F(ContainerCommandsTest, RecoverTellsTheSameInTextAndJson) {
         {"orphan-payload.tdf", 3, {"length_corrected"}},
         {"torn-header.tdf", 3, {"dropped"}},
         {"no-devid.tdf", 3, {"missing", "not_loadable"}},
+        {"empty-devid.tdf", 3, {"empty", "not_loadable"}},
+        {"empty-decoder.tdf", 3, {"empty", "not_loadable"}},
     };
     const std::string out = File("out.tdf");
     for (const auto& c : cases) {

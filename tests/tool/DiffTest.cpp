@@ -66,6 +66,7 @@ TEST_F(DiffTest, EqualityIsDoubtfulWhereNotAllWasRead) {
              {base + " " + doubtful, 3, "doubtful: \"Unknown = 1\" is no property"},
              {base + " /no/such", 1, "/no/such: there is no such file"},
              {Sample("no-devid.tdf") + " " + base, 1, "there is no section DEVID"},
+             {Sample("empty-devid.tdf") + " " + base, 1, "section DEVID is empty"},
              {base, 2, "RIGHT is required"},
          }) {
         ExpectTold("diff " + c.arguments, c.status, c.sentence);

@@ -65,11 +65,13 @@ TEST_F(LiveTest, SavesWhatItShows) {
 
     const std::string before = Content(Path("new.tdf"));
     const std::string device("TDF2\x15\0\0\0\1\0\0\0\5\0\0\0DEVIDx=1\n", 25);
+    const std::string empty("TDF2\x11\0\0\0\1\0\0\0\5\0\0\0DEVID", 21);
     for (const ToldCase& c : std::vector<ToldCase>{
              {Path("settings"), 1, "--force"},
              {Path("new.tdf"), 1, "use apply"},
              {Write("bare.tdf", "TDF2"), 3, "a section DEVID"},
              {Write("device.tdf", device), 0, ""},
+             {Write("empty.tdf", empty), 3, "section DEVID is empty"},
              {Write("torn.tdf", device.substr(0, 15)), 1, "recover"},
              {Write("no.tdf", "text"), 1, "this is no capture"},
          }) {

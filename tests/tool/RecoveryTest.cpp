@@ -192,6 +192,8 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
          RemarkKind::CutShort},
         {"cut off in a line", head + rest + device.substr(0, device.size() - 1),
          head + rest + MakeSection("DEVID", 1, ""), RemarkKind::Dropped},
+        {"cut off in the first line", head + device.substr(0, device.size() - 1), head + MakeSection("DEVID", 1, ""),
+         RemarkKind::Empty},
         {"a section missing", head + trace, head + trace, RemarkKind::Missing},
         {"no capture", "STM_ATB_Id = 12\n{\ntype=CPT\n}\n", head, RemarkKind::Identifier},
     };

@@ -71,6 +71,8 @@ TEST_F(ShowTest, SaysWhatIsWrong) {
         {Sample("wrong-magic.tdf"), 1, "this is no capture"},
         {Sample("empty.tdf"), 1, "there is no section STMDECODERINFO"},
         {Sample("no-devid.tdf"), 1, "there is no section DEVID"},
+        {Sample("empty-devid.tdf"), 1, "section DEVID is empty"},
+        {Sample("empty-decoder.tdf"), 1, "section STMDECODERINFO is empty"},
         {Sample("huge-length.tdf"), 1, "a search for sections ends at offset 26"},
         {Sample("short-length.tdf"), 1, "does not even cover its header"},
         {Sample("torn-payload.tdf"), 3, "the file ends within section STMDECODERINFO: 672 of 712 bytes"},
@@ -89,7 +91,10 @@ TEST_F(ShowTest, SaysWhatIsWrong) {
     }
     // What can be read of a capture that hosts can't load is shown.
     EXPECT_TRUE(HasLineWith(Run("show " + Sample("no-devid.tdf")).out, "STM_DTC_fprocess_clock_hz", "200 MHz"));
-    EXPECT_TRUE(Configuration(Sample("empty.tdf")).at("properties").is_null());
+    EXPECT_EQ(Configuration(Sample("empty-devid.tdf")), Configuration(Sample("packed.tdf")));
+    for (const char* name : {"empty.tdf", "empty-decoder.tdf"}) {
+        EXPECT_TRUE(Configuration(Sample(name)).at("properties").is_null());
+    }
     EXPECT_EQ(Run("show").status, 2);
 }
 

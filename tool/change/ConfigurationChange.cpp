@@ -27,10 +27,17 @@ namespace {
 
 constexpr char kCpu[] = "stmdcm";
 
-std::optional<std::string> ReadPayload(const Container& capture, const char* name, std::uint32_t version) {
+/// Nothing for a section that is missing or empty: hosts load neither.
+std::optional<std::string> ReadText(const Container& capture, const char* name, std::uint32_t version) {
     const Section* section = capture.Find(name, version);
-    return section == nullptr ? std::nullopt
-                              : std::optional(capture.ReadPayload(*section, 0, section->PayloadLength()));
+    return section == nullptr || section->IsEmpty()
+               ? std::nullopt
+               : std::optional(capture.ReadPayload(*section, 0, section->PayloadLength()));
+}
+
+/// "no section DEVID"
+std::string Lacking(const Container& capture, const char* name, std::uint32_t version) {
+    return fmt::format("{} section {}", capture.Find(name, version) == nullptr ? "no" : "nothing in", name);
 }
 
 void AppendTo(std::vector<std::string>& all, std::vector<std::string> more) {
@@ -59,21 +66,22 @@ ChangeResult ConfigurationChange::TryInCapture(const std::string& path, Missing 
 }
 
 ConfigurationChange::Plan ConfigurationChange::Make(const Container& capture, Missing missing) const {
-    const auto device = ReadPayload(capture, kDeviceSectionName, kDeviceSectionVersion);
-    const auto common = ReadPayload(capture, kCommonSectionName, kCommonSectionVersion);
-    const auto text = ReadPayload(capture, kStmSectionName, kStmSectionVersion);
+    const auto device = ReadText(capture, kDeviceSectionName, kDeviceSectionVersion);
+    const bool hasCommon = capture.Find(kCommonSectionName, kCommonSectionVersion) != nullptr;
+    const auto text = ReadText(capture, kStmSectionName, kStmSectionVersion);
     Plan plan;
     plan.result.path = capture.Path();
-    plan.result.isNew = !common || !text;
+    plan.result.isNew = !hasCommon || !text;
     if (!device) {
         throw Failure(
-            fmt::format("{}: there is no section {}, which the host writes, so hosts can't load a configuration; "
+            fmt::format("{}: there is {}, which the host writes, so hosts can't load a configuration; "
                         "nothing was changed",
-                        capture.Path(), kDeviceSectionName));
+                        capture.Path(), Lacking(capture, kDeviceSectionName, kDeviceSectionVersion)));
     }
     if (plan.result.isNew && missing == Missing::IsFailure) {
-        throw Failure(fmt::format("{}: there is no section {}, so no configuration; stmdcm apply can give it one",
-                                  capture.Path(), common ? kStmSectionName : kCommonSectionName));
+        throw Failure(fmt::format("{}: there is {}, so no configuration; stmdcm apply can give it one", capture.Path(),
+                                  hasCommon ? Lacking(capture, kStmSectionName, kStmSectionVersion)
+                                            : Lacking(capture, kCommonSectionName, kCommonSectionVersion)));
     }
     Manager manager(m_session.plugin, kCpu);
     m_bytes.Load(manager, text.value_or(""), *device);
@@ -81,7 +89,7 @@ ConfigurationChange::Plan ConfigurationChange::Make(const Container& capture, Mi
         AppendTo(plan.result.doubts, SettingsLoader(m_session).DoubtsAbout(*text));
     }
     std::string changed = Change(manager, text.value_or(""), plan.result);
-    if (!common) {
+    if (!hasCommon) {
         plan.sections.push_back({kCommonSectionName, kCommonSectionVersion, {}});
     }
     plan.sections.push_back({kStmSectionName, kStmSectionVersion, std::move(changed)});

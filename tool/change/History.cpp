@@ -96,6 +96,10 @@ RestoreResult RestoreConfiguration(const std::string& path, std::size_t number) 
         throw Failure(
             fmt::format("{}: the end of the file cuts configuration {} off; nothing was changed", path, number));
     }
+    if (entry.name == std::string_view(kStmSectionName) && entry.section.IsEmpty()) {
+        throw Failure(fmt::format("{}: configuration {} is empty, so hosts could not load it; nothing was changed",
+                                  path, number));
+    }
     const HistoryEntry* current = history.Current(entry.name);
     std::string payload = history.Payload(entry);
     if (current == nullptr || history.Payload(*current) != payload) {

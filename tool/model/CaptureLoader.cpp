@@ -41,6 +41,9 @@ struct CaptureLoader::Part {
         if (section->IsTooShort()) {
             return fmt::format("the length that section {} states does not even cover its header", name);
         }
+        if (isText && section->IsEmpty()) {
+            return fmt::format("section {} is empty, so hosts can't load the configuration", name);
+        }
         if (payload.size() < section->PayloadLength()) {
             return fmt::format("the file ends within section {}: {} of {} bytes are there", name, payload.size(),
                                section->PayloadLength());
@@ -115,7 +118,7 @@ LoadedConfiguration CaptureLoader::Load(const std::string& path, Manager& manage
 }
 
 bool CaptureLoader::LoadRest(const Parts& parts, Manager& manager) const {
-    if (parts.stm.section == nullptr) {
+    if (parts.stm.section == nullptr || parts.stm.section->IsEmpty()) {
         return false;
     }
     const std::string rest = m_session.WorkingFile("rest.tdf");

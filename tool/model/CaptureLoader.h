@@ -23,7 +23,7 @@ class CaptureLoader {
     struct Part;
     struct Parts;
 
-    /// What the capture holds, though a section without which hosts can't load it is missing.
+    /// What the capture holds, though a section without which hosts can't load it is missing or empty.
     bool LoadRest(const Parts& parts, Manager& manager) const;
 
     PluginSession& m_session;

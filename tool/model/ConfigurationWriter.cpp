@@ -97,11 +97,16 @@ std::vector<std::string> ConfigurationWriter::AppendTo(const std::string& captur
         throw Failure(
             fmt::format("{}: the plug-in can't save the configuration; check that the file can be written", capture));
     }
-    if (container.Find(kDeviceSectionName, kDeviceSectionVersion) == nullptr) {
+    const Section* device = container.Find(kDeviceSectionName, kDeviceSectionVersion);
+    if (device == nullptr) {
         return {
             fmt::format("{}: hosts can't load the configuration before the capture gets a section {} (version {}) "
                         "from its own host; one line in it is enough",
                         capture, kDeviceSectionName, kDeviceSectionVersion)};
+    }
+    if (device->IsEmpty()) {
+        return {fmt::format("{}: hosts can't load the configuration, because the capture's section {} is empty",
+                            capture, kDeviceSectionName)};
     }
     if (!CompareWith(expected, capture).empty()) {
         return {fmt::format("{}: hosts load another configuration than was saved: diff shows how", capture)};

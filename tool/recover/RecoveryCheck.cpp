@@ -20,8 +20,10 @@ void CheckRecovery(SectionSource& result, std::uint64_t size, RecoveryPlan& plan
     std::uint64_t count = 0;
     std::set<std::string> wanted = {kCommonSectionName, kDeviceSectionName, kStmSectionName};
     for (; scanner.Next(info); ++count) {
-        if (info.version == kWantedVersion) {
-            wanted.erase(info.name);
+        if (info.version == kWantedVersion && wanted.erase(info.name) > 0 && info.payloadLength == 0 &&
+            IsTextSection(info.name)) {
+            plan.remarks.Add(
+                {RemarkKind::Empty, 0, 0, info.name, "the section is empty, so hosts can't load a configuration"});
         }
     }
     const bool isAtEnd = scanner.Stop() == ScanStop::EndOfFile && scanner.StopOffset() == size;

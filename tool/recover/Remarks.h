@@ -17,6 +17,7 @@ enum class RemarkKind {
     OverLimit,        ///< a section over the limits of a search
     Unreachable,      ///< sections that no search reaches in the result
     Missing,          ///< a section without which no configuration can be loaded
+    Empty,            ///< such a section, of text, that is there and empty
     NotLoadable,      ///< the plug-in can't load the result
     Mismatch          ///< the result is not what was written
 };
