@@ -10,8 +10,8 @@
 #include <cstring>
 #include <string>
 
+#include "trace/format/SectionLayout.h"
 #include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/SectionLayout.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace {

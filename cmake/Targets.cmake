@@ -2,14 +2,17 @@
 
 add_subdirectory(host/vorn)
 
-# One compilation of the plug-in's code serves the shared library, the static library and the tests.
-add_library(stmdcm_objects OBJECT)
-set_target_properties(stmdcm_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
-target_link_libraries(stmdcm_objects PUBLIC vorn)
+# One compilation of the plug-in's code serves the shared library, the static library, the tool and the tests. The
+# formats are apart: they know no manager.
+foreach(objects stmdcm_format stmdcm_objects)
+  add_library(${objects} OBJECT)
+  set_target_properties(${objects} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(${objects} PUBLIC vorn)
+endforeach()
 add_subdirectory(source_utilities)
 add_subdirectory(trace)
 
-add_library(StmDCM SHARED $<TARGET_OBJECTS:stmdcm_objects>)
+add_library(StmDCM SHARED $<TARGET_OBJECTS:stmdcm_format> $<TARGET_OBJECTS:stmdcm_objects>)
 target_link_libraries(StmDCM PRIVATE vorn)
 set(version_script ${PROJECT_SOURCE_DIR}/cmake/StmDCM.map)
 target_link_options(StmDCM PRIVATE LINKER:--version-script=${version_script})
@@ -18,14 +21,12 @@ if(NOT STMDCM_SANITIZE)
 endif()
 set_target_properties(StmDCM PROPERTIES LINK_DEPENDS ${version_script} LINKER_LANGUAGE CXX)
 
-add_library(StmDCM_static STATIC $<TARGET_OBJECTS:stmdcm_objects>)
+add_library(StmDCM_static STATIC $<TARGET_OBJECTS:stmdcm_format> $<TARGET_OBJECTS:stmdcm_objects>)
 set_target_properties(StmDCM_static PROPERTIES OUTPUT_NAME StmDCM LINKER_LANGUAGE CXX)
 target_link_libraries(StmDCM_static PUBLIC vorn ${CMAKE_DL_LIBS})
 
-foreach(folder sim tool)
-  if(EXISTS ${PROJECT_SOURCE_DIR}/${folder}/CMakeLists.txt)
-    add_subdirectory(${folder})
-  endif()
-endforeach()
+add_subdirectory(sim)
+add_subdirectory(stmdcm)
+add_subdirectory(tool)
 
 include(cmake/Install.cmake)

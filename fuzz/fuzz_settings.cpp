@@ -5,8 +5,8 @@
 #include <sstream>
 #include <string>
 
-#include "trace/dcm/SettingsText.h"
-#include "trace/dcm/StmPropertyTable.h"
+#include "trace/format/SettingsText.h"
+#include "trace/format/StmPropertyTable.h"
 
 using namespace Zu::Wep::Trace;
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "trace/dcm/eTraceDataFileType.h"
+#include "host/eTraceDataFileType.h"
 
 namespace Zu::Wep::Trace {
 

@@ -8,7 +8,7 @@
 #include "host/vorn/vornError.h"
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/AllocationWatch.h"
-#include "trace/dcm/ObjectFileSection.h"
+#include "trace/format/ObjectFileSection.h"
 #include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/SectionReader.h"
 #include "trace/tdf/TDFHandler.h"

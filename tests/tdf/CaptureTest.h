@@ -7,9 +7,9 @@
 
 #include "tests/support/KillAtSyscall.h"
 #include "tests/support/ScratchDir.h"
+#include "trace/format/SectionScanner.h"
 #include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/SectionReader.h"
-#include "trace/tdf/SectionScanner.h"
 #include "trace/tdf/TDFHandler.h"  // FileSize and vornError come with it, as hosts expect
 
 namespace Zu::Wep::Trace {

@@ -3,19 +3,20 @@
 #include <cstdint>
 #include <string>
 
-#include "tool/capture/Container.h"
-#include "tool/check/FileCheck.h"
-#include "trace/dcm/ObjectFileSection.h"
-#include "trace/dcm/SettingsText.h"
-#include "trace/tdf/SectionLayout.h"
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/reading/Reading.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/SectionLayout.h"
+#include "trace/format/SettingsText.h"
 
 namespace stmdcm {
 
-/// The identifiers of what was found, each once, in the order of the table.
-inline std::string Identifiers(const FileReport& report) {
+/// The identifiers of what was found, each once, in the order of the table; but for that of blocks which leave fields
+/// out, as nearly all here do.
+inline std::string Identifiers(const Reading& report) {
     std::string identifiers;
     for (const FindingKind& kind : kFindingKinds) {
-        if (report.findings.Count(kind) > 0) {
+        if (report.findings.Count(kind) > 0 && &kind != &Kind("U-NOT-SET")) {
             identifiers += (identifiers.empty() ? "" : " ") + std::string(kind.id);
         }
     }

@@ -5,9 +5,9 @@
 #include <set>
 #include <sstream>
 
+#include "stmdcm/capture/Retired.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/tool/CheckInputs.h"
-#include "tool/capture/Retired.h"
 
 namespace stmdcm {
 
@@ -32,7 +32,7 @@ struct Case {
 /// Settings texts: the first ones on their own, the others behind all properties.
 const Case kLooseTexts[] = {
     {"", "F-EMPTY"},
-    {std::string(3 << 20, '\n'), "F-TOO-LARGE"},
+    {" \n", "T-NOTHING T-FINAL-LINE-FEED T-NOT-SET"},
     {"STM_ATB_Id = 1", "T-NOT-SET"},
     {"STM_ATB_Id = 1\nSTM_Colour = 3\nSTM_STP_Version = 4\n", "T-UNKNOWN-KEY T-NOT-READ T-NOT-SET"},
     {"STM_ATB_Id = 1\n\nSTM_STP_Version = 4\n" + kSc, "T-BLANK-LINE T-NOT-READ T-NOT-SET"},
@@ -141,7 +141,7 @@ const Case kCaptures[] = {
 
 class CheckKindsTest : public testing::Test {
   protected:
-    FileReport Check(const std::string& name, const std::string& bytes) {
+    Reading Check(const std::string& name, const std::string& bytes) {
         WriteWhole(m_directory / name, bytes);
         return Take(CheckFile(m_directory / name, std::nullopt));
     }
@@ -153,10 +153,11 @@ class CheckKindsTest : public testing::Test {
         }
     }
 
-    FileReport Take(FileReport report) {
-        std::istringstream in(Identifiers(report));
-        for (std::string id; in >> id;) {
-            m_met.insert(id);
+    Reading Take(Reading report) {
+        for (const FindingKind& kind : kFindingKinds) {
+            if (report.findings.Count(kind) > 0) {
+                m_met.insert(kind.id);
+            }
         }
         return report;
     }
@@ -199,6 +200,11 @@ TEST_F(CheckKindsTest, EachInputGivesItsIdentifiersAndEachIdentifierHasAnInput) 
     Expect("common.tdf", kCommons, with(&CaptureParts::common));
     Expect("tail.TDF", kTails, [](const std::string& tail) { return CaptureParts{}.Bytes() + tail; });
     Expect("bytes.tdf", kCaptures, asIs);
+
+    const std::string tooLarge = m_directory / "large.txt";
+    WriteWhole(tooLarge, "STM_ATB_Id = 7\n" + AllProperties());
+    fs::resize_file(tooLarge, (128 << 20) + 1);
+    EXPECT_TRUE(Identifiers(Take(CheckFile(tooLarge))).starts_with("F-TOO-LARGE "));
 
     EXPECT_EQ(Identifiers(Check("capture.bin", CaptureParts{}.Bytes())), "F-EXTENSION");
     EXPECT_EQ(Identifiers(Take(CheckFile(m_directory.Path(), std::nullopt))), "F-UNREADABLE");
@@ -259,7 +265,7 @@ TEST_F(CheckKindsTest, RepeatedFindingsAreCounted) {
     for (int i = 0; i < 3000; ++i) {
         bytes += SectionBytes("TRACE", 1, "");
     }
-    const FileReport report = Check("many.tdf", bytes);
+    const Reading report = Check("many.tdf", bytes);
     EXPECT_EQ(report.findings.Count(Kind("C-REPEATED")), 2999U);
     EXPECT_EQ(report.findings.Sorted().size(), Findings::kMaxOfKind);
 }
@@ -267,12 +273,16 @@ TEST_F(CheckKindsTest, RepeatedFindingsAreCounted) {
 TEST_F(CheckKindsTest, PlacesNameSectionOffsetAndLine) {
     CaptureParts parts;
     parts.settings += "{\nid=1\nsw=word\n}\n";
-    const auto findings = Check("place.tdf", parts.Bytes()).findings.Sorted();
-    ASSERT_EQ(findings.size(), 1U);
-    EXPECT_EQ(findings[0].place.section, "STMDECODERINFO");
-    EXPECT_EQ(findings[0].place.offset, 51U);
-    EXPECT_EQ(findings[0].place.line, 29U);
-    EXPECT_EQ(findings[0].effect, "reads as 0");
+    const Reading report = Check("place.tdf", parts.Bytes());
+    const auto findings = report.findings.Sorted();
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_EQ(findings[0].kind, &Kind("U-NOT-SET"));
+    EXPECT_EQ(findings[0].what, "the block does not set name, jobid, probe, suppress");
+    EXPECT_EQ(findings[0].place.line, 27U);
+    EXPECT_EQ(findings[1].place.section, "STMDECODERINFO");
+    EXPECT_EQ(findings[1].place.offset, 51U);
+    EXPECT_EQ(findings[1].place.line, 29U);
+    EXPECT_EQ(findings[1].effect, "reads as 0");
 }
 
 TEST_F(CheckKindsTest, TheDocumentListsTheKinds) {

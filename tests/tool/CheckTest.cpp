@@ -1,7 +1,7 @@
 #include <nlohmann/json.hpp>
 
+#include "stmdcm/reading/FindingKind.h"
 #include "tests/tool/ToolRun.h"
-#include "tool/check/FindingKind.h"
 
 namespace stmdcm {
 
@@ -22,7 +22,7 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
         const char* error;
     } cases[] = {
         {STMDCM_TEST_DATA "/settings.txt", 0, "settings.txt: nothing found", ""},
-        {STMDCM_TEST_DATA "/settings-packed.txt", 0, "settings-packed.txt: 1 note", ""},
+        {STMDCM_TEST_DATA "/settings-packed.txt", 0, "settings-packed.txt: 3 notes", ""},
         {kFull, 1, "full.tdf: 2 warnings, 3 notes", ""},
         {std::string("--severity error ") + kFull, 0, "full.tdf: nothing found", ""},
         {std::string("/no/such/file ") + kUnknown, 1, "T-UNKNOWN-KEY line 2: \"STM_Colour\" is no property",

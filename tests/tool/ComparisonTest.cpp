@@ -1,4 +1,4 @@
-#include "tool/model/Comparison.h"
+#include "stmdcm/reading/Comparison.h"
 
 #include <gtest/gtest.h>
 

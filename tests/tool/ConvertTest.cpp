@@ -30,9 +30,9 @@ TEST_F(ConvertTest, SaysWhatIsLost) {
         std::vector<const char*> lost;
     } cases[] = {
         {Sample("full.tdf"), 3, {"the 2 of " STMDCM_TEST_DATA "/full.tdf are lost", "the section DEVID"}},
-        {Sample("no-devid.tdf"), 3, {"there is no section DEVID"}},
-        {Sample("settings-unknown-key.txt"), 3, {"is no property"}},
-        {Sample("empty-devid.tdf"), 3, {"section DEVID is empty"}},
+        {Sample("no-devid.tdf"), 3, {"no section DEVID"}},
+        {Sample("settings-unknown-key.txt"), 3, {"is no property", "not read"}},
+        {Sample("empty-devid.tdf"), 3, {"DEVID at 26: the section holds nothing"}},
     };
     for (const auto& c : cases) {
         const Result result = Run("convert --force --json " + c.from + " " + Path("out"));
@@ -59,8 +59,8 @@ TEST_F(ConvertTest, NeverTouchesWhatIsThere) {
              {settings + " " + Path("link") + " --force", 1, "this is the input"},
              {capture + " " + Path("other.tdf"), 1, "use apply"},
              {"/no/such " + settings + " --force", 1, "there is no such file"},
-             {Sample("empty.tdf") + " " + settings + " --force", 1, "there is no section"},
-             {Sample("empty-decoder.tdf") + " " + settings + " --force", 1, "section STMDECODERINFO is empty"},
+             {Sample("empty.tdf") + " " + settings + " --force", 1, "no section"},
+             {Sample("empty-decoder.tdf") + " " + settings + " --force", 1, "the section holds nothing"},
              {capture + " /no/directory/settings", 1, "/no/directory/settings"},
              {capture + " " + Temporary().string() + " --force", 1, "a directory"},
              {capture, 2, "TO is required"},

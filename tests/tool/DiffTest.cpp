@@ -63,10 +63,10 @@ TEST_F(DiffTest, EqualityIsDoubtfulWhereNotAllWasRead) {
     const std::string doubtful = Write("doubtful", std::string(kSettings) + "Unknown = 1\n");
     for (const ToldCase& c : std::vector<ToldCase>{
              {base + " " + base, 0, ""},
-             {base + " " + doubtful, 3, "doubtful: \"Unknown = 1\" is no property"},
+             {base + " " + doubtful, 3, "\"Unknown\" is no property"},
              {base + " /no/such", 1, "/no/such: there is no such file"},
-             {Sample("no-devid.tdf") + " " + base, 1, "there is no section DEVID"},
-             {Sample("empty-devid.tdf") + " " + base, 1, "section DEVID is empty"},
+             {Sample("no-devid.tdf") + " " + base, 1, "no section DEVID"},
+             {Sample("empty-devid.tdf") + " " + base, 1, "the section holds nothing"},
              {base, 2, "RIGHT is required"},
          }) {
         ExpectTold("diff " + c.arguments, c.status, c.sentence);

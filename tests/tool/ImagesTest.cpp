@@ -4,11 +4,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureEditor.h"
+#include "stmdcm/images/ImageUpdate.h"
 #include "tests/support/ScratchDir.h"
-#include "tool/Failure.h"
-#include "tool/capture/CaptureEditor.h"
-#include "tool/change/ImageUpdate.h"
-#include "trace/dcm/ObjectFileSection.h"
+#include "tool/cli/ExitStatus.h"
+#include "trace/format/ObjectFileSection.h"
 
 namespace stmdcm {
 namespace {
@@ -88,7 +89,7 @@ TEST_F(ImagesTest, RecordsOnlyTheImageThatWasCapturedUnlessTold) {
     const std::string mapping = "/old=" + m_directory.Path() + "/moved";
 
     Record("/old/a.out");
-    EXPECT_EQ(Update(false, mapping).Status(), ExitStatus::Done);
+    EXPECT_EQ(StatusOf(Update(false, mapping)), ExitStatus::Done);
     EXPECT_EQ(Now().path, exact);
     EXPECT_EQ(Now().DiskState(), ObjectFile::State::Present);
     const std::string written = ReadWhole(m_file);
@@ -96,9 +97,9 @@ TEST_F(ImagesTest, RecordsOnlyTheImageThatWasCapturedUnlessTold) {
     EXPECT_EQ(ReadWhole(m_file), written);
 
     Record("/old/b.out");
-    EXPECT_EQ(Update(false, mapping).Status(), ExitStatus::Failed);
+    EXPECT_EQ(StatusOf(Update(false, mapping)), ExitStatus::Failed);
     EXPECT_EQ(Now().path, "/old/b.out");
-    EXPECT_EQ(Update(true, mapping).Status(), ExitStatus::Done);
+    EXPECT_EQ(StatusOf(Update(true, mapping)), ExitStatus::Done);
     EXPECT_EQ(Now().path, changed);
     EXPECT_EQ(Now().recorded, kRecorded + 5);
 }
@@ -109,7 +110,7 @@ TEST_F(ImagesTest, SearchesAndDoesNotGuess) {
     std::filesystem::create_symlink(other, m_directory / "search/x/b.out");
     Image("outside/b.out");
     Record("/old/b.out");
-    EXPECT_EQ(Update(true).Status(), ExitStatus::Failed) << "links are not followed";
+    EXPECT_EQ(StatusOf(Update(true)), ExitStatus::Failed) << "links are not followed";
 
     Record("/old/a.out");
     EXPECT_FALSE(Update(false).isWritten) << "it is not the one that was captured";
@@ -119,7 +120,7 @@ TEST_F(ImagesTest, SearchesAndDoesNotGuess) {
     EXPECT_EQ(unsure.answers.front().candidates, (std::vector{other, second}));
 
     const std::string exact = Image("search/z/a.out");
-    EXPECT_EQ(Update(false).Status(), ExitStatus::Done);
+    EXPECT_EQ(StatusOf(Update(false)), ExitStatus::Done);
     EXPECT_EQ(Now().path, exact);
 
     // A changed file at the recorded place gives way to the captured one alone.

@@ -8,19 +8,20 @@
 #include <optional>
 #include <set>
 
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureEditor.h"
+#include "stmdcm/change/Assignment.h"
+#include "stmdcm/change/ConfigurationChange.h"
+#include "stmdcm/change/History.h"
+#include "stmdcm/images/ImageUpdate.h"
+#include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/PluginSession.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/support/ScratchDir.h"
+#include "tests/tool/SectionList.h"
 #include "tests/tool/ToolRun.h"
-#include "tool/Failure.h"
-#include "tool/capture/CaptureEditor.h"
-#include "tool/change/AppliedText.h"
-#include "tool/change/ConfigurationChange.h"
-#include "tool/change/History.h"
-#include "tool/change/ImageUpdate.h"
-#include "tool/plugin/Manager.h"
-#include "tool/plugin/PluginSession.h"
-#include "trace/dcm/ObjectFileSection.h"
-#include "trace/dcm/StmSections.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
 
 namespace stmdcm {
 namespace {
@@ -55,7 +56,7 @@ struct InPlaceTest : testing::Test {
     stmdcm_test::ScratchDir m_directory;
     const std::string m_file = m_directory / "capture.tdf";
 
-    /// One for the process: the plug-in looks for its directories only once.
+    /// A host; one for the process: the plug-in looks for its directories only once.
     static PluginSession& Session() {
         static PluginSession session("");
         ::unsetenv("ZU_TRACE_LOGGING");  // It would multiply the system calls.
@@ -72,16 +73,15 @@ struct InPlaceTest : testing::Test {
     }
     int Set(const std::string& name, std::int32_t value) const {
         return Try([&] {
-            ConfigurationChange(Session(), [&](Manager& manager) {
-                manager.SetProperty(name, value);
+            ConfigurationChange([&](Settings& settings) {
+                Assignment{name, value}.ApplyTo(settings.properties);
             }).InCapture(m_file, ConfigurationChange::Missing::IsFailure);
         });
     }
     int Apply() const {
-        static const AppliedText text(Session(), STMDCM_TEST_DATA "/settings.txt");
-        return Try([&] {
-            ConfigurationChange(Session(), [&](Manager& manager) { text.ApplyTo(manager); }).InCapture(m_file, kMade);
-        });
+        static const std::string text = Reference("settings.txt");
+        return Try(
+            [&] { ConfigurationChange([](Settings& settings) { settings.Read(text); }).InCapture(m_file, kMade); });
     }
     int Restore(std::size_t number) const {
         return Try([&] { RestoreConfiguration(m_file, number); });
@@ -102,9 +102,8 @@ struct InPlaceTest : testing::Test {
     /// A host's capture, to which no manager has saved.
     static std::string BareCapture() {
         const std::string path = Session().WorkingFile("bare.tdf");
-        Session().container.Create(path);
-        Session().container.AppendSection(path, "TRACE0", 1, "trace");
-        Session().container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, "STM_ATB_Id=7\n");
+        WriteWhole(path, "TDF2" + MakeSection("TRACE0", 1, "trace") +
+                             MakeSection(kDeviceSectionName, kDeviceSectionVersion, "STM_ATB_Id=7\n"));
         return ReadWhole(path);
     }
 

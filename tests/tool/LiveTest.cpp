@@ -69,9 +69,9 @@ TEST_F(LiveTest, SavesWhatItShows) {
     for (const ToldCase& c : std::vector<ToldCase>{
              {Path("settings"), 1, "--force"},
              {Path("new.tdf"), 1, "use apply"},
-             {Write("bare.tdf", "TDF2"), 3, "a section DEVID"},
+             {Write("bare.tdf", "TDF2"), 3, "no section DEVID"},
              {Write("device.tdf", device), 0, ""},
-             {Write("empty.tdf", empty), 3, "section DEVID is empty"},
+             {Write("empty.tdf", empty), 3, "the section holds nothing"},
              {Write("torn.tdf", device.substr(0, 15)), 1, "recover"},
              {Write("no.tdf", "text"), 1, "this is no capture"},
          }) {

@@ -5,13 +5,13 @@
 
 #include <random>
 
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/Retired.h"
+#include "stmdcm/recover/RecoveryCheck.h"
+#include "stmdcm/recover/RecoveryPlanner.h"
+#include "stmdcm/recover/RecoveryWriter.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/tool/SectionList.h"
-#include "tool/Failure.h"
-#include "tool/capture/Retired.h"
-#include "tool/recover/RecoveryCheck.h"
-#include "tool/recover/RecoveryPlanner.h"
-#include "tool/recover/RecoveryWriter.h"
 
 namespace stmdcm {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "trace/tdf/SectionScanner.h"
+#include "trace/format/SectionScanner.h"
 
 namespace stmdcm {
 

@@ -1,4 +1,4 @@
-#include "tool/plugin/TraceHome.h"
+#include "stmdcm/plugin/TraceHome.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>

@@ -1,4 +1,4 @@
-#include "tool/model/Words.h"
+#include "stmdcm/reading/Words.h"
 
 #include <gtest/gtest.h>
 

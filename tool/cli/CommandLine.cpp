@@ -3,7 +3,7 @@
 #include <new>
 #include <string>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/UsageError.h"
@@ -76,7 +76,7 @@ ExitStatus CommandLine::RunChosen() {
         return m_chosen->Run({m_options, console});
     } catch (const Failure& failure) {
         console.Diagnose(failure.what());
-        return failure.Status();
+        return StatusOf(failure);
     } catch (const std::bad_alloc&) {
         console.Diagnose("there is not enough memory");
     } catch (const std::exception& error) {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "tool/commands/Command.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 

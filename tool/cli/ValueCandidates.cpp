@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <set>
 
-#include "tool/Failure.h"
-#include "tool/capture/Container.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/Container.h"
 #include "tool/cli/Completer.h"
 #include "tool/cli/Syntax.h"
-#include "trace/dcm/StmPropertyTable.h"
+#include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm {
 

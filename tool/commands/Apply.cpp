@@ -6,10 +6,9 @@
 #include <filesystem>
 #include <optional>
 
-#include "tool/Failure.h"
-#include "tool/change/AppliedText.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureFile.h"
 #include "tool/commands/ChangeReport.h"
-#include "tool/plugin/PluginSession.h"
 #include "tool/render/JsonRenderer.h"
 
 namespace stmdcm {
@@ -19,7 +18,7 @@ struct Apply::Outcome {
     ChangeResult result;
     std::optional<std::string> failure;
 
-    ExitStatus Status() const { return failure ? ExitStatus::Failed : result.Status(); }
+    ExitStatus Status() const { return failure ? ExitStatus::Failed : StatusOf(result); }
 
     JsonRenderer::Json Json() const {
         JsonRenderer::Json json = ChangeReport::Json(result);
@@ -35,6 +34,15 @@ ExitStatus Worse(ExitStatus a, ExitStatus b) {
     return a == ExitStatus::Failed || b == ExitStatus::Failed ? ExitStatus::Failed : std::max(a, b);
 }
 
+/// A settings file's own text, which need not set every property; a capture's sets all.
+std::string AppliedText(const Reading& source) {
+    if (source.kind == ConfigurationKind::Capture) {
+        return source.settings->Text();
+    }
+    const CaptureFile file(source.path, CaptureFile::Identifier::Optional);
+    return file.Read(0, file.Size());
+}
+
 bool IsSameFile(const std::string& a, const std::string& b) {
     std::error_code ignored;
     return std::filesystem::equivalent(a, b, ignored);
@@ -45,6 +53,7 @@ bool IsSameFile(const std::string& a, const std::string& b) {
 void Apply::Declare(CLI::App& app) {
     app.add_option("source", m_source, "A settings file, or a capture")->required()->type_name("SETTINGS");
     app.add_option("captures", m_captures, "Captures to change, in place")->required()->type_name("CAPTURE");
+    app.add_flag("--force", m_force, "Apply what can be read of a source that is not read whole");
     app.add_flag("--dry-run", m_dryRun, "Tell what would change, and write nothing");
     app.footer(
         "Properties that a settings file does not name stay as they are; the use cases are replaced. Each capture "
@@ -69,16 +78,19 @@ Apply::Outcome Apply::ApplyTo(const ConfigurationChange& change, const std::stri
 }
 
 ExitStatus Apply::Run(const Context& context) {
-    PluginSession session(context.options.plugin);
-    const AppliedText source(session, m_source);
-    const ConfigurationChange change(session, [&](Manager& manager) { source.ApplyTo(manager); });
-    ExitStatus status = source.Doubts().empty() ? ExitStatus::Done : ExitStatus::Doubtful;
+    const Reading source = Read(m_source);
+    source.RequireSettings();
+    RequireWhole(source, m_force);
+    const std::vector<std::string> doubts = source.Doubts();
+    const std::string text = AppliedText(source);
+    const ConfigurationChange change([&](Settings& settings) { settings.Read(text); });
+    ExitStatus status = doubts.empty() ? ExitStatus::Done : ExitStatus::Doubtful;
     JsonRenderer::Json document = JsonRenderer::Document("apply");
     document["source"] = m_source;
-    document["source_doubts"] = source.Doubts();
+    document["source_doubts"] = doubts;
     document["dry_run"] = m_dryRun;
     document["captures"] = JsonRenderer::Json::array();
-    ChangeReport::Diagnose(m_source, source.Doubts(), context.console);
+    ChangeReport::Diagnose(m_source, doubts, context.console);
     for (const std::string& capture : m_captures) {
         const Outcome outcome = ApplyTo(change, capture);
         document["captures"].push_back(outcome.Json());

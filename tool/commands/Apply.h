@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/change/ConfigurationChange.h"
-#include "tool/commands/Command.h"
+#include "stmdcm/change/ConfigurationChange.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 
@@ -22,6 +22,7 @@ class Apply final : public Command {
     std::string m_source;
     std::vector<std::string> m_captures;
     bool m_dryRun = false;
+    bool m_force = false;
 };
 
 }  // namespace stmdcm

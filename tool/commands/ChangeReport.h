@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/Console.h"
-#include "tool/change/ConfigurationChange.h"
+#include "stmdcm/change/ConfigurationChange.h"
+#include "tool/output/Console.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {

@@ -4,9 +4,9 @@
 
 #include <optional>
 
-#include "tool/Failure.h"
-#include "tool/check/CheckReport.h"
-#include "tool/check/FileCheck.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/plugin/PluginReading.h"
+#include "tool/commands/CheckReport.h"
 
 namespace stmdcm {
 
@@ -21,11 +21,11 @@ Severity ToSeverity(const std::string& name) {
     return Severity::Note;
 }
 
-std::optional<FileKind> ToKind(const std::string& name) {
+std::optional<ConfigurationKind> ToKind(const std::string& name) {
     if (name.empty()) {
         return std::nullopt;
     }
-    return name == "capture" ? FileKind::Capture : FileKind::Settings;
+    return name == "capture" ? ConfigurationKind::Capture : ConfigurationKind::Settings;
 }
 
 }  // namespace
@@ -52,18 +52,28 @@ ExitStatus Check::Run(const Context& context) {
         return ExitStatus::Done;
     }
     if (m_files.empty()) {
-        throw Failure("check needs a FILE, or --list", ExitStatus::Usage);
+        throw Failure("check needs a FILE, or --list", Failure::Kind::Request);
     }
-    std::vector<FileReport> reports;
+    std::vector<Reading> reports;
     for (const std::string& file : m_files) {
         reports.push_back(CheckFile(file, ToKind(m_kind)));
         if (!reports.back().kind) {
             context.console.Diagnose(fmt::format("{}: {}", file, reports.back().findings.Sorted().front().what));
         }
     }
+    bool isOtherwise = false;
+    for (const Reading& report : reports) {
+        if (context.options.plugin.empty() || !report.kind) {
+            continue;
+        }
+        for (const std::string& sentence : DifferencesThroughPlugin(context.options.plugin, report)) {
+            context.console.Diagnose(sentence);
+            isOtherwise = true;
+        }
+    }
     const CheckReport report(reports, ToSeverity(m_severity));
     context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    return report.HasProblem() ? ExitStatus::Failed : ExitStatus::Done;
+    return report.HasProblem() || isOtherwise ? ExitStatus::Failed : ExitStatus::Done;
 }
 
 }  // namespace stmdcm

@@ -3,7 +3,7 @@
 #include <memory>
 #include <span>
 
-#include "tool/commands/Command.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/commands/Command.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 

@@ -4,27 +4,20 @@
 
 #include <filesystem>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/change/NewCapture.h"
 #include "tool/commands/ConvertResult.h"
-#include "tool/model/ConfigurationSource.h"
-#include "tool/model/ConfigurationWriter.h"
-#include "tool/plugin/Manager.h"
-#include "tool/plugin/PluginSession.h"
+#include "tool/output/ConfigurationFile.h"
 
 namespace stmdcm {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-constexpr char kCpuName[] = "stmdcm";
-
-}  // namespace
-
 void Convert::Declare(CLI::App& app) {
     app.add_option("FROM", m_from, "A capture (.tdf) or a settings file")->required();
     app.add_option("TO", m_to, "A new settings file, or with the extension .tdf a new capture")->required();
-    app.add_flag("--force", m_force, "Overwrite a settings file");
+    app.add_flag("--force", m_force,
+                 "Overwrite a settings file, and convert what can be read of a source that is not read whole");
     app.footer(
         "Capture and settings file become each other; settings become settings as the plug-in writes them. The result "
         "is\n"
@@ -37,16 +30,17 @@ void Convert::Declare(CLI::App& app) {
 
 ExitStatus Convert::Run(const Context& context) {
     CheckKinds();
-    PluginSession session(context.options.plugin);
-    Manager manager(session.plugin, kCpuName);
-    const LoadedConfiguration source = ConfigurationSource(session).Load(m_from, manager);
+    const Reading source = Read(m_from);
     source.RequireSettings();
+    RequireWhole(source, m_force);
     Configuration expected = source.configuration;
     expected.objectFiles.clear();
+    const std::string text = source.settings->Text();
+    const bool isCapture = KindOfName(m_to) == ConfigurationKind::Capture;
     const std::vector<Difference> differences =
-        ConfigurationWriter(session).WriteNew(manager, expected, m_to, m_force, {m_from});
+        WriteConfiguration(m_to, isCapture ? NewCapture(text) : text, expected, m_force, {m_from});
 
-    ConvertResult result{m_from, m_to, source.kind, ConfigurationSource::KindOfName(m_to), source.Sentences()};
+    ConvertResult result{m_from, m_to, *source.kind, KindOfName(m_to), source.Sentences()};
     for (std::string& sentence : LostFrom(source)) {
         result.lost.push_back(std::move(sentence));
     }
@@ -61,10 +55,10 @@ ExitStatus Convert::Run(const Context& context) {
 }
 
 void Convert::CheckKinds() const {
-    if (ConfigurationSource::KindOfName(m_to) != ConfigurationKind::Capture) {
+    if (KindOfName(m_to) != ConfigurationKind::Capture) {
         return;
     }
-    if (ConfigurationSource::KindOf(m_from) == ConfigurationKind::Capture) {
+    if (KindOf(m_from) == ConfigurationKind::Capture) {
         throw Failure(fmt::format(
             "{} and {} are both captures; use apply to bring a configuration into another capture", m_from, m_to));
     }
@@ -74,7 +68,7 @@ void Convert::CheckKinds() const {
     }
 }
 
-std::vector<std::string> Convert::LostFrom(const LoadedConfiguration& source) const {
+std::vector<std::string> Convert::LostFrom(const Reading& source) const {
     std::vector<std::string> lost;
     if (!source.configuration.objectFiles.empty()) {
         lost.push_back(fmt::format("{}: settings have no object files: the {} of {} are lost", m_to,

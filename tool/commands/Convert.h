@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/commands/Command.h"
-#include "tool/model/LoadedConfiguration.h"
+#include "stmdcm/reading/Reading.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 
@@ -17,7 +17,7 @@ class Convert final : public Command {
   private:
     void CheckKinds() const;
     /// What the other kind of file has no place for.
-    std::vector<std::string> LostFrom(const LoadedConfiguration& source) const;
+    std::vector<std::string> LostFrom(const Reading& source) const;
 
     std::string m_from;
     std::string m_to;

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/model/LoadedConfiguration.h"
+#include "stmdcm/reading/Reading.h"
 
 namespace stmdcm {
 

@@ -1,11 +1,11 @@
 #include "tool/commands/Demo.h"
 
+#include "stmdcm/plugin/Installation.h"
+#include "stmdcm/plugin/LibraryPath.h"
+#include "stmdcm/plugin/PluginSession.h"
 #include "tool/commands/DemoReport.h"
 #include "tool/commands/DemoRun.h"
 #include "tool/commands/LiveDemoRun.h"
-#include "tool/plugin/Installation.h"
-#include "tool/plugin/LibraryPath.h"
-#include "tool/plugin/PluginSession.h"
 
 namespace stmdcm {
 

@@ -6,7 +6,7 @@
 
 #include <fstream>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
 
 namespace stmdcm {
 

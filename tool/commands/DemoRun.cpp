@@ -6,14 +6,14 @@
 #include <iterator>
 #include <utility>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/plugin/HeldConfiguration.h"
+#include "stmdcm/plugin/Installation.h"
+#include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/Plugin.h"
+#include "stmdcm/reading/Reading.h"
 #include "tool/commands/DemoImage.h"
-#include "tool/model/ConfigurationReader.h"
-#include "tool/model/ObjectFiles.h"
-#include "tool/plugin/Installation.h"
-#include "tool/plugin/Manager.h"
-#include "tool/plugin/Plugin.h"
-#include "trace/dcm/StmSections.h"
+#include "trace/format/StmSections.h"
 
 namespace stmdcm {
 
@@ -107,13 +107,13 @@ std::string DemoRun::AnswerQuestion(const ObjectFileQuestion& question) const {
 
 void DemoRun::Load(Manager& manager) {
     fs::copy_file(DataFile(kShippedCapture), m_result.capture);
-    m_result.recorded = ObjectFiles::Recorded(m_container, m_result.capture);
+    m_result.recorded = Read(m_result.capture).configuration.objectFiles;
     if (!manager.Load(m_result.capture, TRACE_DATA_FILE_TDF)) {
         throw Failure(fmt::format("{}: the plug-in can't load the configuration", m_result.capture));
     }
     m_result.questions = manager.Questions();
     m_result.loaded = ReadConfiguration(manager);
-    m_result.loaded.objectFiles = ObjectFiles::HeldBy(manager, m_result.recorded);
+    m_result.loaded.objectFiles = ObjectFilesHeldBy(manager, m_result.recorded);
 }
 
 void DemoRun::Change(Manager& manager) {
@@ -156,13 +156,13 @@ void DemoRun::Reload() {
     if (!manager.Load(m_result.savedCapture, TRACE_DATA_FILE_TDF)) {
         throw Failure(fmt::format("{}: the plug-in can't load what it saved", m_result.savedCapture));
     }
-    const std::vector<ObjectFile> recorded = ObjectFiles::Recorded(m_container, m_result.savedCapture);
+    const std::vector<ObjectFile> recorded = Read(m_result.savedCapture).configuration.objectFiles;
     m_result.reloaded = ReadConfiguration(manager);
     m_result.reloaded.objectFiles = recorded;
     m_result.differences = Compare(m_result.changed, m_result.reloaded);
 
     Configuration held = m_result.reloaded;
-    held.objectFiles = ObjectFiles::HeldBy(manager, recorded);
+    held.objectFiles = ObjectFilesHeldBy(manager, recorded);
     if (!Compare(m_result.reloaded, held).empty() || !manager.Questions().empty()) {
         m_result.problems.emplace_back("the second manager does not hold the object files that were saved");
     }

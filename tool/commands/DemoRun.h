@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "tool/model/Comparison.h"
-#include "tool/model/Configuration.h"
-#include "tool/plugin/ObjectFileQuestions.h"
-#include "tool/plugin/TraceDataFile.h"
+#include "stmdcm/plugin/ObjectFileQuestions.h"
+#include "stmdcm/plugin/TraceDataFile.h"
+#include "stmdcm/reading/Comparison.h"
+#include "stmdcm/reading/Configuration.h"
 
 namespace stmdcm {
 

@@ -1,8 +1,7 @@
 #include "tool/commands/Diff.h"
 
+#include "stmdcm/reading/Reading.h"
 #include "tool/commands/DiffReport.h"
-#include "tool/model/ConfigurationSource.h"
-#include "tool/plugin/PluginSession.h"
 
 namespace stmdcm {
 
@@ -18,16 +17,14 @@ void Diff::Declare(CLI::App& app) {
 }
 
 ExitStatus Diff::Run(const Context& context) {
-    PluginSession session(context.options.plugin);
-    const ConfigurationSource source(session);
-    const LoadedConfiguration left = source.Load(m_left);
+    const Reading left = Read(m_left);
     left.RequireLoaded();
-    const LoadedConfiguration right = source.Load(m_right);
+    const Reading right = Read(m_right);
     right.RequireLoaded();
 
     const DiffReport report(left, right);
     context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    for (const LoadedConfiguration* side : {&left, &right}) {
+    for (const Reading* side : {&left, &right}) {
         for (const std::string& sentence : side->Sentences()) {
             context.console.Diagnose(sentence);
         }
@@ -35,7 +32,7 @@ ExitStatus Diff::Run(const Context& context) {
     if (!report.IsEqual()) {
         return ExitStatus::Failed;
     }
-    return left.doubts.empty() && right.doubts.empty() ? ExitStatus::Done : ExitStatus::Doubtful;
+    return left.Doubts().empty() && right.Doubts().empty() ? ExitStatus::Done : ExitStatus::Doubtful;
 }
 
 }  // namespace stmdcm

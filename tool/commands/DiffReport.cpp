@@ -14,13 +14,13 @@ Configuration WithoutObjectFiles(Configuration configuration) {
     return configuration;
 }
 
-JsonRenderer::Json SideToJson(const LoadedConfiguration& side) {
-    return {{"file", side.path}, {"kind", KindName(side.kind)}, {"doubts", side.doubts}};
+JsonRenderer::Json SideToJson(const Reading& side) {
+    return {{"file", side.path}, {"kind", KindName(*side.kind)}, {"doubts", side.Doubts()}};
 }
 
 }  // namespace
 
-DiffReport::DiffReport(const LoadedConfiguration& left, const LoadedConfiguration& right)
+DiffReport::DiffReport(const Reading& left, const Reading& right)
     : m_left(left),
       m_right(right),
       m_comparesObjectFiles(left.hasObjectFiles && right.hasObjectFiles),

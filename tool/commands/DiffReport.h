@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/model/Comparison.h"
-#include "tool/model/LoadedConfiguration.h"
+#include "stmdcm/reading/Comparison.h"
+#include "stmdcm/reading/Reading.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {
@@ -13,15 +13,15 @@ namespace stmdcm {
 /// the report.
 class DiffReport {
   public:
-    DiffReport(const LoadedConfiguration& left, const LoadedConfiguration& right);
+    DiffReport(const Reading& left, const Reading& right);
 
     bool IsEqual() const { return m_differences.empty(); }
     std::string Text(const Palette& palette) const;
     std::string Json() const;
 
   private:
-    const LoadedConfiguration& m_left;
-    const LoadedConfiguration& m_right;
+    const Reading& m_left;
+    const Reading& m_right;
     bool m_comparesObjectFiles;
     std::vector<Difference> m_differences;
 };

@@ -4,10 +4,10 @@
 
 #include <vector>
 
-#include "tool/Failure.h"
-#include "tool/capture/Retired.h"
-#include "tool/model/Words.h"
-#include "tool/output/CopyRange.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CopyRange.h"
+#include "stmdcm/capture/Retired.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
 #include "tool/output/StandardOutput.h"
@@ -73,7 +73,7 @@ const Section& Extract::Choose(const Container& container) const {
             throw Failure(fmt::format("{}: there are several versions of section {}, among them {} and {}; name one "
                                       "with --version",
                                       m_file, InWords(Unit::None, m_name), chosen->version, section.version),
-                          ExitStatus::Usage);
+                          Failure::Kind::Request);
         }
         chosen = &section;
     }

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "tool/capture/Container.h"
-#include "tool/commands/Command.h"
-#include "tool/output/ByteSink.h"
+#include "stmdcm/capture/ByteSink.h"
+#include "stmdcm/capture/Container.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 

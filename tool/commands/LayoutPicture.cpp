@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "tool/model/Words.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/output/Progress.h"
 
 namespace stmdcm {

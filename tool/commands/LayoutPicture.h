@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/capture/Container.h"
-#include "tool/capture/SectionRuns.h"
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/capture/SectionRuns.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {

@@ -5,19 +5,22 @@
 
 #include <filesystem>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/plugin/Installation.h"
+#include "stmdcm/plugin/LibraryPath.h"
+#include "stmdcm/plugin/LiveConfiguration.h"
+#include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/PluginSession.h"
 #include "tool/commands/LiveReport.h"
-#include "tool/model/ConfigurationSource.h"
-#include "tool/model/ConfigurationWriter.h"
-#include "tool/model/LiveConfiguration.h"
-#include "tool/plugin/Installation.h"
-#include "tool/plugin/LibraryPath.h"
-#include "tool/plugin/Manager.h"
-#include "tool/plugin/PluginSession.h"
+#include "tool/output/ConfigurationFile.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
 
 namespace stmdcm {
 
 namespace fs = std::filesystem;
+using namespace Zu::Wep::Trace;
 
 void Live::Declare(CLI::App& app) {
     app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it")->required()->type_name("NAME");
@@ -44,7 +47,7 @@ ExitStatus Live::Run(const Context& context) {
     Manager manager(session.plugin, m_cpu);
     LiveConfiguration live = LiveConfiguration::Load(session, manager);
     if (!m_save.empty()) {
-        Save(session, manager, live);
+        Save(manager, live);
     }
     const LiveReport report(live, session.plugin.Path().string(), m_save);
     context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
@@ -68,32 +71,64 @@ void Live::ChooseFactory() const {
     }
 }
 
-bool Live::SavesIntoCapture() const {
-    return fs::exists(m_save) && ConfigurationSource::KindOfName(m_save) == ConfigurationKind::Capture;
-}
+bool Live::SavesIntoCapture() const { return fs::exists(m_save) && KindOfName(m_save) == ConfigurationKind::Capture; }
 
 /// Before the target is bothered.
 void Live::CheckSave() const {
     if (SavesIntoCapture()) {
-        ConfigurationSource::KindOf(m_save);
+        KindOf(m_save);
     }
 }
 
-void Live::Save(PluginSession& session, Manager& manager, LiveConfiguration& live) const {
-    const ConfigurationWriter writer(session);
+void Live::Save(Manager& manager, LiveConfiguration& live) const {
     if (SavesIntoCapture()) {
-        for (std::string& doubt : writer.AppendTo(m_save, manager, live.configuration)) {
-            live.doubts.push_back(std::move(doubt));
-        }
+        AppendTo(manager, live);
         return;
     }
-    for (const Difference& lost : writer.WriteNew(manager, live.configuration, m_save, m_force, {})) {
+    const bool isCapture = KindOfName(m_save) == ConfigurationKind::Capture;
+    const CaptureFile saved(live.saved.path);
+    const std::string bytes = isCapture ? saved.Read(0, saved.Size()) : live.saved.settings->Text();
+    Configuration expected = live.configuration;
+    if (!isCapture) {
+        expected.objectFiles.clear();
+    }
+    for (const Difference& lost : WriteConfiguration(m_save, bytes, expected, m_force, {})) {
         live.doubts.push_back(lost.Sentence(m_save));
     }
-    if (ConfigurationSource::KindOfName(m_save) == ConfigurationKind::Settings &&
-        !live.configuration.objectFiles.empty()) {
+    if (!isCapture && !live.configuration.objectFiles.empty()) {
         live.doubts.push_back(fmt::format("{}: settings have no object files: the target's {} are not saved", m_save,
                                           live.configuration.objectFiles.size()));
+    }
+}
+
+/// Into a capture that holds no configuration yet; Failure for one that does.
+void Live::AppendTo(Manager& manager, LiveConfiguration& live) const {
+    const Container container(m_save);
+    if (!container.IsWhole()) {
+        throw Failure(
+            fmt::format("{}: the capture is damaged at offset {}, what is appended could not be found; recover "
+                        "it first",
+                        m_save, container.StopOffset()));
+    }
+    if (container.Find(kStmSectionName, kStmSectionVersion) != nullptr ||
+        container.Find(kCommonSectionName, kCommonSectionVersion) != nullptr) {
+        throw Failure(
+            fmt::format("{}: the capture holds a configuration, and hosts would go on reading that; save into "
+                        "a file of its own and use apply",
+                        m_save));
+    }
+    if (!manager.Save(m_save, TRACE_DATA_FILE_TDF)) {
+        throw Failure(
+            fmt::format("{}: the plug-in can't save the configuration; check that the file can be written", m_save));
+    }
+    const Reading saved = Read(m_save);
+    if (!saved.isLoaded) {
+        for (const std::string& doubt : saved.Sentences()) {
+            live.doubts.push_back(doubt);
+        }
+    } else if (!Compare(live.configuration, saved.configuration).empty()) {
+        live.doubts.push_back(
+            fmt::format("{}: hosts load another configuration than was saved: diff shows how", m_save));
     }
 }
 

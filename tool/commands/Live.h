@@ -3,13 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "tool/commands/Command.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 
 class Manager;
 struct LiveConfiguration;
-struct PluginSession;
 
 /// The configuration of a live target.
 class Live final : public Command {
@@ -22,7 +21,8 @@ class Live final : public Command {
     void CheckSave() const;
     bool SavesIntoCapture() const;
     /// Adds to the doubts what could not be kept.
-    void Save(PluginSession& session, Manager& manager, LiveConfiguration& live) const;
+    void Save(Manager& manager, LiveConfiguration& live) const;
+    void AppendTo(Manager& manager, LiveConfiguration& live) const;
 
     std::string m_cpu;
     std::string m_factoryDirectory;

@@ -9,14 +9,13 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/plugin/HeldConfiguration.h"
+#include "stmdcm/plugin/Installation.h"
+#include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/PluginSession.h"
+#include "stmdcm/reading/Reading.h"
 #include "tool/commands/DemoImage.h"
-#include "tool/model/ConfigurationReader.h"
-#include "tool/model/ConfigurationWriter.h"
-#include "tool/model/ObjectFiles.h"
-#include "tool/plugin/Installation.h"
-#include "tool/plugin/Manager.h"
-#include "tool/plugin/PluginSession.h"
 #include "trace/dcm/EnvironmentVariables.h"
 
 namespace stmdcm {
@@ -66,9 +65,8 @@ void LiveDemoRun::LoadAndSave() {
     Manager manager(m_session.plugin, kCpuName);
     m_result.live = LiveConfiguration::Load(m_session, manager);
     m_result.savedCapture = m_session.WorkingFile("live.tdf");
-    const ConfigurationWriter writer(m_session);
-    for (const Difference& lost :
-         writer.WriteNew(manager, m_result.live.configuration, m_result.savedCapture, false, {})) {
+    fs::copy_file(m_result.live.saved.path, m_result.savedCapture);
+    for (const Difference& lost : Compare(m_result.live.configuration, Read(m_result.savedCapture).configuration)) {
         m_result.problems.push_back(lost.Sentence(m_result.savedCapture));
     }
 }
@@ -88,9 +86,9 @@ void LiveDemoRun::Reload() {
     if (!manager.Load(m_result.savedCapture, TRACE_DATA_FILE_TDF)) {
         throw Failure(fmt::format("{}: the plug-in can't load what it saved", m_result.savedCapture));
     }
-    const std::vector<ObjectFile> recorded = ObjectFiles::Recorded(m_session.container, m_result.savedCapture);
+    const std::vector<ObjectFile> recorded = Read(m_result.savedCapture).configuration.objectFiles;
     m_result.reloaded = ReadConfiguration(manager);
-    m_result.reloaded.objectFiles = ObjectFiles::HeldBy(manager, recorded);
+    m_result.reloaded.objectFiles = ObjectFilesHeldBy(manager, recorded);
     m_result.differences = Compare(m_result.live.configuration, m_result.reloaded);
     if (!manager.Questions().empty()) {
         m_result.problems.emplace_back("the second manager asked for an object file");

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/model/Comparison.h"
-#include "tool/model/LiveConfiguration.h"
+#include "stmdcm/plugin/LiveConfiguration.h"
+#include "stmdcm/reading/Comparison.h"
 
 namespace stmdcm {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "tool/model/LiveConfiguration.h"
+#include "stmdcm/plugin/LiveConfiguration.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {

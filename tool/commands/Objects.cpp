@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "tool/change/ImageUpdate.h"
+#include "stmdcm/images/ImageUpdate.h"
 #include "tool/commands/ChangeReport.h"
 #include "tool/commands/ObjectsReport.h"
 
@@ -43,7 +43,7 @@ ExitStatus Objects::Run(const Context& context) {
                         m_file, list.unresolved));
     }
     ChangeReport::Diagnose(m_file, list.doubts, context.console);
-    return list.Status();
+    return StatusOf(list);
 }
 
 }  // namespace stmdcm

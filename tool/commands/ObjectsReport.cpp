@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "tool/model/Words.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/render/JsonRenderer.h"
 #include "tool/render/Table.h"
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tool/change/ImageUpdate.h"
+#include "stmdcm/images/ImageUpdate.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tool/commands/Command.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/commands/Command.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 

@@ -4,13 +4,13 @@
 
 #include <filesystem>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/PluginSession.h"
+#include "stmdcm/recover/RecoveryCheck.h"
+#include "stmdcm/recover/RecoveryPlanner.h"
+#include "stmdcm/recover/RecoveryWriter.h"
 #include "tool/commands/RecoverReport.h"
-#include "tool/model/ConfigurationSource.h"
-#include "tool/plugin/PluginSession.h"
-#include "tool/recover/RecoveryCheck.h"
-#include "tool/recover/RecoveryPlanner.h"
-#include "tool/recover/RecoveryWriter.h"
 
 namespace stmdcm {
 
@@ -68,7 +68,7 @@ void Recover::CheckLoading(const Context& context, const OutputFile& output, Rec
         PluginSession session(context.options.plugin);
         const std::string name = session.WorkingFile("recovered.tdf");
         std::filesystem::create_symlink(output.ReadBackPath(), name);
-        if (ConfigurationSource(session).Load(name).isLoaded) {
+        if (Manager(session.plugin, "stmdcm").Load(name, Zu::Wep::Trace::TRACE_DATA_FILE_TDF)) {
             return;
         }
         reason = "the plug-in can't load a configuration from the result";

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "tool/commands/Command.h"
+#include "stmdcm/recover/RecoveryPlan.h"
+#include "tool/cli/Command.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
-#include "tool/recover/RecoveryPlan.h"
 
 namespace stmdcm {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tool/recover/RecoveryPlan.h"
+#include "stmdcm/recover/RecoveryPlan.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "tool/change/History.h"
+#include "stmdcm/change/History.h"
 #include "tool/render/JsonRenderer.h"
 
 namespace stmdcm {

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tool/commands/Command.h"
+#include "tool/cli/Command.h"
 
 namespace stmdcm {
 

@@ -2,8 +2,8 @@
 
 #include <unistd.h>
 
-#include "tool/capture/Container.h"
-#include "tool/capture/SectionRuns.h"
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/capture/SectionRuns.h"
 #include "tool/commands/LayoutPicture.h"
 #include "tool/commands/SectionsJson.h"
 #include "tool/commands/SectionsText.h"

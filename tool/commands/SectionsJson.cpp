@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "tool/capture/Retired.h"
+#include "stmdcm/capture/Retired.h"
 #include "tool/render/JsonRenderer.h"
 
 namespace stmdcm {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/capture/Container.h"
+#include "stmdcm/capture/Container.h"
 #include "tool/commands/SectionsText.h"
 
 namespace stmdcm {

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "tool/capture/Retired.h"
-#include "tool/model/Words.h"
+#include "stmdcm/capture/Retired.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/output/Progress.h"
 
 namespace stmdcm {

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "tool/capture/Container.h"
-#include "tool/capture/SectionRuns.h"
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/capture/SectionRuns.h"
 #include "tool/render/Palette.h"
 
 namespace stmdcm {

@@ -4,13 +4,10 @@
 
 #include <algorithm>
 
-#include "tool/Failure.h"
-#include "tool/change/Assignment.h"
-#include "tool/change/ConfigurationChange.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/change/Assignment.h"
+#include "stmdcm/change/ConfigurationChange.h"
 #include "tool/commands/ChangeReport.h"
-#include "tool/model/ConfigurationSource.h"
-#include "tool/plugin/Manager.h"
-#include "tool/plugin/PluginSession.h"
 #include "tool/render/JsonRenderer.h"
 
 namespace stmdcm {
@@ -23,7 +20,7 @@ std::vector<Assignment> ParseAll(const std::vector<std::string>& texts) {
         Assignment assignment = Assignment::Parse(text);
         if (std::any_of(assignments.begin(), assignments.end(),
                         [&](const Assignment& other) { return other.name == assignment.name; })) {
-            throw Failure(fmt::format("{} is given twice", assignment.name), ExitStatus::Usage);
+            throw Failure(fmt::format("{} is given twice", assignment.name), Failure::Kind::Request);
         }
         assignments.push_back(std::move(assignment));
     }
@@ -50,11 +47,10 @@ void Set::Declare(CLI::App& app) {
 
 ExitStatus Set::Run(const Context& context) {
     const std::vector<Assignment> assignments = ParseAll(m_assignments);
-    const ConfigurationKind kind = ConfigurationSource::KindOf(m_file);
-    PluginSession session(context.options.plugin);
-    const ConfigurationChange change(session, [&](Manager& manager) {
+    const ConfigurationKind kind = KindOf(m_file);
+    const ConfigurationChange change([&](Settings& settings) {
         for (const Assignment& assignment : assignments) {
-            manager.SetProperty(assignment.name, assignment.value);
+            assignment.ApplyTo(settings.properties);
         }
     });
     const ChangeResult result = kind == ConfigurationKind::Capture
@@ -68,7 +64,7 @@ ExitStatus Set::Run(const Context& context) {
         context.console.Print(ChangeReport::Text(result, context.console.Out()));
     }
     ChangeReport::Diagnose(result, context.console);
-    return result.Status();
+    return StatusOf(result);
 }
 
 }  // namespace stmdcm

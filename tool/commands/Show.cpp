@@ -1,8 +1,7 @@
 #include "tool/commands/Show.h"
 
+#include "stmdcm/plugin/PluginReading.h"
 #include "tool/commands/ShowReport.h"
-#include "tool/model/ConfigurationSource.h"
-#include "tool/plugin/PluginSession.h"
 
 namespace stmdcm {
 
@@ -19,17 +18,22 @@ void Show::Declare(CLI::App& app) {
 }
 
 ExitStatus Show::Run(const Context& context) {
-    PluginSession session(context.options.plugin);
-    const LoadedConfiguration loaded = ConfigurationSource(session).Load(m_file);
+    const Reading loaded = Read(m_file);
+    const std::vector<std::string> differences = context.options.plugin.empty()
+                                                     ? std::vector<std::string>()
+                                                     : DifferencesThroughPlugin(context.options.plugin, loaded);
     const ShowReport report(loaded, SelectionFor(loaded));
     context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    for (const std::string& sentence : loaded.Sentences()) {
-        context.console.Diagnose(sentence);
+    for (const auto& sentences : {loaded.Sentences(), differences}) {
+        for (const std::string& sentence : sentences) {
+            context.console.Diagnose(sentence);
+        }
     }
-    return loaded.Status();
+    const ExitStatus status = StatusOf(loaded);
+    return status == ExitStatus::Done && !differences.empty() ? ExitStatus::Doubtful : status;
 }
 
-Selection Show::SelectionFor(const LoadedConfiguration& loaded) const {
+Selection Show::SelectionFor(const Reading& loaded) const {
     const bool isEverything = !m_properties && !m_changedOnly && !m_usecases && !m_objectFiles;
     Selection selection;
     selection.properties = (isEverything || m_properties || m_changedOnly) && loaded.hasSettings;

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "tool/commands/Command.h"
-#include "tool/model/LoadedConfiguration.h"
-#include "tool/model/Selection.h"
+#include "stmdcm/reading/Reading.h"
+#include "tool/cli/Command.h"
+#include "tool/render/Selection.h"
 
 namespace stmdcm {
 
@@ -15,7 +15,7 @@ class Show final : public Command {
     ExitStatus Run(const Context& context) override;
 
   private:
-    Selection SelectionFor(const LoadedConfiguration& loaded) const;
+    Selection SelectionFor(const Reading& loaded) const;
 
     std::string m_file;
     bool m_properties = false;

@@ -3,11 +3,10 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "tool/change/History.h"
+#include "stmdcm/change/History.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/commands/ChangeReport.h"
-#include "tool/model/Words.h"
 #include "tool/output/Progress.h"
-#include "tool/plugin/PluginSession.h"
 #include "tool/render/JsonRenderer.h"
 #include "tool/render/Table.h"
 
@@ -100,10 +99,9 @@ void ShowHistory::Declare(CLI::App& app) {
 ExitStatus ShowHistory::Run(const Context& context) {
     const Container container(m_file);
     const History history(container);
-    PluginSession session(context.options.plugin);
     std::vector<Row> rows;
     for (const HistoryEntry& entry : history.Entries()) {
-        rows.push_back({entry, history.Compare(session, entry)});
+        rows.push_back({entry, history.Compare(entry)});
     }
     context.console.Print(context.options.json ? JsonRenderer::Text(Json(m_file, rows))
                                                : Text(m_file, rows, context.console.Out()));

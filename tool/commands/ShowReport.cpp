@@ -12,9 +12,9 @@ std::string ShowReport::Text(const Palette& palette) const {
 std::string ShowReport::Json() const {
     JsonRenderer::Json document = JsonRenderer::Document("show");
     document["file"] = m_loaded.path;
-    document["kind"] = KindName(m_loaded.kind);
+    document["kind"] = KindName(*m_loaded.kind);
     document["loaded"] = m_loaded.isLoaded;
-    document["doubts"] = m_loaded.doubts;
+    document["doubts"] = m_loaded.Doubts();
     document["configuration"] = JsonRenderer::Render(m_loaded.configuration, m_selection);
     return JsonRenderer::Text(document);
 }

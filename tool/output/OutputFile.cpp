@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
 
 namespace stmdcm {
 

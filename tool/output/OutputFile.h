@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "source_utilities/PosixFile.h"
-#include "tool/output/ByteSink.h"
+#include "stmdcm/capture/ByteSink.h"
 
 namespace stmdcm {
 

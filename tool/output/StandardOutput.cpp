@@ -9,7 +9,7 @@
 #include <string>
 
 #include "source_utilities/PosixFile.h"
-#include "tool/Failure.h"
+#include "stmdcm/Failure.h"
 
 namespace stmdcm {
 
@@ -21,7 +21,7 @@ constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 
 StandardOutput::StandardOutput() {
     if (::isatty(STDOUT_FILENO) == 1) {
-        throw Failure("binary data does not go to a terminal; use -o FILE, or a pipe", ExitStatus::Usage);
+        throw Failure("binary data does not go to a terminal; use -o FILE, or a pipe", Failure::Kind::Request);
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/output/ByteSink.h"
+#include "stmdcm/capture/ByteSink.h"
 
 namespace stmdcm {
 

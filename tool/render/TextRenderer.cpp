@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "tool/model/Words.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/render/Table.h"
 
 namespace stmdcm {

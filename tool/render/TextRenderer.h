@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "tool/model/Comparison.h"
-#include "tool/model/Configuration.h"
-#include "tool/model/Selection.h"
+#include "stmdcm/reading/Comparison.h"
+#include "stmdcm/reading/Configuration.h"
 #include "tool/render/Palette.h"
+#include "tool/render/Selection.h"
 
 namespace stmdcm {
 

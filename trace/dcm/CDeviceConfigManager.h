@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "host/eTraceDataFileType.h"
 #include "trace/dcm/CDeviceConfigEvents.h"
 #include "trace/dcm/ConfigPropertyValue.h"
-#include "trace/dcm/eTraceDataFileType.h"
 
 namespace Zu::Wep::Trace {
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "source_utilities/Log.h"
-#include "trace/dcm/StmPropertyTable.h"
+#include "trace/format/StmPropertyTable.h"
 
 namespace Zu::Wep::Trace {
 

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "host/CChannelDriver.h"
-#include "trace/dcm/StmProperties.h"
+#include "trace/format/StmProperties.h"
 
 namespace Zu::Wep::Trace {
 

@@ -1,19 +1,22 @@
 #include "trace/dcm/StmDeviceConfigManager.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
-#include <sstream>
+#include <type_traits>
+#include <utility>
 
 #include "host/vorn/vornError.h"
 #include "source_utilities/Log.h"
 #include "source_utilities/PosixFile.h"
 #include "source_utilities/ReplaceFile.h"
 #include "trace/dcm/EnvironmentVariables.h"
-#include "trace/dcm/SettingsText.h"
-#include "trace/dcm/StmPropertyTable.h"
-#include "trace/dcm/StmSections.h"
+#include "trace/dcm/PropertyValue.h"
+#include "trace/dcm/SettingsLog.h"
 #include "trace/dcm/TraceEnvironment.h"
+#include "trace/format/SettingsText.h"
+#include "trace/format/StmSections.h"
 #include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/SectionReader.h"
 #include "trace/tdf/TDFHandler.h"
@@ -180,11 +183,11 @@ std::string StmDeviceConfigManager::ConfigurationText() {
     return text;
 }
 
-void StmDeviceConfigManager::ReadRecords(const std::string& blocks) {
+void StmDeviceConfigManager::ReadRecords(const BlockText& blocks) {
     const auto read = [&blocks](auto& record) {
-        std::istringstream in(blocks);
+        BlockLines lines(std::remove_reference_t<decltype(record)>::kKind, blocks, nullptr);
         record.CleaupUsecases(false);
-        record.RetrieveAllRecords(in);
+        record.Retrieve(lines);
     };
     read(m_usecaseRecord);
     read(m_ctUsecaseRecord);
@@ -192,25 +195,19 @@ void StmDeviceConfigManager::ReadRecords(const std::string& blocks) {
 }
 
 bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
-    std::ifstream file;
-    bool opened = false;
-    try {
-        file.open(path);
-        opened = file.is_open();
-    } catch (const std::exception&) {
-        m_errorText = "Failed to open file";
-    }
-    if (!opened) {
+    const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY);
+    if (!file.IsOpen()) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: LoadSTMConfiguration fail to open file: %s", path.c_str());
         return false;
     }
-    const SettingsTextResult text = ReadSettingsText(
-        file, kFileLineLimits, path,
-        [this](const std::string& name, const std::string& value) { return ExtractValue(name, value); });
-    if (text.readable) {
-        ReadRecords(text.blocks);
+    std::string content;
+    const bool isWhole = file.ReadToEnd(content);
+    SettingsLog log(path);
+    const SettingsText text(std::move(content), kFileLineLimits, Applier(), &log);
+    if (isWhole) {
+        ReadRecords(text.Blocks());
     }
-    return text.clean;
+    return isWhole && text.IsClean();
 }
 
 bool StmDeviceConfigManager::LoadSTMConfigurationLive(const std::string& name) {
@@ -275,27 +272,21 @@ bool StmDeviceConfigManager::LoadSTMConfigurationFromTDF(const std::string& path
         return false;
     }
     try {
-        LoadDeviceIdentification(ReadSection(path.c_str(), kDeviceSectionName, kDeviceSectionVersion));
-        std::istringstream in(ReadSection(path.c_str(), kStmSectionName, kStmSectionVersion));
-        const SettingsTextResult text = ReadSettingsText(
-            in, LineLimits{}, path,
-            [this](const std::string& name, const std::string& value) { return ExtractValue(name, value); });
-        ReadRecords(text.blocks);
+        ReadDeviceText(ReadSection(path.c_str(), kDeviceSectionName, kDeviceSectionVersion), Applier(), nullptr);
+        const SettingsText text(ReadSection(path.c_str(), kStmSectionName, kStmSectionVersion), LineLimits{}, Applier(),
+                                nullptr);
+        ReadRecords(text.Blocks());
         return true;
     } catch (const Vorn::vornErrorIF& error) {
         return FailFileWork(path, error);
     }
 }
 
-void StmDeviceConfigManager::LoadDeviceIdentification(const std::string& text) {
-    for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
-        end = std::min(text.find('\n', start), text.size());
-        std::string line = text.substr(start, end - start);
-        const KeyValue field = SplitKeyValue(line);
-        if (!field.value.empty()) {
-            ExtractValue(std::string(field.key), std::string(field.value));  // most keys are no properties
-        }
-    }
+/// Most names of a device identification are no properties.
+ApplyProperty StmDeviceConfigManager::Applier() {
+    return [this](std::string_view name, std::string_view value) {
+        return ExtractValue(std::string(name), std::string(value));
+    };
 }
 
 }  // namespace Zu::Wep::Trace

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "trace/dcm/CDeviceConfigManagerCommon.h"
-#include "trace/dcm/StmProperties.h"
+#include "trace/format/SettingsText.h"
 #include "trace/usecase/CTUsecaseRecord.h"
 #include "trace/usecase/PMIUsecaseRecord.h"
 #include "trace/usecase/UsecaseRecord.h"
@@ -61,8 +61,8 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     bool FailFileWork(const std::string& fileName, const std::exception& error);
     std::string ConfigurationText();
     bool SaveStmSection(const std::string& path, ZU_WEP::LockPatience& patience);
-    void ReadRecords(const std::string& blocks);
-    void LoadDeviceIdentification(const std::string& text);
+    void ReadRecords(const BlockText& blocks);
+    ApplyProperty Applier();
     void FindChannelDriver();
 
     std::string m_errorText;  ///< why the last file operation failed; GetLastError does not give it

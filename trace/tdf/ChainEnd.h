@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "trace/tdf/SectionScanner.h"
+#include "trace/format/SectionScanner.h"
 
 namespace Zu::Wep::Trace {
 

@@ -6,8 +6,8 @@
 
 #include "source_utilities/Log.h"
 #include "source_utilities/PosixFile.h"
+#include "trace/format/SectionScanner.h"
 #include "trace/tdf/ChainEnd.h"
-#include "trace/tdf/SectionScanner.h"
 #include "trace/tdf/TDFError.h"
 #include "trace/tdf/TDFFile.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "source_utilities/PosixFile.h"
-#include "trace/tdf/SectionScanner.h"
+#include "trace/format/SectionScanner.h"
 
 namespace Zu::Wep::Trace {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "trace/tdf/SectionLayout.h"
-#include "trace/tdf/SectionScanner.h"
+#include "trace/format/SectionLayout.h"
+#include "trace/format/SectionScanner.h"
 #include "trace/tdf/TDFError.h"
 #include "trace/tdf/TDFFile.h"
 

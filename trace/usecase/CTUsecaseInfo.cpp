@@ -1,6 +1,7 @@
 #include "trace/usecase/CTUsecaseInfo.h"
 
-#include "trace/usecase/BlockField.h"
+#include "trace/format/BlockField.h"
+#include "trace/usecase/UsecaseLog.h"
 
 namespace Zu::Wep::Trace {
 namespace {
@@ -32,21 +33,34 @@ std::span<const BlockField<CTUsecaseInfo>> CTUsecaseInfo::Fields() {
     return fields;
 }
 
+std::vector<std::string_view> CTUsecaseInfo::Keys() { return KeysOf(Fields()); }
+
 int CTUsecaseInfo::DoExport(std::string& out) const {
-    WriteTypedBlock(out, "CPT", *this, Fields());
+    UsecaseLog log;
+    Export(out, log);
     return 0;
 }
 
-int CTUsecaseInfo::DoImport(const char* line, std::istringstream& in) {
-    return ReadTypedBlock(line, in, "type=CPT", *this);
+void CTUsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
+    WriteTypedBlock(out, NamesOf(kKind).Type(), *this, Fields(), reporter);
 }
 
-int CTUsecaseInfo::ProccessLine(const char* line, std::istringstream& /*in*/) {
-    return StoreLine(*this, Fields(), line);
+int CTUsecaseInfo::DoImport(const char* line, std::istringstream& in) {
+    BlockLines lines(kKind, in);
+    return Import(line, lines);
+}
+
+int CTUsecaseInfo::Import(std::string_view line, BlockLines& in) {
+    return ReadTypedBlock(line, in, NamesOf(kKind).typeLine, *this, Fields());
+}
+
+int CTUsecaseInfo::ProccessLine(const char* line, std::istringstream& in) {
+    return StoreLine(*this, Fields(), line, BlockLines(kKind, in));
 }
 
 int CTUsecaseInfo::SearchForNextUsecase(const char* line, std::istringstream& in) {
-    return SearchForNextBlock(line, in);
+    BlockLines lines(kKind, in);
+    return SearchForNextBlock(line, lines);
 }
 
 }  // namespace Zu::Wep::Trace

@@ -1,6 +1,7 @@
 #include "trace/usecase/PMIUsecaseInfo.h"
 
-#include "trace/usecase/BlockField.h"
+#include "trace/format/BlockField.h"
+#include "trace/usecase/UsecaseLog.h"
 
 namespace Zu::Wep::Trace {
 
@@ -30,21 +31,34 @@ std::span<const BlockField<PMIUsecaseInfo>> PMIUsecaseInfo::Fields() {
     return fields;
 }
 
+std::vector<std::string_view> PMIUsecaseInfo::Keys() { return KeysOf(Fields()); }
+
 int PMIUsecaseInfo::DoExport(std::string& out) const {
-    WriteTypedBlock(out, "PMI_CMI", *this, Fields());
+    UsecaseLog log;
+    Export(out, log);
     return 0;
 }
 
-int PMIUsecaseInfo::DoImport(const char* line, std::istringstream& in) {
-    return ReadTypedBlock(line, in, "type=PMI_CMI", *this);
+void PMIUsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
+    WriteTypedBlock(out, NamesOf(kKind).Type(), *this, Fields(), reporter);
 }
 
-int PMIUsecaseInfo::ProccessLine(const char* line, std::istringstream& /*in*/) {
-    return StoreLine(*this, Fields(), line);
+int PMIUsecaseInfo::DoImport(const char* line, std::istringstream& in) {
+    BlockLines lines(kKind, in);
+    return Import(line, lines);
+}
+
+int PMIUsecaseInfo::Import(std::string_view line, BlockLines& in) {
+    return ReadTypedBlock(line, in, NamesOf(kKind).typeLine, *this, Fields());
+}
+
+int PMIUsecaseInfo::ProccessLine(const char* line, std::istringstream& in) {
+    return StoreLine(*this, Fields(), line, BlockLines(kKind, in));
 }
 
 int PMIUsecaseInfo::SearchForNextUsecase(const char* line, std::istringstream& in) {
-    return SearchForNextBlock(line, in);
+    BlockLines lines(kKind, in);
+    return SearchForNextBlock(line, lines);
 }
 
 }  // namespace Zu::Wep::Trace

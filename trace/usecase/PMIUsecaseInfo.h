@@ -5,11 +5,16 @@
 #include <span>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "trace/format/UsecaseKind.h"
 #include "trace/usecase/UsecaseInfoIFBase.h"
 
 namespace Zu::Wep::Trace {
 
+class BlockLines;
+class BlockWriteReporter;
 template <class Owner>
 struct BlockField;
 
@@ -45,6 +50,15 @@ class PMIUsecaseInfo : public UsecaseInfoIFBase {
     int ProccessLine(const char* line, std::istringstream& in);
     /// Reads up to and including the next opening line. Returns 0 found, 1 not found.
     static int SearchForNextUsecase(const char* line, std::istringstream& in);
+
+    /// `DoExport` and `DoImport` to and from lines, telling a reporter what they meet.
+    void Export(std::string& out, BlockWriteReporter& reporter) const;
+    int Import(std::string_view line, BlockLines& in);
+
+    /// The keys that a block sets, in the order of its lines; counters and formulas apart.
+    static std::vector<std::string_view> Keys();
+
+    static constexpr UsecaseKind kKind = UsecaseKind::Pmi;
 
   private:
     static std::span<const BlockField<PMIUsecaseInfo>> Fields();

@@ -1,10 +1,16 @@
 #pragma once
 
+#include <array>
+#include <string_view>
+
 #include "trace/usecase/PMIUsecaseInfo.h"
 #include "trace/usecase/PMIUsecaseRecordIF.h"
 #include "trace/usecase/UsecaseRecordBase.h"
 
 namespace Zu::Wep::Trace {
+
+/// The sources that a host can ask for, by index.
+inline constexpr std::array<std::string_view, 3> kSourceNames = {"PMI", "CMI0", "CMI1"};
 
 /// Selects by source index rather than by position or job: 0 is "PMI", 1 is "CMI0", 2 is "CMI1".
 class PMIUsecaseRecord : public UsecaseRecordBase<PMIUsecaseRecordIF, PMIUsecaseInfo> {

@@ -1,6 +1,7 @@
 #include "trace/usecase/UsecaseInfo.h"
 
-#include "trace/usecase/BlockField.h"
+#include "trace/format/BlockField.h"
+#include "trace/usecase/UsecaseLog.h"
 
 namespace Zu::Wep::Trace {
 namespace {
@@ -14,18 +15,20 @@ constexpr BlockField<FormulaInfo> FormulaFieldTable[] = {
 constexpr std::span<const BlockField<FormulaInfo>> FormulaFields = FormulaFieldTable;
 
 // The number in the three characters behind the first ":", or in the first three characters where there is none.
-std::uint32_t TagNumber(const std::string& formula) {
+std::uint32_t TagNumber(std::string_view formula) {
     const std::size_t colon = formula.find(':');
-    const std::size_t start = colon == std::string::npos ? 0 : colon + 1;
-    return static_cast<std::uint32_t>(BlockNumber(formula.substr(start, 3).c_str()));
+    const std::size_t start = colon == std::string_view::npos ? 0 : colon + 1;
+    return static_cast<std::uint32_t>(BlockNumber(formula.substr(start, 3)));
 }
 
-bool AcceptsFirstLine(std::string_view line) { return !line.starts_with("type") || line == "type=SC"; }
+bool AcceptsFirstLine(std::string_view line) {
+    return !line.starts_with("type") || line == NamesOf(UsecaseInfo::kKind).typeLine;
+}
 
-void WriteFormula(std::string& out, const FormulaInfo& formula) {
-    AppendBlockLine(out, FormulaOpen);
-    WriteFields(out, formula, FormulaFields);
-    AppendBlockLine(out, FormulaClose);
+void WriteFormula(std::string& out, const FormulaInfo& formula, BlockWriteReporter& reporter) {
+    AppendBlockLine(out, kFormulaOpen);
+    WriteFields(out, formula, FormulaFields, reporter);
+    AppendBlockLine(out, kFormulaClose);
 }
 
 template <class Item>
@@ -87,69 +90,99 @@ std::span<const BlockField<UsecaseInfo>> UsecaseInfo::Fields() {
     return fields;
 }
 
+std::vector<std::string_view> UsecaseInfo::Keys() { return KeysOf(Fields()); }
+
+std::vector<std::string_view> UsecaseInfo::FormulaKeys() { return KeysOf(FormulaFields); }
+
 int UsecaseInfo::DoExport(std::string& out) const {
-    AppendBlockLine(out, BlockOpen);
-    WriteFields(out, *this, Fields());
-    for (const _CounterLineInfo& counter : m_counters) {
-        std::string key(1, '#');
-        key += std::to_string(WrittenValue(counter.number));
-        AppendKeyLine(out, key, counter.text);
-    }
-    for (const FormulaInfo& formula : m_formulas) {
-        WriteFormula(out, formula);
-    }
-    AppendBlockLine(out, BlockClose);
+    UsecaseLog log;
+    Export(out, log);
     return 0;
 }
 
+void UsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
+    AppendBlockLine(out, kBlockOpen);
+    WriteFields(out, *this, Fields(), reporter);
+    for (const _CounterLineInfo& counter : m_counters) {
+        std::string key(1, '#');
+        key += std::to_string(WrittenValue(counter.number));
+        AppendKeyLine(out, key, counter.text, reporter);
+    }
+    for (const FormulaInfo& formula : m_formulas) {
+        WriteFormula(out, formula, reporter);
+    }
+    AppendBlockLine(out, kBlockClose);
+}
+
 int UsecaseInfo::DoImport(const char* line, std::istringstream& in) {
-    return ReadBlock(line, in, AcceptsFirstLine, [&](std::string& current) {
-        const bool inFormula = current == FormulaOpen;
-        if (inFormula && !ReadBlockLine(current, in)) {
-            return LineResult::BlockDone;  // The block counts as complete (docs/use-case-blocks.md).
-        }
-        return ProccessLine(current.c_str(), inFormula, in) == 0 ? LineResult::Next : LineResult::Bad;
+    BlockLines lines(kKind, in);
+    return Import(line, lines);
+}
+
+int UsecaseInfo::Import(std::string_view line, BlockLines& in) {
+    return ReadBlock(line, in, AcceptsFirstLine, [&](std::string_view& current) {
+        return current == kFormulaOpen ? ReadFormula(current, in) : ToLineResult(StoreKeyLine(current, in));
     });
 }
 
 int UsecaseInfo::ProccessLine(const char* line, bool inFormula, std::istringstream& in) {
+    BlockLines lines(kKind, in);
+    std::string_view current = line;
+    return inFormula ? ReadFormulaLines(current, lines) : StoreKeyLine(current, lines);
+}
+
+int UsecaseInfo::StoreKeyLine(std::string_view line, const BlockLines& in) {
     KeyLine keyLine;
     const int result = SplitKeyLine(line, keyLine);
+    if (result == 0 && keyLine.key.starts_with('#')) {
+        const auto number = static_cast<std::uint32_t>(BlockNumber(keyLine.key.substr(1)));
+        m_counters.push_back({number, std::string(keyLine.value)});
+        in.Tell(&TextReporter::OnKey, BlockKey{keyLine.key, keyLine.value, KeyUse::Counter});
+    } else if (result == 0) {
+        StoreField(*this, Fields(), keyLine, in);
+    }
+    return result;
+}
+
+/// `line` is the one that opens the formula.
+LineResult UsecaseInfo::ReadFormula(std::string_view& line, BlockLines& in) {
+    in.Tell(&TextReporter::OnFormulaOpened);
+    if (!in.Next(line)) {
+        in.Tell(&TextReporter::OnFormulaEnded, FormulaEnd::Empty);
+        return LineResult::BlockDone;  // docs/use-case-blocks.md: the block counts as complete
+    }
+    return ToLineResult(ReadFormulaLines(line, in));
+}
+
+/// `line` is the first behind the one that opens the formula. Only "$/", a blank line or the end of the text ends it: a
+/// "}" has no "=" and is skipped (docs/use-case-blocks.md).
+int UsecaseInfo::ReadFormulaLines(std::string_view& line, BlockLines& in) {
+    FormulaInfo formula;
+    constexpr bool kIsInFormula = true;
+    int result = StoreLine(formula, FormulaFields, line, in, kIsInFormula);
     if (result != 0) {
         return result;
     }
-    if (inFormula) {
-        return ReadFormula(keyLine, in);
-    }
-    StoreKey(keyLine);
-    return 0;
-}
-
-void UsecaseInfo::StoreKey(const KeyLine& keyLine) {
-    if (keyLine.key.starts_with('#')) {
-        const std::string number(keyLine.key.substr(1));
-        m_counters.push_back({static_cast<std::uint32_t>(BlockNumber(number.c_str())), keyLine.value});
-    } else {
-        StoreField(*this, Fields(), keyLine);
-    }
-}
-
-// Only "$/", a blank line or the end of the text ends a formula (docs/use-case-blocks.md): a "}" has no "=" and is
-// skipped.
-int UsecaseInfo::ReadFormula(KeyLine first, std::istringstream& in) {
-    FormulaInfo formula;
-    StoreField(formula, FormulaFields, first);
-    for (std::string line; ReadBlockLine(line, in) && line != FormulaClose;) {
-        const int result = StoreLine(formula, FormulaFields, line.c_str());
+    bool isOpen = true;
+    while (isOpen && in.Next(line)) {
+        isOpen = line != kFormulaClose;
+        result = isOpen ? StoreLine(formula, FormulaFields, line, in, kIsInFormula) : 0;
         if (result < 0) {
             return result;
         }
+        if (result > 0) {
+            in.Tell(&TextReporter::OnFormulaSkipped, line);
+        }
     }
+    in.Tell(&TextReporter::OnFormulaEnded, isOpen ? FormulaEnd::Open : FormulaEnd::Closed);
     formula.tagNumber = TagNumber(formula.formula);
     m_formulas.push_back(std::move(formula));
     return 0;
 }
 
-int UsecaseInfo::SearchForNextUsecase(const char* line, std::istringstream& in) { return SearchForNextBlock(line, in); }
+int UsecaseInfo::SearchForNextUsecase(const char* line, std::istringstream& in) {
+    BlockLines lines(kKind, in);
+    return SearchForNextBlock(line, lines);
+}
 
 }  // namespace Zu::Wep::Trace

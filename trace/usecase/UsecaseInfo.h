@@ -4,15 +4,19 @@
 #include <span>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "trace/format/UsecaseKind.h"
 #include "trace/usecase/UsecaseInfoIF.h"
 
 namespace Zu::Wep::Trace {
 
+class BlockLines;
+class BlockWriteReporter;
+enum class LineResult;
 template <class Owner>
 struct BlockField;
-struct KeyLine;
 
 /// A statistics-counter use case and its block text (docs/use-case-blocks.md).
 class UsecaseInfo : public UsecaseInfoIF {
@@ -57,10 +61,21 @@ class UsecaseInfo : public UsecaseInfoIF {
     /// Reads up to and including the next opening line. Returns 0 found, 1 not found.
     static int SearchForNextUsecase(const char* line, std::istringstream& in);
 
+    /// `DoExport` and `DoImport` to and from lines, telling a reporter what they meet.
+    void Export(std::string& out, BlockWriteReporter& reporter) const;
+    int Import(std::string_view line, BlockLines& in);
+
+    /// The keys that a block sets, in the order of its lines; counters and formulas apart.
+    static std::vector<std::string_view> Keys();
+    static std::vector<std::string_view> FormulaKeys();
+
+    static constexpr UsecaseKind kKind = UsecaseKind::Sc;
+
   private:
     static std::span<const BlockField<UsecaseInfo>> Fields();
-    void StoreKey(const KeyLine& keyLine);
-    int ReadFormula(KeyLine first, std::istringstream& in);
+    int StoreKeyLine(std::string_view line, const BlockLines& in);
+    LineResult ReadFormula(std::string_view& line, BlockLines& in);
+    int ReadFormulaLines(std::string_view& line, BlockLines& in);
 
     std::uint32_t m_moduleId = 0;
     std::string m_moduleName;

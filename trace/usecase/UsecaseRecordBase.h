@@ -4,10 +4,12 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "trace/usecase/BlockReader.h"
+#include "trace/format/BlockReader.h"
+#include "trace/format/BlockWriter.h"
 
 namespace Zu::Wep::Trace {
 
@@ -18,6 +20,7 @@ template <class RecordIF, class Info>
 class UsecaseRecordBase : public RecordIF {
   public:
     using Interface = typename RecordIF::UsecaseInterface;
+    static constexpr UsecaseKind kKind = Info::kKind;
 
     unsigned int GetNumUsecases() const override { return static_cast<unsigned int>(m_usecases.size()); }
 
@@ -44,19 +47,36 @@ class UsecaseRecordBase : public RecordIF {
     }
 
     int RetrieveAllRecords(std::istringstream& in) override {
-        std::string line;
+        BlockLines lines(kKind, in);
+        return Retrieve(lines);
+    }
+
+    /// `RetrieveAllRecords` out of lines.
+    int Retrieve(BlockLines& in) {
+        std::string_view line;
         do {
             Info usecase;
-            const int result = usecase.DoImport(line.c_str(), in);
+            const int result = usecase.Import(line, in);
             if (result < 0) {
-                break;
+                in.Tell(&TextReporter::OnBlocksEnd, BlocksEnd::BadBlock);
+                return 0;
             }
             if (result == 0) {
                 m_usecases.push_back(std::move(usecase));
             }
-        } while (ReadBlockLine(line, in));
+        } while (in.Next(line));
+        in.Tell(&TextReporter::OnBlocksEnd, in.IsAtEnd() ? BlocksEnd::TextEnds : BlocksEnd::BlankLine);
         return 0;
     }
+
+    /// `SaveAllRecords`, telling a reporter what does not read back as it was.
+    void Save(std::string& out, BlockWriteReporter& reporter) const {
+        for (const Info& usecase : m_usecases) {
+            usecase.Export(out, reporter);
+        }
+    }
+
+    const std::vector<Info>& Usecases() const { return m_usecases; }
 
   protected:
     /// All stay where they are when memory runs out.

@@ -1,0 +1,125 @@
+#include "stmdcm/capture/CaptureEditor.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/Retired.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+/// Tells a file that can't be edited at all from one that can't be written.
+const std::string& CheckedPath(const std::string& path) {
+    const CaptureFile file(path);
+    return path;
+}
+
+}  // namespace
+
+CaptureEditor::CaptureEditor(const std::string& path)
+    : m_file(CheckedPath(path)), m_container(path), m_end(RequireReachableEnd()) {}
+
+void CaptureEditor::Replace(const std::vector<NewSection>& sections) {
+    std::string bytes;
+    std::vector<VersionWrite> switches;
+    for (const NewSection& section : sections) {
+        const std::vector<const Section*> old = InUse(section);
+        if (old.empty()) {  // Nothing hides the new section while it is written, so it begins as a retired one.
+            switches.push_back({m_end.offset + bytes.size(), section.version});
+        }
+        // The oldest, which is the one that is read, goes last: the others must not come up in its place.
+        for (auto each = old.rbegin(); each != old.rend(); ++each) {
+            switches.push_back({(*each)->offset, Retired(section.version)});
+        }
+        bytes += Encode(section, old.empty() ? Retired(section.version) : section.version);
+    }
+    Append(m_end.offset, bytes);
+    std::for_each(switches.begin(), switches.end(), [this](const VersionWrite& write) { Write(write); });
+    if (!m_file.Close()) {
+        throw Failure(fmt::format("{}: the capture was changed, but the system reports an error on closing it: {}",
+                                  m_file.Path(), ZU_WEP::ErrnoText(errno)));
+    }
+}
+
+ChainEnd CaptureEditor::RequireReachableEnd() const {
+    for (const Section& section : m_container.Sections()) {
+        if (section.IsTooShort()) {  // What follows overlaps it, so a write may not mean what it should.
+            throw Failure(fmt::format(
+                "{}: the length of the section at offset {} is wrong; nothing was changed; run stmdcm recover first",
+                m_file.Path(), section.offset));
+        }
+    }
+    FileSectionSource source(m_file.File());
+    const ChainEnd end = FindChainEnd(source, m_container.Stop(), m_container.StopOffset(), m_container.Size());
+    if (!end.reachable) {
+        throw Failure(fmt::format(
+            "{}: the row of sections is broken at offset {} ({}), so nothing behind it could be found; nothing was "
+            "changed; run stmdcm recover first",
+            m_file.Path(), m_container.StopOffset(),
+            m_container.HasMore() ? "too many sections" : ScanStopText(m_container.Stop())));
+    }
+    return end;
+}
+
+/// All that a search would find if those in front of them were not there.
+std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) const {
+    std::vector<const Section*> found;
+    for (const Section& each : m_container.Sections()) {
+        if ((each.use != SectionUse::Read && each.use != SectionUse::Shadowed) || each.version != section.version ||
+            !m_container.HasName(each, section.name)) {
+            continue;
+        }
+        if (each.use == SectionUse::Read && m_container.IsTorn(each)) {
+            throw Failure(fmt::format(
+                "{}: the end of the file cuts section {} off; nothing was changed; run stmdcm recover first",
+                m_file.Path(), section.name));
+        }
+        found.push_back(&each);
+    }
+    return found;
+}
+
+std::string CaptureEditor::Encode(const NewSection& section, std::uint32_t version) const {
+    const std::uint64_t length = SectionHeader::Size + section.name.size() + section.payload.size();
+    if (length > MaxSectionLength) {
+        throw Failure(
+            fmt::format("{}: the new section {} would be over 128 MiB, which no reader passes; nothing was "
+                        "changed",
+                        m_file.Path(), section.name));
+    }
+    return EncodeSectionStart(static_cast<std::uint32_t>(length), section.name, version) + section.payload;
+}
+
+void CaptureEditor::Append(std::uint64_t offset, const std::string& bytes) {
+    const AppendResult result = AppendAt(m_file.File(), m_container.Size(), offset, {bytes});
+    const int error = errno;
+    if (result == AppendResult::TooLarge) {
+        throw Failure(fmt::format("{}: the capture would grow past 4 GiB; nothing was changed", m_file.Path()));
+    }
+    if (result != AppendResult::Done) {
+        throw Failure(fmt::format("{}: the file can't be written: {}; nothing was changed", m_file.Path(),
+                                  ZU_WEP::ErrnoText(error)));
+    }
+}
+
+/// Synced one by one, so that no loss of power can let a later one hold without the earlier ones.
+void CaptureEditor::Write(const VersionWrite& write) {
+    const std::string version = EncodeSectionVersion(write.version);
+    if (!m_file.File().WriteAt(write.sectionOffset + SectionHeader::VersionOffset, {version}) ||
+        !m_file.File().SyncData()) {
+        // Nothing is taken back: after a failed write nobody knows which of the sections is read.
+        const int error = errno;
+        throw Failure(fmt::format(
+            "{}: putting the new configuration in force failed: {}; the old one or the new one is in force, whole: "
+            "stmdcm history tells",
+            m_file.Path(), ZU_WEP::ErrnoText(error)));
+    }
+}
+
+}  // namespace stmdcm

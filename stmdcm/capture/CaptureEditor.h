@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/capture/LockedFile.h"
+#include "trace/tdf/ChainEnd.h"
+
+namespace stmdcm {
+
+/// A section as it is to be.
+struct NewSection {
+    std::string name;
+    std::uint32_t version = 0;
+    std::string payload;
+};
+
+/// Puts new sections in the place of old ones, in the capture itself and without a copy of it: see docs/tdf.md,
+/// "Changing a configuration in place". Holds the lock of the capture from its construction on, so what is read
+/// meanwhile is what will be replaced. Every failure is a Failure that names the file.
+class CaptureEditor {
+  public:
+    /// Refuses a capture in which a new section could not be found.
+    explicit CaptureEditor(const std::string& path);
+
+    /// As it was when the lock was taken.
+    const Container& Contents() const { return m_container; }
+
+    /// Call it once. Each section comes into force by itself, in the order of the list. A failure before that leaves
+    /// the capture as it was; a later one leaves some of the new sections in force, each of them whole.
+    void Replace(const std::vector<NewSection>& sections);
+
+  private:
+    /// One write of a section's version.
+    struct VersionWrite {
+        std::uint64_t sectionOffset;
+        std::uint32_t version;
+    };
+
+    Zu::Wep::Trace::ChainEnd RequireReachableEnd() const;
+    std::vector<const Section*> InUse(const NewSection& section) const;
+    std::string Encode(const NewSection& section, std::uint32_t version) const;
+    void Append(std::uint64_t offset, const std::string& bytes);
+    void Write(const VersionWrite& write);
+
+    LockedFile m_file;
+    Container m_container;
+    Zu::Wep::Trace::ChainEnd m_end;
+};
+
+}  // namespace stmdcm

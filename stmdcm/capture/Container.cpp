@@ -1,0 +1,139 @@
+#include "stmdcm/capture/Container.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+#include "stmdcm/capture/Retired.h"
+
+namespace stmdcm {
+
+using Zu::Wep::Trace::FileSectionSource;
+using Zu::Wep::Trace::FirstSectionOffset;
+using Zu::Wep::Trace::MaxNameLength;
+using Zu::Wep::Trace::SectionHeader;
+using Zu::Wep::Trace::SectionInfo;
+using Zu::Wep::Trace::SectionScanner;
+
+namespace {
+
+/// As much of a name as a search compares.
+std::string_view Compared(std::string_view name) { return name.substr(0, name.find('\0')); }
+
+std::uint64_t Hash(std::string_view name, std::uint32_t version) {
+    return std::hash<std::string_view>{}(Compared(name)) ^ (version * 0x9E3779B97F4A7C15U);
+}
+
+}  // namespace
+
+const char* SectionUseText(SectionUse use) {
+    switch (use) {
+        case SectionUse::Read:
+            return "read";
+        case SectionUse::Shadowed:
+            return "shadowed";
+        case SectionUse::Retired:
+            return "retired";
+        case SectionUse::Unreachable:
+            return "unreachable";
+    }
+    return "";
+}
+
+std::uint64_t Section::PayloadOffset() const { return offset + SectionHeader::Size + nameLength; }
+
+std::uint32_t Section::PayloadLength() const {
+    return length - static_cast<std::uint32_t>(SectionHeader::Size) - nameLength;
+}
+
+bool Section::IsTooShort() const { return length < SectionHeader::Size || length - SectionHeader::Size < nameLength; }
+
+Container::Container(std::string path) : m_file(std::move(path)) { Walk(); }
+
+void Container::Walk() {
+    FileSectionSource source(m_file.File());
+    SectionScanner scanner(source, FirstSectionOffset, SectionScanner::Reach::PastLimits);
+    std::vector<Key> keys;
+    SectionInfo info;
+    while (scanner.Next(info)) {
+        if (m_sections.size() == kMaxSections) {
+            m_hasMore = true;
+            break;
+        }
+        Section section{info.offset, info.length, info.version,
+                        static_cast<std::uint32_t>(info.payloadOffset - info.offset - SectionHeader::Size)};
+        if (info.reachable && IsRetired(info.version)) {
+            section.use = SectionUse::Retired;
+        } else if (info.reachable) {
+            section.use = SectionUse::Read;
+            keys.push_back({Hash(info.name, info.version), m_sections.size()});
+        }
+        m_sections.push_back(section);
+    }
+    m_stop = scanner.Stop();
+    m_stopOffset = scanner.StopOffset();
+    MarkShadowed(std::move(keys));
+}
+
+void Container::MarkShadowed(std::vector<Key> keys) {
+    std::sort(keys.begin(), keys.end());
+    const Key* const last = keys.data() + keys.size();
+    for (const Key* begin = keys.data(); begin != last;) {
+        const Key* end = std::find_if(begin, last, [&](const Key& key) { return key.hash != begin->hash; });
+        if (end - begin > 1) {
+            MarkGroup(begin, end);
+        }
+        begin = end;
+    }
+}
+
+/// Equal hashes are nearly always equal names, so `found` holds one entry.
+void Container::MarkGroup(const Key* begin, const Key* end) {
+    std::vector<std::pair<std::string, std::uint32_t>> found;
+    for (const Key* key = begin; key != end; ++key) {
+        Section& section = m_sections[key->index];
+        const std::string name = Name(section);
+        std::pair entry(std::string(Compared(name)), section.version);
+        if (std::find(found.begin(), found.end(), entry) != found.end()) {
+            section.use = SectionUse::Shadowed;
+        } else {
+            found.push_back(std::move(entry));
+        }
+    }
+}
+
+std::string Container::Name(const Section& section) const {
+    return m_file.Read(section.offset + SectionHeader::Size, std::min(section.nameLength, MaxNameLength));
+}
+
+bool Container::HasName(const Section& section, std::string_view name) const {
+    return section.nameLength >= Compared(name).size() && Compared(Name(section)) == Compared(name);
+}
+
+const Section* Container::Find(std::string_view name, std::uint32_t version) const {
+    const auto isWanted = [&](const Section& section) {
+        return section.use == SectionUse::Read && section.version == version && HasName(section, name);
+    };
+    const auto found = std::find_if(m_sections.begin(), m_sections.end(), isWanted);
+    return found == m_sections.end() ? nullptr : &*found;
+}
+
+std::uint64_t Container::TrailingOffset() const {
+    if (m_sections.empty()) {
+        return std::min(FirstSectionOffset, Size());
+    }
+    const Section& last = m_sections.back();
+    return std::min(Size(), last.length == 0 ? last.PayloadOffset() : last.End());
+}
+
+std::uint64_t Container::HeldPayload(const Section& section) const {
+    return m_file.Held(section.PayloadOffset(), section.PayloadLength());
+}
+
+std::string Container::ReadPayload(const Section& section, std::uint64_t from, std::uint64_t length) const {
+    const std::uint64_t held = HeldPayload(section);
+    const std::uint64_t begin = std::min(from, held);
+    return m_file.Read(section.PayloadOffset() + begin, std::min(length, held - begin));
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,44 @@
+#include "stmdcm/capture/LockedFile.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "stmdcm/Failure.h"
+
+namespace stmdcm {
+
+LockedFile::LockedFile(std::string path) : m_path(std::move(path)) {
+    do {
+        Open();
+    } while (!IsStillAtPath());
+}
+
+void LockedFile::Open() {
+    m_lock.reset();
+    m_file = ZU_WEP::PosixFile::Open(m_path.c_str(), O_RDWR);
+    if (!m_file.IsOpen()) {
+        const int error = errno;
+        throw Failure(fmt::format("{}: the file can't be opened for writing: {}; nothing was changed", m_path,
+                                  ZU_WEP::ErrnoText(error)));
+    }
+    m_lock.emplace(m_file);
+}
+
+/// Who held the lock may have put another file in its place.
+bool LockedFile::IsStillAtPath() const {
+    struct stat atPath {};
+    struct stat locked {};
+    return ::stat(m_path.c_str(), &atPath) != 0 || ::fstat(m_file.Descriptor(), &locked) != 0 ||
+           (atPath.st_dev == locked.st_dev && atPath.st_ino == locked.st_ino);
+}
+
+bool LockedFile::Close() {
+    m_lock.reset();
+    return m_file.Close();
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,113 @@
+#include "stmdcm/change/ConfigurationChange.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "source_utilities/ReplaceFile.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureEditor.h"
+#include "stmdcm/reading/ConfigurationReader.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+struct ConfigurationChange::Plan {
+    ChangeResult result;
+    std::vector<NewSection> sections;
+};
+
+ChangeResult ConfigurationChange::InCapture(const std::string& path, Missing missing) const {
+    CaptureEditor editor(path);
+    Plan plan = Make(editor.Contents(), missing);
+    if (plan.result.HasChanges()) {
+        editor.Replace(plan.sections);
+        plan.result.isWritten = true;
+    }
+    return std::move(plan.result);
+}
+
+ChangeResult ConfigurationChange::TryInCapture(const std::string& path, Missing missing) const {
+    return Make(Container(path), missing).result;
+}
+
+ConfigurationChange::Plan ConfigurationChange::Make(const Container& capture, Missing missing) const {
+    Reading reading = Read(capture);
+    const bool hasCommon = reading.hasObjectFiles;
+    Plan plan;
+    plan.result.path = capture.Path();
+    plan.result.isNew = !hasCommon || !reading.hasSettings;
+    if (!reading.hasDevice) {
+        throw Failure(
+            fmt::format("{}: there is nothing in section {}, which the host writes, so hosts can't load a "
+                        "configuration; nothing was changed",
+                        capture.Path(), kDeviceSectionName));
+    }
+    if (plan.result.isNew && missing == Missing::IsFailure) {
+        throw Failure(
+            fmt::format("{}: there is nothing in section {}, so no configuration; stmdcm apply can give it one",
+                        capture.Path(), hasCommon ? kStmSectionName : kCommonSectionName));
+    }
+    plan.result.doubts = reading.Losses();
+    std::string changed = Change(reading, plan.result);
+    if (!hasCommon) {
+        plan.sections.push_back({kCommonSectionName, kCommonSectionVersion, {}});
+    }
+    plan.sections.push_back({kStmSectionName, kStmSectionVersion, std::move(changed)});
+    return plan;
+}
+
+std::string ConfigurationChange::Change(Reading& reading, ChangeResult& result) const {
+    const Configuration before = std::exchange(reading.configuration, {});
+    m_edit(*reading.settings);
+    reading.configuration.objectFiles = before.objectFiles;
+    Fill(reading.configuration, *reading.settings);
+    result.changes = Compare(before, reading.configuration);
+    std::string text = reading.settings->Text();
+    for (std::string& doubt : NotKept(reading.configuration, text)) {
+        result.doubts.push_back(std::move(doubt));
+    }
+    return text;
+}
+
+ChangeResult ConfigurationChange::InSettings(const std::string& path, bool force) const {
+    LockedFile file(path);
+    Reading reading = Read(path);
+    ChangeResult result{path};
+    result.doubts = reading.Losses();
+    const std::string text = Change(reading, result);
+    if (!result.HasChanges()) {
+        return result;
+    }
+    if (!result.doubts.empty() && !force) {
+        throw Failure(fmt::format("{}: parts of the file would be lost ({}); --force writes it all the same", path,
+                                  fmt::join(result.doubts, "; ")));
+    }
+    if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
+        const int error = errno;
+        throw Failure(fmt::format("{}: the file can't be written: {}", path, ZU_WEP::ErrnoText(error)));
+    }
+    result.isWritten = true;
+    return result;
+}
+
+std::vector<std::string> NotKept(const Configuration& wanted, const std::string& text) {
+    Settings read;
+    Configuration kept;
+    read.Read(text);
+    Fill(kept, read);
+    kept.objectFiles = wanted.objectFiles;
+    std::vector<std::string> sentences;
+    for (const Difference& lost : Compare(wanted, kept)) {
+        sentences.push_back(fmt::format("{} {} {}: \"{}\" is kept as \"{}\"", lost.kind, lost.item, lost.field,
+                                        lost.left.value_or(""), lost.right.value_or("")));
+    }
+    return sentences;
+}
+
+}  // namespace stmdcm

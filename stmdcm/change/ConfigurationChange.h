@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "stmdcm/reading/Comparison.h"
+#include "stmdcm/reading/Reading.h"
+
+namespace stmdcm {
+
+/// What a change did to one file.
+struct ChangeResult {
+    std::string path;
+    std::vector<Difference> changes = {};  ///< left as it was, right as it is to be
+    std::vector<std::string> doubts = {};  ///< sentences: what of the old configuration is not in the new one
+    bool isNew = false;                    ///< there was no configuration
+    bool isWritten = false;
+
+    bool HasChanges() const { return isNew || !changes.empty(); }
+};
+
+/// Changes the properties and use cases that a file holds. The file is locked from reading to writing, so two changes
+/// at once lose nothing; where nothing changes nothing is written. Every failure is a Failure that names the file.
+class ConfigurationChange {
+  public:
+    using Edit = std::function<void(Settings&)>;
+
+    explicit ConfigurationChange(Edit edit) : m_edit(std::move(edit)) {}
+
+    /// A capture without a configuration.
+    enum class Missing { IsFailure, IsMade };
+
+    /// In place, without a copy (docs/tdf.md). The old configuration stays in the capture, for History.
+    ChangeResult InCapture(const std::string& path, Missing missing) const;
+    /// The same, without writing.
+    ChangeResult TryInCapture(const std::string& path, Missing missing) const;
+    /// Replaces the file whole. What of its text is not read would be gone: that is a Failure unless `force`.
+    ChangeResult InSettings(const std::string& path, bool force) const;
+
+  private:
+    struct Plan;
+
+    Plan Make(const Container& capture, Missing missing) const;
+    /// Edits what was read, and gives the new text.
+    std::string Change(Reading& reading, ChangeResult& result) const;
+
+    Edit m_edit;
+};
+
+/// What of `wanted` is not in what a host reads of the text, such as the end of a long name; in sentences.
+std::vector<std::string> NotKept(const Configuration& wanted, const std::string& text);
+
+}  // namespace stmdcm

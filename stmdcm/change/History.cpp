@@ -1,0 +1,112 @@
+#include "stmdcm/change/History.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureEditor.h"
+#include "stmdcm/capture/Retired.h"
+#include "stmdcm/reading/ConfigurationReader.h"
+#include "stmdcm/reading/ObjectFileCheck.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+constexpr struct {
+    const char* name;
+    std::uint32_t version;
+} kKinds[] = {{kCommonSectionName, kCommonSectionVersion}, {kStmSectionName, kStmSectionVersion}};
+
+/// The name of the configuration section, nullptr for any other.
+const char* KindOf(const Container& container, const Section& section) {
+    if (section.use == SectionUse::Unreachable || section.IsTooShort()) {
+        return nullptr;
+    }
+    for (const auto& kind : kKinds) {
+        if (LiveVersion(section.version) == kind.version && container.HasName(section, kind.name)) {
+            return kind.name;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+History::History(const Container& container) : m_container(container) {
+    for (const Section& section : container.Sections()) {
+        if (const char* name = KindOf(container, section)) {
+            m_entries.push_back({m_entries.size() + 1, name, section});
+        }
+    }
+}
+
+std::string History::Payload(const HistoryEntry& entry) const {
+    return m_container.ReadPayload(entry.section, 0, entry.section.PayloadLength());
+}
+
+const HistoryEntry& History::At(std::size_t number) const {
+    if (number == 0 || number > m_entries.size()) {
+        throw Failure(fmt::format("{}: there is no configuration {}, stmdcm history shows the {} that there are",
+                                  m_container.Path(), number, m_entries.size()));
+    }
+    return m_entries[number - 1];
+}
+
+const HistoryEntry* History::Current(const std::string& name) const {
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(),
+                                    [&](const HistoryEntry& entry) { return entry.IsCurrent() && entry.name == name; });
+    return found == m_entries.end() ? nullptr : &*found;
+}
+
+std::optional<std::vector<Difference>> History::Compare(const HistoryEntry& entry) const {
+    const HistoryEntry* current = Current(entry.name);
+    if (current == nullptr) {
+        return std::nullopt;
+    }
+    return stmdcm::Compare(Read(entry), Read(*current));
+}
+
+Configuration History::Read(const HistoryEntry& entry) const {
+    Configuration configuration;
+    if (entry.name == std::string_view(kCommonSectionName)) {
+        ParseObjectFiles(Payload(entry), configuration.objectFiles);
+        return configuration;
+    }
+    Settings settings;
+    if (const Section* device = m_container.Find(kDeviceSectionName, kDeviceSectionVersion)) {
+        settings.ReadDevice(m_container.ReadPayload(*device, 0, device->PayloadLength()));
+    }
+    settings.Read(Payload(entry));
+    Fill(configuration, settings);
+    return configuration;
+}
+
+RestoreResult RestoreConfiguration(const std::string& path, std::size_t number) {
+    CaptureEditor editor(path);
+    const History history(editor.Contents());
+    RestoreResult result{history.At(number)};
+    const HistoryEntry& entry = result.restored;
+    if (editor.Contents().IsTorn(entry.section)) {
+        throw Failure(
+            fmt::format("{}: the end of the file cuts configuration {} off; nothing was changed", path, number));
+    }
+    if (entry.name == std::string_view(kStmSectionName) && entry.section.IsEmpty()) {
+        throw Failure(fmt::format("{}: configuration {} is empty, so hosts could not load it; nothing was changed",
+                                  path, number));
+    }
+    const HistoryEntry* current = history.Current(entry.name);
+    std::string payload = history.Payload(entry);
+    if (current == nullptr || history.Payload(*current) != payload) {
+        editor.Replace({{entry.name, LiveVersion(entry.section.version), std::move(payload)}});
+        result.isWritten = true;
+    }
+    return result;
+}
+
+}  // namespace stmdcm

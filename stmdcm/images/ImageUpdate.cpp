@@ -1,0 +1,81 @@
+#include "stmdcm/images/ImageUpdate.h"
+
+#include <fmt/format.h>
+
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureEditor.h"
+#include "stmdcm/reading/ObjectFileCheck.h"
+#include "trace/format/ObjectFileSection.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+std::string ReadPayload(const Container& capture) {
+    const Section* section = capture.Find(kCommonSectionName, kCommonSectionVersion);
+    if (section == nullptr) {
+        throw Failure(fmt::format("{}: there is no section {}, so no list of program images", capture.Path(),
+                                  kCommonSectionName));
+    }
+    return capture.ReadPayload(*section, 0, section->PayloadLength());
+}
+
+ImageList MakeList(const std::string& path, const std::string& payload, ImageFinder& finder) {
+    std::vector<ObjectFile> files;
+    const bool isComplete = ParseObjectFiles(payload, files);
+    ImageList list{path, finder.Find(files), {}};
+    if (!isComplete) {
+        list.doubts.emplace_back("the list of program images ends within one; the whole ones before it count");
+    }
+    if (!finder.IsComplete()) {
+        list.doubts.emplace_back("the search was cut short; name a directory with fewer files");
+    }
+    return list;
+}
+
+bool IsResolved(const ImageAnswer& answer, bool acceptChanged) {
+    return answer.IsPresent() ||
+           (acceptChanged && answer.found.DiskState() == ObjectFile::State::Changed && answer.candidates.empty());
+}
+
+std::string Encode(const std::vector<ImageAnswer>& answers, bool acceptChanged) {
+    std::string payload;
+    for (const ImageAnswer& answer : answers) {
+        const bool isResolved = IsResolved(answer, acceptChanged);
+        const ObjectFile& file = isResolved ? answer.found : answer.recorded;
+        AppendObjectFileEntry(
+            payload, {file.name, file.path, isResolved ? file.modified.value_or(file.recorded) : file.recorded});
+    }
+    return payload;
+}
+
+void CountUnresolved(ImageList& list, bool acceptChanged) {
+    for (const ImageAnswer& answer : list.answers) {
+        list.unresolved += IsResolved(answer, acceptChanged) ? 0U : 1U;
+    }
+}
+
+}  // namespace
+
+ImageList ListImages(const std::string& path, ImageFinder& finder) {
+    ImageList list = MakeList(path, ReadPayload(Container(path)), finder);
+    CountUnresolved(list, false);
+    return list;
+}
+
+ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged) {
+    CaptureEditor editor(path);
+    const std::string payload = ReadPayload(editor.Contents());
+    ImageList list = MakeList(path, payload, finder);
+    CountUnresolved(list, acceptChanged);
+    std::string updated = Encode(list.answers, acceptChanged);
+    if (!payload.starts_with(updated)) {  // What is behind the whole entries is no reason to write.
+        editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}});
+        list.isWritten = true;
+    }
+    return list;
+}
+
+}  // namespace stmdcm

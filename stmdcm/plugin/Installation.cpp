@@ -1,0 +1,45 @@
+#include "stmdcm/plugin/Installation.h"
+
+#include <fmt/format.h>
+
+#include "stmdcm/Failure.h"
+
+namespace stmdcm {
+
+namespace {
+
+constexpr char kPluginFile[] = "libStmDCM.so";
+
+std::filesystem::path ProgramDirectory() { return std::filesystem::read_symlink("/proc/self/exe").parent_path(); }
+
+}  // namespace
+
+std::vector<std::filesystem::path> PluginCandidates() {
+    const std::filesystem::path program = ProgramDirectory();
+    const std::filesystem::path prefix = program.parent_path();
+    return {program / kPluginFile, prefix / "lib" / kPluginFile, prefix / STMDCM_LIBDIR / kPluginFile,
+            std::filesystem::path(STMDCM_FULL_LIBDIR) / kPluginFile};
+}
+
+std::filesystem::path SimulatorDirectory() {
+    const std::filesystem::path library = ProgramDirectory().parent_path() / STMDCM_LIBDIR;
+    for (const std::filesystem::path& directory :
+         {library / "stmdcm", ProgramDirectory().parent_path() / "lib" / "stmdcm"}) {
+        if (std::filesystem::exists(directory / kFactoryFile)) {
+            return directory;
+        }
+    }
+    throw Failure(
+        fmt::format("{} is not in {}; name its directory with --factory-dir DIR", kFactoryFile, library.string()));
+}
+
+std::filesystem::path DataFile(const std::string& name) {
+    std::filesystem::path path = ProgramDirectory().parent_path() / "share" / "stmdcm" / name;
+    if (!std::filesystem::is_regular_file(path)) {
+        throw Failure(
+            fmt::format("{}: the file that belongs to this program is not there; install it again", path.string()));
+    }
+    return path;
+}
+
+}  // namespace stmdcm

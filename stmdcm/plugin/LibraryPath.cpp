@@ -1,0 +1,61 @@
+#include "stmdcm/plugin/LibraryPath.h"
+
+#include <fmt/format.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "stmdcm/Failure.h"
+
+namespace stmdcm {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kVariable[] = "LD_LIBRARY_PATH";
+
+std::vector<std::string> ProgramArguments() {
+    std::ifstream in("/proc/self/cmdline", std::ios::binary);
+    std::vector<std::string> arguments;
+    for (std::string argument; std::getline(in, argument, '\0');) {
+        arguments.push_back(argument);
+    }
+    return arguments;
+}
+
+[[noreturn]] void StartAgain() {
+    std::vector<std::string> arguments = ProgramArguments();
+    std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
+    for (std::string& argument : arguments) {
+        pointers.push_back(argument.data());
+    }
+    pointers.push_back(nullptr);
+    ::execv("/proc/self/exe", pointers.data());
+    throw Failure(fmt::format("this program can't be started again to set {}: {}", kVariable,
+                              std::generic_category().message(errno)));
+}
+
+}  // namespace
+
+void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
+    if (!fs::exists(directory / library)) {
+        throw Failure(fmt::format("{}: there is no {} in this directory", directory.string(), library));
+    }
+    const std::string first = fs::canonical(directory).string();
+    const char* value = ::getenv(kVariable);
+    const std::string old = value == nullptr ? "" : value;
+    if (old == first || old.starts_with(first + ":")) {
+        return;
+    }
+    ::setenv(kVariable, old.empty() ? first.c_str() : (first + ":" + old).c_str(), 1);
+    StartAgain();
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,72 @@
+#include "stmdcm/plugin/TraceHome.h"
+
+#include <fmt/format.h>
+#include <stdlib.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+#include "stmdcm/Failure.h"
+#include "trace/dcm/EnvironmentVariables.h"
+
+namespace stmdcm {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path MakeTemporary() {
+    std::string path = (fs::temp_directory_path() / "stmdcm-XXXXXX").string();
+    if (::mkdtemp(path.data()) == nullptr) {
+        throw Failure(
+            fmt::format("{}: a temporary directory can't be made: {}", path, std::generic_category().message(errno)));
+    }
+    return fs::canonical(path);
+}
+
+fs::path MakeKept(const fs::path& directory) {
+    std::error_code error;
+    fs::create_directories(directory, error);
+    if (!fs::is_directory(directory)) {
+        throw Failure(fmt::format("{}: the directory can't be made: {}", directory.string(),
+                                  error ? error.message() : "there is a file of that name"));
+    }
+    if (!fs::is_empty(directory)) {
+        throw Failure(fmt::format("{}: the directory is not empty; name a new one", directory.string()));
+    }
+    return fs::canonical(directory);
+}
+
+void MakeHome(const fs::path& path) {
+    using namespace Zu::Wep::Trace;
+    for (const char* variable : {kDebugClientVariable, kLoggingVariable, kLoggingDirectoryVariable,
+                                 kDataDirectoryVariable, kSettingsDirectoryVariable}) {
+        ::unsetenv(variable);
+    }
+    if (::setenv("HOME", path.c_str(), 1) != 0) {
+        throw Failure(fmt::format("HOME can't be set: {}", std::generic_category().message(errno)));
+    }
+}
+
+}  // namespace
+
+TraceHome::TraceHome() : m_path(MakeTemporary()) {
+    m_guard.emplace([this] { Remove(); });
+    MakeHome(m_path);
+}
+
+TraceHome::TraceHome(const fs::path& directory) : m_path(MakeKept(directory)) { MakeHome(m_path); }
+
+TraceHome::~TraceHome() {
+    if (m_guard) {
+        Remove();
+    }
+}
+
+void TraceHome::Remove() const {
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,58 @@
+#include "stmdcm/reading/Configuration.h"
+
+#include <fmt/format.h>
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+std::vector<Counter> CountersOf(UsecaseInfoIF& usecase) {
+    std::vector<Counter> counters;
+    for (unsigned i = 0; i < usecase.GetNumCounters(); ++i) {
+        const _CounterLineInfo& counter = *usecase.GetCounterInfo(i);
+        counters.push_back({counter.number, counter.text});
+    }
+    return counters;
+}
+
+std::vector<Formula> FormulasOf(UsecaseInfoIF& usecase) {
+    std::vector<Formula> formulas;
+    for (unsigned i = 0; i < usecase.GetNumFormulars(); ++i) {
+        const FormulaInfo& formula = *usecase.GetFormula(i);
+        formulas.push_back({formula.name, formula.formula, formula.unit, formula.tagNumber, formula.ofmask});
+    }
+    return formulas;
+}
+
+std::uint32_t DataOptionsOf(const CTUsecaseInfoIF& usecase) {
+    std::uint32_t options = 0;
+    for (std::uint32_t bit = 0; bit <= CT_DATA_OPTION_LAST; ++bit) {
+        options |= std::uint32_t{usecase.IsOptionEnabled(static_cast<eCTDataOption>(bit))} << bit;
+    }
+    return options;
+}
+
+std::string ScUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
+
+std::string CptUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
+
+ObjectFile::State ObjectFile::DiskState() const {
+    if (!modified) {
+        return State::Missing;
+    }
+    return *modified == recorded ? State::Present : State::Changed;
+}
+
+const char* ObjectFile::DiskStateName() const {
+    switch (DiskState()) {
+        case State::Present:
+            return "present";
+        case State::Changed:
+            return "changed";
+        case State::Missing:
+            break;
+    }
+    return "missing";
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,174 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "stmdcm/reading/Field.h"
+#include "trace/usecase/CTUsecaseInfoIF.h"
+#include "trace/usecase/UsecaseInfoIF.h"
+
+namespace stmdcm {
+
+// A configuration as plain values. Each item lists its fields once, in `Walk`; reading, showing, JSON and comparing all
+// walk that list. `Key` says which item of another configuration is the same one.
+
+struct Property {
+    std::string name;
+    bool isFlag = false;
+    Unit unit = Unit::None;
+    std::int32_t value = 0;  ///< flags are 0 or 1
+    std::int32_t defaultValue = 0;
+
+    bool IsAtDefault() const { return value == defaultValue; }
+};
+
+struct Counter {
+    std::uint32_t number = 0;
+    std::string text;
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"number"}, number);
+        visit(Field{"text"}, text);
+    }
+};
+
+struct Formula {
+    std::string name;
+    std::string formula;
+    std::string unit;
+    std::uint32_t tagNumber = 0;
+    std::uint32_t outputMask = 0;
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"name"}, name);
+        visit(Field{"formula"}, formula);
+        visit(Field{"unit"}, unit);
+        // The plug-in computes it when it reads a formula's text, and not when a host adds the formula.
+        visit(Field{"tag_number", Unit::None, true}, tagNumber);
+        visit(Field{"output_mask", Unit::Mask}, outputMask);
+    }
+};
+
+std::vector<Counter> CountersOf(Zu::Wep::Trace::UsecaseInfoIF& usecase);
+std::vector<Formula> FormulasOf(Zu::Wep::Trace::UsecaseInfoIF& usecase);
+std::uint32_t DataOptionsOf(const Zu::Wep::Trace::CTUsecaseInfoIF& usecase);
+
+struct ScUsecase {
+    std::int32_t job = -1;  ///< negative: none
+    std::uint32_t moduleId = 0;
+    std::string moduleName;
+    std::string probe;
+    std::uint32_t sampleWindow = 0;
+    bool suppress = false;
+    std::vector<Counter> counters;
+    std::vector<Formula> formulas;
+
+    std::string Key() const;
+
+    /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
+    template <class Self, class Visitor>
+    static void Walk(Self& self, Visitor&& visit) {
+        visit(Field{"job", Unit::Job}, self.job, &Zu::Wep::Trace::UsecaseInfoIFBase::GetJobNum);
+        visit(Field{"module_id"}, self.moduleId, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleId);
+        visit(Field{"name"}, self.moduleName, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleName);
+        visit(Field{"probe"}, self.probe, &Zu::Wep::Trace::UsecaseInfoIFBase::GetProbeName);
+        visit(Field{"sample_window"}, self.sampleWindow, &Zu::Wep::Trace::UsecaseInfoIFBase::GetSampleWindow);
+        visit(Field{"suppress"}, self.suppress, &Zu::Wep::Trace::UsecaseInfoIF::GetSuppress);
+        visit(Field{"counters"}, self.counters, CountersOf);
+        visit(Field{"formulas"}, self.formulas, FormulasOf);
+    }
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        Walk(*this, [&](const Field& field, const auto& value, const auto&) { visit(field, value); });
+    }
+};
+
+struct CptUsecase {
+    std::int32_t job = -1;  ///< negative: none
+    std::uint32_t moduleId = 0;
+    std::string moduleName;
+    std::string probe;
+    std::uint32_t sampleWindow = 0;
+    std::uint32_t clockRate = 0;
+    std::uint32_t divideFactor = 0;
+    std::uint32_t mode = 0;
+    std::uint32_t dataOptions = 0;
+
+    std::string Key() const;
+
+    /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
+    template <class Self, class Visitor>
+    static void Walk(Self& self, Visitor&& visit) {
+        visit(Field{"job", Unit::Job}, self.job, &Zu::Wep::Trace::UsecaseInfoIFBase::GetJobNum);
+        visit(Field{"module_id"}, self.moduleId, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleId);
+        visit(Field{"name"}, self.moduleName, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleName);
+        visit(Field{"probe"}, self.probe, &Zu::Wep::Trace::UsecaseInfoIFBase::GetProbeName);
+        visit(Field{"sample_window"}, self.sampleWindow, &Zu::Wep::Trace::UsecaseInfoIFBase::GetSampleWindow);
+        visit(Field{"clock_rate", Unit::Hertz}, self.clockRate, &Zu::Wep::Trace::CTUsecaseInfoIF::GetClockRate);
+        visit(Field{"divide_factor"}, self.divideFactor, &Zu::Wep::Trace::CTUsecaseInfoIF::GetDividFactor);
+        visit(Field{"mode"}, self.mode, &Zu::Wep::Trace::CTUsecaseInfoIF::GetModuleMode);
+        visit(Field{"data_options", Unit::Mask}, self.dataOptions, DataOptionsOf);
+    }
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        Walk(*this, [&](const Field& field, const auto& value, const auto&) { visit(field, value); });
+    }
+};
+
+struct PmiUsecase {
+    std::string source;  ///< "PMI", "CMI0" or "CMI1", though nothing enforces it
+    std::uint32_t sampleWindow = 0;
+
+    std::string Key() const { return source; }
+
+    /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
+    template <class Self, class Visitor>
+    static void Walk(Self& self, Visitor&& visit) {
+        visit(Field{"source"}, self.source, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleName);
+        visit(Field{"sample_window"}, self.sampleWindow, &Zu::Wep::Trace::UsecaseInfoIFBase::GetSampleWindow);
+    }
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        Walk(*this, [&](const Field& field, const auto& value, const auto&) { visit(field, value); });
+    }
+};
+
+/// An object (program) file as recorded, and how it is now.
+struct ObjectFile {
+    enum class State { Present, Changed, Missing };
+
+    std::string name;  ///< of the CPU or application
+    std::string path;
+    std::int64_t recorded = 0;             ///< modification time
+    std::optional<std::int64_t> modified;  ///< of the file on disk, nothing where there is none
+
+    State DiskState() const;
+    const char* DiskStateName() const;
+    std::string Key() const { return name; }
+
+    template <class Visitor>
+    void Visit(Visitor&& visit) const {
+        visit(Field{"name"}, name);
+        visit(Field{"path"}, path);
+        visit(Field{"recorded", Unit::UnixTime}, recorded);
+        visit(Field{"state", Unit::None, true}, std::string(DiskStateName()));
+        visit(Field{"modified", Unit::UnixTime, true}, modified);
+    }
+};
+
+struct Configuration {
+    std::vector<Property> properties;  ///< all of them, in the order of the settings text
+    std::vector<ScUsecase> sc;
+    std::vector<CptUsecase> cpt;
+    std::vector<PmiUsecase> pmi;
+    std::vector<ObjectFile> objectFiles;
+};
+
+}  // namespace stmdcm

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+#include <string_view>
+
+namespace stmdcm {
+
+enum class Severity { Note, Warning, Error };
+
+const char* SeverityName(Severity severity);
+
+/// One kind of finding. Identifiers are stable: scripts match them.
+struct FindingKind {
+    const char* id;
+    Severity severity;
+    const char* meaning;  ///< one sentence, also in docs/check.md
+};
+
+/// Every kind that `check` reports: F file, C container, T text, D text of DEVID, U use case, O object file.
+/// Error: data is lost or the load fails. Warning: doubtful. Note: worth knowing.
+inline constexpr FindingKind kFindingKinds[] = {
+    {"F-UNREADABLE", Severity::Error, "The file can't be opened or read."},
+    {"F-EMPTY", Severity::Error, "The file is empty."},
+    {"F-NO-CAPTURE", Severity::Error, "A capture does not begin with \"TDF2\"."},
+    {"F-EXTENSION", Severity::Error, "The name of a capture does not end in \".tdf\"."},
+    {"F-TOO-LARGE", Severity::Error, "A settings file is longer than 128 MiB, and what is behind is not read."},
+
+    {"C-OVER-4GIB", Severity::Error, "The capture is longer than 4 GiB - 1, which its offsets can't express."},
+    {"C-TORN-HEADER", Severity::Error, "The file ends within the header or name of a section."},
+    {"C-TORN-PAYLOAD", Severity::Error, "A section reaches past the end of the file."},
+    {"C-TRAILING-BYTES", Severity::Warning, "One to three bytes at the end are no header."},
+    {"C-LENGTH-ZERO", Severity::Error, "A section states the length 0."},
+    {"C-LENGTH-SHORT", Severity::Error, "A section states a length that does not cover its own header and name."},
+    {"C-LENGTH-LIMIT", Severity::Error, "A section is longer than 128 MiB."},
+    {"C-NAME-LIMIT", Severity::Error, "A section's name is longer than 4095 bytes."},
+    {"C-PAST-4GIB", Severity::Error, "A section ends past 4 GiB - 1."},
+    {"C-UNREACHABLE", Severity::Error, "A section stands behind the place where a search ends."},
+    {"C-NAME-ODD", Severity::Warning, "A section's name has bytes that are not printable ASCII."},
+    {"C-SHADOWED", Severity::Warning, "A section of the configuration has an older one of its name and version."},
+    {"C-OTHER-VERSION", Severity::Warning, "A section of the configuration has a version other than 1."},
+    {"C-REPEATED", Severity::Note, "Another section has an older one of its name and version."},
+    {"C-RETIRED", Severity::Note, "An edit took a section out of use; it is kept as history."},
+    {"C-TOO-MANY", Severity::Warning, "There are more than 1,000,000 sections; the rest was not looked at."},
+    {"C-NO-COMMON", Severity::Error, "There is no section DCM_COMMON of version 1 that a search finds."},
+    {"C-NO-DEVID", Severity::Error, "There is no section DEVID of version 1 that a search finds."},
+    {"C-NO-STM", Severity::Error, "There is no section STMDECODERINFO of version 1 that a search finds."},
+    {"C-EMPTY-DEVID", Severity::Error, "The section DEVID that a search finds is empty."},
+    {"C-EMPTY-STM", Severity::Error, "The section STMDECODERINFO that a search finds is empty."},
+
+    {"T-UNKNOWN-KEY", Severity::Error, "A line sets something that is no property."},
+    {"T-NO-VALUE", Severity::Error, "A line among the properties has no value."},
+    {"T-BLANK-LINE", Severity::Warning, "A blank line ends the properties, and text follows."},
+    {"T-NOT-READ", Severity::Error,
+     "Lines behind the end of the properties are read neither as properties nor as blocks."},
+    {"T-NOTHING", Severity::Error, "A settings text sets no property and holds no use case."},
+    {"T-FINAL-LINE-FEED", Severity::Note, "A settings file without blocks of lines ends with a line feed."},
+    {"T-NO-EQUALS", Severity::Note, "A property and its value have no \"=\" between them."},
+    {"T-EXTRA-FIELD", Severity::Warning, "A line has more than a property and its value."},
+    {"T-DUPLICATE", Severity::Warning, "A property is set twice in one text."},
+    {"T-NOT-SET", Severity::Note, "A text does not set all properties."},
+    {"T-NOT-A-NUMBER", Severity::Error, "A value that should be a number is none."},
+    {"T-PARTLY-NUMBER", Severity::Warning, "A value only begins with a number, or has a fraction that is dropped."},
+    {"T-NUMBER-WRAPPED", Severity::Error, "A number does not fit 32 bits."},
+    {"T-NUMBER-SIGN", Severity::Note, "A number fits 32 bits only without a sign, and reads as a negative one."},
+    {"T-NOT-0-OR-1", Severity::Warning, "A boolean is neither 0 nor 1."},
+    {"T-LINE-CUT", Severity::Error,
+     "A line of a settings file, without blanks at its end, is over 999 characters, in blocks 126."},
+    {"T-ZERO-BYTE", Severity::Error, "A line holds a zero byte."},
+    {"T-PACKED-CR", Severity::Warning, "A one-line block ends in CR LF."},
+    {"T-PACKED-END", Severity::Error, "A one-line block does not end in \"}\"."},
+    {"T-PACKED-REST", Severity::Error, "Text stands behind one-line blocks."},
+    {"T-MIXED-BLOCKS", Severity::Error, "One-line blocks and blocks of lines are mixed."},
+
+    {"D-NO-VALUE", Severity::Note, "A line of DEVID has a key and no value."},
+    {"D-OVERRIDDEN", Severity::Note, "DEVID sets a property that STMDECODERINFO sets to another value."},
+
+    {"U-UNCLOSED", Severity::Error, "A block is not closed before the next one or the end of the text."},
+    {"U-BLANK-IN-BLOCK", Severity::Error, "A blank line stands in a block."},
+    {"U-NO-EQUALS", Severity::Error, "A line of a block has no \"=\"."},
+    {"U-LINE-LENGTH", Severity::Error, "A line of a block is longer than 255 characters."},
+    {"U-BLANK-LINE", Severity::Error, "A blank line ends the reading before the last block."},
+    {"U-NOT-READ", Severity::Error, "A use case stands where its reader does not find it."},
+    {"U-UNKNOWN-TYPE", Severity::Error, "The first line of a block names no type that there is."},
+    {"U-LATE-TYPE", Severity::Error, "A type line is not the first of its block."},
+    {"U-OPENER-TEXT", Severity::Error, "Text stands behind an opening brace."},
+    {"U-EMPTY-BLOCK", Severity::Warning, "A block is empty, and so a use case of each kind that reads it."},
+    {"U-STRAY-LINE", Severity::Warning, "A line stands between the blocks."},
+    {"U-UNKNOWN-KEY", Severity::Warning, "A block has a key that its kind does not know."},
+    {"U-NOT-SET", Severity::Note, "A block or formula does not set all fields of its kind."},
+    {"U-KEY-TWICE", Severity::Warning, "A key is set twice in one block or formula."},
+    {"U-COUNTER-TWICE", Severity::Note, "Two counters of a use case have one number."},
+    {"U-CUT-ON-SAVE", Severity::Warning, "A value is too long for a written line of 127 bytes."},
+    {"U-DUPLICATE", Severity::Warning, "Two use cases of one kind have one job and module, or one source."},
+    {"U-SOURCE", Severity::Warning, "The source of a PMI/CMI use case is not PMI, CMI0 or CMI1."},
+    {"U-FORMULA-OPEN", Severity::Error, "A formula is not closed by \"$/\"."},
+    {"U-FORMULA-LINE", Severity::Warning, "A line of a formula has no \"=\"."},
+    {"U-FORMULA-EMPTY", Severity::Warning, "\"/$\" stands before a blank line or the end of the text."},
+    {"U-FORMULA-TAG", Severity::Warning, "A formula's tag number is guessed from text that does not state one."},
+
+    {"O-TRUNCATED", Severity::Error, "An object file's entry runs past the payload."},
+    {"O-MISSING", Severity::Warning, "An object file can't be opened on this machine."},
+    {"O-CHANGED", Severity::Warning, "An object file has another modification time than was recorded."},
+    {"O-EMPTY-PATH", Severity::Warning, "An object file is recorded without a path."},
+    {"O-DUPLICATE", Severity::Warning, "Two object files are recorded under one name."},
+};
+
+/// The kind with that identifier; one that is not in the table does not compile.
+consteval const FindingKind& Kind(std::string_view id) {
+    const auto* found = std::find_if(std::begin(kFindingKinds), std::end(kFindingKinds),
+                                     [id](const FindingKind& kind) { return id == kind.id; });
+    if (found == std::end(kFindingKinds)) {
+        throw std::logic_error("no such kind of finding");
+    }
+    return *found;
+}
+
+}  // namespace stmdcm

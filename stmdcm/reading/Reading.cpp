@@ -1,0 +1,355 @@
+#include "stmdcm/reading/Reading.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <utility>
+
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureFile.h"
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/reading/BlockFindings.h"
+#include "stmdcm/reading/BlockStructure.h"
+#include "stmdcm/reading/ConfigurationReader.h"
+#include "stmdcm/reading/ContainerCheck.h"
+#include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/PropertyFindings.h"
+#include "trace/format/SectionLayout.h"
+#include "trace/tdf/TDFHandler.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+constexpr std::uint64_t kMaxSettingsSize = 128 << 20;
+constexpr std::uint64_t kLookedAt = 4096;
+
+/// Warnings of text that is ignored: it is not in what is read, so it is gone when that is written.
+constexpr const FindingKind* kIgnoredText[] = {&Kind("T-EXTRA-FIELD"), &Kind("U-UNKNOWN-KEY"), &Kind("U-STRAY-LINE"),
+                                               &Kind("U-FORMULA-LINE")};
+
+bool IsAboutText(const FindingKind& kind) { return kind.id[0] != 'C' && kind.id[0] != 'F'; }
+
+std::string Sentence(const Finding& finding) {
+    const std::string place = InWords(finding.place);
+    return fmt::format("{}{}{}; {}", place, place.empty() ? "" : ": ", finding.what, finding.effect);
+}
+
+template <class Usecases, class KeyOf>
+void TellDuplicates(const Usecases& usecases, const std::vector<std::size_t>& lines, const char* name,
+                    const char* effect, const Place& place, Findings& findings, KeyOf keyOf) {
+    std::map<std::string, std::size_t> known;
+    for (std::size_t i = 0; i < usecases.size(); ++i) {
+        const std::string key = keyOf(usecases[i]);
+        if (const auto [first, isNew] = known.emplace(key, lines[i]); !isNew) {
+            findings.Add(Kind("U-DUPLICATE"), place.AtLine(lines[i]),
+                         fmt::format("a {} use case of {} stands on line {} already", name, key, first->second),
+                         effect);
+        }
+    }
+}
+
+/// What is odd about the use cases that were read.
+void TellUsecases(const Settings& settings, const BlockFindings& read, const Place& place, Findings& findings) {
+    const auto jobAndModule = [](const auto& usecase) {
+        return fmt::format("job {}, module {}", usecase.GetJobNum(), usecase.GetModuleId());
+    };
+    const auto source = [](const auto& usecase) { return fmt::format("source {}", Quoted(usecase.GetModuleName())); };
+    constexpr char kBothRemoved[] = "both are kept, and removing a job removes both";
+    constexpr char kFirstGiven[] = "both are kept, and asked for its source a reader gives the first";
+    const auto& pmiLines = read.Of(UsecaseKind::Pmi).openers;
+    TellDuplicates(settings.sc.Usecases(), read.Of(UsecaseKind::Sc).openers, NamesOf(UsecaseKind::Sc).name,
+                   kBothRemoved, place, findings, jobAndModule);
+    TellDuplicates(settings.cpt.Usecases(), read.Of(UsecaseKind::Cpt).openers, NamesOf(UsecaseKind::Cpt).name,
+                   kBothRemoved, place, findings, jobAndModule);
+    TellDuplicates(settings.pmi.Usecases(), pmiLines, NamesOf(UsecaseKind::Pmi).name, kFirstGiven, place, findings,
+                   source);
+    for (std::size_t i = 0; i < settings.pmi.Usecases().size(); ++i) {
+        const std::string_view name = settings.pmi.Usecases()[i].GetModuleName();
+        if (std::find(kSourceNames.begin(), kSourceNames.end(), name) == kSourceNames.end()) {
+            findings.Add(Kind("U-SOURCE"), place.AtLine(pmiLines[i]),
+                         fmt::format("{} is no PMI/CMI source", Quoted(name)), "kept, but no host can ask for it");
+        }
+    }
+}
+
+/// Gives whether the text is clean.
+bool ReadTextInto(std::string text, const LineLimits& limits, const Place& place, PropertyFindings& properties,
+                  Settings& settings, Findings& findings) {
+    const SettingsText read(std::move(text), limits, settings.Applier(), &properties);
+    properties.Finish(read.Blocks());
+    BlockFindings blocks(read.Blocks(), place, findings);
+    settings.ReadRecords(read.Blocks(), &blocks);
+    TellUsecases(settings, blocks, place, findings);
+    CheckStructure(read.Blocks(), blocks, place, findings);
+    if (properties.CountSet() == 0 && settings.sc.GetNumUsecases() == 0 && settings.cpt.GetNumUsecases() == 0 &&
+        settings.pmi.GetNumUsecases() == 0) {
+        findings.Add(Kind("T-NOTHING"), place, "the text sets no property and holds no use case",
+                     "everything stays as the reader has it, but for its use cases, which are gone");
+    }
+    return read.IsClean();
+}
+
+/// Reads one file into its answer.
+class Reader {
+  public:
+    explicit Reader(Reading& reading) : m_reading(reading), m_findings(reading.findings) {}
+
+    void ReadSettings(const CaptureFile& file) {
+        m_reading.kind = ConfigurationKind::Settings;
+        if (file.Size() > kMaxSettingsSize) {
+            m_findings.Add(Kind("F-TOO-LARGE"), {}, fmt::format("the file has {} bytes", file.Size()),
+                           fmt::format("the first {} are read", kMaxSettingsSize));
+        }
+        PropertyFindings properties(TextKind::File, {}, m_findings);
+        m_reading.loads = ReadTextInto(file.Read(0, kMaxSettingsSize), kFileLineLimits, {}, properties,
+                                       *m_reading.settings, m_findings);
+        m_reading.isLoaded = m_reading.hasSettings = m_findings.Count(Kind("T-NOTHING")) == 0;
+    }
+
+    void ReadCapture(const Container& container) {
+        m_reading.kind = ConfigurationKind::Capture;
+        ContainerCheck sections(container, m_findings);
+        sections.Run();
+        const bool hasName = KindOfName(container.Path()) == ConfigurationKind::Capture;
+        if (!hasName) {
+            m_findings.Add(Kind("F-EXTENSION"), {}, "the name does not end in \".tdf\"",
+                           "loading fails, and nothing is read");
+        }
+        const auto common = Payload(container, sections.Found(Wanted::Common));
+        const auto device = Payload(container, sections.FoundWithText(Wanted::DeviceId));
+        const auto stm = Payload(container, sections.FoundWithText(Wanted::Stm));
+        m_reading.hasObjectFiles = common.has_value();
+        m_reading.hasDevice = device.has_value();
+        m_reading.hasDeviceText = device && !device->empty() && *device != kNoDeviceText;
+        m_reading.hasSettings = stm.has_value();
+        if (common) {
+            m_reading.configuration.objectFiles =
+                ReadObjectFiles(*common, PlaceOf(sections, Wanted::Common), m_findings);
+        }
+        ReadTexts(sections, device, stm);
+        m_reading.loads = m_reading.isLoaded = hasName && common && device && stm;
+    }
+
+  private:
+    /// DEVID first: STMDECODERINFO sets properties again.
+    void ReadTexts(const ContainerCheck& sections, const std::optional<std::string>& device,
+                   const std::optional<std::string>& stm) {
+        PropertyFindings deviceFindings(TextKind::DeviceId, PlaceOf(sections, Wanted::DeviceId), m_findings);
+        if (device) {
+            m_reading.settings->ReadDevice(*device, &deviceFindings);
+        }
+        const StmProperties before = m_reading.settings->properties;
+        if (!stm) {
+            return;
+        }
+        const Place place = PlaceOf(sections, Wanted::Stm);
+        PropertyFindings textFindings(TextKind::Section, place, m_findings);
+        ReadTextInto(*stm, LineLimits{}, place, textFindings, *m_reading.settings, m_findings);
+        for (std::size_t i = 0; i < kStmProperties.size(); ++i) {
+            const std::int32_t old = NumberOf(before, kStmProperties[i]);
+            const std::int32_t now = NumberOf(m_reading.settings->properties, kStmProperties[i]);
+            if (deviceFindings.SetOnLine(i) != 0 && textFindings.SetOnLine(i) != 0 && old != now) {
+                m_findings.Add(Kind("D-OVERRIDDEN"),
+                               PlaceOf(sections, Wanted::DeviceId).AtLine(deviceFindings.SetOnLine(i)),
+                               fmt::format("{} is {} here and {} in {}", kStmProperties[i].name, old, now,
+                                           kWantedSections[static_cast<std::size_t>(Wanted::Stm)].name),
+                               fmt::format("reads as {}", now));
+            }
+        }
+    }
+
+    static Place PlaceOf(const ContainerCheck& sections, Wanted wanted) {
+        const Section* section = sections.Found(wanted);
+        return {kWantedSections[static_cast<std::size_t>(wanted)].name,
+                section != nullptr ? std::optional(section->offset) : std::nullopt};
+    }
+
+    /// As much of the payload as a reader gets; nothing when there is no such section.
+    std::optional<std::string> Payload(const Container& container, const Section* section) {
+        if (section == nullptr) {
+            return std::nullopt;
+        }
+        m_reading.readSections.push_back(section->offset);
+        return container.ReadPayload(*section, 0, section->PayloadLength());
+    }
+
+    Reading& m_reading;
+    Findings& m_findings;
+};
+
+/// Whether the finding is about a section that a reader reads.
+bool IsAboutReadSection(const Reading& reading, const Finding& finding) {
+    const auto& offsets = reading.readSections;
+    return finding.place.offset && std::find(offsets.begin(), offsets.end(), *finding.place.offset) != offsets.end();
+}
+
+/// Whether something that the file says is not in what is read.
+bool IsLoss(const Reading& reading, const Finding& finding) {
+    if (IsAboutText(*finding.kind)) {
+        const bool isIgnored =
+            std::find(std::begin(kIgnoredText), std::end(kIgnoredText), finding.kind) != std::end(kIgnoredText);
+        return isIgnored || finding.kind->severity == Severity::Error;
+    }
+    return finding.kind->severity == Severity::Error && IsAboutReadSection(reading, finding);
+}
+
+void Finish(Reading& reading) { Fill(reading.configuration, *reading.settings); }
+
+}  // namespace
+
+const char* KindName(ConfigurationKind kind) { return kind == ConfigurationKind::Capture ? "capture" : "settings"; }
+
+ConfigurationKind KindOfName(const std::string& path) {
+    return TDFHandler().HasExtension(path.c_str(), "tdf") ? ConfigurationKind::Capture : ConfigurationKind::Settings;
+}
+
+namespace {
+
+ConfigurationKind KindOf(const CaptureFile& file) {
+    const std::string& path = file.Path();
+    const bool isNamedCapture = KindOfName(path) == ConfigurationKind::Capture;
+    if (file.HasIdentifier() && isNamedCapture) {
+        return ConfigurationKind::Capture;
+    }
+    if (file.HasIdentifier()) {
+        throw Failure(fmt::format(
+            "{}: this is a capture, but hosts want the name to end in .tdf; rename it, or make a link of such a name",
+            path));
+    }
+    if (isNamedCapture) {
+        throw Failure(fmt::format("{}: this is no capture: it does not begin with \"{}\"; if it was one, try recover",
+                                  path, TDFIdentifier));
+    }
+    if (file.Size() > kMaxSettingsSize || file.Read(0, kLookedAt).find('\0') != std::string::npos) {
+        throw Failure(fmt::format("{}: this is neither a capture nor settings text", path));
+    }
+    return ConfigurationKind::Settings;
+}
+
+}  // namespace
+
+ConfigurationKind KindOf(const std::string& path) {
+    return KindOf(CaptureFile(path, CaptureFile::Identifier::Optional));
+}
+
+Reading Read(const std::string& path) {
+    const CaptureFile file(path, CaptureFile::Identifier::Optional);
+    if (KindOf(file) == ConfigurationKind::Capture) {
+        return Read(Container(path));
+    }
+    Reading reading;
+    reading.path = path;
+    Reader(reading).ReadSettings(file);
+    Finish(reading);
+    return reading;
+}
+
+Reading Read(const Container& capture) {
+    Reading reading;
+    reading.path = capture.Path();
+    Reader(reading).ReadCapture(capture);
+    Finish(reading);
+    return reading;
+}
+
+namespace {
+
+Reading CheckAs(const std::string& path, std::optional<ConfigurationKind> forced) {
+    Reading reading;
+    reading.path = path;
+    const bool isNamedCapture = KindOfName(path) == ConfigurationKind::Capture;
+    if (CaptureFile::IsEmpty(path)) {
+        const bool isCapture = isNamedCapture || forced == ConfigurationKind::Capture;
+        reading.findings.Add(Kind("F-EMPTY"), {}, "the file is empty",
+                             isCapture ? "loading fails, and nothing is read"
+                                       : "loading gives false, and the use cases that the reader has are gone");
+        return reading;
+    }
+    const CaptureFile file(path, CaptureFile::Identifier::Optional);
+    const bool isCapture = file.HasIdentifier() || isNamedCapture;
+    const auto kind = forced.value_or(isCapture ? ConfigurationKind::Capture : ConfigurationKind::Settings);
+    if (kind == ConfigurationKind::Settings) {
+        Reader(reading).ReadSettings(file);
+    } else if (file.HasIdentifier()) {
+        Reader(reading).ReadCapture(Container(path));
+    } else {
+        reading.kind = kind;
+        reading.findings.Add(Kind("F-NO-CAPTURE"), {}, "the file does not begin with \"TDF2\"",
+                             "loading fails, and nothing is read");
+    }
+    Finish(reading);
+    return reading;
+}
+
+}  // namespace
+
+Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forced) {
+    try {
+        return CheckAs(path, forced);
+    } catch (const Failure& failure) {
+        Reading reading;
+        reading.path = path;
+        std::string sentence = failure.what();
+        if (sentence.starts_with(path + ": ")) {
+            sentence.erase(0, path.size() + 2);
+        }
+        reading.findings.Add(Kind("F-UNREADABLE"), {}, std::move(sentence), "loading fails, and nothing is read");
+        return reading;
+    }
+}
+
+std::vector<std::string> Reading::Losses() const {
+    std::vector<std::string> losses;
+    for (const Finding& finding : findings.Sorted()) {
+        if (IsLoss(*this, finding)) {
+            losses.push_back(Sentence(finding));
+        }
+    }
+    return losses;
+}
+
+std::vector<std::string> Reading::Doubts() const {
+    std::vector<std::string> doubts;
+    for (const Finding& finding : findings.Sorted()) {
+        if (IsLoss(*this, finding) || (!isLoaded && finding.kind->severity == Severity::Error)) {
+            doubts.push_back(Sentence(finding));
+        }
+    }
+    return doubts;
+}
+
+std::vector<std::string> Reading::Sentences() const {
+    std::vector<std::string> sentences = Doubts();
+    for (std::string& sentence : sentences) {
+        sentence.insert(0, path + ": ");
+    }
+    return sentences;
+}
+
+void Reading::RequireLoaded() const {
+    if (!isLoaded) {
+        throw Failure(fmt::format("{}: {}", path, fmt::join(Doubts(), "; ")));
+    }
+}
+
+void RequireWhole(const Reading& source, bool force) {
+    const std::vector<std::string> losses = source.Losses();
+    if (!losses.empty() && !force) {
+        throw Failure(fmt::format("{}: parts of the file are not read ({}); --force goes on without them", source.path,
+                                  fmt::join(losses, "; ")));
+    }
+}
+
+void Reading::RequireSettings() const {
+    if (!hasSettings) {
+        throw Failure(fmt::format("{}: {}", path, fmt::join(Doubts(), "; ")));
+    }
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "stmdcm/reading/Configuration.h"
+#include "stmdcm/reading/Findings.h"
+#include "stmdcm/reading/Settings.h"
+
+namespace stmdcm {
+
+class Container;
+
+enum class ConfigurationKind { Capture, Settings };
+
+/// "capture", "settings".
+const char* KindName(ConfigurationKind kind);
+
+/// The device identification of a capture that no host has made: one line, of no property (docs/settings-text.md).
+inline constexpr std::string_view kNoDeviceText = "written_by=stmdcm\n";
+
+/// By the name alone, as hosts take it: a capture is called `.tdf`, in any case.
+ConfigurationKind KindOfName(const std::string& path);
+
+/// By content and name: a capture begins with its identifier and is called `.tdf`, all else is settings text. Throws
+/// Failure where the two contradict each other, or the file can be neither.
+ConfigurationKind KindOf(const std::string& path);
+
+/// What a file holds, and what of it is not read: the answer of every command to both questions.
+struct Reading {
+    std::string path;
+    std::optional<ConfigurationKind> kind;  ///< nothing for a file that can't be read
+    Findings findings;
+
+    bool loads = false;           ///< the result that a host gets; for a settings file that is advice
+    bool isLoaded = false;        ///< any host holds what follows, after loading it
+    bool hasSettings = false;     ///< properties and use cases were read, perhaps of a capture that hosts can't load
+    bool hasObjectFiles = false;  ///< never of a settings file
+    bool hasDevice = false;       ///< a capture has a device identification, which is not empty
+    bool hasDeviceText = false;   ///< and a host has written it
+    std::vector<std::uint64_t> readSections;  ///< the offsets of those sections of a capture that are read
+    std::unique_ptr<Settings> settings = std::make_unique<Settings>();
+    Configuration configuration;  ///< the same and the object files, as plain values
+
+    /// Sentences, without the path: the findings that tell what of the configuration is not read.
+    std::vector<std::string> Losses() const;
+    /// Those, and why no host loads it.
+    std::vector<std::string> Doubts() const;
+    /// The doubts, each behind the path.
+    std::vector<std::string> Sentences() const;
+    /// Throws Failure with the doubts unless a host can load it.
+    void RequireLoaded() const;
+    /// Throws Failure with the doubts unless properties and use cases were read.
+    void RequireSettings() const;
+};
+
+/// Reads a capture or a settings file. Throws Failure, with the file's name, where KindOf does or the file can't be
+/// read.
+Reading Read(const std::string& path);
+
+/// The same for an open capture.
+Reading Read(const Container& capture);
+
+/// Throws Failure, with what is not read, for a file of which parts are not, unless `force`.
+void RequireWhole(const Reading& source, bool force);
+
+/// Reads any file, taken for what its first bytes and its name say, or as `forced`. A file that can't be read is a
+/// finding.
+Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forced = {});
+
+}  // namespace stmdcm

@@ -1,0 +1,92 @@
+#include "stmdcm/recover/HeaderRules.h"
+
+#include <algorithm>
+
+#include "stmdcm/capture/Retired.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/SectionLayout.h"
+#include "trace/format/StmSections.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+static_assert(kCommonSectionVersion == kWantedVersion && kDeviceSectionVersion == kWantedVersion &&
+              kStmSectionVersion == kWantedVersion);
+
+namespace {
+
+/// What is found without a chain that leads there has a shorter name than the format allows: long ones are met by
+/// chance in data.
+constexpr std::uint32_t kMaxFoundName = 255;
+
+}  // namespace
+
+bool IsWantedName(std::string_view name) { return name == kCommonSectionName || IsTextSection(name); }
+
+bool IsTextSection(std::string_view name) { return name == kDeviceSectionName || name == kStmSectionName; }
+
+bool IsPlausibleName(std::string_view name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
+std::optional<Section> HeaderRules::HeaderAt(std::uint64_t offset) const {
+    char bytes[SectionHeader::Size];
+    if (m_file.Held(offset, sizeof bytes) < sizeof bytes || m_file.ReadAt(offset, bytes, sizeof bytes) < sizeof bytes) {
+        return std::nullopt;
+    }
+    const SectionHeader header = DecodeSectionHeader(bytes);
+    if (header.nameLength > MaxNameLength) {
+        return std::nullopt;
+    }
+    return Section{offset, header.length, header.version, header.nameLength};
+}
+
+std::string HeaderRules::NameOf(const Section& section) const {
+    return m_file.Read(section.offset + SectionHeader::Size, section.nameLength);
+}
+
+bool HeaderRules::IsWhole(const Section& section) const {
+    return !section.IsTooShort() && section.End() <= m_file.Size();
+}
+
+bool HeaderRules::IsPlausible(const Section& section) const {
+    return !section.IsTooShort() && section.length <= MaxSectionLength && section.nameLength > 0 &&
+           IsPlausibleName(NameOf(section));
+}
+
+bool HeaderRules::IsWanted(const Section& section) const {
+    return LiveVersion(section.version) == kWantedVersion && IsWantedName(NameOf(section));
+}
+
+bool HeaderRules::MayEndAt(std::uint64_t offset, int lookAhead) const {
+    const std::uint64_t rest = m_file.Held(offset, m_file.Size());
+    if (rest < SectionHeader::Size) {
+        return true;
+    }
+    const auto next = HeaderAt(offset);
+    return next && (IsPlausible(*next) || IsWanted(*next) ||
+                    (lookAhead > 0 && IsWhole(*next) && MayEndAt(next->End(), lookAhead - 1)));
+}
+
+bool HeaderRules::IsFound(std::uint64_t offset) const {
+    const auto section = HeaderAt(offset);
+    if (!section || section->nameLength == 0) {
+        return false;
+    }
+    if (IsWanted(*section)) {
+        return true;
+    }
+    if (section->nameLength > kMaxFoundName || !IsWhole(*section) || !IsPlausible(*section)) {
+        return false;
+    }
+    const auto next = HeaderAt(section->End());
+    return section->End() == m_file.Size() || (next && IsPlausible(*next));
+}
+
+bool HeaderRules::EndsAt(std::uint64_t offset, std::uint64_t end) const {
+    const auto section = HeaderAt(offset);
+    return section && section->End() == end && IsPlausible(*section);
+}
+
+}  // namespace stmdcm

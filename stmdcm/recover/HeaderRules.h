@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "stmdcm/capture/CaptureFile.h"
+#include "stmdcm/capture/Container.h"
+
+namespace stmdcm {
+
+/// The sections that make up a configuration, each of version 1.
+inline constexpr std::uint32_t kWantedVersion = 1;
+bool IsWantedName(std::string_view name);
+/// Whether the section holds lines of text: one that was cut off within a line would be read wrongly.
+bool IsTextSection(std::string_view name);
+/// ASCII, no control characters and no blanks at all.
+bool IsPlausibleName(std::string_view name);
+
+/// Tells from the bytes of a damaged capture what may be a section's header.
+class HeaderRules {
+  public:
+    /// Borrows the file.
+    explicit HeaderRules(const CaptureFile& file) : m_file(file) {}
+
+    /// The header there, whatever it says, unless the file ends within it or its name is over the limit of a search.
+    std::optional<Section> HeaderAt(std::uint64_t offset) const;
+    /// As much of the name as the file holds.
+    std::string NameOf(const Section& section) const;
+
+    /// The length covers header and name, and the file holds all of it.
+    bool IsWhole(const Section& section) const;
+    /// It has a plausible name and a length that is within the limits; the file may end within it.
+    bool IsPlausible(const Section& section) const;
+    /// It has the name and version of a section that makes up a configuration, whatever its length says.
+    bool IsWanted(const Section& section) const;
+
+    /// Whether a section that ends there is followed by what may follow one.
+    bool MayEndAt(std::uint64_t offset) const { return MayEndAt(offset, kLookAhead); }
+    /// Whether something that no chain led to is a header: it is wanted, or leads on to another one or to the end.
+    bool IsFound(std::uint64_t offset) const;
+    /// Whether it, too, ends there: a section around it swallowed it, or holds it by intent.
+    bool EndsAt(std::uint64_t offset, std::uint64_t end) const;
+
+  private:
+    static constexpr int kLookAhead = 3;
+
+    bool MayEndAt(std::uint64_t offset, int lookAhead) const;
+
+    const CaptureFile& m_file;
+};
+
+}  // namespace stmdcm

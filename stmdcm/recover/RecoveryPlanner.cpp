@@ -1,0 +1,192 @@
+#include "stmdcm/recover/RecoveryPlanner.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "stmdcm/Failure.h"
+#include "stmdcm/reading/Words.h"
+#include "trace/format/SectionLayout.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+constexpr std::size_t kMaxPieces = 500'000;
+constexpr std::uint64_t kBlockSize = 64U << 10;
+
+}  // namespace
+
+RecoveryPlanner::RecoveryPlanner(const CaptureFile& file, OnProgress onProgress)
+    : m_file(file), m_onProgress(std::move(onProgress)), m_rules(file), m_search(file) {}
+
+RecoveryPlan RecoveryPlanner::Make() {
+    if (!m_file.HasIdentifier()) {
+        m_plan.remarks.Add({RemarkKind::Identifier,
+                            0,
+                            TDFIdentifier.size(),
+                            {},
+                            fmt::format("the file does not begin with \"{}\"; the result does", TDFIdentifier)});
+    }
+    m_isWhole = IsChainWhole();
+    for (std::uint64_t offset = FirstSectionOffset; offset < m_file.Size();) {
+        offset = Step(offset);
+        m_onProgress(offset);
+        CheckEffort();
+    }
+    return std::move(m_plan);
+}
+
+bool RecoveryPlanner::IsChainWhole() const {
+    std::uint64_t offset = FirstSectionOffset;
+    while (offset < m_file.Size()) {
+        const auto section = m_rules.HeaderAt(offset);
+        if (!section || !m_rules.IsWhole(*section)) {
+            return false;
+        }
+        offset = section->End();
+    }
+    return offset == m_file.Size();
+}
+
+/// Decides about the bytes at the offset; gives where those begin that are still undecided.
+std::uint64_t RecoveryPlanner::Step(std::uint64_t offset) {
+    const auto section = m_rules.HeaderAt(offset);
+    const bool fits = section && m_rules.IsWhole(*section);
+    if (fits && (m_isWhole || m_rules.MayEndAt(section->End()))) {
+        Keep(*section);
+        return section->End();
+    }
+    const std::uint64_t next = NextFound(offset);
+    const bool isNamed = section && IsPlausibleName(m_rules.NameOf(*section));
+    if (isNamed && fits && section->End() <= next && !TakesOrphan(*section, next)) {
+        Keep(*section);
+        return section->End();
+    }
+    if (isNamed && HasRoom(*section, next)) {
+        Repair(*section, next);
+    } else {
+        Drop(offset, next, "belong to no section that could be found");
+    }
+    return next;
+}
+
+std::uint64_t RecoveryPlanner::NextFound(std::uint64_t offset) {
+    if (m_found <= offset) {
+        m_found = m_search.Find(offset + 1, m_file.Size(), [this](std::uint64_t place) {
+            m_onProgress(place);
+            return m_rules.IsFound(place);
+        });
+    }
+    return m_found;
+}
+
+bool RecoveryPlanner::HasRoom(const Section& section, std::uint64_t end) const {
+    const std::uint64_t room = end - section.offset;
+    return room >= section.PayloadOffset() - section.offset && room <= MaxFileSize;
+}
+
+/// A host writes an empty section, then the payload, then the length. Killed before that, it leaves payload behind an
+/// empty section.
+bool RecoveryPlanner::TakesOrphan(const Section& section, std::uint64_t end) const {
+    if (section.PayloadLength() != 0 || section.End() == end) {
+        return false;
+    }
+    const auto next = m_rules.HeaderAt(section.End());
+    return !next || !HasRoom(*next, end) || !IsPlausibleName(m_rules.NameOf(*next));
+}
+
+void RecoveryPlanner::Keep(const Section& section) {
+    const std::string name = m_rules.NameOf(section);
+    if (!name.empty() && !IsPlausibleName(name)) {
+        m_plan.remarks.Add({RemarkKind::OddName, section.offset, section.length, InWords(Unit::None, name),
+                            "the section's name is not one that a writer would give; it was kept as it is"});
+    }
+    const bool isOverLimit = section.length > MaxSectionLength;
+    if (isOverLimit) {
+        m_plan.remarks.Add({RemarkKind::OverLimit, section.offset, section.length, InWords(Unit::None, name),
+                            fmt::format("the section is longer than {} bytes, so no reader finds it; it was put last, "
+                                        "in front of nothing",
+                                        MaxSectionLength)});
+    }
+    if (m_isWhole) {
+        LookInside(section);
+    }
+    auto& extents = isOverLimit ? m_plan.overLimit : m_plan.whole;
+    if (!extents.empty() && extents.back().offset + extents.back().length == section.offset) {
+        extents.back().length += section.length;
+    } else {
+        extents.push_back({section.offset, section.length});
+    }
+    ++m_plan.wholeCount;
+}
+
+/// A length that is too great can lead to the end of a later section, as if nothing was wrong.
+void RecoveryPlanner::LookInside(const Section& section) {
+    if (m_file.Read(section.PayloadOffset(), std::min<std::uint64_t>(section.PayloadLength(), TDFIdentifier.size())) ==
+        TDFIdentifier) {
+        return;  // a capture within the capture
+    }
+    const std::uint64_t end = section.End();
+    const std::uint64_t found = m_search.Find(section.PayloadOffset(), end, [&](std::uint64_t place) {
+        m_onProgress(place);
+        return m_rules.EndsAt(place, end);
+    });
+    if (found < end) {
+        m_plan.remarks.Add({RemarkKind::HiddenSection, found, end - found,
+                            InWords(Unit::None, m_rules.NameOf(*m_rules.HeaderAt(found))),
+                            fmt::format("the section at offset {} holds what looks like this whole section; either "
+                                        "its length is wrong, or this is data; it was kept as it is",
+                                        section.offset)});
+    }
+}
+
+void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {
+    const std::string name = m_rules.NameOf(section);
+    const bool isLast = end == m_file.Size();
+    const std::uint64_t kept = isLast && IsTextSection(name) ? EndOfWholeLines(section) : end;
+    if (isLast && section.End() > end) {
+        m_plan.remarks.Add({RemarkKind::CutShort, section.offset, end - section.offset, InWords(Unit::None, name),
+                            fmt::format("the file ends within the section: {} of {} payload bytes are there",
+                                        end - section.PayloadOffset(), section.PayloadLength())});
+    } else {
+        m_plan.remarks.Add(
+            {RemarkKind::LengthCorrected, section.offset, end - section.offset, InWords(Unit::None, name),
+             fmt::format("the section states the length {}, which can't be true; it was corrected to {}, up to {}",
+                         section.length, kept - section.offset, isLast ? "the end of the file" : "the next section")});
+    }
+    m_plan.repaired.push_back({section, static_cast<std::uint32_t>(kept - section.offset)});
+    if (kept < end) {
+        Drop(kept, end, fmt::format("are the part of a line at the end of section {}", name));
+    }
+}
+
+std::uint64_t RecoveryPlanner::EndOfWholeLines(const Section& section) const {
+    for (std::uint64_t end = m_file.Size(); end > section.PayloadOffset();) {
+        const std::uint64_t begin = std::max(section.PayloadOffset(), end - std::min(end, kBlockSize));
+        const std::size_t place = m_file.Read(begin, end - begin).rfind('\n');
+        if (place != std::string::npos) {
+            return begin + place + 1;
+        }
+        end = begin;
+    }
+    return section.PayloadOffset();
+}
+
+void RecoveryPlanner::Drop(std::uint64_t offset, std::uint64_t end, const std::string& why) {
+    m_plan.remarks.Add({RemarkKind::Dropped, offset, end - offset, {}, fmt::format("{} bytes {}", end - offset, why)});
+    m_plan.droppedBytes += end - offset;
+}
+
+void RecoveryPlanner::CheckEffort() const {
+    if (m_plan.whole.size() + m_plan.repaired.size() + m_plan.overLimit.size() > kMaxPieces) {
+        throw Failure(fmt::format("{}: the file is damaged in more than {} places, so nothing was written",
+                                  m_file.Path(), kMaxPieces));
+    }
+}
+
+}  // namespace stmdcm

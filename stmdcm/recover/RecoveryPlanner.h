@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "stmdcm/capture/CaptureFile.h"
+#include "stmdcm/recover/HeaderRules.h"
+#include "stmdcm/recover/HeaderSearch.h"
+#include "stmdcm/recover/RecoveryPlan.h"
+
+namespace stmdcm {
+
+/// Finds the sections of a damaged capture (docs/recover.md).
+///
+/// Where the chain of sections reaches the end of the file all of them are kept as they are. Elsewhere a section is
+/// taken at its word when what follows it looks like a section, too; otherwise the next header is searched for from the
+/// section's beginning on. The section is kept as it is when it states to end in front of that header, and with a
+/// corrected length when it states to end behind it; bytes that belong to no section are dropped.
+class RecoveryPlanner {
+  public:
+    using OnProgress = std::function<void(std::uint64_t offset)>;
+
+    /// Borrows the file.
+    RecoveryPlanner(const CaptureFile& file, OnProgress onProgress);
+
+    /// Throws Failure when the file can't be read, or is too badly damaged to keep account of it.
+    RecoveryPlan Make();
+
+  private:
+    bool IsChainWhole() const;
+    std::uint64_t Step(std::uint64_t offset);
+    std::uint64_t NextFound(std::uint64_t offset);
+    bool HasRoom(const Section& section, std::uint64_t end) const;
+    bool TakesOrphan(const Section& section, std::uint64_t end) const;
+
+    void Keep(const Section& section);
+    void Repair(const Section& section, std::uint64_t end);
+    void Drop(std::uint64_t offset, std::uint64_t end, const std::string& why);
+    void LookInside(const Section& section);
+    std::uint64_t EndOfWholeLines(const Section& section) const;
+    void CheckEffort() const;
+
+    const CaptureFile& m_file;
+    OnProgress m_onProgress;
+    HeaderRules m_rules;
+    HeaderSearch m_search;
+    RecoveryPlan m_plan;
+    bool m_isWhole = false;
+    std::uint64_t m_found = 0;  ///< the last result of the search: no header is between where it began and this
+};
+
+}  // namespace stmdcm

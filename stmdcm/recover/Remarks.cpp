@@ -1,0 +1,20 @@
+#include "stmdcm/recover/Remarks.h"
+
+#include <utility>
+
+namespace stmdcm {
+
+const char* RemarkId(RemarkKind kind) {
+    constexpr const char* kIds[] = {"identifier", "dropped",        "cut_short",    "length_corrected",
+                                    "odd_name",   "hidden_section", "over_limit",   "unreachable",
+                                    "missing",    "empty",          "not_loadable", "mismatch"};
+    return kIds[static_cast<std::size_t>(kind)];
+}
+
+void Remarks::Add(Remark remark) {
+    if (m_count++ < kMaxListed) {
+        m_listed.push_back(std::move(remark));
+    }
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "tool/cli/ExitStatus.h"
+#include "tool/output/Console.h"
+
+namespace stmdcm {
+
+/// The options that every command takes.
+struct GlobalOptions {
+    ColorMode color = ColorMode::Auto;
+    std::string plugin;  ///< empty: the one that belongs to this program
+    bool json = false;
+};
+
+/// What a running command works with.
+struct Context {
+    const GlobalOptions& options;
+    const Console& console;
+};
+
+/// One command of the tool. Lives from the declaration of its options to the end of its run.
+class Command {
+  public:
+    virtual ~Command() = default;
+
+    /// Adds the command's own arguments and options, bound to this object, and a footer that ends with an example.
+    /// The placeholder of a value (its type name, or else the name of a positional) tells people what it is and
+    /// completion what to offer, see tool/cli/ValueKind.h. In the footer lines that begin with two blanks stay as they
+    /// are, all others are wrapped anew.
+    virtual void Declare(CLI::App& app) = 0;
+
+    /// Does the work. A failure is told by the status or by an exception, which becomes a diagnostic.
+    virtual ExitStatus Run(const Context& context) = 0;
+};
+
+}  // namespace stmdcm

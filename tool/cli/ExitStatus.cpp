@@ -1,0 +1,32 @@
+#include "tool/cli/ExitStatus.h"
+
+#include "stmdcm/Failure.h"
+#include "stmdcm/change/ConfigurationChange.h"
+#include "stmdcm/images/ImageUpdate.h"
+#include "stmdcm/reading/Reading.h"
+
+namespace stmdcm {
+
+ExitStatus StatusOf(const Failure& failure) {
+    return failure.Cause() == Failure::Kind::Request ? ExitStatus::Usage : ExitStatus::Failed;
+}
+
+ExitStatus StatusOf(const Reading& reading) {
+    if (!reading.isLoaded) {
+        return ExitStatus::Failed;
+    }
+    return reading.Doubts().empty() ? ExitStatus::Done : ExitStatus::Doubtful;
+}
+
+ExitStatus StatusOf(const ChangeResult& result) {
+    return result.HasChanges() && !result.doubts.empty() ? ExitStatus::Doubtful : ExitStatus::Done;
+}
+
+ExitStatus StatusOf(const ImageList& list) {
+    if (list.unresolved == 0 && list.doubts.empty()) {
+        return ExitStatus::Done;
+    }
+    return list.isWritten || list.unresolved == 0 ? ExitStatus::Doubtful : ExitStatus::Failed;
+}
+
+}  // namespace stmdcm

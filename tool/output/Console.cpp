@@ -1,0 +1,27 @@
+#include "tool/output/Console.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+#include "stmdcm/Failure.h"
+
+namespace stmdcm {
+
+Console::Console(ColorMode mode)
+    : m_out(Palette::For(STDOUT_FILENO, mode)), m_error(Palette::For(STDERR_FILENO, mode)) {}
+
+void Console::Print(std::string_view text) const {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        throw Failure(fmt::format("standard output can't be written: {}", std::generic_category().message(errno)));
+    }
+}
+
+void Console::Diagnose(std::string_view sentence) const {
+    fmt::print(stderr, "{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), sentence);
+}
+
+}  // namespace stmdcm

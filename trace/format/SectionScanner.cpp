@@ -1,0 +1,118 @@
+#include "trace/format/SectionScanner.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace Zu::Wep::Trace {
+
+namespace {
+
+/// Read at once for each section: the header with all but the longest names.
+constexpr std::size_t BlockSize = 64;
+
+}  // namespace
+
+bool SectionScanner::Next(SectionInfo& info) {
+    if (m_ended || !ReadSectionAtOffset(info)) {
+        return false;
+    }
+    const std::uint64_t next = m_offset + info.length;
+    // The section itself may be the one that is searched for, so the walk ends behind it.
+    if (next == m_offset) {
+        End(ScanStop::NoProgress);
+    } else if (next > MaxFileSize) {
+        End(ScanStop::Wrap);
+    }
+    m_offset = next;
+    return true;
+}
+
+bool SectionScanner::Find(const char* name, std::uint32_t version, SectionInfo& info) {
+    const char* wanted = name != nullptr ? name : "";
+    while (Next(info)) {
+        if (info.reachable && info.version == version && std::strcmp(info.name.c_str(), wanted) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool SectionScanner::ReadSectionAtOffset(SectionInfo& info) {
+    std::array<char, BlockSize> block;
+    const auto count = m_source.ReadAt(m_offset, block.data(), block.size());
+    if (!count || *count < SectionHeader::Size) {
+        return End(!count ? ScanStop::ReadError : *count == 0 ? ScanStop::EndOfFile : ScanStop::TornHeader);
+    }
+    const SectionHeader header = DecodeSectionHeader(block.data());
+    if ((header.length > MaxSectionLength && !PassLimit(ScanStop::LengthOverLimit)) ||
+        (header.nameLength > MaxNameLength && !PassLimit(ScanStop::NameOverLimit))) {
+        return false;
+    }
+    info.name.resize(std::min(header.nameLength, MaxNameLength));
+    const std::size_t known = std::min(info.name.size(), *count - SectionHeader::Size);
+    info.name.replace(0, known, block.data() + SectionHeader::Size, known);
+    if (!ReadNameBehind(known, info.name)) {
+        return false;
+    }
+    info.offset = m_offset;
+    info.length = header.length;
+    info.version = header.version;
+    info.payloadOffset = m_offset + SectionHeader::Size + header.nameLength;
+    // Meant to wrap around for a length that is below the header.
+    info.payloadLength = header.length - static_cast<std::uint32_t>(SectionHeader::Size) - header.nameLength;
+    info.reachable = m_stop == ScanStop::None;
+    return true;
+}
+
+bool SectionScanner::ReadNameBehind(std::size_t known, std::string& name) {
+    if (known == name.size()) {
+        return true;
+    }
+    const std::size_t rest = name.size() - known;
+    const auto count = m_source.ReadAt(m_offset + SectionHeader::Size + known, name.data() + known, rest);
+    return (count && *count == rest) || End(count ? ScanStop::TornHeader : ScanStop::ReadError);
+}
+
+void SectionScanner::NoteStop(ScanStop stop) {
+    if (m_stop == ScanStop::None) {
+        m_stop = stop;
+        m_stopOffset = m_offset;
+    }
+}
+
+bool SectionScanner::PassLimit(ScanStop stop) {
+    NoteStop(stop);
+    m_ended = m_reach == Reach::AsSearch;
+    return !m_ended;
+}
+
+bool SectionScanner::End(ScanStop stop) {
+    NoteStop(stop);
+    m_ended = true;
+    return false;
+}
+
+const char* ScanStopText(ScanStop stop) {
+    switch (stop) {
+        case ScanStop::None:
+            return "not ended";
+        case ScanStop::EndOfFile:
+            return "end of file";
+        case ScanStop::TornHeader:
+            return "header or name cut off by the end of the file";
+        case ScanStop::LengthOverLimit:
+            return "section length over 128 MiB";
+        case ScanStop::NameOverLimit:
+            return "name length over 4095";
+        case ScanStop::NoProgress:
+            return "section length 0";
+        case ScanStop::Wrap:
+            return "section end past 4 GiB";
+        case ScanStop::ReadError:
+            return "read error";
+    }
+    return "";
+}
+
+}  // namespace Zu::Wep::Trace
