@@ -36,10 +36,18 @@ uDll::uDll(const char* path, int mode) : m_path(path == nullptr ? "" : path), m_
 uDll::~uDll() { Unload(); }
 
 bool uDll::Load(const char* path, int mode) {
-    if (IsLoaded()) return true;
-    if (path != nullptr) m_path = path;
-    if (mode != defaultMode) m_mode = mode;
-    if (m_path.empty()) return false;
+    if (IsLoaded()) {
+        return true;
+    }
+    if (path != nullptr) {
+        m_path = path;
+    }
+    if (mode != defaultMode) {
+        m_mode = mode;
+    }
+    if (m_path.empty()) {
+        return false;
+    }
     return Open();
 }
 
@@ -47,7 +55,9 @@ bool uDll::Open() {
     m_mode = ModeOf(m_mode);
     m_error.clear();
     m_handle = dlopen(m_path.c_str(), m_mode);
-    if (m_handle != nullptr) return true;
+    if (m_handle != nullptr) {
+        return true;
+    }
     TakeError();
     Log(LogInformation, "uDll: %s", m_error.c_str());
     return false;
@@ -55,13 +65,19 @@ bool uDll::Open() {
 
 void uDll::TakeError() {
     const char* text = dlerror();
-    if (text != nullptr) m_error = text;
+    if (text != nullptr) {
+        m_error = text;
+    }
 }
 
 bool uDll::FindAndLoad(const char* name, int mode) {
     LogEntry();
-    if (name == nullptr) return false;
-    if (IsLoaded()) return true;
+    if (name == nullptr) {
+        return false;
+    }
+    if (IsLoaded()) {
+        return true;
+    }
     std::string workingDirectory;
     uEnvironment::GetWorkingDirectory(workingDirectory);
     std::string platformName;
@@ -74,34 +90,46 @@ bool uDll::FindAndLoad(const char* name, int mode) {
 }
 
 bool uDll::Unload() {
-    if (!IsLoaded()) return false;
+    if (!IsLoaded()) {
+        return false;
+    }
     m_error.clear();
-    if (dlclose(m_handle) != 0) TakeError();
+    if (dlclose(m_handle) != 0) {
+        TakeError();
+    }
     m_handle = nullptr;
     return m_error.empty();
 }
 
 void* uDll::GetSymbolAddress(const char* symbol) {
-    if (!IsLoaded()) return nullptr;
+    if (!IsLoaded()) {
+        return nullptr;
+    }
     m_error.clear();
     void* address = dlsym(m_handle, symbol);
-    if (address == nullptr) TakeError();
+    if (address == nullptr) {
+        TakeError();
+    }
     return address;
 }
 
 const char* uDll::GetModulePath(std::string& path) {
     Dl_info module{};
-    if (IsLoaded() && dladdr(&_anyAddressInThisModuleWillDo, &module) != 0) path += module.dli_fname;
+    if (IsLoaded() && dladdr(&_anyAddressInThisModuleWillDo, &module) != 0) {
+        path += module.dli_fname;
+    }
     return path.c_str();
 }
 
 bool uDll::hasExtension(const char* name) {
-    // Anywhere in the name, not only at its end: meant.
+    // Anywhere in the name: "libx.so.1" has it, too (uDll.h).
     return name != nullptr && std::strstr(name, extension) != nullptr && std::strcmp(name, extension) != 0;
 }
 
 const char* uDll::GetPlatformName(std::string& out, const char* name) {
-    if (name == nullptr) return out.c_str();
+    if (name == nullptr) {
+        return out.c_str();
+    }
     if (hasExtension(name)) {
         out += name;
     } else {
@@ -111,12 +139,16 @@ const char* uDll::GetPlatformName(std::string& out, const char* name) {
 }
 
 const char* uDll::GetUniversalName(std::string& out, const char* name) {
-    if (name == nullptr) return out.c_str();
+    if (name == nullptr) {
+        return out.c_str();
+    }
     std::string plain = name;
     if (hasExtension(name)) {
-        // Dropped without a look at what they are, a version behind the extension included: meant.
+        // Dropped without a look at what they are: "libvorn.so.1" gives "vorn.s" (uDll.h).
         plain.erase(0, affixLength);
-        if (plain.size() >= affixLength) plain.resize(plain.size() - affixLength);
+        if (plain.size() >= affixLength) {
+            plain.resize(plain.size() - affixLength);
+        }
     }
     out += plain;
     return out.c_str();

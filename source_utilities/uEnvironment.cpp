@@ -17,10 +17,14 @@ constexpr const char* nullNameText = "failed set an environment variable name to
 
 const char* MakeTraceDirectory(std::string& dir, const char* subdirectory) {
     const char* home = uEnvironment::GetVar("HOME");
-    if (*home == '\0') throw source_utilities_error("failed to read environment variable \"HOME\"");
+    if (*home == '\0') {
+        throw source_utilities_error("failed to read environment variable \"HOME\"");
+    }
     dir = home;
     uEnvironment::JoinPaths(dir, ".ZU-trace");
-    if (subdirectory != nullptr) uEnvironment::JoinPaths(dir, subdirectory);
+    if (subdirectory != nullptr) {
+        uEnvironment::JoinPaths(dir, subdirectory);
+    }
     uEnvironment::MakeDirectory(dir.c_str());
     return dir.c_str();
 }
@@ -28,14 +32,20 @@ const char* MakeTraceDirectory(std::string& dir, const char* subdirectory) {
 }  // namespace
 
 const char* uEnvironment::GetVar(const char* name) {
-    if (name == nullptr) throw source_utilities_error(nullNameText);  // "set" is meant here too.
+    if (name == nullptr) {
+        throw source_utilities_error(nullNameText);  // Hosts know this text from both.
+    }
     const char* value = std::getenv(name);
     return value == nullptr ? "" : value;
 }
 
 int uEnvironment::SetVar(const char* name, const char* value) {
-    if (name == nullptr) throw source_utilities_error(nullNameText);
-    if (value == nullptr) throw source_utilities_error("failed set an environment variable value to null");
+    if (name == nullptr) {
+        throw source_utilities_error(nullNameText);
+    }
+    if (value == nullptr) {
+        throw source_utilities_error("failed set an environment variable value to null");
+    }
     return setenv(name, value, 1);
 }
 
@@ -51,7 +61,9 @@ const char* uEnvironment::GetWorkingDirectory(std::string& dir) {
 int uEnvironment::SetWorkingDirectory(const char* path) { return path == nullptr ? -1 : chdir(path); }
 
 int uEnvironment::MakeDirectory(const char* path) {
-    if (path == nullptr) return -1;
+    if (path == nullptr) {
+        return -1;
+    }
     std::string rest = path;
     std::string prefix;
     std::string piece;
@@ -65,7 +77,9 @@ int uEnvironment::MakeDirectory(const char* path) {
 
 void uEnvironment::NormalizeDirSep(std::string& path) {
     uString::Replace(path, "\\", "/");
-    while (path.find("//") != std::string::npos) uString::Replace(path, "//", "/");
+    while (path.find("//") != std::string::npos) {
+        uString::Replace(path, "//", "/");
+    }
 }
 
 void uEnvironment::GetParentDir(std::string& parent, const char* path) {
@@ -75,7 +89,9 @@ void uEnvironment::GetParentDir(std::string& parent, const char* path) {
 }
 
 void uEnvironment::JoinPaths(std::string& path, const char* tail) {
-    if (!path.empty() && path.back() != '/') path += '/';
+    if (!path.empty() && path.back() != '/') {
+        path += '/';
+    }
     path += tail;
     NormalizeDirSep(path);
 }
@@ -99,7 +115,9 @@ uEnvironment::ScopedDirectoryChanger::ScopedDirectoryChanger(const char* path) {
 uEnvironment::ScopedDirectoryChanger::~ScopedDirectoryChanger() { Restore(); }
 
 void uEnvironment::ScopedDirectoryChanger::Change(const char* path) {
-    if (path == nullptr) return;
+    if (path == nullptr) {
+        return;
+    }
     if (!m_savedDirectory.empty()) {
         throw source_utilities_error("can't temporarily change the working directory again until its restored");
     }
@@ -111,7 +129,9 @@ void uEnvironment::ScopedDirectoryChanger::Change(const char* path) {
 }
 
 void uEnvironment::ScopedDirectoryChanger::Restore() {
-    if (m_savedDirectory.empty()) return;
+    if (m_savedDirectory.empty()) {
+        return;
+    }
     SetWorkingDirectory(m_savedDirectory.c_str());
     m_savedDirectory.clear();
 }

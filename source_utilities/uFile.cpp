@@ -25,13 +25,17 @@ std::FILE* OpenCloseOnExec(const char* path, const char* mode) {
 uFile::uFile(const char* path, const char* mode) : m_path(path == nullptr ? "" : path), m_openMode(mode) {}
 
 uFile::~uFile() {
-    if (m_stream != nullptr) std::fclose(m_stream);
+    if (m_stream != nullptr) {
+        std::fclose(m_stream);
+    }
 }
 
 template <typename Operation>
 auto uFile::WithStream(Operation operation) -> decltype(operation(nullptr)) {
     const uMutex::Guard guard(m_lock);
-    if (m_stream == nullptr) return {};
+    if (m_stream == nullptr) {
+        return {};
+    }
     return operation(m_stream);
 }
 
@@ -51,21 +55,25 @@ bool uFile::Open(const char* path, const char* mode) {
 
 bool uFile::Open() {
     const uMutex::Guard guard(m_lock);
-    if (m_path.empty() || m_openMode == nullptr || *m_openMode == '\0') return false;
+    if (m_path.empty() || m_openMode == nullptr || *m_openMode == '\0') {
+        return false;
+    }
     return OpenStream(m_openMode);
 }
 
 bool uFile::Close() {
     return WithStream([this](std::FILE* stream) {
         m_stream = nullptr;
-        m_open = std::fclose(stream) != 0;  // Open after a failed close: meant.
+        m_open = std::fclose(stream) != 0;  // IsOpen tells a failed close (uFile.h)
         return true;
     });
 }
 
 bool uFile::Erase() {
     return WithStream([this](std::FILE*) {
-        if (m_path.empty()) return false;
+        if (m_path.empty()) {
+            return false;
+        }
         const bool wasOpen = m_open;
         const bool erased = OpenStream("w");
         Close();
@@ -124,7 +132,9 @@ bool uFile::SetPosition(const std::fpos_t* position) {
 std::size_t uFile::GetSize() {
     return WithStream([](std::FILE* stream) -> std::size_t {
         const off_t here = ftello(stream);
-        if (here < 0 || fseeko(stream, 0, SEEK_END) != 0) return 0;
+        if (here < 0 || fseeko(stream, 0, SEEK_END) != 0) {
+            return 0;
+        }
         const off_t end = ftello(stream);
         const bool restored = fseeko(stream, here, SEEK_SET) == 0;
         return restored && end >= here ? static_cast<std::size_t>(end - here) : 0;

@@ -43,29 +43,43 @@ void LogTraceDirectories(uLogger& logger) {
 }  // namespace
 
 uLogSystem::~uLogSystem() {
-    if (--m_initCount >= 1) return;
+    if (--m_initCount >= 1) {
+        return;
+    }
     delete m_logger;
     m_logger = nullptr;
     m_initCount = 0;
 }
 
 uLogSystem* uLogSystem::GetLogSystem() {
-    if (m_pSystem == nullptr) m_pSystem = new uLogSystem;
+    if (m_pSystem == nullptr) {
+        m_pSystem = new uLogSystem;
+    }
     return m_pSystem;
 }
 
 bool uLogSystem::InitLog(const char* fileName, const char* levelVar, const char* dirVar, bool multiple) {
-    if (fileName == nullptr || levelVar == nullptr) return false;
+    if (fileName == nullptr || levelVar == nullptr) {
+        return false;
+    }
     m_multiple = multiple;
-    if (multiple) m_logger = LookupLogger(fileName);
-    if (m_logger != nullptr) return true;
+    if (multiple) {
+        m_logger = LookupLogger(fileName);
+    }
+    if (m_logger != nullptr) {
+        return true;
+    }
 
     std::string path = dirVar == nullptr ? "" : uEnvironment::GetVar(dirVar);
-    if (!path.empty()) path += '/';
+    if (!path.empty()) {
+        path += '/';
+    }
     path += fileName;
     m_level = LevelFrom(levelVar);
     auto logger = std::make_unique<uLogger>(path.c_str(), true);
-    if (multiple) m_loggers.emplace(fileName, logger.get());
+    if (multiple) {
+        m_loggers.emplace(fileName, logger.get());
+    }
     m_logger = logger.release();
     ++m_initCount;
     SetLoggingLevel(m_level);
@@ -74,9 +88,13 @@ bool uLogSystem::InitLog(const char* fileName, const char* levelVar, const char*
 }
 
 bool uLogSystem::InitLogEx(const char* fileName, int level, const char* directory) {
-    if (fileName == nullptr) return false;
-    if (m_logger != nullptr) return true;
-    // An empty directory gives "/" and the name: meant.
+    if (fileName == nullptr) {
+        return false;
+    }
+    if (m_logger != nullptr) {
+        return true;
+    }
+    // An empty directory gives "/" and the name (uLogSystem.h).
     const std::string path = directory == nullptr ? fileName : std::string(directory) + "/" + fileName;
     m_level = level;
     m_logger = new uLogger(path.c_str(), true);
@@ -85,19 +103,29 @@ bool uLogSystem::InitLogEx(const char* fileName, int level, const char* director
 }
 
 void uLogSystem::SetLoggingLevel(int level) {
-    if (m_logger == nullptr) return;
+    if (m_logger == nullptr) {
+        return;
+    }
     const auto* row = std::find_if(std::begin(levelTable), std::end(levelTable),
                                    [level](const LevelRow& candidate) { return candidate.level == level; });
     const bool isKnown = row != std::end(levelTable);
     m_logger->EnableOutput(isKnown);
-    if (!isKnown) return;  // The stored level stays: meant.
-    if (row->echo) m_logger->EnableLogToStdio(true);
-    if (row->debugger) m_logger->EnableLogDbgOutWindow(true);
+    if (!isKnown) {
+        return;  // The stored level stays (docs/log.md).
+    }
+    if (row->echo) {
+        m_logger->EnableLogToStdio(true);
+    }
+    if (row->debugger) {
+        m_logger->EnableLogDbgOutWindow(true);
+    }
     m_level = row->stored;
 }
 
 uLogger* uLogSystem::LookupLogger(const char* name) const {
-    if (name == nullptr) return nullptr;
+    if (name == nullptr) {
+        return nullptr;
+    }
     const auto found = m_loggers.find(name);
     return found == m_loggers.end() ? nullptr : found->second;
 }

@@ -60,7 +60,9 @@ void uLogger::Log(unsigned level, TIME_DATE when, const char* format, ...) {
 }
 
 void uLogger::LogList(unsigned level, TIME_DATE when, const char* format, std::va_list args) {
-    if (!m_outputEnabled || level == 0 || m_levelMask == 0) return;
+    if (!m_outputEnabled || level == 0 || m_levelMask == 0) {
+        return;
+    }
     const uMutex::Guard guard(m_lock);
     std::size_t used = PutLevel(m_lineBuffer.get(), level);
     used = AppendStamp(used, when);
@@ -81,12 +83,16 @@ void uLogger::LogTimeStamp() { Log(LogInformation, DATE_TIME_STAMP, "\n"); }
 std::size_t uLogger::AppendStamp(std::size_t used, TIME_DATE when) {
     char* rest = m_lineBuffer.get() + used;
     uTime::GetLocal();
-    if (uTime().FormatTime(rest, static_cast<int>(m_bufferSize - used), StampFormat(when)) == nullptr) return used;
+    if (uTime().FormatTime(rest, static_cast<int>(m_bufferSize - used), StampFormat(when)) == nullptr) {
+        return used;
+    }
     return used + std::strlen(rest);
 }
 
 std::size_t uLogger::AppendMessage(std::size_t used, const char* format, std::va_list args) {
-    if (format == nullptr) return used;
+    if (format == nullptr) {
+        return used;
+    }
     char* rest = m_lineBuffer.get() + used;
     *rest = '\0';
     std::vsnprintf(rest, m_bufferSize - used - 1, format, args);  // Leaves room for the line feed.
@@ -99,35 +105,47 @@ void uLogger::EndLine(std::size_t used) {
     if (last == '\n' || last == '\r') {
         --used;
         const char before = last == '\n' ? '\r' : '\n';
-        if (line[used - 1] == before) --used;
+        if (line[used - 1] == before) {
+            --used;
+        }
     }
     line[used] = '\n';
     line[used + 1] = '\0';
 }
 
 void uLogger::WriteLine() {
-    if (!m_fileOpen) OpenFile();
+    if (!m_fileOpen) {
+        OpenFile();
+    }
     const WriteSignalBlock block;
     m_file.WriteString(m_lineBuffer.get());
     m_file.Flush();
-    if (!m_logToStdio) return;
+    if (!m_logToStdio) {
+        return;
+    }
     std::fputs(m_lineBuffer.get(), stdout);
     std::fflush(stdout);
 }
 
 void uLogger::LogModuleInfo() {
     Dl_info module{};
-    if (dladdr(reinterpret_cast<const void*>(&uLogger::LogModuleInfo), &module) == 0) return;
+    if (dladdr(reinterpret_cast<const void*>(&uLogger::LogModuleInfo), &module) == 0) {
+        return;
+    }
     const char* separator = std::strrchr(module.dli_fname, '/');
-    const char* name = separator == nullptr ? "" : separator + 1;  // Without a "/" there is no name: meant.
-    if (uLogger* logger = LoggerAbove(0)) logger->Log("MODULE INFO - %s", name);
+    const char* name = separator == nullptr ? "" : separator + 1;  // docs/log.md: no name without a "/"
+    if (uLogger* logger = LoggerAbove(0)) {
+        logger->Log("MODULE INFO - %s", name);
+    }
 }
 
 bool uLogger::EnableOutput(bool enable) {
     const uMutex::Guard guard(m_lock);
     const bool before = m_outputEnabled;
     m_outputEnabled = enable;
-    if (!enable) CloseFile();
+    if (!enable) {
+        CloseFile();
+    }
     return before;
 }
 
@@ -138,10 +156,14 @@ void uLogger::EnableLogDbgOutWindow(bool enable) { m_logDbgOutWindow = enable; }
 void uLogger::SetFileName(const char* name, bool append) {
     const uMutex::Guard guard(m_lock);
     const bool reopen = m_fileOpen;
-    if (reopen) CloseFile();
+    if (reopen) {
+        CloseFile();
+    }
     m_fileName = name == nullptr ? "" : name;
     m_append = append;
-    if (reopen) OpenFile();
+    if (reopen) {
+        OpenFile();
+    }
 }
 
 void uLogger::Clear() {

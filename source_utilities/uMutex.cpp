@@ -7,7 +7,9 @@ uMutex::~uMutex() { pthread_mutex_destroy(&m_mutex); }
 bool uMutex::Lock() {
     // Read without the system mutex: only the thread that holds it can find itself here.
     if (m_owner != pthread_self()) {
-        if (pthread_mutex_lock(&m_mutex) != 0) return false;
+        if (pthread_mutex_lock(&m_mutex) != 0) {
+            return false;
+        }
         m_owner = pthread_self();
     }
     ++m_lockCount;
@@ -15,8 +17,12 @@ bool uMutex::Lock() {
 }
 
 bool uMutex::Unlock() {
-    if (m_owner != pthread_self()) return false;
-    if (m_lockCount < 1) return true;
+    if (m_owner != pthread_self()) {
+        return false;
+    }
+    if (m_lockCount < 1) {
+        return true;
+    }
     if (--m_lockCount == 0) {
         m_owner = 0;
         pthread_mutex_unlock(&m_mutex);

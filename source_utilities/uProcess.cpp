@@ -20,7 +20,9 @@ std::optional<unsigned long> PidOf(const std::string& name) {
     unsigned long pid = 0;
     const char* end = name.data() + name.size();
     const auto [stop, failure] = std::from_chars(name.data(), end, pid);
-    if (failure != std::errc() || stop != end) return std::nullopt;
+    if (failure != std::errc() || stop != end) {
+        return std::nullopt;
+    }
     return pid;
 }
 
@@ -31,7 +33,9 @@ unsigned long FindProcess(Wanted wanted) {
     std::filesystem::directory_iterator entry("/proc/", failure);
     while (!failure && entry != std::filesystem::directory_iterator()) {
         const std::optional<unsigned long> pid = PidOf(entry->path().filename());
-        if (pid && wanted(*pid, entry->path())) return *pid;
+        if (pid && wanted(*pid, entry->path())) {
+            return *pid;
+        }
         entry.increment(failure);
     }
     return 0;
@@ -42,18 +46,28 @@ unsigned long FindProcess(Wanted wanted) {
 unsigned long uProcess::GetPid() { return static_cast<unsigned long>(getpid()); }
 
 unsigned long uProcess::InvokeProcess(const char* program, const char* argument, bool /*wait*/) {
-    if (program == nullptr) return 0;
+    if (program == nullptr) {
+        return 0;
+    }
     const pid_t child = fork();
-    if (child < 0) return 0;
-    if (child > 0) return static_cast<unsigned long>(child);
+    if (child < 0) {
+        return 0;
+    }
+    if (child > 0) {
+        return static_cast<unsigned long>(child);
+    }
     execlp(program, program, argument, static_cast<char*>(nullptr));
-    return 0;  // In the child, which is not ended here: meant.
+    return 0;  // In the child, which is the caller's to end (uProcess.h).
 }
 
 bool uProcess::TerminateProcess(unsigned long pid) {
-    if (pid == 0 || pid > static_cast<unsigned long>(std::numeric_limits<pid_t>::max())) return false;
+    if (pid == 0 || pid > static_cast<unsigned long>(std::numeric_limits<pid_t>::max())) {
+        return false;
+    }
     const pid_t child = static_cast<pid_t>(pid);
-    if (kill(child, SIGTERM) != 0) return false;
+    if (kill(child, SIGTERM) != 0) {
+        return false;
+    }
     pid_t ended = 0;
     do {
         ended = waitpid(child, nullptr, 0);
@@ -66,7 +80,9 @@ unsigned long uProcess::LookupProcess(unsigned long pid) {
 }
 
 unsigned long uProcess::LookupProcess(const char* name, unsigned long /*unused*/) {
-    if (name == nullptr) return 0;
+    if (name == nullptr) {
+        return 0;
+    }
     return FindProcess([name](unsigned long, const std::filesystem::path& directory) {
         std::error_code failure;
         const std::string executable = std::filesystem::read_symlink(directory / "exe", failure);

@@ -17,24 +17,34 @@ namespace ZU_WEP {
 namespace {
 
 void RequireText(const char* text, const char* target) {
-    if (text == nullptr) throw uString::error(std::string("unable to convert null string to ") + target);
-    if (*text == '\0') throw uString::error(std::string("unable to convert empty string to ") + target);
+    if (text == nullptr) {
+        throw uString::error(std::string("unable to convert null string to ") + target);
+    }
+    if (*text == '\0') {
+        throw uString::error(std::string("unable to convert empty string to ") + target);
+    }
 }
 
 /// Takes the radix prefix off `text` and sets the stream's base by it.
 std::string_view TakeRadix(std::string_view text, std::ios_base& stream) {
-    if (text.size() < 2 || text.front() != '0') return text;
+    if (text.size() < 2 || text.front() != '0') {
+        return text;
+    }
     if (text[1] != 'x' && text[1] != 'X') {
         stream.setf(std::ios_base::oct, std::ios_base::basefield);
         return text.substr(1);
     }
-    if (text.size() == 2) return "0";
+    if (text.size() == 2) {
+        return "0";
+    }
     stream.setf(std::ios_base::hex, std::ios_base::basefield);
     return text.substr(2);
 }
 
 void Put(std::string& out, bool append, const char* text) {
-    if (!append) out.clear();
+    if (!append) {
+        out.clear();
+    }
     out += text;
 }
 
@@ -72,7 +82,7 @@ constexpr Prefix prefixes[] = {
     {uEngineeringUnits::yocto, "yocto", "y"},
 };
 
-/// The last row is meant to catch all the rest: zero, negative values and NaN too.
+/// The last row catches all the rest: zero, negative values and NaN too.
 const Prefix& PrefixOf(double value) {
     return *std::find_if(std::begin(prefixes), std::prev(std::end(prefixes)),
                          [value](const Prefix& prefix) { return value >= prefix.factor; });
@@ -88,7 +98,7 @@ T uString::ToNumeric(const char* text) {
     stream << TakeRadix(text, stream);
     // An 8-bit type would be read as one character instead of as digits.
     std::conditional_t<sizeof(T) == 1, int, T> value = 0;
-    stream >> value;  // The state is left unexamined: leniency is meant.
+    stream >> value;  // The state is left unexamined: readers of settings take 0 for text that is no number.
     return static_cast<T>(value);
 }
 
@@ -105,8 +115,12 @@ double uString::ToDouble(const char* text) { return ToNumeric<double>(text); }
 bool uString::ToBool(const char* text) {
     RequireText(text, "boolean");
     const auto isOneOf = [text](auto... words) { return (... || (std::strcmp(text, words) == 0)); };
-    if (isOneOf("true", "TRUE", "True")) return true;
-    if (isOneOf("false", "FALSE", "False")) return false;
+    if (isOneOf("true", "TRUE", "True")) {
+        return true;
+    }
+    if (isOneOf("false", "FALSE", "False")) {
+        return false;
+    }
     throw error("unable to convert \"" + std::string(text) + "\" to boolean");
 }
 
@@ -118,8 +132,10 @@ const char* uString::FromBool(bool value, std::string& out, bool append) {
 const char* uString::FromBool(std::string& out, bool value) { return FromBool(value, out, true); }
 
 const char* uString::FromLong(long value, std::string& out, bool append, const char* format) {
-    // Without a format the low 32 bits alone are printed: meant.
-    if (format == nullptr) return Format(out, append, "%d", static_cast<int>(value));
+    // Without a format the low 32 bits alone are printed (uString.h).
+    if (format == nullptr) {
+        return Format(out, append, "%d", static_cast<int>(value));
+    }
     return Format(out, append, format, value);
 }
 
@@ -148,14 +164,20 @@ const char* uString::FromDoubleInEngrUnits(std::string& out, double value, const
 }
 
 int uString::Split(const char* text, std::string& left, std::string& right, const char* delimiter) {
-    if (text == nullptr) throw error("unable to split null string");
-    if (delimiter == nullptr) throw error("unable to split with null delimeter");  // The spelling is meant.
+    if (text == nullptr) {
+        throw error("unable to split null string");
+    }
+    if (delimiter == nullptr) {
+        throw error("unable to split with null delimeter");  // Hosts know the text with this spelling.
+    }
     const std::string whole = text;
     const std::size_t length = std::strlen(delimiter);
     const std::size_t at = whole.find(delimiter);
     left = whole.substr(0, at);
     right = at == std::string::npos ? std::string() : whole.substr(at + length);
-    if (at != std::string::npos) return 2;
+    if (at != std::string::npos) {
+        return 2;
+    }
     return whole.empty() ? 0 : 1;
 }
 
@@ -163,23 +185,33 @@ unsigned uString::Split(std::vector<std::string>& pieces, const char* text, cons
     std::string rest(text);
     std::string piece;
     if (delimiter != nullptr && *delimiter == '\0') {
-        if (!rest.empty()) pieces.push_back(rest);
+        if (!rest.empty()) {
+            pieces.push_back(rest);
+        }
         return static_cast<unsigned>(pieces.size());
     }
-    while (Split(rest.c_str(), piece, rest, delimiter) != 0) pieces.push_back(piece);
+    while (Split(rest.c_str(), piece, rest, delimiter) != 0) {
+        pieces.push_back(piece);
+    }
     return static_cast<unsigned>(pieces.size());
 }
 
 const char* uString::Replace(std::string& s, const char* from, const char* to) {
-    if (from == nullptr) throw error("unable to perform string replacement from null original text");
-    if (to == nullptr) throw error("unable to perform string replacement with null replacement text");
+    if (from == nullptr) {
+        throw error("unable to perform string replacement from null original text");
+    }
+    if (to == nullptr) {
+        throw error("unable to perform string replacement with null replacement text");
+    }
     const std::string searched = from;
     const std::string replacement = to;
-    if (searched.empty()) return s.c_str();
+    if (searched.empty()) {
+        return s.c_str();
+    }
     std::size_t at = s.find(searched);
     while (at != std::string::npos) {
         s.replace(at, searched.size(), replacement);
-        // By the length of the searched text, not of the replacement: meant.
+        // By the length of the searched text, so a replacement is searched again (uString.h).
         at = s.find(searched, at + searched.size());
     }
     return s.c_str();

@@ -48,14 +48,15 @@ void uTime::GetLocal() {
         m_wday = local.tm_wday;
         m_yday = local.tm_yday;
     }
-    m_milli = static_cast<int>(now.tv_sec % 10000000 / 10000);  // From the seconds, not the microseconds: meant.
+    m_milli = static_cast<int>(now.tv_sec % 10000000 / 10000);  // Of the seconds: docs/log.md, "A line".
     m_status = 0;
 }
 
 void uTime::ConvertTime(std::tm& out) {
     out = {};
     out.tm_year = m_year - 1900;
-    out.tm_mon = m_month - 1;  // Although the month counts from 0 already: "%m" is meant to print one less.
+    out.tm_mon =
+        m_month - 1;  // Although it counts from 0 already: readers of logs know "%m" as one less (docs/log.md).
     out.tm_mday = m_day;
     out.tm_hour = m_hour;
     out.tm_min = m_minute;
@@ -66,7 +67,9 @@ void uTime::ConvertTime(std::tm& out) {
 }
 
 char* uTime::FormatTime(char* buffer, int size, const char* format) const {
-    if (buffer == nullptr || size <= 0 || format == nullptr || m_status == statusUnusable) return nullptr;
+    if (buffer == nullptr || size <= 0 || format == nullptr || m_status == statusUnusable) {
+        return nullptr;
+    }
     if (m_status == statusInvalid) {
         CopyCut(buffer, size, "Invalid time");
         return buffer;
@@ -81,12 +84,16 @@ char* uTime::FormatTime(char* buffer, int size, const char* format) const {
     const std::string tokens = buffer;
     std::tm fields{};
     ConvertTime(fields);
-    if (std::strftime(buffer, static_cast<std::size_t>(size), tokens.c_str(), &fields) == 0) *buffer = '\0';
+    if (std::strftime(buffer, static_cast<std::size_t>(size), tokens.c_str(), &fields) == 0) {
+        *buffer = '\0';
+    }
     return buffer;
 }
 
 int uTime::ReplaceString(char* text, int size, const char* from, const char* to) {
-    if (*from == '\0') return 0;
+    if (*from == '\0') {
+        return 0;
+    }
     const int fromLength = static_cast<int>(std::strlen(from));
     std::string replaced;
     int count = 0;
@@ -95,15 +102,21 @@ int uTime::ReplaceString(char* text, int size, const char* from, const char* to)
         replaced.append(text + done, text + at).append(to);
         ++count;
     }
-    if (count == 0) return 0;
+    if (count == 0) {
+        return 0;
+    }
     replaced += text + done;
-    if (replaced.size() > std::strlen(text) && replaced.size() >= static_cast<std::size_t>(size)) return 0;
+    if (replaced.size() > std::strlen(text) && replaced.size() >= static_cast<std::size_t>(size)) {
+        return 0;
+    }
     std::memcpy(text, replaced.c_str(), replaced.size() + 1);
     return count;
 }
 
 int uTime::FindSubString(const char* text, const char* sub, int start) {
-    if (start < 0 || static_cast<std::size_t>(start) > std::strlen(text)) return -1;
+    if (start < 0 || static_cast<std::size_t>(start) > std::strlen(text)) {
+        return -1;
+    }
     const char* found = std::strstr(text + start, sub);
     return found == nullptr ? -1 : static_cast<int>(found - text);
 }
