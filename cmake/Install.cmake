@@ -16,8 +16,11 @@ target_link_libraries(vorn INTERFACE stmdcm_headers)
 install(TARGETS StmDCM LIBRARY)
 install(TARGETS stmdcm_headers vorn StmDCM_static EXPORT StmDCMTargets)
 install(EXPORT StmDCMTargets NAMESPACE StmDCM:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/StmDCM)
-install(DIRECTORY host source_utilities trace DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/stmdcm
-        FILES_MATCHING PATTERN "*.h")
+include(${CMAKE_CURRENT_LIST_DIR}/HostHeaders.cmake)
+foreach(header ${stmdcm_host_headers})
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/stmdcm/${folder})
+endforeach()
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
 
 configure_package_config_file(cmake/StmDCMConfig.cmake.in ${PROJECT_BINARY_DIR}/StmDCMConfig.cmake
