@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <sstream>
 #include <string>
 
 #include "trace/format/SettingsText.h"
@@ -13,15 +12,9 @@ using namespace Zu::Wep::Trace;
 namespace {
 
 std::string Read(const std::string& text, const LineLimits& limits, StmProperties& properties) {
-    std::istringstream in(text);
-    const auto apply = [&properties](const std::string& name, const std::string& value) {
-        const StmProperty* property = FindStmProperty(name);
-        if (property != nullptr) {
-            SetFromText(properties, *property, value);
-        }
-        return property != nullptr;
-    };
-    ReadSettingsText(in, limits, "fuzz", apply);
+    const SettingsText read(
+        text, limits,
+        [&](std::string_view name, std::string_view value) { return SetFromText(properties, name, value); }, nullptr);
     std::string written;
     AppendPropertyLines(properties, written);
     return written;

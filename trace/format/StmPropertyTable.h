@@ -78,11 +78,11 @@ inline constexpr std::array kStmProperties = {
     IntegerProperty("STM_DTC_fprocess_clock_hz", &StmProperties::traceClockHz, TextConversion::Clock),
     IntegerProperty("STM_DTC_target_clock_hz", &StmProperties::targetClockHz, TextConversion::Clock),
     IntegerProperty("STM_DTC_target_pins", &StmProperties::targetPins),
-    // "00" and "no" are false here and true for every other flag: meant so.
+    // "00" and "no" are false here and true for every other flag (docs/settings-text.md, "Grammar").
     FlagProperty("Needs_Preprocess", &StmProperties::needsPreprocess, TextConversion::NumericFlag),
     IntegerProperty("STM_STP_Version", &StmProperties::stpVersion),
     IntegerProperty("STM_ATB_Id", &StmProperties::atbId),
-    // Alone among the flags it is set from the union's boolean byte: meant so.
+    // Alone among the flags hosts set it by the union's boolean byte (docs/host-guide.md).
     FlagProperty("STM_VornLib_Import", &StmProperties::vornLibImport, TextConversion::Flag, FlagSource::BooleanByte),
     IntegerProperty("CTSET_EVEVT_GROUP_NUM", &StmProperties::ctsetEventGroupNum),  // the name is spelled so
 };
