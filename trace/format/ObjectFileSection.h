@@ -8,10 +8,13 @@
 #include <string_view>
 #include <vector>
 
+#include "trace/format/SectionLayout.h"
+
 namespace Zu::Wep::Trace {
 
 inline constexpr char kCommonSectionName[] = "DCM_COMMON";
 inline constexpr int kCommonSectionVersion = 1;
+inline constexpr SectionKey kCommonSection{kCommonSectionName, kCommonSectionVersion};
 
 struct ObjectFileEntry {
     std::string name;

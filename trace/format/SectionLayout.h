@@ -31,6 +31,13 @@ struct SectionHeader {
     std::uint32_t nameLength = 0;
 };
 
+/// What a section is found by. Borrows the name.
+struct SectionKey {
+    std::string_view name;
+    std::uint32_t version = 0;
+    bool operator==(const SectionKey&) const = default;
+};
+
 /// Reads the `SectionHeader::Size` bytes at `bytes`.
 SectionHeader DecodeSectionHeader(const char* bytes);
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <string_view>
 
 namespace Zu::Wep::Trace {
 
@@ -12,6 +12,10 @@ namespace {
 constexpr std::size_t BlockSize = 64;
 
 }  // namespace
+
+bool SectionInfo::Has(const SectionKey& key) const {
+    return reachable && version == key.version && std::string_view(name.c_str()) == key.name;
+}
 
 bool SectionScanner::Next(SectionInfo& info) {
     if (m_ended || !ReadSectionAtOffset(info)) {
@@ -29,9 +33,9 @@ bool SectionScanner::Next(SectionInfo& info) {
 }
 
 bool SectionScanner::Find(const char* name, std::uint32_t version, SectionInfo& info) {
-    const char* wanted = name != nullptr ? name : "";
+    const SectionKey wanted{name != nullptr ? name : "", version};
     while (Next(info)) {
-        if (info.reachable && info.version == version && std::strcmp(info.name.c_str(), wanted) == 0) {
+        if (info.Has(wanted)) {
             return true;
         }
     }

@@ -19,6 +19,9 @@ struct SectionInfo {
     std::uint64_t payloadOffset = 0;
     std::uint32_t payloadLength = 0;  ///< as stated; has wrapped around where `length` is below the header
     bool reachable = true;            ///< whether a search comes here
+
+    /// Whether a search for `key` finds it, if it finds none before.
+    bool Has(const SectionKey& key) const;
 };
 
 /// Why a walk ended.

@@ -1,8 +1,11 @@
 #include "trace/tdf/TDFFile.h"
 
 #include <fcntl.h>
+#include <strings.h>
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "trace/tdf/TDFError.h"
@@ -10,6 +13,19 @@
 namespace Zu::Wep::Trace {
 
 using ZU_WEP::PosixFile;
+
+bool HasExtension(const char* path, const char* extension) {
+    if (path == nullptr || extension == nullptr) {
+        return false;
+    }
+    const auto pathLength = static_cast<std::uint32_t>(std::strlen(path));
+    const auto extensionLength = static_cast<std::uint32_t>(std::strlen(extension));
+    if (pathLength <= extensionLength) {
+        return false;
+    }
+    const char* tail = path + (pathLength - extensionLength);
+    return tail[-1] == '.' && ::strcasecmp(tail, extension) == 0;
+}
 
 bool CanOpenForReading(const char* path) {
     return path != nullptr && *path != '\0' && PosixFile::Open(path, O_RDONLY).IsOpen();

@@ -10,6 +10,11 @@
 
 namespace Zu::Wep::Trace {
 
+inline constexpr char kTDFExtension[] = "tdf";
+
+/// Whether the path ends in a dot and `extension`, in any case. Null has none, and is none.
+bool HasExtension(const char* path, const char* extension);
+
 /// Whether the path names a file that can be opened for reading.
 bool CanOpenForReading(const char* path);
 

@@ -1,11 +1,9 @@
 #include "trace/tdf/TDFHandler.h"
 
 #include <fcntl.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -20,8 +18,6 @@ using TDFError::ThrowUnless;
 using ZU_WEP::PosixFile;
 
 namespace {
-
-constexpr const char* TDFExtension = "tdf";
 
 /// Version, name length and name: what follows the length field.
 std::string EncodeNameVersion(const char* name, unsigned int version) {
@@ -39,9 +35,9 @@ void WriteLengthField(const PosixFile& file, std::uint64_t headerOffset, std::ui
 }
 
 /// The checks that LoadSectionData and GetSectionDataPosition begin with.
-void CheckPathToLoad(TDFHandler& handler, const char* path) {
+void CheckPathToLoad(const char* path) {
     ThrowUnless(CanOpenForReading(path), TDFError::LoadName);
-    ThrowUnless(handler.HasExtension(path, TDFExtension), TDFError::Extension);
+    ThrowUnless(HasExtension(path, kTDFExtension), TDFError::Extension);
 }
 
 SectionInfo RequireNamedSection(const PosixFile& file, const char* name, unsigned int version) {
@@ -56,14 +52,14 @@ TDFHandler::~TDFHandler() = default;
 
 void TDFHandler::CreateTDFFile(const char* path) {
     ThrowUnless(path != nullptr, TDFError::CreateNullName);
-    ThrowUnless(HasExtension(path, TDFExtension), TDFError::Extension);
+    ThrowUnless(HasExtension(path, kTDFExtension), TDFError::Extension);
     PosixFile file = PosixFile::Open(path, O_WRONLY | O_CREAT | O_TRUNC);
     ThrowUnless(file.IsOpen(), TDFError::Create);
     ThrowUnless(file.Write(TDFIdentifier) && file.Close(), TDFError::WriteIdentifier);
 }
 
 bool TDFHandler::ISTDF(const char* path) {
-    if (!HasExtension(path, TDFExtension)) {
+    if (!HasExtension(path, kTDFExtension)) {
         return false;
     }
     const PosixFile file = PosixFile::Open(path, O_RDONLY);
@@ -72,18 +68,7 @@ bool TDFHandler::ISTDF(const char* path) {
 
 bool TDFHandler::IsFileAvailable(const char* path) { return CanOpenForReading(path); }
 
-bool TDFHandler::HasExtension(const char* path, const char* extension) {
-    if (path == nullptr || extension == nullptr) {
-        return false;
-    }
-    const auto pathLength = static_cast<std::uint32_t>(std::strlen(path));
-    const auto extensionLength = static_cast<std::uint32_t>(std::strlen(extension));
-    if (pathLength <= extensionLength) {
-        return false;
-    }
-    const char* tail = path + (pathLength - extensionLength);
-    return tail[-1] == '.' && ::strcasecmp(tail, extension) == 0;
-}
+bool TDFHandler::HasExtension(const char* path, const char* extension) { return Trace::HasExtension(path, extension); }
 
 bool TDFHandler::SaveNameVersion(std::FILE* stream, const char* name, unsigned int version) {
     if (stream == nullptr) {
@@ -159,7 +144,7 @@ void TDFHandler::GetSectionDataLengthInBytes(const char* path, const char* name,
 void TDFHandler::LoadSectionData(const char* path, const char* name, unsigned int version, void* buffer,
                                  unsigned int bufferSize, unsigned int& bytesRead) {
     bytesRead = 0;
-    CheckPathToLoad(*this, path);
+    CheckPathToLoad(path);
     ThrowUnless(buffer != nullptr && bufferSize != 0, TDFError::NoBuffer);
     const PosixFile file = OpenForReading(path);
     const SectionInfo section = RequireNamedSection(file, name, version);
@@ -170,7 +155,7 @@ void TDFHandler::LoadSectionData(const char* path, const char* name, unsigned in
 
 void TDFHandler::GetSectionDataPosition(const char* path, const char* name, unsigned int version,
                                         unsigned int& position, unsigned int& payloadLength) {
-    CheckPathToLoad(*this, path);
+    CheckPathToLoad(path);
     const PosixFile file = OpenForReading(path);
     payloadLength = 0;
     const SectionInfo section = RequireNamedSection(file, name, version);
