@@ -1,8 +1,10 @@
 #pragma once
 
-// Runs work in a child process and stops it at a chosen system call: what a power cut, a kill or a full disk does.
+// Runs work in a child process and watches its system calls, or stops it at a chosen one: what a power cut, a kill or a
+// full disk does.
 
 #include <sys/ptrace.h>
+#include <sys/uio.h>
 #include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,8 +12,10 @@
 #include <algorithm>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace stmdcm_test {
@@ -43,29 +47,46 @@ inline int WaitForChild(pid_t child) {
 
 inline int RunInChild(const Work& work) { return WaitForChild(StartChild(work)); }
 
-/// Calls `atCall(pid)` when the work enters its n-th system call, counted from 1, of those listed (none: of all).
-inline ChildRun InterceptSyscall(unsigned n, const std::vector<long>& calls, const Work& work,
-                                 const std::function<void(pid_t)>& atCall) {
+/// Calls `atCall(pid, info)` whenever the work enters a system call. Gives what the work gave; -1 when it was killed.
+inline int WatchSyscalls(const Work& work, const std::function<void(pid_t, const __ptrace_syscall_info&)>& atCall) {
     const pid_t child = StartChild(work, true);
     int status = 0;
     if (::waitpid(child, &status, 0) != child || !WIFSTOPPED(status) ||
         ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL) != 0) {
         throw std::runtime_error("cannot trace the child");
     }
-    unsigned count = 0;
     int signal = 0;
     while (::ptrace(PTRACE_SYSCALL, child, nullptr, signal) == 0 && ::waitpid(child, &status, 0) == child &&
            WIFSTOPPED(status)) {
         signal = WSTOPSIG(status) == (SIGTRAP | 0x80) ? 0 : WSTOPSIG(status);
         __ptrace_syscall_info info{};
         if (signal == 0 && ::ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info) > 0 &&
-            info.op == PTRACE_SYSCALL_INFO_ENTRY &&
-            (calls.empty() || std::count(calls.begin(), calls.end(), static_cast<long>(info.entry.nr)) > 0) &&
-            ++count == n) {
-            atCall(child);
+            info.op == PTRACE_SYSCALL_INFO_ENTRY) {
+            atCall(child, info);
         }
     }
-    return {count >= n, WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// Calls `atCall(pid)` when the work enters its n-th system call, counted from 1, of those listed (none: of all).
+inline ChildRun InterceptSyscall(unsigned n, const std::vector<long>& calls, const Work& work,
+                                 const std::function<void(pid_t)>& atCall) {
+    unsigned count = 0;
+    const int exitStatus = WatchSyscalls(work, [&](pid_t child, const __ptrace_syscall_info& info) {
+        const bool isListed = std::count(calls.begin(), calls.end(), static_cast<long>(info.entry.nr)) > 0;
+        if ((calls.empty() || isListed) && ++count == n) {
+            atCall(child);
+        }
+    });
+    return {count >= n, exitStatus};
+}
+
+/// Whether `text` stands at an address of the child: an argument of the call that it enters.
+inline bool IsTextAt(pid_t child, std::uint64_t address, const std::string& text) {
+    std::string found(text.size() + 1, '\0');
+    const iovec to{found.data(), found.size()}, from{reinterpret_cast<void*>(address), found.size()};
+    return ::process_vm_readv(child, &to, 1, &from, 1, 0) == static_cast<ssize_t>(found.size()) &&
+           found.compare(0, found.npos, text.c_str(), found.size()) == 0;
 }
 
 inline ChildRun KillAtSyscall(unsigned n, const Work& work) {
