@@ -11,12 +11,12 @@
 #include <string_view>
 
 #include "host/vorn/vornError.h"
+#include "trace/tdf/OpenCapture.h"
 #include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/SectionReader.h"
 #include "trace/tdf/TDFHandler.h"
 
 using Zu::Wep::Trace::AppendSection;
-using Zu::Wep::Trace::ReadSection;
+using Zu::Wep::Trace::OpenCapture;
 using Zu::Wep::Trace::TDFHandler;
 
 namespace {
@@ -29,7 +29,7 @@ void Require(bool condition) {
 
 std::optional<std::string> Read(const std::string& path, const char* name) {
     try {
-        return ReadSection(path.c_str(), name, 1);
+        return OpenCapture(path).Read({name, 1});
     } catch (const Zu::Wep::Vorn::vornError&) {
         return std::nullopt;
     }

@@ -1,16 +1,22 @@
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <utility>
 
 #include "host/vorn/vornError.h"
+#include "source_utilities/PosixFile.h"
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/AllocationWatch.h"
+#include "tests/support/KillAtSyscall.h"
 #include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
+#include "trace/tdf/OpenCapture.h"
 #include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/SectionReader.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace Zu::Wep::Trace {
@@ -30,6 +36,16 @@ class Answers : public CDeviceConfigEvents {
     std::map<std::string, std::string> answers;
     std::vector<std::string> asked;
     std::function<void()> inside;
+};
+
+/// Does something `inside` its part of a load.
+struct LoadingIdentifier : CDeviceIdentifier {
+    bool SaveToFile(const std::string&, eTraceDataFileType) override { return true; }
+    bool LoadFromFile(const std::string&, eTraceDataFileType) override {
+        inside();
+        return true;
+    }
+    std::function<void()> inside = [] {};
 };
 
 class ObjectFilesTest : public ManagerTest {
@@ -57,12 +73,43 @@ class ObjectFilesTest : public ManagerTest {
         TDFHandler().CreateTDFFile((m_home / "s.tdf").c_str());
         EXPECT_TRUE(m_manager->SaveCommonConfiguration(m_home / "s.tdf", TRACE_DATA_FILE_TDF));
         std::vector<std::string> result;
-        for (const auto& entry :
-             ParseObjectFileEntries(ReadSection((m_home / "s.tdf").c_str(), "DCM_COMMON", 1)).entries) {
+        for (const auto& entry : ParseObjectFileEntries(OpenCapture(m_home / "s.tdf").Read(kCommonSection)).entries) {
             result.push_back(entry.name + " " + entry.fileName.substr(entry.fileName.rfind('/') + 1) + " " +
                              std::to_string(entry.timeStamp));
         }
         return result;
+    }
+    using Sections = std::vector<std::pair<std::string, std::string>>;
+
+    /// Writes a capture of `wanted`, each behind twenty others and in front of a younger one of its name. Gives the
+    /// offset behind the last of them.
+    static std::size_t WriteAmongOthers(const std::string& path, const Sections& wanted) {
+        std::string bytes(TDFIdentifier);
+        std::size_t end = 0;
+        const auto append = [&bytes](const std::string& name, const std::string& payload) {
+            const std::size_t length = SectionHeader::Size + name.size() + payload.size();
+            bytes += EncodeSectionStart(static_cast<std::uint32_t>(length), name, 1) + payload;
+        };
+        for (const auto& [name, payload] : wanted) {
+            for (int i = 0; i < 20; ++i) {
+                append("TRACE", std::string(100, 't'));
+            }
+            append(name, payload);
+            end = bytes.size();
+            append(name, "STM_ATB_Id = 8\n");
+        }
+        append("BEHIND", std::string(100, 't'));
+        WriteWhole(path, bytes);
+        return end;
+    }
+    /// Writes a file, and gives its bytes as they are shared with it.
+    static char* WriteMapped(const std::string& path, const std::string& bytes) {
+        WriteWhole(path, bytes);
+        const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDWR);
+        void* mapped = ::mmap(nullptr, bytes.size(), PROT_READ | PROT_WRITE, MAP_SHARED, file.Descriptor(), 0);
+        EXPECT_NE(mapped, MAP_FAILED);
+        std::copy(bytes.begin(), bytes.end(), static_cast<char*>(mapped));
+        return static_cast<char*>(mapped);
     }
     std::string Find(const std::string& name) {
         std::string file = "none";
@@ -150,6 +197,75 @@ TEST_F(ObjectFilesTest, AHandlerMayCallTheManager) {
     m_events.inside = replace;
     EXPECT_EQ(Find("x"), image);
     EXPECT_EQ(Saved(), (std::vector<std::string>{"r image 100", "s later 400", "x image 100"}));
+}
+
+TEST_F(ObjectFilesTest, ALoadOpensTheCaptureOnceAndReadsEachHeaderOnce) {
+    const std::string path = m_home / "many.tdf", image = Image("image", 100);
+    std::string unchanged, missing;
+    AppendObjectFileEntry(unchanged, {"c", image, 100});
+    AppendObjectFileEntry(missing, {"c", "/none", 1});
+    for (const std::string& objectFiles : {std::string(), unchanged, missing}) {
+        Sections wanted{{kCommonSectionName, objectFiles},
+                        {kDeviceSectionName, "serial = 1\n"},
+                        {kStmSectionName, "STM_ATB_Id = 7\n"}};
+        do {
+            const std::size_t end = WriteAmongOthers(path, wanted);
+            int opened = 0;
+            std::map<std::uint64_t, int> read;  // how often, by offset
+            const auto note = [&](pid_t child, const auto& info) {
+                const auto* arguments = info.entry.args;
+                opened += info.entry.nr == SYS_openat && stmdcm_test::IsTextAt(child, arguments[1], path) ? 1 : 0;
+                if (info.entry.nr == SYS_pread64) {
+                    ++read[arguments[3]];
+                }
+            };
+            const auto load = [&] { return Load(path) && Number("STM_ATB_Id") == 7 ? 0 : 1; };
+            EXPECT_EQ(stmdcm_test::WatchSyscalls(load, note), 0);
+            EXPECT_EQ(opened, 1);
+            EXPECT_GE(read.size(), 65U);
+            for (const auto& [offset, times] : read) {
+                EXPECT_LE(times, objectFiles == missing ? 2 : 1) << "offset " << offset;  // it may be another by now
+                EXPECT_LT(offset, end);
+            }
+        } while (std::next_permutation(wanted.begin(), wanted.end()));
+    }
+}
+
+TEST_F(ObjectFilesTest, AHostMayChangeTheCaptureThatIsLoaded) {
+    const std::string old = ReadWhole(Sample("full.tdf")), path = m_home / "full.tdf";
+    std::string changed = old;
+    changed.replace(old.rfind("STM_ATB_Id = 12"), 15, "STM_ATB_Id = 34");
+    char* mapped = nullptr;  // written before the load: what is written to it later changes no time
+    const struct {
+        const char* what;
+        std::function<void()> inside;
+    } cases[] = {
+        {"nothing", [] {}},
+        {"rewritten", [&] { std::copy(changed.begin(), changed.end(), mapped); }},
+        {"rewritten as no capture", [&] { mapped[0] = 'X'; }},
+        {"longer in front", [&] { WriteWhole(path, ReadWhole(Sample("packed.tdf")) + old.substr(4)); }},
+        {"cut short", [&] { std::filesystem::resize_file(path, old.rfind("STMDECODERINFO")); }},
+        {"replaced", [&] { std::filesystem::rename(Write("other.tdf", changed), path); }},
+        {"replaced by a directory", [&] { std::filesystem::remove(path) && ::mkdir(path.c_str(), 0700); }},
+        {"removed", [&] { std::filesystem::remove(path); }},
+    };
+    for (const auto& test : cases) {
+        for (const bool fromHandler : {true, false}) {
+            std::filesystem::remove(path);
+            mapped = WriteMapped(path, old);
+            LoadingIdentifier identifier;
+            StmDeviceConfigManager loading(&m_cpu, &identifier), fresh(&m_cpu, nullptr);
+            loading.RegisterEventHandler(fromHandler ? &m_events : nullptr);
+            (fromHandler ? m_events.inside : identifier.inside) = test.inside;
+            TakeLog();
+            const bool result = loading.LoadConfiguration(path, TRACE_DATA_FILE_TDF);
+            const std::vector<std::string> log = TakeLog();
+            EXPECT_EQ(result, fresh.LoadSTMConfigurationFromTDF(path)) << test.what;
+            EXPECT_EQ(log, TakeLog()) << test.what;
+            EXPECT_EQ(Text(loading), Text(fresh)) << test.what;
+            ::munmap(mapped, old.size());
+        }
+    }
 }
 
 TEST_F(ObjectFilesTest, ALongListCostsWhatItsBytesCost) {

@@ -8,14 +8,18 @@
 #include "tests/support/KillAtSyscall.h"
 #include "tests/support/ScratchDir.h"
 #include "trace/format/SectionScanner.h"
+#include "trace/tdf/OpenCapture.h"
 #include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/SectionReader.h"
 #include "trace/tdf/TDFHandler.h"  // FileSize and vornError come with it, as hosts expect
 
 namespace Zu::Wep::Trace {
 
 using stmdcm_test::ReadWhole;
 using stmdcm_test::WriteWhole;
+
+inline std::string ReadSection(const char* path, const char* name, unsigned int version) {
+    return OpenCapture(path).Read({name, version});
+}
 
 /// A copy of a reference capture to work on.
 struct CaptureTest : ::testing::Test {

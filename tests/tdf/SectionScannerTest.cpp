@@ -1,8 +1,11 @@
 #include <fcntl.h>
 
 #include <memory>
+#include <utility>
 
 #include "tests/tdf/CaptureTest.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
 
 namespace Zu::Wep::Trace {
 namespace {
@@ -84,6 +87,42 @@ TEST_F(SectionScannerTest, StaysInsideAFileWithAnyBitFlipped) {
             }
         }
         ASSERT_TRUE(file.WriteAt(i, {bytes.substr(i, 1)}));
+    }
+}
+
+TEST_F(SectionScannerTest, AnOpenCaptureIsTheFileThatThePathNamesNow) {
+    const auto outcome = [](OpenCapture&& capture) {
+        std::string result = capture.IsTDF() ? "a capture" : "none";
+        for (const SectionKey& key : {kStmSection, kDeviceSection, SectionKey{"TRACE0", 1}, kStmSection}) {
+            result += "; " + ErrorOf([&] { result += capture.Read(key); });
+        }
+        return result;
+    };
+    const std::string other = m_directory / "other.tdf", packed = Reference("packed.tdf");
+    const auto makeOther = [&](const std::string& bytes) {
+        WriteWhole(other, bytes);
+        std::filesystem::last_write_time(other, std::filesystem::last_write_time(m_file));
+    };
+    const std::function<void()> changes[] = {
+        [] {},
+        [&] { WriteWhole(m_file, packed); },
+        [&] { WriteWhole(m_file, "TDF3"); },
+        [&] { std::filesystem::resize_file(m_file, FileSize(m_path) - 40); },
+        [&] { makeOther(packed), std::filesystem::rename(other, m_file); },
+        [&] { makeOther(packed), std::filesystem::remove(m_file), std::filesystem::create_symlink(other, m_file); },
+        [&] { std::filesystem::remove(m_file); },
+        [&] { std::filesystem::remove(m_file), std::filesystem::create_directory(m_file); },
+    };
+    for (const auto& change : changes) {
+        for (const int asked : {0, 1, 2}) {
+            std::filesystem::remove(m_file);
+            Copy("full.tdf");
+            OpenCapture capture(m_file, {kCommonSection, kDeviceSection, kStmSection});
+            EXPECT_TRUE(asked == 0 || capture.IsTDF());
+            EXPECT_TRUE(asked < 2 || !capture.Read(kStmSection).empty());
+            change();
+            EXPECT_EQ(outcome(std::move(capture)), outcome(OpenCapture(m_file))) << &change - changes << " " << asked;
+        }
     }
 }
 

@@ -12,8 +12,8 @@
 #include "trace/dcm/ModificationTime.h"
 #include "trace/dcm/TraceEnvironment.h"
 #include "trace/format/ObjectFileSection.h"
+#include "trace/tdf/OpenCapture.h"
 #include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/SectionReader.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace Zu::Wep::Trace {
@@ -100,21 +100,28 @@ bool CDeviceConfigManagerCommon::AppendObjectFiles(const char* fileName, const c
 }
 
 bool CDeviceConfigManagerCommon::LoadCommonConfiguration(const std::string& fileName, eTraceDataFileType type) {
-    if (type != TRACE_DATA_FILE_TDF || !TDFHandler().ISTDF(fileName.c_str())) {
+    OpenCapture capture(fileName);
+    return type == TRACE_DATA_FILE_TDF && LoadObjectFiles(fileName, capture);
+}
+
+bool CDeviceConfigManagerCommon::LoadObjectFiles(const std::string& fileName, OpenCapture& capture) {
+    if (!capture.IsTDF()) {
         return false;
     }
-    unsigned int length = 0;
-    TDFHandler().GetSectionDataLengthInBytes(fileName.c_str(), kCommonSectionName, kCommonSectionVersion, length);
-    if (length == 0) {
+    if (capture.PayloadLength(kCommonSection) == 0) {
         return true;  // the object files known so far stay, unchecked
     }
-    if (!ReplaceObjectFiles(ReadSection(fileName.c_str(), kCommonSectionName, kCommonSectionVersion))) {
+    if (!ReplaceObjectFiles(capture.Read(kCommonSection))) {
         ZU_WEP::Log(ZU_WEP::LogUnexpected, "DCM: %s: section %s ends within an object file, %zu whole ones are kept",
                     fileName.c_str(), kCommonSectionName, m_objectFiles.size());
     }
+    const std::uint32_t before = m_questions;
     CheckObjectFileTimeStamp();
     if (m_deviceIdentifier != nullptr) {
         m_deviceIdentifier->LoadFromFile(fileName, TRACE_DATA_FILE_TDF);
+    }
+    if (m_deviceIdentifier != nullptr || m_questions != before) {
+        capture.HostWasCalled();
     }
     return true;
 }
@@ -180,6 +187,7 @@ bool CDeviceConfigManagerCommon::AskForListedFile(std::size_t index, bool timeSt
 std::string CDeviceConfigManagerCommon::AskForObjectFile(const std::string& fileName, bool timeStampChanged) {
     std::string answer;
     if (m_eventHandler != nullptr) {
+        ++m_questions;
         m_eventHandler->OnUpdateObjectFile(fileName, timeStampChanged, answer);
     }
     return answer;

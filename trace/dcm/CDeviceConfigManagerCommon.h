@@ -15,6 +15,8 @@
 
 namespace Zu::Wep::Trace {
 
+class OpenCapture;
+
 /// The device-independent half of every manager: the object files of the target's CPUs, the section "DCM_COMMON"
 /// that keeps them in a capture (docs/object-files.md), and the connection to the live system.
 /// The order of the data members is part of the binary interface.
@@ -57,6 +59,8 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
   protected:
     /// The part of SaveCommonConfiguration for a capture. Locks are waited for as long as there is `patience`.
     bool SaveObjectFiles(const std::string& fileName, ZU_WEP::LockPatience& patience);
+    /// The part of LoadCommonConfiguration for a capture, which is that file.
+    bool LoadObjectFiles(const std::string& fileName, OpenCapture& capture);
 
     CPUInfo* m_cpuInfo = nullptr;
     std::int32_t m_fallbackDeviceId = 0;
@@ -87,6 +91,7 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
     void DisconnectLiveSystem() noexcept;
 
     std::uint32_t m_objectFilesReplaced = 0;  ///< how often: an event handler can do so while it is asked
+    std::uint32_t m_questions = 0;            ///< asked of the event handler so far
 };
 
 }  // namespace Zu::Wep::Trace

@@ -15,10 +15,11 @@
 #include "trace/dcm/PropertyValue.h"
 #include "trace/dcm/SettingsLog.h"
 #include "trace/dcm/TraceEnvironment.h"
+#include "trace/format/ObjectFileSection.h"
 #include "trace/format/SettingsText.h"
 #include "trace/format/StmSections.h"
+#include "trace/tdf/OpenCapture.h"
 #include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/SectionReader.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace Zu::Wep::Trace {
@@ -94,7 +95,8 @@ bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTra
     switch (type) {
         case TRACE_DATA_FILE_TDF:
             try {
-                return LoadCommonConfiguration(fileName, type) && LoadSTMConfigurationFromTDF(fileName);
+                OpenCapture capture(fileName, {kCommonSection, kDeviceSection, kStmSection});
+                return LoadObjectFiles(fileName, capture) && LoadStmSections(fileName, capture);
             } catch (const Vorn::vornErrorIF& error) {
                 return FailFileWork(fileName, error);
             }
@@ -268,13 +270,17 @@ bool StmDeviceConfigManager::SaveStmSection(const std::string& path, ZU_WEP::Loc
 }
 
 bool StmDeviceConfigManager::LoadSTMConfigurationFromTDF(const std::string& path) {
-    if (path.empty() || !TDFHandler().ISTDF(path.c_str())) {
+    OpenCapture capture(path, {kDeviceSection, kStmSection});
+    return LoadStmSections(path, capture);
+}
+
+bool StmDeviceConfigManager::LoadStmSections(const std::string& path, OpenCapture& capture) {
+    if (!capture.IsTDF()) {
         return false;
     }
     try {
-        ReadDeviceText(ReadSection(path.c_str(), kDeviceSectionName, kDeviceSectionVersion), Applier(), nullptr);
-        const SettingsText text(ReadSection(path.c_str(), kStmSectionName, kStmSectionVersion), LineLimits{}, Applier(),
-                                nullptr);
+        ReadDeviceText(capture.Read(kDeviceSection), Applier(), nullptr);
+        const SettingsText text(capture.Read(kStmSection), LineLimits{}, Applier(), nullptr);
         ReadRecords(text.Blocks());
         return true;
     } catch (const Vorn::vornErrorIF& error) {

@@ -61,6 +61,7 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     bool FailFileWork(const std::string& fileName, const std::exception& error);
     std::string ConfigurationText();
     bool SaveStmSection(const std::string& path, ZU_WEP::LockPatience& patience);
+    bool LoadStmSections(const std::string& path, OpenCapture& capture);
     void ReadRecords(const BlockText& blocks);
     ApplyProperty Applier();
     void FindChannelDriver();

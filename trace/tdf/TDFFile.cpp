@@ -14,6 +14,16 @@ namespace Zu::Wep::Trace {
 
 using ZU_WEP::PosixFile;
 
+namespace {
+
+using IdentifierBytes = std::array<char, TDFIdentifier.size()>;
+
+bool IsIdentifier(const IdentifierBytes& bytes, std::optional<std::size_t> count) {
+    return count == bytes.size() && std::string_view(bytes.data(), bytes.size()) == TDFIdentifier;
+}
+
+}  // namespace
+
 bool HasExtension(const char* path, const char* extension) {
     if (path == nullptr || extension == nullptr) {
         return false;
@@ -32,9 +42,13 @@ bool CanOpenForReading(const char* path) {
 }
 
 bool HasIdentifier(const PosixFile& file) {
-    std::array<char, TDFIdentifier.size()> bytes{};
-    return file.Read(bytes.data(), bytes.size()) == bytes.size() &&
-           std::string_view(bytes.data(), bytes.size()) == TDFIdentifier;
+    IdentifierBytes bytes{};
+    return IsIdentifier(bytes, file.Read(bytes.data(), bytes.size()));
+}
+
+bool StillHasIdentifier(const PosixFile& file) {
+    IdentifierBytes bytes{};
+    return IsIdentifier(bytes, file.ReadAt(0, bytes.data(), bytes.size()));
 }
 
 void CheckPathToSave(const char* path) { TDFError::ThrowUnless(CanOpenForReading(path), TDFError::SaveName); }

@@ -21,6 +21,9 @@ bool CanOpenForReading(const char* path);
 /// Reads the identifier at the descriptor's position, the start of a file just opened: a pipe has no other.
 bool HasIdentifier(const ZU_WEP::PosixFile& file);
 
+/// Reads it again, from the start of the file, which can seek.
+bool StillHasIdentifier(const ZU_WEP::PosixFile& file);
+
 /// Throws where there is no file, or none that may be read: writing never creates one.
 void CheckPathToSave(const char* path);
 

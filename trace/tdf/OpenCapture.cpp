@@ -1,0 +1,112 @@
+#include "trace/tdf/OpenCapture.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <tuple>
+
+#include "trace/tdf/TDFError.h"
+#include "trace/tdf/TDFFile.h"
+
+namespace Zu::Wep::Trace {
+
+using TDFError::ThrowUnless;
+
+namespace {
+
+/// What differs when a file was replaced or changed since; a change of its rights shows as well.
+auto StateOf(const struct stat& file) {
+    return std::tuple(file.st_dev, file.st_ino, file.st_size, file.st_mtim.tv_sec, file.st_mtim.tv_nsec,
+                      file.st_ctim.tv_sec, file.st_ctim.tv_nsec);
+}
+
+}  // namespace
+
+OpenCapture::OpenCapture(const std::string& path, std::initializer_list<SectionKey> wanted) : m_path(path) {
+    for (const SectionKey& key : wanted) {
+        m_notes.push_back({key, std::nullopt});
+    }
+}
+
+bool OpenCapture::IsTDF() {
+    if (!HasExtension(m_path.c_str(), kTDFExtension)) {
+        return false;
+    }
+    Refresh();
+    return m_hasIdentifier;
+}
+
+std::uint32_t OpenCapture::PayloadLength(const SectionKey& key) { return Require(key).payloadLength; }
+
+std::string OpenCapture::Read(const SectionKey& key) {
+    const SectionInfo& section = Require(key);
+    ThrowUnless(section.payloadLength != 0, TDFError::NoBuffer);
+    const std::uint64_t size = m_file.Size().value_or(0);
+    const std::uint64_t held = size - std::min(size, section.payloadOffset);
+    std::string payload(std::min<std::uint64_t>(section.payloadLength, held), '\0');
+    const auto count = m_file.ReadAt(section.payloadOffset, payload.data(), payload.size());
+    ThrowUnless(count.has_value(), TDFError::ReadCorrupted);
+    payload.resize(*count);  // fewer when the file was cut short meanwhile
+    return payload;
+}
+
+/// Forgets what was noted where it may not hold any more.
+void OpenCapture::Refresh() {
+    if (!IsUnchanged()) {
+        Open();
+    } else if (m_hostWasCalled) {
+        m_hasIdentifier = StillHasIdentifier(m_file);
+    } else {
+        return;
+    }
+    m_hostWasCalled = false;
+    StartWalk();
+}
+
+void OpenCapture::Open() {
+    m_file.Close();  // first, so that one free descriptor is enough
+    m_file = ZU_WEP::PosixFile::Open(m_path.c_str(), O_RDONLY);
+    // Before a byte is read: what is read later is at least as new as this.
+    m_hasIdentifier = m_file.IsOpen() && ::fstat(m_file.Descriptor(), &m_opened) == 0 && HasIdentifier(m_file);
+}
+
+/// While the file is open nothing else gets its device and inode numbers.
+bool OpenCapture::IsUnchanged() const {
+    struct stat now {};
+    return m_file.IsOpen() && ::stat(m_path.c_str(), &now) == 0 && StateOf(now) == StateOf(m_opened);
+}
+
+void OpenCapture::StartWalk() {
+    for (Note& note : m_notes) {
+        note.section.reset();
+    }
+    m_scanner.emplace(m_source);
+}
+
+OpenCapture::Note& OpenCapture::NoteOf(const SectionKey& key) {
+    const auto note = std::find_if(m_notes.begin(), m_notes.end(), [&](const Note& n) { return n.key == key; });
+    if (note != m_notes.end()) {
+        return *note;
+    }
+    StartWalk();
+    m_notes.push_back({key, std::nullopt});
+    return m_notes.back();
+}
+
+const SectionInfo& OpenCapture::Require(const SectionKey& key) {
+    Refresh();
+    ThrowUnless(m_file.IsOpen(), TDFError::LoadFileName);
+    ThrowUnless(m_hasIdentifier, TDFError::Format);
+    const Note& wanted = NoteOf(key);
+    for (SectionInfo section; !wanted.section && m_scanner->Next(section);) {
+        const auto note =
+            std::find_if(m_notes.begin(), m_notes.end(), [&](const Note& n) { return section.Has(n.key); });
+        if (note != m_notes.end() && !note->section) {
+            note->section = section;
+        }
+    }
+    ThrowUnless(wanted.section.has_value(), TDFError::SectionSizeNotFound);
+    return *wanted.section;
+}
+
+}  // namespace Zu::Wep::Trace
