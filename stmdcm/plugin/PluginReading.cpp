@@ -4,22 +4,20 @@
 
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Manager.h"
-#include "stmdcm/plugin/PluginSession.h"
 #include "stmdcm/reading/Comparison.h"
 
 namespace stmdcm {
 
 using namespace Zu::Wep::Trace;
 
-std::vector<std::string> DifferencesThroughPlugin(const std::string& pluginFile, const Reading& reading) {
-    PluginSession session(pluginFile);
-    Manager manager(session.plugin, "stmdcm");
+std::vector<std::string> DifferencesThroughPlugin(const Plugin& plugin, const Reading& reading) {
+    Manager manager(plugin, "stmdcm");
     const bool isCapture = reading.kind == ConfigurationKind::Capture;
     const bool loads = manager.Load(reading.path, isCapture ? TRACE_DATA_FILE_TDF : TRACE_DATA_FILE_LOCAL);
     std::vector<std::string> sentences;
     if (loads != reading.loads) {
-        sentences.push_back(fmt::format("{}: the plug-in {} says that loading {}", reading.path,
-                                        session.plugin.Path().string(), loads ? "succeeds" : "fails"));
+        sentences.push_back(fmt::format("{}: the plug-in {} says that loading {}", reading.path, plugin.Path().string(),
+                                        loads ? "succeeds" : "fails"));
     }
     if (!reading.isLoaded) {
         return sentences;
@@ -27,8 +25,7 @@ std::vector<std::string> DifferencesThroughPlugin(const std::string& pluginFile,
     Configuration own = reading.configuration;
     own.objectFiles.clear();
     for (const Difference& difference : Compare(own, ReadConfiguration(manager))) {
-        sentences.push_back(
-            difference.Sentence(fmt::format("{} through {}", reading.path, session.plugin.Path().string())));
+        sentences.push_back(difference.Sentence(fmt::format("{} through {}", reading.path, plugin.Path().string())));
     }
     return sentences;
 }

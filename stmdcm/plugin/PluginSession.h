@@ -8,16 +8,16 @@
 
 namespace stmdcm {
 
-/// The plug-in in a home of its own with its log switched on: what a command works with.
+/// The plug-in in a home of its own, with its log switched on.
 struct PluginSession {
-    /// The program's own plug-in when `pluginFile` is empty, a home that is removed when `keep` is. Throws Failure.
-    explicit PluginSession(const std::string& pluginFile, const std::string& keep = {})
-        : home(keep.empty() ? TraceHome() : TraceHome(keep)), log(home), plugin(home, pluginFile) {}
+    /// Borrows the home. The program's own plug-in when `pluginFile` is empty. Throws Failure.
+    PluginSession(const TraceHome& where, const std::string& pluginFile)
+        : home(where), log(home), plugin(home, pluginFile) {}
 
-    /// A path for a working file, which goes with the session.
+    /// A path for a working file, which goes with the home.
     std::string WorkingFile(const char* name) const { return (home.Path() / name).string(); }
 
-    TraceHome home;
+    const TraceHome& home;
     PluginLog log;
     Plugin plugin;
 };

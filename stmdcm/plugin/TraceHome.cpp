@@ -51,22 +51,16 @@ void MakeHome(const fs::path& path) {
 
 }  // namespace
 
-TraceHome::TraceHome() : m_path(MakeTemporary()) {
-    m_guard.emplace([this] { Remove(); });
+TraceHome::TraceHome(const fs::path& keep)
+    : m_path(keep.empty() ? MakeTemporary() : MakeKept(keep)), m_isKept(!keep.empty()) {
     MakeHome(m_path);
 }
 
-TraceHome::TraceHome(const fs::path& directory) : m_path(MakeKept(directory)) { MakeHome(m_path); }
-
-TraceHome::~TraceHome() {
-    if (m_guard) {
-        Remove();
-    }
-}
-
 void TraceHome::Remove() const {
-    std::error_code ignored;
-    fs::remove_all(m_path, ignored);
+    if (!m_isKept) {
+        std::error_code ignored;
+        fs::remove_all(m_path, ignored);
+    }
 }
 
 }  // namespace stmdcm

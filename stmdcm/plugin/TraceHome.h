@@ -1,9 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
-
-#include "stmdcm/plugin/InterruptGuard.h"
 
 namespace stmdcm {
 
@@ -12,21 +9,21 @@ namespace stmdcm {
 /// written, whatever the environment says.
 class TraceHome {
   public:
-    /// A private temporary directory, removed with everything in it at the end, also when the program is interrupted.
-    TraceHome();
-    /// `directory` instead, kept at the end. It must be new or empty; Failure otherwise.
-    explicit TraceHome(const std::filesystem::path& directory);
-    ~TraceHome();
+    /// A private temporary directory, removed with everything in it at the end; or `keep`, if that is not empty, which
+    /// is kept. It must be new or empty; Failure otherwise.
+    explicit TraceHome(const std::filesystem::path& keep = {});
+    ~TraceHome() { Remove(); }
     TraceHome(const TraceHome&) = delete;
     TraceHome& operator=(const TraceHome&) = delete;
 
     const std::filesystem::path& Path() const { return m_path; }
 
-  private:
+    /// Does already what the end does: for a program that is interrupted. Any thread may call it.
     void Remove() const;
 
+  private:
     std::filesystem::path m_path;
-    std::optional<InterruptGuard> m_guard;  ///< of a temporary directory alone
+    bool m_isKept;
 };
 
 }  // namespace stmdcm

@@ -58,7 +58,8 @@ struct InPlaceTest : testing::Test {
 
     /// A host; one for the process: the plug-in looks for its directories only once.
     static PluginSession& Session() {
-        static PluginSession session("");
+        static const TraceHome home;
+        static PluginSession session(home, "");
         ::unsetenv("ZU_TRACE_LOGGING");  // It would multiply the system calls.
         return session;
     }

@@ -7,6 +7,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/plugin/PluginReading.h"
 #include "tool/commands/CheckReport.h"
+#include "tool/output/GuardedHome.h"
 
 namespace stmdcm {
 
@@ -66,7 +67,8 @@ ExitStatus Check::Run(const Context& context) {
         if (context.options.plugin.empty() || !report.kind) {
             continue;
         }
-        for (const std::string& sentence : DifferencesThroughPlugin(context.options.plugin, report)) {
+        const GuardedHome home;
+        for (const std::string& sentence : DifferencesThroughPlugin(Plugin(home, context.options.plugin), report)) {
             context.console.Diagnose(sentence);
             isOtherwise = true;
         }

@@ -6,6 +6,7 @@
 #include "tool/commands/DemoReport.h"
 #include "tool/commands/DemoRun.h"
 #include "tool/commands/LiveDemoRun.h"
+#include "tool/output/GuardedHome.h"
 
 namespace stmdcm {
 
@@ -19,8 +20,9 @@ void Demo::Declare(CLI::App& app) {
 
 ExitStatus Demo::Run(const Context& context) {
     SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
-    PluginSession session(context.options.plugin, m_keep);
-    const DemoResult result = DemoRun(session.plugin, session.home.Path()).Run();
+    const GuardedHome home(m_keep);
+    PluginSession session(home, context.options.plugin);
+    const DemoResult result = DemoRun(session.plugin, home.Path()).Run();
     const LiveDemoResult live = LiveDemoRun(session).Run();
     const DemoReport report(result, live);
     context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));

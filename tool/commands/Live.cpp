@@ -14,6 +14,7 @@
 #include "stmdcm/plugin/PluginSession.h"
 #include "tool/commands/LiveReport.h"
 #include "tool/output/ConfigurationFile.h"
+#include "tool/output/GuardedHome.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 
@@ -43,7 +44,8 @@ void Live::Declare(CLI::App& app) {
 ExitStatus Live::Run(const Context& context) {
     ChooseFactory();
     CheckSave();
-    PluginSession session(context.options.plugin);
+    const GuardedHome home;
+    PluginSession session(home, context.options.plugin);
     Manager manager(session.plugin, m_cpu);
     LiveConfiguration live = LiveConfiguration::Load(session, manager);
     if (!m_save.empty()) {

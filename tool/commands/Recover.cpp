@@ -11,6 +11,7 @@
 #include "stmdcm/recover/RecoveryPlanner.h"
 #include "stmdcm/recover/RecoveryWriter.h"
 #include "tool/commands/RecoverReport.h"
+#include "tool/output/GuardedHome.h"
 
 namespace stmdcm {
 
@@ -65,7 +66,8 @@ void Recover::Write(const CaptureFile& file, RecoveryPlan& plan, OutputFile& out
 void Recover::CheckLoading(const Context& context, const OutputFile& output, RecoveryPlan& plan) const {
     std::string reason;
     try {
-        PluginSession session(context.options.plugin);
+        const GuardedHome home;
+        const PluginSession session(home, context.options.plugin);
         const std::string name = session.WorkingFile("recovered.tdf");
         std::filesystem::create_symlink(output.ReadBackPath(), name);
         if (Manager(session.plugin, "stmdcm").Load(name, Zu::Wep::Trace::TRACE_DATA_FILE_TDF)) {

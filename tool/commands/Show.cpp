@@ -2,6 +2,7 @@
 
 #include "stmdcm/plugin/PluginReading.h"
 #include "tool/commands/ShowReport.h"
+#include "tool/output/GuardedHome.h"
 
 namespace stmdcm {
 
@@ -19,9 +20,11 @@ void Show::Declare(CLI::App& app) {
 
 ExitStatus Show::Run(const Context& context) {
     const Reading loaded = Read(m_file);
-    const std::vector<std::string> differences = context.options.plugin.empty()
-                                                     ? std::vector<std::string>()
-                                                     : DifferencesThroughPlugin(context.options.plugin, loaded);
+    std::vector<std::string> differences;
+    if (!context.options.plugin.empty()) {
+        const GuardedHome home;
+        differences = DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
+    }
     const ShowReport report(loaded, SelectionFor(loaded));
     context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
     for (const auto& sentences : {loaded.Sentences(), differences}) {

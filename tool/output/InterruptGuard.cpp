@@ -1,4 +1,4 @@
-#include "stmdcm/plugin/InterruptGuard.h"
+#include "tool/output/InterruptGuard.h"
 
 #include <pthread.h>
 

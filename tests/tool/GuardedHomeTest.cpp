@@ -1,4 +1,4 @@
-#include "stmdcm/plugin/TraceHome.h"
+#include "tool/output/GuardedHome.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -14,7 +14,7 @@ namespace {
 
 /// Makes a home, tells its path, and waits for a signal.
 [[noreturn]] void Child(int descriptor) {
-    const TraceHome home;
+    const GuardedHome home;
     const std::string path = home.Path().string();
     const bool isTold = ::write(descriptor, path.data(), path.size()) > 0;
     ::close(descriptor);
@@ -26,7 +26,7 @@ namespace {
 
 }  // namespace
 
-TEST(TraceHomeTest, AnInterruptedProgramLeavesNothingBehind) {
+TEST(GuardedHomeTest, AnInterruptedProgramLeavesNothingBehind) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         std::array<int, 2> ends{};
         ASSERT_EQ(::pipe(ends.data()), 0);
