@@ -74,6 +74,21 @@ std::string Frequency(std::int64_t hertz) {
     return fmt::format("{}{} {}", hertz < 0 ? "-" : "", digits, prefix->name);
 }
 
+std::string SizeInWords(std::uint64_t bytes) {
+    constexpr const char* kUnits[] = {"KiB", "MiB", "GiB", "TiB"};
+    if (bytes < 1024) {
+        return bytes == 1 ? "1 byte" : fmt::format("{} bytes", bytes);
+    }
+    double value = static_cast<double>(bytes) / 1024;
+    std::size_t unit = 0;
+    // What would be rounded up to 1024 takes the next unit.
+    while (value >= 1023.95 && unit + 1 < std::size(kUnits)) {
+        value /= 1024;
+        ++unit;
+    }
+    return fmt::format("{:.1f} {}", value, kUnits[unit]);
+}
+
 std::string UtcTime(std::int64_t seconds, char separator) {
     const auto time = static_cast<std::time_t>(seconds);
     std::tm parts{};

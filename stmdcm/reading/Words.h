@@ -26,6 +26,9 @@ std::string DefaultInWords(const Property& property);
 /// "200 MHz": exact, with as many decimals as it takes.
 std::string Frequency(std::int64_t hertz);
 
+/// "3.9 GiB", "512 bytes".
+std::string SizeInWords(std::uint64_t bytes);
+
 /// "2023-11-14T22:13:20Z", with `separator` for the "T"; the plain number for a time that no calendar holds.
 std::string UtcTime(std::int64_t seconds, char separator = 'T');
 

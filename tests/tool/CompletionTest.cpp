@@ -4,6 +4,7 @@
 #include "tests/tool/ToolRun.h"
 #include "tool/cli/CommandLine.h"
 #include "tool/cli/Syntax.h"
+#include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
 
@@ -50,7 +51,7 @@ class CompletionTest : public ToolRun {
     }
 
     static std::string EveryCommand() {
-        const CommandLine commandLine;
+        const CommandLine commandLine(kCommands);
         std::string lines;
         for (const CLI::App* command : VisibleCommands(commandLine.Syntax())) {
             lines += command->get_name() + "\n";

@@ -4,6 +4,7 @@
 #include "tool/cli/CommandLine.h"
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/Syntax.h"
+#include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
 
@@ -39,7 +40,7 @@ void ExpectNarrow(const std::string& help) {
 }  // namespace
 
 TEST_F(HelpTest, EveryCommandIsOneLineAndHasAnExample) {
-    const CommandLine commandLine;
+    const CommandLine commandLine(kCommands);
     const std::string program = Run("--help").out;
     ExpectNarrow(program);
     for (const CLI::App* command : commandLine.Syntax().get_subcommands({})) {
@@ -105,7 +106,7 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
 
 TEST_F(HelpTest, TheManualPageSaysWhatTheHelpSays) {
     const std::string page = Run("help-man").out;
-    const CommandLine commandLine;
+    const CommandLine commandLine(kCommands);
     std::string plain;
     for (const std::string& line : Lines(page)) {
         EXPECT_TRUE(line[0] != '.' || Contains(" .TH .SH .SS .TP .PP .nf .fi .B ", " " + line.substr(0, 3) + " ") ||

@@ -22,7 +22,6 @@ namespace {
 
 struct StringSink final : ByteSink {
     void Write(std::string_view added) override { bytes += added; }
-    void WriteZeros(std::uint64_t count) override { bytes.append(count, '\0'); }
     std::string bytes;
 };
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <memory>
 #include <string>
 
 #include "tool/cli/ExitStatus.h"
 #include "tool/output/Console.h"
+#include "tool/render/JsonRenderer.h"
 
 namespace stmdcm {
 
@@ -19,6 +21,12 @@ struct GlobalOptions {
 struct Context {
     const GlobalOptions& options;
     const Console& console;
+
+    /// What the command found: a report's Text(palette), or its Document() where JSON is asked for.
+    template <class Report>
+    void Print(const Report& report) const {
+        Console::Print(options.json ? JsonRenderer::Text(report.Document()) : report.Text(console.Out()));
+    }
 };
 
 /// One command of the tool. Lives from the declaration of its options to the end of its run.
@@ -34,6 +42,14 @@ class Command {
 
     /// Does the work. A failure is told by the status or by an exception, which becomes a diagnostic.
     virtual ExitStatus Run(const Context& context) = 0;
+};
+
+/// A command's line in the table of all.
+struct CommandEntry {
+    const char* name;
+    const char* description;
+    std::unique_ptr<Command> (*make)();
+    bool isHidden = false;  ///< for programs: in no help
 };
 
 }  // namespace stmdcm

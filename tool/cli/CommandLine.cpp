@@ -7,7 +7,6 @@
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/UsageError.h"
-#include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
 
@@ -24,9 +23,11 @@ ColorMode ToColorMode(const std::string& name) {
 
 }  // namespace
 
-CommandLine::CommandLine() : m_app(kProgramDescription, kProgram) {
+CommandLine::CommandLine(std::span<const CommandEntry> commands) : m_app(kProgramDescription, kProgram) {
     DeclareGlobals();
-    DeclareCommands();
+    for (const CommandEntry& entry : commands) {
+        DeclareCommand(entry);
+    }
 }
 
 void CommandLine::DeclareGlobals() {
@@ -47,17 +48,15 @@ void CommandLine::DeclareGlobals() {
     m_app.add_flag("--json", m_options.json, "Print JSON (docs/json.md) instead of text");
 }
 
-void CommandLine::DeclareCommands() {
-    for (const CommandEntry& entry : CommandTable()) {
-        m_commands.push_back(entry.make());
-        Command* command = m_commands.back().get();
-        CLI::App* app = m_app.add_subcommand(entry.name, entry.description)->fallthrough();
-        if (entry.isHidden) {
-            app->group("");
-        }
-        command->Declare(*app);
-        app->callback([this, command] { m_chosen = command; });
+void CommandLine::DeclareCommand(const CommandEntry& entry) {
+    m_commands.push_back(entry.make());
+    Command* command = m_commands.back().get();
+    CLI::App* app = m_app.add_subcommand(entry.name, entry.description)->fallthrough();
+    if (entry.isHidden) {
+        app->group("");
     }
+    command->Declare(*app);
+    app->callback([this, command] { m_chosen = command; });
 }
 
 ExitStatus CommandLine::Run(int argc, const char* const* argv) {

@@ -2,16 +2,17 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "tool/cli/Command.h"
 
 namespace stmdcm {
 
-/// The tool's command line with every command in it.
+/// The tool's command line with every command of a table in it.
 class CommandLine {
   public:
-    CommandLine();
+    explicit CommandLine(std::span<const CommandEntry> commands);
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;
 
@@ -22,7 +23,7 @@ class CommandLine {
 
   private:
     void DeclareGlobals();
-    void DeclareCommands();
+    void DeclareCommand(const CommandEntry& entry);
     ExitStatus RunChosen();
 
     CLI::App m_app;

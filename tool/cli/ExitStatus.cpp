@@ -11,11 +11,12 @@ ExitStatus StatusOf(const Failure& failure) {
     return failure.Cause() == Failure::Kind::Request ? ExitStatus::Usage : ExitStatus::Failed;
 }
 
+ExitStatus StatusOf(const std::vector<std::string>& doubts) {
+    return doubts.empty() ? ExitStatus::Done : ExitStatus::Doubtful;
+}
+
 ExitStatus StatusOf(const Reading& reading) {
-    if (!reading.isLoaded) {
-        return ExitStatus::Failed;
-    }
-    return reading.Doubts().empty() ? ExitStatus::Done : ExitStatus::Doubtful;
+    return reading.isLoaded ? StatusOf(reading.Doubts()) : ExitStatus::Failed;
 }
 
 ExitStatus StatusOf(const ChangeResult& result) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace stmdcm {
 
 struct ChangeResult;
@@ -16,6 +19,7 @@ enum class ExitStatus : int {
 };
 
 ExitStatus StatusOf(const Failure& failure);
+ExitStatus StatusOf(const std::vector<std::string>& doubts);
 ExitStatus StatusOf(const Reading& reading);
 ExitStatus StatusOf(const ChangeResult& result);
 ExitStatus StatusOf(const ImageList& list);

@@ -5,8 +5,8 @@
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/Container.h"
-#include "tool/cli/Completer.h"
 #include "tool/cli/Syntax.h"
+#include "tool/cli/ValueKind.h"
 #include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm {

@@ -6,7 +6,10 @@
 
 namespace stmdcm {
 
-struct Candidate;
+struct Candidate {
+    std::string word;
+    std::string description;  ///< one line, may be empty
+};
 
 /// The words that `option` takes where they can be listed; `value` is what is there of one already, and `positionals`
 /// are the words in front of it that are no options.

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "stmdcm/reading/Words.h"
-#include "tool/render/JsonRenderer.h"
 #include "tool/render/Table.h"
 
 namespace stmdcm::ChangeReport {
@@ -30,22 +29,18 @@ std::string Item(const Difference& change) {
     return fmt::format("{} {}{}{}", change.kind, item, change.field.empty() ? "" : ", ", change.field);
 }
 
-std::string Lines(const std::vector<Difference>& changes, const Palette& palette) {
+std::string Text(const ChangeResult& result, const Palette& palette) {
     Table table;
-    for (const Difference& change : changes) {
+    for (const Difference& change : result.changes) {
         table.AddRow({{Item(change)},
                       {change.left.value_or("not there")},
                       {"->", Style::Quiet},
                       {change.right.value_or("gone"), Style::Notable}});
     }
-    return table.Text(palette, 2);
+    return fmt::format("{}: {}\n", result.path, Heading(result)) + table.Text(palette, 2);
 }
 
-std::string Text(const ChangeResult& result, const Palette& palette) {
-    return fmt::format("{}: {}\n", result.path, Heading(result)) + Lines(result.changes, palette);
-}
-
-nlohmann::ordered_json Json(const ChangeResult& result) {
+Json Document(const ChangeResult& result) {
     return {{"file", result.path},
             {"changes", JsonRenderer::Differences(result.changes)},
             {"new", result.isNew},
@@ -53,15 +48,9 @@ nlohmann::ordered_json Json(const ChangeResult& result) {
             {"doubts", result.doubts}};
 }
 
-void Diagnose(const std::string& path, const std::vector<std::string>& doubts, const Console& console) {
-    for (const std::string& doubt : doubts) {
-        console.Diagnose(fmt::format("{}: {}", path, doubt));
-    }
-}
-
 void Diagnose(const ChangeResult& result, const Console& console) {
     if (result.HasChanges()) {
-        Diagnose(result.path, result.doubts, console);
+        console.Diagnose(result.path, result.doubts);
     }
 }
 

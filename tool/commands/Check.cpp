@@ -1,81 +1,236 @@
-#include "tool/commands/Check.h"
-
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <optional>
+#include <span>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/PluginReading.h"
-#include "tool/commands/CheckReport.h"
+#include "stmdcm/reading/Words.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/output/GuardedHome.h"
+#include "tool/render/Table.h"
 
 namespace stmdcm {
 
 namespace {
 
+constexpr Severity kSeverities[] = {Severity::Error, Severity::Warning, Severity::Note};
+
 Severity ToSeverity(const std::string& name) {
-    for (const Severity severity : {Severity::Error, Severity::Warning}) {
-        if (name == SeverityName(severity)) {
-            return severity;
-        }
-    }
-    return Severity::Note;
+    return *std::find_if(std::begin(kSeverities), std::end(kSeverities),
+                         [&](Severity severity) { return name == SeverityName(severity); });
 }
 
-std::optional<ConfigurationKind> ToKind(const std::string& name) {
-    if (name.empty()) {
-        return std::nullopt;
-    }
-    return name == "capture" ? ConfigurationKind::Capture : ConfigurationKind::Settings;
+/// By severity: note, warning, error.
+constexpr Style kSeverityStyles[] = {Style::Quiet, Style::Notable, Style::Bad};
+
+Style StyleOf(const FindingKind& kind) { return kSeverityStyles[static_cast<std::size_t>(kind.severity)]; }
+
+Json ToJson(const Finding& finding) {
+    const Place& place = finding.place;
+    return {{"id", finding.kind->id},
+            {"severity", SeverityName(finding.kind->severity)},
+            {"section", JsonRenderer::OrNull(place.section)},
+            {"offset", place.offset ? Json(std::to_string(*place.offset)) : nullptr},
+            {"line", place.line != 0 ? Json(place.line) : nullptr},
+            {"what", finding.what},
+            {"reader", finding.effect}};
 }
+
+/// Tells the kinds of findings.
+struct KindList {
+    static std::string Text(const Palette& palette) {
+        Table table;
+        for (const FindingKind& kind : kFindingKinds) {
+            table.AddRow({{kind.id}, {SeverityName(kind.severity), StyleOf(kind)}, {kind.meaning}});
+        }
+        return table.Text(palette, 0);
+    }
+
+    static Json Document() {
+        Json document = JsonRenderer::Document("check");
+        for (const FindingKind& kind : kFindingKinds) {
+            document["kinds"].push_back(
+                {{"id", kind.id}, {"severity", SeverityName(kind.severity)}, {"meaning", kind.meaning}});
+        }
+        return document;
+    }
+};
+
+/// Tells what was found in files.
+struct CheckReport {
+    using Files = std::span<const Reading>;
+
+    Files files;
+    Severity least;  ///< findings below are left out, in the counts too
+
+    bool IsShown(const FindingKind& kind) const { return kind.severity >= least; }
+
+    std::size_t Count(Files some, Severity severity) const {
+        std::size_t count = 0;
+        for (const Reading& file : some) {
+            count += severity >= least ? file.findings.Count(severity) : 0;
+        }
+        return count;
+    }
+
+    /// Whether anything that is shown is more than a note.
+    bool HasProblem() const { return Count(files, Severity::Error) + Count(files, Severity::Warning) > 0; }
+
+    std::string CountsInWords(Files some) const {
+        std::string words;
+        for (const Severity severity : kSeverities) {
+            if (const std::size_t count = Count(some, severity); count > 0) {
+                words += (words.empty() ? "" : ", ") + Counted(count, SeverityName(severity));
+            }
+        }
+        return words.empty() ? "nothing found" : words;
+    }
+
+    std::vector<Finding> Shown(const Reading& file) const {
+        std::vector<Finding> findings = file.findings.Sorted();
+        std::erase_if(findings, [&](const Finding& finding) { return !IsShown(*finding.kind); });
+        return findings;
+    }
+
+    /// Calls `tell` with each kind of which there are more than are told, and how many more.
+    template <class Tell>
+    void EachUntold(const Reading& file, Tell tell) const {
+        for (const FindingKind& kind : kFindingKinds) {
+            const std::size_t count = file.findings.Count(kind);
+            if (IsShown(kind) && count > Findings::kMaxOfKind) {
+                tell(kind, count - Findings::kMaxOfKind);
+            }
+        }
+    }
+
+    std::string FileText(const Reading& file, const Palette& palette) const {
+        std::string text = fmt::format("{}: {}\n", palette.Paint(Style::Heading, InWords(Unit::None, file.path)),
+                                       CountsInWords({&file, 1}));
+        const auto tell = [&](const FindingKind& kind, const std::string& place, const std::string& what) {
+            text += fmt::format("  {} {}{}{}: {}\n", palette.Paint(StyleOf(kind), SeverityName(kind.severity)), kind.id,
+                                place.empty() ? "" : " ", place, what);
+        };
+        for (const Finding& finding : Shown(file)) {
+            tell(*finding.kind, InWords(finding.place), finding.what);
+            text += fmt::format("      reader: {}\n", finding.effect);
+        }
+        EachUntold(file, [&](const FindingKind& kind, std::size_t count) {
+            tell(kind, "", fmt::format("{} more of this kind", count));
+        });
+        return text;
+    }
+
+    std::string Text(const Palette& palette) const {
+        std::string text;
+        for (const Reading& file : files) {
+            text += FileText(file, palette);
+        }
+        if (files.size() > 1) {
+            text += fmt::format("{}: {}\n", Counted(files.size(), "file"), CountsInWords(files));
+        }
+        return text;
+    }
+
+    Json FileDocument(const Reading& file) const {
+        Json object = {{"path", file.path},
+                       {"kind", file.kind ? Json(KindName(*file.kind)) : nullptr},
+                       {"findings", Json::array()},
+                       {"more", Json::array()}};
+        for (const Finding& finding : Shown(file)) {
+            object["findings"].push_back(ToJson(finding));
+        }
+        EachUntold(file, [&](const FindingKind& kind, std::size_t count) {
+            object["more"].push_back({{"id", kind.id}, {"count", count}});
+        });
+        for (const Severity severity : kSeverities) {
+            object[fmt::format("{}s", SeverityName(severity))] = Count({&file, 1}, severity);
+        }
+        return object;
+    }
+
+    Json Document() const {
+        Json document = JsonRenderer::Document("check");
+        for (const Reading& file : files) {
+            document["files"].push_back(FileDocument(file));
+        }
+        document["problems"] = HasProblem();
+        return document;
+    }
+};
+
+/// Tells what the lenient readers pass over in silence (docs/check.md).
+class Check final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        auto* list = app.add_flag("--list", m_list, "List the kinds of findings instead");
+        app.add_option("FILE", m_files, "Captures and settings files")->excludes(list);
+        app.add_option("--as", m_kind, "Take every file for a capture or for settings, whatever it looks like")
+            ->check(CLI::IsMember({"capture", "settings"}))
+            ->type_name("KIND");
+        app.add_option("--severity", m_severity, "Show nothing below this: error, warning or note")
+            ->check(CLI::IsMember({"error", "warning", "note"}))
+            ->type_name("SEVERITY");
+        app.footer(
+            "Goes on after a bad file. Ends with status 1 when an error or a warning is shown; notes alone are no "
+            "problem. docs/check.md explains the findings.\n\nExample:\n"
+            "  stmdcm check --severity warning capture.tdf settings.dcm");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        if (m_list) {
+            context.Print(KindList());
+            return ExitStatus::Done;
+        }
+        if (m_files.empty()) {
+            throw Failure("check needs a FILE, or --list", Failure::Kind::Request);
+        }
+        std::vector<Reading> files;
+        for (const std::string& file : m_files) {
+            files.push_back(CheckFile(file, Kind()));
+            if (!files.back().kind) {
+                context.console.Diagnose(fmt::format("{}: {}", file, files.back().findings.Sorted().front().what));
+            }
+        }
+        bool isOtherwise = false;
+        for (const Reading& file : files) {
+            isOtherwise = TellThroughPlugin(context, file) || isOtherwise;
+        }
+        const CheckReport report{files, ToSeverity(m_severity)};
+        context.Print(report);
+        return report.HasProblem() || isOtherwise ? ExitStatus::Failed : ExitStatus::Done;
+    }
+
+  private:
+    std::optional<ConfigurationKind> Kind() const {
+        if (m_kind.empty()) {
+            return std::nullopt;
+        }
+        return m_kind == "capture" ? ConfigurationKind::Capture : ConfigurationKind::Settings;
+    }
+
+    /// Whether a plug-in that was named says something else.
+    static bool TellThroughPlugin(const Context& context, const Reading& file) {
+        if (context.options.plugin.empty() || !file.kind) {
+            return false;
+        }
+        const GuardedHome home;
+        const std::vector<std::string> differences =
+            DifferencesThroughPlugin(Plugin(home, context.options.plugin), file);
+        context.console.Diagnose(differences);
+        return !differences.empty();
+    }
+
+    std::vector<std::string> m_files;
+    std::string m_kind;
+    std::string m_severity = "note";
+    bool m_list = false;
+};
 
 }  // namespace
 
-void Check::Declare(CLI::App& app) {
-    auto* list = app.add_flag("--list", m_list, "List the kinds of findings instead");
-    app.add_option("FILE", m_files, "Captures and settings files")->excludes(list);
-    app.add_option("--as", m_kind, "Take every file for a capture or for settings, whatever it looks like")
-        ->check(CLI::IsMember({"capture", "settings"}))
-        ->type_name("KIND");
-    app.add_option("--severity", m_severity, "Show nothing below this: error, warning or note")
-        ->check(CLI::IsMember({"error", "warning", "note"}))
-        ->type_name("SEVERITY");
-    app.footer(
-        "Goes on after a bad file. Ends with status 1 when an error or a warning is shown; notes alone are\n"
-        "no problem. docs/check.md explains the findings.\n\n"
-        "Example:\n  stmdcm check --severity warning capture.tdf settings.dcm");
-}
-
-ExitStatus Check::Run(const Context& context) {
-    if (m_list) {
-        context.console.Print(context.options.json ? CheckReport::ListJson()
-                                                   : CheckReport::ListText(context.console.Out()));
-        return ExitStatus::Done;
-    }
-    if (m_files.empty()) {
-        throw Failure("check needs a FILE, or --list", Failure::Kind::Request);
-    }
-    std::vector<Reading> reports;
-    for (const std::string& file : m_files) {
-        reports.push_back(CheckFile(file, ToKind(m_kind)));
-        if (!reports.back().kind) {
-            context.console.Diagnose(fmt::format("{}: {}", file, reports.back().findings.Sorted().front().what));
-        }
-    }
-    bool isOtherwise = false;
-    for (const Reading& report : reports) {
-        if (context.options.plugin.empty() || !report.kind) {
-            continue;
-        }
-        const GuardedHome home;
-        for (const std::string& sentence : DifferencesThroughPlugin(Plugin(home, context.options.plugin), report)) {
-            context.console.Diagnose(sentence);
-            isOtherwise = true;
-        }
-    }
-    const CheckReport report(reports, ToSeverity(m_severity));
-    context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    return report.HasProblem() || isOtherwise ? ExitStatus::Failed : ExitStatus::Done;
-}
+std::unique_ptr<Command> MakeCheck() { return std::make_unique<Check>(); }
 
 }  // namespace stmdcm

@@ -1,20 +1,34 @@
 #pragma once
 
-#include <memory>
-#include <span>
-
 #include "tool/cli/Command.h"
 
 namespace stmdcm {
 
-struct CommandEntry {
-    const char* name;
-    const char* description;
-    std::unique_ptr<Command> (*make)();
-    bool isHidden = false;  ///< for programs: in no help
-};
+// A new command is a source in this folder, with its report in it, and here its name and its line.
+
+using CommandFactory = std::unique_ptr<Command>();
+CommandFactory MakeApply, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff, MakeExtract,
+    MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections, MakeSet, MakeShow;
 
 /// Every command, in the order in which the help shows them.
-std::span<const CommandEntry> CommandTable();
+inline constexpr CommandEntry kCommands[] = {
+    {"show", "Show the configuration in a capture or a settings file", MakeShow},
+    {"check", "Tell what the lenient readers pass over in silence", MakeCheck},
+    {"sections", "List the sections of a capture and how readers find them", MakeSections},
+    {"extract", "Write the payload of one section of a capture", MakeExtract},
+    {"recover", "Make a new capture of what can be found in a torn or broken one", MakeRecover},
+    {"set", "Change properties of a capture, in place, or of a settings file", MakeSet},
+    {"apply", "Put the configuration of a settings file or capture into captures", MakeApply},
+    {"convert", "Turn a capture into settings text, or settings into a capture", MakeConvert},
+    {"diff", "Compare the configurations of two captures or settings files", MakeDiff},
+    {"objects", "Tell which program images are there, and record their new places", MakeObjects},
+    {"history", "List the earlier configurations that a capture holds", MakeHistory},
+    {"restore", "Put an earlier configuration of a capture in force again", MakeRestore},
+    {"live", "Load the configuration from the live target, show it and save it", MakeLive},
+    {"demo", "Load, change, save and reload configurations, and compare them", MakeDemo},
+    {"completion", "Print the script that completes command lines in a shell", MakeCompletion},
+    {"complete", "Tell what a command line can go on with", MakeComplete, true},
+    {"help-man", "Print the manual page", MakeHelpMan, true},
+};
 
 }  // namespace stmdcm

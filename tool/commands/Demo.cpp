@@ -1,32 +1,148 @@
-#include "tool/commands/Demo.h"
+#include <fmt/format.h>
 
 #include "stmdcm/plugin/Installation.h"
 #include "stmdcm/plugin/LibraryPath.h"
-#include "stmdcm/plugin/PluginSession.h"
-#include "tool/commands/DemoReport.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/DemoRun.h"
-#include "tool/commands/LiveDemoRun.h"
 #include "tool/output/GuardedHome.h"
+#include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
 
-void Demo::Declare(CLI::App& app) {
-    app.add_option("--keep", m_keep, "Work in this new directory and leave the captures there")->type_name("DIR");
-    app.footer(
-        "Works in a private directory that is removed at the end, and touches nothing else.\n"
-        "The live target is a simulated one. Ends with status 1 when a reloaded configuration differs.\n\nExample:\n  "
-        "stmdcm demo --keep /tmp/demo");
+namespace {
+
+const char* Reason(const ObjectFileQuestion& question) { return question.changed ? "changed" : "missing"; }
+
+std::string QuestionsText(const std::vector<ObjectFileQuestion>& questions, const Palette& palette) {
+    std::string text;
+    for (const ObjectFileQuestion& question : questions) {
+        text += fmt::format("  manager: {} is {}; which file is it?\n  host:    {}\n", question.file,
+                            palette.Paint(Style::Notable, Reason(question)),
+                            question.answer.empty() ? "there is none" : question.answer);
+    }
+    return text.empty() ? "  no question: every file is as it was recorded\n" : text;
 }
 
-ExitStatus Demo::Run(const Context& context) {
-    SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
-    const GuardedHome home(m_keep);
-    PluginSession session(home, context.options.plugin);
-    const DemoResult result = DemoRun(session.plugin, home.Path()).Run();
-    const LiveDemoResult live = LiveDemoRun(session).Run();
-    const DemoReport report(result, live);
-    context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    return result.Passed() && live.Passed() ? ExitStatus::Done : ExitStatus::Failed;
+Json ToJson(const std::vector<ObjectFileQuestion>& questions) {
+    Json array = Json::array();
+    for (const ObjectFileQuestion& question : questions) {
+        array.push_back({{"file", question.file}, {"reason", Reason(question)}, {"answer", question.answer}});
+    }
+    return array;
 }
+
+std::string ChangesText(const std::vector<Difference>& changes) {
+    std::string text;
+    for (const Difference& change : changes) {
+        text += change.left ? fmt::format("  {}: {} -> {}\n", change.item, *change.left, change.right.value_or("gone"))
+                            : fmt::format("  new {}: {}\n", change.kind, change.item);
+    }
+    return text;
+}
+
+std::string VerdictText(const DemoOutcome& outcome, const Palette& palette) {
+    const Configuration& reloaded = outcome.reloaded;
+    if (outcome.Passed()) {
+        return palette.Paint(Style::Good, "EQUAL") +
+               fmt::format(": {} properties, {} use cases and {} object files, field by field\n",
+                           reloaded.properties.size(), reloaded.sc.size() + reloaded.cpt.size() + reloaded.pmi.size(),
+                           reloaded.objectFiles.size());
+    }
+    std::string text = palette.Paint(Style::Bad, "DIFFERENT") +
+                       fmt::format(": {} differences (saved / reloaded)\n", outcome.differences.size()) +
+                       TextRenderer(palette).Differences(outcome.differences);
+    for (const std::string& problem : outcome.problems) {
+        text += fmt::format("  {}\n", problem);
+    }
+    return text;
+}
+
+Json ToJson(const DemoOutcome& outcome) {
+    return {{"saved_capture", outcome.savedCapture},
+            {"reloaded", JsonRenderer::Render(outcome.reloaded)},
+            {"differences", JsonRenderer::Differences(outcome.differences)},
+            {"problems", outcome.problems},
+            {"equal", outcome.Passed()}};
+}
+
+/// Tells both halves.
+struct DemoReport {
+    const DemoResult& demo;
+    const LiveDemoResult& live;
+
+    std::string Text(const Palette& palette) const {
+        const TextRenderer renderer(palette);
+        std::string text = renderer.Heading("1. Load a capture");
+        text += fmt::format("  plug-in  {}\n  CPU      {}\n  capture  {}\n\n", demo.plugin, demo.cpu, demo.capture);
+        text += renderer.ObjectFiles(demo.recorded) + "\n";
+        text += renderer.Heading("2. Answer the manager's questions");
+        text += QuestionsText(demo.questions, palette) + "\n";
+        text += renderer.Heading("3. What the manager holds") + "\n" + renderer.Render(demo.loaded) + "\n";
+        text += renderer.Heading("4. Change it");
+        text += ChangesText(demo.changes) + "\n";
+        text += renderer.Heading("5. Save into the host's own capture, load that into a second manager, compare");
+        text += fmt::format("  capture  {}\n", demo.savedCapture);
+        return text + "  " + VerdictText(demo, palette) + "\n" + LiveText(palette);
+    }
+
+    std::string LiveText(const Palette& palette) const {
+        const TextRenderer renderer(palette);
+        std::string text = renderer.Heading("6. Load from a live target, which is simulated");
+        text += fmt::format("  scenario {}\n  CPU      {}\n\n", live.scenario, live.live.cpu);
+        text += renderer.Properties(live.live.configuration.properties, true) + "\n";
+        text += renderer.ObjectFiles(live.live.configuration.objectFiles) + "\n";
+        text += renderer.Heading("7. Save into a capture, lose the target, load the capture without it, compare");
+        text += fmt::format("  capture  {}\n", live.savedCapture);
+        return text + "  " + VerdictText(live, palette);
+    }
+
+    Json Document() const {
+        Json second = {{"scenario", live.scenario},
+                       {"cpu", live.live.cpu},
+                       {"doubts", live.live.doubts},
+                       {"loaded", JsonRenderer::Render(live.live.configuration)}};
+        second.update(ToJson(live));
+        Json document =
+            JsonRenderer::Document("demo", {{"plugin", demo.plugin},
+                                            {"cpu", demo.cpu},
+                                            {"capture", demo.capture},
+                                            {"recorded_object_files", JsonRenderer::ObjectFiles(demo.recorded)},
+                                            {"questions", ToJson(demo.questions)},
+                                            {"loaded", JsonRenderer::Render(demo.loaded)},
+                                            {"changes", JsonRenderer::Differences(demo.changes)}});
+        document.update(ToJson(demo));
+        document["live"] = std::move(second);
+        return document;
+    }
+};
+
+/// The main job on a capture that is shipped with the program, and the same from a live target, a simulated one.
+class Demo final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        app.add_option("--keep", m_keep, "Work in this new directory and leave the captures there")->type_name("DIR");
+        app.footer(
+            "Works in a private directory that is removed at the end, and touches nothing else. The live target is a "
+            "simulated one. Ends with status 1 when a reloaded configuration differs.\n\nExample:\n"
+            "  stmdcm demo --keep /tmp/demo");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
+        const GuardedHome home(m_keep);
+        PluginSession session(home, context.options.plugin);
+        const DemoResult demo = RunDemo(session);
+        const LiveDemoResult live = RunLiveDemo(session);
+        context.Print(DemoReport{demo, live});
+        return demo.Passed() && live.Passed() ? ExitStatus::Done : ExitStatus::Failed;
+    }
+
+  private:
+    std::string m_keep;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeDemo() { return std::make_unique<Demo>(); }
 
 }  // namespace stmdcm

@@ -1,8 +1,11 @@
 #include "tool/commands/DemoRun.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <fstream>
 #include <iterator>
 #include <utility>
 
@@ -10,9 +13,7 @@
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Installation.h"
 #include "stmdcm/plugin/Manager.h"
-#include "stmdcm/plugin/Plugin.h"
-#include "stmdcm/reading/Reading.h"
-#include "tool/commands/DemoImage.h"
+#include "stmdcm/plugin/TraceDataFile.h"
 #include "trace/format/StmSections.h"
 
 namespace stmdcm {
@@ -22,7 +23,6 @@ using namespace Zu::Wep::Trace;
 
 namespace {
 
-constexpr char kCpuName[] = "Core_0/Cluster";  // The "/" must not reach a file name.
 constexpr char kShippedCapture[] = "full.tdf";
 
 // The sections that a host writes itself.
@@ -70,101 +70,122 @@ void AddPmiUsecase(PMIUsecaseRecordIF& record) {
     record.AddUsecase(&usecase);
 }
 
+class DemoRun {
+  public:
+    explicit DemoRun(const PluginSession& session) : m_session(session), m_container(session.plugin) {
+        m_result.cpu = kDemoCpu;
+        m_result.plugin = session.plugin.Path().string();
+        m_result.capture = session.WorkingFile(kShippedCapture);
+        m_result.savedCapture = session.WorkingFile("saved.tdf");
+    }
+
+    DemoResult Run() {
+        {
+            Manager manager(m_session.plugin, kDemoCpu, [this](const auto& question) { return Answer(question); });
+            Load(manager);
+            Change(manager);
+            Save(manager);
+        }
+        ReloadAndCompare();
+        return std::move(m_result);
+    }
+
+  private:
+    std::string Answer(const ObjectFileQuestion& question) const {
+        if (question.changed) {
+            return question.file;
+        }
+        const auto entry = std::find_if(m_result.recorded.begin(), m_result.recorded.end(),
+                                        [&](const ObjectFile& file) { return file.path == question.file; });
+        if (entry == m_result.recorded.end()) {
+            return {};
+        }
+        const fs::path image = m_session.home.Path() / "images" / fs::path(entry->path).filename();
+        WriteDemoImage(image, entry->recorded);
+        return image.string();
+    }
+
+    void Load(Manager& manager) {
+        fs::copy_file(DataFile(kShippedCapture), m_result.capture);
+        m_result.recorded = Read(m_result.capture).configuration.objectFiles;
+        if (!manager.Load(m_result.capture, TRACE_DATA_FILE_TDF)) {
+            throw Failure(fmt::format("{}: the plug-in can't load the configuration", m_result.capture));
+        }
+        m_result.questions = manager.Questions();
+        m_result.loaded = ReadConfiguration(manager);
+        m_result.loaded.objectFiles = ObjectFilesHeldBy(manager, m_result.recorded);
+    }
+
+    void Change(Manager& manager) {
+        for (const auto& [name, value] : kPropertyChanges) {
+            manager.SetProperty(name, value);
+        }
+        AddScUsecase(manager.ScRecord());
+        AddCptUsecase(manager.CptRecord());
+        AddPmiUsecase(manager.PmiRecord());
+
+        m_result.changed = ReadConfiguration(manager);
+        m_result.changed.objectFiles = m_result.loaded.objectFiles;
+        m_result.changes = Compare(m_result.loaded, m_result.changed);
+        if (m_result.changes.size() != std::size(kPropertyChanges) + kAddedUsecases) {
+            m_result.problems.emplace_back("the plug-in did not take the changes as they were made");
+        }
+    }
+
+    void Save(Manager& manager) {
+        const std::string& path = m_result.savedCapture;
+        const std::string trace = m_container.ReadSection(m_result.capture, kTraceSection, kTraceSectionVersion);
+        m_container.Create(path);
+        m_container.AppendSection(path, kTraceSection, kTraceSectionVersion, trace);
+        m_container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, kDeviceIdentification);
+        if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
+            throw Failure(fmt::format("{}: the plug-in can't save the configuration", path));
+        }
+        CheckHostSection(kTraceSection, trace);
+        CheckHostSection(kDeviceSectionName, kDeviceIdentification);
+    }
+
+    void CheckHostSection(const char* name, const std::string& payload) {
+        if (m_container.ReadSection(m_result.savedCapture, name, 1) != payload) {
+            m_result.problems.push_back(fmt::format("saving changed the host's own section {}", name));
+        }
+    }
+
+    void ReloadAndCompare() {
+        Manager manager(m_session.plugin, kDemoCpu);
+        Reload(manager, m_result);
+        m_result.differences = Compare(m_result.changed, m_result.reloaded);
+
+        Configuration held = m_result.reloaded;
+        held.objectFiles = ObjectFilesHeldBy(manager, held.objectFiles);
+        if (!Compare(m_result.reloaded, held).empty() || !manager.Questions().empty()) {
+            m_result.problems.emplace_back("the second manager does not hold the object files that were saved");
+        }
+    }
+
+    const PluginSession& m_session;
+    TraceDataFile m_container;
+    DemoResult m_result;
+};
+
 }  // namespace
 
-DemoRun::DemoRun(const Plugin& plugin, fs::path directory)
-    : m_plugin(plugin), m_directory(std::move(directory)), m_container(plugin) {
-    m_result.cpu = kCpuName;
-    m_result.plugin = plugin.Path().string();
-    m_result.capture = (m_directory / kShippedCapture).string();
-    m_result.savedCapture = (m_directory / "saved.tdf").string();
+DemoResult RunDemo(const PluginSession& session) { return DemoRun(session).Run(); }
+
+void Reload(Manager& manager, DemoOutcome& outcome) {
+    if (!manager.Load(outcome.savedCapture, TRACE_DATA_FILE_TDF)) {
+        throw Failure(fmt::format("{}: the plug-in can't load what it saved", outcome.savedCapture));
+    }
+    outcome.reloaded = ReadConfiguration(manager);
+    outcome.reloaded.objectFiles = Read(outcome.savedCapture).configuration.objectFiles;
 }
 
-DemoResult DemoRun::Run() {
-    {
-        Manager manager(m_plugin, kCpuName, [this](const auto& question) { return AnswerQuestion(question); });
-        Load(manager);
-        Change(manager);
-        Save(manager);
-    }
-    Reload();
-    return std::move(m_result);
-}
-
-std::string DemoRun::AnswerQuestion(const ObjectFileQuestion& question) const {
-    if (question.changed) {
-        return question.file;
-    }
-    const auto entry = std::find_if(m_result.recorded.begin(), m_result.recorded.end(),
-                                    [&](const ObjectFile& file) { return file.path == question.file; });
-    if (entry == m_result.recorded.end()) {
-        return {};
-    }
-    const fs::path image = m_directory / "images" / fs::path(entry->path).filename();
-    WriteDemoImage(image, entry->recorded);
-    return image.string();
-}
-
-void DemoRun::Load(Manager& manager) {
-    fs::copy_file(DataFile(kShippedCapture), m_result.capture);
-    m_result.recorded = Read(m_result.capture).configuration.objectFiles;
-    if (!manager.Load(m_result.capture, TRACE_DATA_FILE_TDF)) {
-        throw Failure(fmt::format("{}: the plug-in can't load the configuration", m_result.capture));
-    }
-    m_result.questions = manager.Questions();
-    m_result.loaded = ReadConfiguration(manager);
-    m_result.loaded.objectFiles = ObjectFilesHeldBy(manager, m_result.recorded);
-}
-
-void DemoRun::Change(Manager& manager) {
-    for (const auto& [name, value] : kPropertyChanges) {
-        manager.SetProperty(name, value);
-    }
-    AddScUsecase(manager.ScRecord());
-    AddCptUsecase(manager.CptRecord());
-    AddPmiUsecase(manager.PmiRecord());
-
-    m_result.changed = ReadConfiguration(manager);
-    m_result.changed.objectFiles = m_result.loaded.objectFiles;
-    m_result.changes = Compare(m_result.loaded, m_result.changed);
-    if (m_result.changes.size() != std::size(kPropertyChanges) + kAddedUsecases) {
-        m_result.problems.emplace_back("the plug-in did not take the changes as they were made");
-    }
-}
-
-void DemoRun::Save(Manager& manager) {
-    const std::string& path = m_result.savedCapture;
-    const std::string trace = m_container.ReadSection(m_result.capture, kTraceSection, kTraceSectionVersion);
-    m_container.Create(path);
-    m_container.AppendSection(path, kTraceSection, kTraceSectionVersion, trace);
-    m_container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, kDeviceIdentification);
-    if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
-        throw Failure(fmt::format("{}: the plug-in can't save the configuration", path));
-    }
-    CheckHostSection(kTraceSection, trace);
-    CheckHostSection(kDeviceSectionName, kDeviceIdentification);
-}
-
-void DemoRun::CheckHostSection(const char* name, const std::string& payload) {
-    if (m_container.ReadSection(m_result.savedCapture, name, 1) != payload) {
-        m_result.problems.push_back(fmt::format("saving changed the host's own section {}", name));
-    }
-}
-
-void DemoRun::Reload() {
-    Manager manager(m_plugin, kCpuName);
-    if (!manager.Load(m_result.savedCapture, TRACE_DATA_FILE_TDF)) {
-        throw Failure(fmt::format("{}: the plug-in can't load what it saved", m_result.savedCapture));
-    }
-    const std::vector<ObjectFile> recorded = Read(m_result.savedCapture).configuration.objectFiles;
-    m_result.reloaded = ReadConfiguration(manager);
-    m_result.reloaded.objectFiles = recorded;
-    m_result.differences = Compare(m_result.changed, m_result.reloaded);
-
-    Configuration held = m_result.reloaded;
-    held.objectFiles = ObjectFilesHeldBy(manager, recorded);
-    if (!Compare(m_result.reloaded, held).empty() || !manager.Questions().empty()) {
-        m_result.problems.emplace_back("the second manager does not hold the object files that were saved");
+void WriteDemoImage(const fs::path& path, std::int64_t modified) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path) << "program image " << path.filename().string() << "\n";
+    const timespec times[2] = {{modified, 0}, {modified, 0}};
+    if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) {
+        throw Failure(fmt::format("{}: the program image can't be written", path.string()));
     }
 }
 

@@ -4,18 +4,27 @@
 #include <string>
 #include <vector>
 
+#include "stmdcm/plugin/LiveConfiguration.h"
 #include "stmdcm/plugin/ObjectFileQuestions.h"
-#include "stmdcm/plugin/TraceDataFile.h"
+#include "stmdcm/plugin/PluginSession.h"
 #include "stmdcm/reading/Comparison.h"
-#include "stmdcm/reading/Configuration.h"
 
 namespace stmdcm {
 
 class Manager;
-class Plugin;
+
+/// What came back in either half of the demo.
+struct DemoOutcome {
+    std::string savedCapture;
+    Configuration reloaded;               ///< what the second manager holds
+    std::vector<Difference> differences;  ///< from what the first one held when it saved to `reloaded`
+    std::vector<std::string> problems;    ///< whatever else is not as it should be
+
+    bool Passed() const { return differences.empty() && problems.empty(); }
+};
 
 /// What the demo saw.
-struct DemoResult {
+struct DemoResult : DemoOutcome {
     std::string cpu;
     std::string plugin;
     std::string capture;                        ///< the one that was loaded
@@ -24,36 +33,30 @@ struct DemoResult {
     Configuration loaded;
     Configuration changed;            ///< what the first manager held when it saved
     std::vector<Difference> changes;  ///< from `loaded` to `changed`
-    std::string savedCapture;
-    Configuration reloaded;               ///< what the second manager holds
-    std::vector<Difference> differences;  ///< from `changed` to `reloaded`
-    std::vector<std::string> problems;    ///< whatever else is not as it should be
-
-    bool Passed() const { return differences.empty() && problems.empty(); }
 };
+
+/// What the live half saw.
+struct LiveDemoResult : DemoOutcome {
+    std::string scenario;
+    LiveConfiguration live;
+};
+
+// Both work in the session's home alone, and throw Failure where the job can't go on.
 
 /// The main job: load a capture, answer the manager's questions, change and add, save into another capture, load that
 /// into a second manager, compare.
-class DemoRun {
-  public:
-    /// Works in `directory` alone.
-    DemoRun(const Plugin& plugin, std::filesystem::path directory);
+DemoResult RunDemo(const PluginSession& session);
 
-    /// Throws Failure where the job can't go on.
-    DemoResult Run();
+/// The road of a capture: load from a live target, save, lose the target, load the capture without it, compare. The
+/// simulated factory must be the one that is found.
+LiveDemoResult RunLiveDemo(PluginSession& session);
 
-  private:
-    std::string AnswerQuestion(const ObjectFileQuestion& question) const;
-    void Load(Manager& manager);
-    void Change(Manager& manager);
-    void Save(Manager& manager);
-    void Reload();
-    void CheckHostSection(const char* name, const std::string& payload);
+inline constexpr char kDemoCpu[] = "Core_0/Cluster";  // The "/" must not reach a file name.
 
-    const Plugin& m_plugin;
-    std::filesystem::path m_directory;
-    TraceDataFile m_container;
-    DemoResult m_result;
-};
+/// A program image as a backup brings it back: with the modification time that it had. Throws Failure.
+void WriteDemoImage(const std::filesystem::path& path, std::int64_t modified);
+
+/// Loads the saved capture into a second manager. The object files are those that the capture records.
+void Reload(Manager& manager, DemoOutcome& outcome);
 
 }  // namespace stmdcm

@@ -1,13 +1,12 @@
-#include "tool/commands/Extract.h"
-
 #include <fmt/format.h>
 
-#include <vector>
+#include <optional>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/Container.h"
 #include "stmdcm/capture/CopyRange.h"
-#include "stmdcm/capture/Retired.h"
 #include "stmdcm/reading/Words.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
 #include "tool/output/StandardOutput.h"
@@ -29,105 +28,120 @@ std::string Doubt(const Container& container, const Section& section) {
     return {};
 }
 
+/// One section's payload, byte for byte.
+class Extract final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
+        app.add_option("NAME", m_name, "The section's name; \"\" for one without")->required()->type_name("SECTION");
+        app.add_option("--version", m_version, "Its version, where there are several")->type_name("N");
+        app.add_option("--offset", m_offset, "Where it begins, for one that is not the one that is read (see sections)")
+            ->type_name("N");
+        app.add_option("-o,--output", m_output, "Write to this file instead of standard output")->type_name("OUT");
+        app.add_flag("--force", m_force, "Overwrite the output file");
+        app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
+        app.footer(
+            "Writes the payload byte for byte, and never to a terminal. Ends with status 3 when the file does not hold "
+            "all of it; what is there is written.\n\nExample:\n"
+            "  stmdcm extract capture.tdf STMDECODERINFO -o settings.txt");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        const Container container(m_file);
+        const Section& section = m_offset ? ChooseAtOffset(container) : Choose(container);
+        Copy(container, section);
+        const std::string doubt = Doubt(container, section);
+        if (doubt.empty()) {
+            return ExitStatus::Done;
+        }
+        context.console.Diagnose(
+            fmt::format("{}: section {} at offset {}: {}", m_file, InWords(Unit::None, m_name), section.offset, doubt));
+        return ExitStatus::Doubtful;
+    }
+
+  private:
+    bool IsNamed(const Container& container, const Section& section) const {
+        return section.nameLength == m_name.size() && container.Name(section) == m_name;
+    }
+
+    const Section& Choose(const Container& container) const {
+        const Section* chosen = nullptr;
+        for (const Section& section : container.Sections()) {
+            if (section.use != SectionUse::Read || (m_version && section.version != *m_version) ||
+                !IsNamed(container, section)) {
+                continue;
+            }
+            if (chosen != nullptr) {
+                throw Failure(fmt::format("{}: there are several versions of section {}, among them {} and {}; name "
+                                          "one with --version",
+                                          m_file, InWords(Unit::None, m_name), chosen->version, section.version),
+                              Failure::Kind::Request);
+            }
+            chosen = &section;
+        }
+        if (chosen == nullptr) {
+            FailToFind(container);
+        }
+        return *chosen;
+    }
+
+    const Section& ChooseAtOffset(const Container& container) const {
+        for (const Section& section : container.Sections()) {
+            if (section.offset == *m_offset) {
+                const std::string name = container.Name(section);
+                if (name == m_name && (!m_version || *m_version == section.version)) {
+                    return section;
+                }
+                throw Failure(fmt::format("{}: the section at offset {} is {}, version {}", m_file, *m_offset,
+                                          InWords(Unit::None, name), section.version));
+            }
+        }
+        throw Failure(fmt::format("{}: no section begins at offset {}; list them with sections", m_file, *m_offset));
+    }
+
+    [[noreturn]] void FailToFind(const Container& container) const {
+        std::string sentence = fmt::format("{}: a reader finds no section {}", m_file, InWords(Unit::None, m_name));
+        if (m_version) {
+            sentence += fmt::format(", version {}", *m_version);
+        }
+        for (const Section& section : container.Sections()) {
+            if (section.use != SectionUse::Read && IsNamed(container, section)) {
+                throw Failure(fmt::format("{}; there is one that is {}, get it with --offset {}", sentence,
+                                          SectionUseText(section.use), section.offset));
+            }
+        }
+        throw Failure(sentence + "; list those that are there with sections");
+    }
+
+    void Copy(const Container& container, const Section& section) const {
+        if (m_output.empty()) {
+            StandardOutput output;
+            CopyTo(output, container, section);
+        } else {
+            OutputFile output(m_output, m_force, {m_file});
+            CopyTo(output, container, section);
+            output.Commit();
+        }
+    }
+
+    void CopyTo(ByteSink& sink, const Container& container, const Section& section) const {
+        const std::uint64_t held = container.HeldPayload(section);
+        Progress progress("Extracting", held, m_progress);
+        CopyRange(container.File(), section.PayloadOffset(), held, sink,
+                  [&](std::uint64_t done) { progress.Update(done); });
+    }
+
+    std::string m_file;
+    std::string m_name;
+    std::optional<std::uint32_t> m_version;
+    std::optional<std::uint64_t> m_offset;
+    std::string m_output;
+    bool m_force = false;
+    bool m_progress = false;
+};
+
 }  // namespace
 
-void Extract::Declare(CLI::App& app) {
-    app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
-    app.add_option("NAME", m_name, "The section's name; \"\" for one without")->required()->type_name("SECTION");
-    app.add_option("--version", m_version, "Its version, where there are several")->type_name("N");
-    app.add_option("--offset", m_offset, "Where it begins, for one that is not the one that is read (see sections)")
-        ->type_name("N");
-    app.add_option("-o,--output", m_output, "Write to this file instead of standard output")->type_name("OUT");
-    app.add_flag("--force", m_force, "Overwrite the output file");
-    app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
-    app.footer(
-        "Writes the payload byte for byte, and never to a terminal. Ends with status 3 when the file does not hold\n"
-        "all of it; what is there is written.\n\nExample:\n  stmdcm extract capture.tdf STMDECODERINFO -o "
-        "settings.txt");
-}
-
-ExitStatus Extract::Run(const Context& context) {
-    const Container container(m_file);
-    const Section& section = Choose(container);
-    Copy(container, section);
-    const std::string doubt = Doubt(container, section);
-    if (doubt.empty()) {
-        return ExitStatus::Done;
-    }
-    context.console.Diagnose(
-        fmt::format("{}: section {} at offset {}: {}", m_file, InWords(Unit::None, m_name), section.offset, doubt));
-    return ExitStatus::Doubtful;
-}
-
-const Section& Extract::Choose(const Container& container) const {
-    if (m_offset) {
-        return ChooseAtOffset(container);
-    }
-    const Section* chosen = nullptr;
-    for (const Section& section : container.Sections()) {
-        if (section.use != SectionUse::Read || (m_version && section.version != *m_version) ||
-            section.nameLength != m_name.size() || container.Name(section) != m_name) {
-            continue;
-        }
-        if (chosen != nullptr) {
-            throw Failure(fmt::format("{}: there are several versions of section {}, among them {} and {}; name one "
-                                      "with --version",
-                                      m_file, InWords(Unit::None, m_name), chosen->version, section.version),
-                          Failure::Kind::Request);
-        }
-        chosen = &section;
-    }
-    if (chosen == nullptr) {
-        FailToFind(container);
-    }
-    return *chosen;
-}
-
-const Section& Extract::ChooseAtOffset(const Container& container) const {
-    for (const Section& section : container.Sections()) {
-        if (section.offset == *m_offset) {
-            const std::string name = container.Name(section);
-            if (name == m_name && (!m_version || *m_version == section.version)) {
-                return section;
-            }
-            throw Failure(fmt::format("{}: the section at offset {} is {}, version {}", m_file, *m_offset,
-                                      InWords(Unit::None, name), section.version));
-        }
-    }
-    throw Failure(fmt::format("{}: no section begins at offset {}; list them with sections", m_file, *m_offset));
-}
-
-void Extract::FailToFind(const Container& container) const {
-    std::string sentence = fmt::format("{}: a reader finds no section {}", m_file, InWords(Unit::None, m_name));
-    if (m_version) {
-        sentence += fmt::format(", version {}", *m_version);
-    }
-    for (const Section& section : container.Sections()) {
-        if (section.use != SectionUse::Read && section.nameLength == m_name.size() &&
-            container.Name(section) == m_name) {
-            throw Failure(fmt::format("{}; there is one that is {}, get it with --offset {}", sentence,
-                                      SectionUseText(section.use), section.offset));
-        }
-    }
-    throw Failure(sentence + "; list those that are there with sections");
-}
-
-void Extract::Copy(const Container& container, const Section& section) const {
-    if (m_output.empty()) {
-        StandardOutput output;
-        CopyTo(output, container, section);
-    } else {
-        OutputFile output(m_output, m_force, {m_file});
-        CopyTo(output, container, section);
-        output.Commit();
-    }
-}
-
-void Extract::CopyTo(ByteSink& sink, const Container& container, const Section& section) const {
-    const std::uint64_t held = container.HeldPayload(section);
-    Progress progress("Extracting", held, m_progress ? Progress::Show::Always : Progress::Show::OnTerminal);
-    CopyRange(container.File(), section.PayloadOffset(), held, sink,
-              [&](std::uint64_t done) { progress.Update(done); });
-}
+std::unique_ptr<Command> MakeExtract() { return std::make_unique<Extract>(); }
 
 }  // namespace stmdcm

@@ -1,5 +1,3 @@
-#include "tool/commands/Live.h"
-
 #include <fmt/format.h>
 #include <stdlib.h>
 
@@ -12,9 +10,10 @@
 #include "stmdcm/plugin/LiveConfiguration.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
-#include "tool/commands/LiveReport.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/output/ConfigurationFile.h"
 #include "tool/output/GuardedHome.h"
+#include "tool/render/TextRenderer.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 
@@ -23,115 +22,142 @@ namespace stmdcm {
 namespace fs = std::filesystem;
 using namespace Zu::Wep::Trace;
 
-void Live::Declare(CLI::App& app) {
-    app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it")->required()->type_name("NAME");
-    app.add_option("--factory-dir", m_factoryDirectory, "Where the trace factory, libTraceFactory.so, is")
-        ->type_name("DIR");
-    app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")
-        ->type_name("FILE.json");
-    app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
-        ->type_name("FILE");
-    app.add_flag("--force", m_force, "Overwrite a settings file");
-    app.footer(
-        "Without --factory-dir the dynamic loader finds the factory, and with a scenario, given here or in the "
-        "variable\n"
-        "STMDCM_SCENARIO, it is the simulated one. An existing capture gets the configuration appended if it holds "
-        "none.\n"
-        "Ends with status 3 when the target did not tell everything.\n\nExample:\n"
-        "  stmdcm live --cpu Core_0/Cluster --scenario target.json --save target.tdf");
-}
+namespace {
 
-ExitStatus Live::Run(const Context& context) {
-    ChooseFactory();
-    CheckSave();
-    const GuardedHome home;
-    PluginSession session(home, context.options.plugin);
-    Manager manager(session.plugin, m_cpu);
-    LiveConfiguration live = LiveConfiguration::Load(session, manager);
-    if (!m_save.empty()) {
-        Save(manager, live);
-    }
-    const LiveReport report(live, session.plugin.Path().string(), m_save);
-    context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    for (const std::string& doubt : live.doubts) {
-        context.console.Diagnose(doubt);
-    }
-    return live.doubts.empty() ? ExitStatus::Done : ExitStatus::Doubtful;
-}
+/// Tells what a live target gave.
+struct LiveReport {
+    const LiveConfiguration& live;
+    std::string plugin;
+    std::string saved;  ///< empty for none
 
-void Live::ChooseFactory() const {
-    if (!m_scenario.empty()) {
-        if (!fs::is_regular_file(m_scenario)) {
-            throw Failure(fmt::format("{}: there is no such file; name a scenario", m_scenario));
+    std::string Text(const Palette& palette) const {
+        return TextRenderer(palette).Render(live.configuration) +
+               (saved.empty() ? "" : fmt::format("\nSaved into {}\n", saved));
+    }
+
+    Json Document() const {
+        return JsonRenderer::Document("live", {{"plugin", plugin},
+                                               {"cpu", live.cpu},
+                                               {"doubts", live.doubts},
+                                               {"configuration", JsonRenderer::Render(live.configuration)},
+                                               {"saved", JsonRenderer::OrNull(saved)}});
+    }
+};
+
+/// The configuration of a live target.
+class Live final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it")->required()->type_name("NAME");
+        app.add_option("--factory-dir", m_factoryDirectory, "Where the trace factory, libTraceFactory.so, is")
+            ->type_name("DIR");
+        app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")
+            ->type_name("FILE.json");
+        app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
+            ->type_name("FILE");
+        app.add_flag("--force", m_force, "Overwrite a settings file");
+        app.footer(
+            "Without --factory-dir the dynamic loader finds the factory, and with a scenario, given here or in the "
+            "variable STMDCM_SCENARIO, it is the simulated one. An existing capture gets the configuration appended if "
+            "it holds none. Ends with status 3 when the target did not tell everything.\n\nExample:\n"
+            "  stmdcm live --cpu Core_0/Cluster --scenario target.json --save target.tdf");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        ChooseFactory();
+        if (SavesIntoCapture()) {
+            KindOf(m_save);  // fails before the target is bothered
         }
-        ::setenv(kScenarioVariable, fs::absolute(m_scenario).c_str(), 1);
-    }
-    if (!m_factoryDirectory.empty()) {
-        SearchLibrariesFirstIn(m_factoryDirectory, kFactoryFile);
-    } else if (::getenv(kScenarioVariable) != nullptr) {
-        SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
-    }
-}
-
-bool Live::SavesIntoCapture() const { return fs::exists(m_save) && KindOfName(m_save) == ConfigurationKind::Capture; }
-
-/// Before the target is bothered.
-void Live::CheckSave() const {
-    if (SavesIntoCapture()) {
-        KindOf(m_save);
-    }
-}
-
-void Live::Save(Manager& manager, LiveConfiguration& live) const {
-    if (SavesIntoCapture()) {
-        AppendTo(manager, live);
-        return;
-    }
-    const bool isCapture = KindOfName(m_save) == ConfigurationKind::Capture;
-    const CaptureFile saved(live.saved.path);
-    const std::string bytes = isCapture ? saved.Read(0, saved.Size()) : live.saved.settings->Text();
-    Configuration expected = live.configuration;
-    if (!isCapture) {
-        expected.objectFiles.clear();
-    }
-    for (const Difference& lost : WriteConfiguration(m_save, bytes, expected, m_force, {})) {
-        live.doubts.push_back(lost.Sentence(m_save));
-    }
-    if (!isCapture && !live.configuration.objectFiles.empty()) {
-        live.doubts.push_back(fmt::format("{}: settings have no object files: the target's {} are not saved", m_save,
-                                          live.configuration.objectFiles.size()));
-    }
-}
-
-/// Into a capture that holds no configuration yet; Failure for one that does.
-void Live::AppendTo(Manager& manager, LiveConfiguration& live) const {
-    const Container container(m_save);
-    if (!container.IsWhole()) {
-        throw Failure(
-            fmt::format("{}: the capture is damaged at offset {}, what is appended could not be found; recover "
-                        "it first",
-                        m_save, container.StopOffset()));
-    }
-    if (container.Find(kStmSectionName, kStmSectionVersion) != nullptr ||
-        container.Find(kCommonSectionName, kCommonSectionVersion) != nullptr) {
-        throw Failure(
-            fmt::format("{}: the capture holds a configuration, and hosts would go on reading that; save into "
-                        "a file of its own and use apply",
-                        m_save));
-    }
-    if (!manager.Save(m_save, TRACE_DATA_FILE_TDF)) {
-        throw Failure(
-            fmt::format("{}: the plug-in can't save the configuration; check that the file can be written", m_save));
-    }
-    const Reading saved = Read(m_save);
-    if (!saved.isLoaded) {
-        for (const std::string& doubt : saved.Sentences()) {
-            live.doubts.push_back(doubt);
+        const GuardedHome home;
+        PluginSession session(home, context.options.plugin);
+        Manager manager(session.plugin, m_cpu);
+        LiveConfiguration live = LiveConfiguration::Load(session, manager);
+        if (!m_save.empty()) {
+            Save(manager, live);
         }
-    } else if (!Compare(live.configuration, saved.configuration).empty()) {
-        live.doubts.push_back(
-            fmt::format("{}: hosts load another configuration than was saved: diff shows how", m_save));
+        context.Print(LiveReport{live, session.plugin.Path().string(), m_save});
+        context.console.Diagnose(live.doubts);
+        return StatusOf(live.doubts);
     }
-}
+
+  private:
+    void ChooseFactory() const {
+        if (!m_scenario.empty()) {
+            if (!fs::is_regular_file(m_scenario)) {
+                throw Failure(fmt::format("{}: there is no such file; name a scenario", m_scenario));
+            }
+            ::setenv(kScenarioVariable, fs::absolute(m_scenario).c_str(), 1);
+        }
+        if (!m_factoryDirectory.empty()) {
+            SearchLibrariesFirstIn(m_factoryDirectory, kFactoryFile);
+        } else if (::getenv(kScenarioVariable) != nullptr) {
+            SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
+        }
+    }
+
+    bool SavesIntoCapture() const { return fs::exists(m_save) && KindOfName(m_save) == ConfigurationKind::Capture; }
+
+    /// Adds to the doubts what could not be kept.
+    void Save(Manager& manager, LiveConfiguration& live) const {
+        if (SavesIntoCapture()) {
+            AppendTo(manager, live);
+            return;
+        }
+        const bool isCapture = KindOfName(m_save) == ConfigurationKind::Capture;
+        const CaptureFile saved(live.saved.path);
+        const std::string bytes = isCapture ? saved.Read(0, saved.Size()) : live.saved.settings->Text();
+        Configuration expected = live.configuration;
+        if (!isCapture) {
+            expected.objectFiles.clear();
+        }
+        for (const Difference& lost : WriteConfiguration(m_save, bytes, expected, m_force, {})) {
+            live.doubts.push_back(lost.Sentence(m_save));
+        }
+        if (!isCapture && !live.configuration.objectFiles.empty()) {
+            live.doubts.push_back(fmt::format("{}: settings have no object files: the target's {} are not saved",
+                                              m_save, live.configuration.objectFiles.size()));
+        }
+    }
+
+    /// Into a capture that holds no configuration yet; Failure for one that does.
+    void AppendTo(Manager& manager, LiveConfiguration& live) const {
+        const Container container(m_save);
+        if (!container.IsWhole()) {
+            throw Failure(
+                fmt::format("{}: the capture is damaged at offset {}, what is appended could not be found; recover "
+                            "it first",
+                            m_save, container.StopOffset()));
+        }
+        if (container.Find(kStmSectionName, kStmSectionVersion) != nullptr ||
+            container.Find(kCommonSectionName, kCommonSectionVersion) != nullptr) {
+            throw Failure(
+                fmt::format("{}: the capture holds a configuration, and hosts would go on reading that; save into "
+                            "a file of its own and use apply",
+                            m_save));
+        }
+        if (!manager.Save(m_save, TRACE_DATA_FILE_TDF)) {
+            throw Failure(fmt::format(
+                "{}: the plug-in can't save the configuration; check that the file can be written", m_save));
+        }
+        const Reading saved = Read(m_save);
+        if (!saved.isLoaded) {
+            const std::vector<std::string> sentences = saved.Sentences();
+            live.doubts.insert(live.doubts.end(), sentences.begin(), sentences.end());
+        } else if (!Compare(live.configuration, saved.configuration).empty()) {
+            live.doubts.push_back(
+                fmt::format("{}: hosts load another configuration than was saved: diff shows how", m_save));
+        }
+    }
+
+    std::string m_cpu;
+    std::string m_factoryDirectory;
+    std::string m_scenario;
+    std::string m_save;
+    bool m_force = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeLive() { return std::make_unique<Live>(); }
 
 }  // namespace stmdcm

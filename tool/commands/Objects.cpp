@@ -1,49 +1,120 @@
-#include "tool/commands/Objects.h"
-
 #include <fmt/format.h>
 
 #include "stmdcm/images/ImageUpdate.h"
-#include "tool/commands/ChangeReport.h"
-#include "tool/commands/ObjectsReport.h"
+#include "stmdcm/reading/Words.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/render/Table.h"
+#include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
 
-void Objects::Declare(CLI::App& app) {
-    app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
-    app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
-        ->type_name("OLD=NEW")
-        ->allow_extra_args(false);
-    app.add_option("--search", m_directories, "Look for missing and changed images, by name, below this directory")
-        ->type_name("DIR")
-        ->allow_extra_args(false);
-    CLI::Option* update = app.add_flag("--update", m_update, "Record the new places in the capture, in place");
-    app.add_flag("--accept-changed", m_acceptChanged, "Record images, too, that were modified since the capture")
-        ->needs(update);
-    app.footer(
-        "An image is present when it has the modification time that was recorded; another one is not what ran, and is\n"
-        "never recorded without being told. Ends with status 1 when an image is missing or changed, with status 3 "
-        "when\n"
-        "the others were recorded.\n\nExample:\n"
-        "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
-}
+namespace {
 
-ExitStatus Objects::Run(const Context& context) {
-    std::vector<PathMapping> mappings;
-    for (const std::string& text : m_mappings) {
-        mappings.push_back(PathMapping::Parse(text));
+Cell StateCell(const ObjectFile& file) { return {file.DiskStateName(), StateStyle(file.DiskStateName())}; }
+
+/// Tells how the program images of a capture are.
+struct ObjectsReport {
+    const ImageList& list;
+
+    static void AddRows(const ImageAnswer& answer, Table& table) {
+        const auto modified = [](const ObjectFile& file) {
+            return "modified " + InWords(Unit::UnixTime, file.modified);
+        };
+        table.AddRow({{InWords(Unit::None, answer.recorded.name)},
+                      StateCell(answer.recorded),
+                      {InWords(Unit::None, answer.recorded.path)},
+                      {"recorded " + InWords(Unit::UnixTime, answer.recorded.recorded), Style::Quiet}});
+        if (answer.how != ImageAnswer::How::Recorded) {
+            table.AddRow({{"  by " + std::string(answer.HowName()), Style::Quiet},
+                          StateCell(answer.found),
+                          {InWords(Unit::None, answer.found.path)},
+                          {answer.found.modified ? modified(answer.found) : "", Style::Quiet}});
+        } else if (answer.recorded.DiskState() == ObjectFile::State::Changed) {
+            table.AddRow({{}, {}, {}, {modified(answer.recorded), Style::Quiet}});
+        }
+        for (const std::string& candidate : answer.candidates) {
+            table.AddRow({{"  perhaps", Style::Quiet}, {}, {InWords(Unit::None, candidate)}});
+        }
     }
-    ImageFinder finder(std::move(mappings), m_directories);
-    const ImageList list = m_update ? UpdateImages(m_file, finder, m_acceptChanged) : ListImages(m_file, finder);
-    const ObjectsReport report(list);
-    context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    if (m_update && list.unresolved > 0) {
-        context.console.Diagnose(
-            fmt::format("{}: {} of the program images stay as they were recorded; --map and --search find them, "
-                        "--accept-changed takes changed ones",
-                        m_file, list.unresolved));
+
+    std::string Text(const Palette& palette) const {
+        Table table;
+        for (const ImageAnswer& answer : list.answers) {
+            AddRows(answer, table);
+        }
+        const std::size_t total = list.answers.size();
+        const char* outcome = list.isWritten ? ", the capture has their new places" : "";
+        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images are accounted for{}", list.path,
+                                                         total - list.unresolved, total, outcome)) +
+               "\n" + table.Text(palette, 2);
     }
-    ChangeReport::Diagnose(m_file, list.doubts, context.console);
-    return StatusOf(list);
-}
+
+    Json Document() const {
+        Json files = Json::array();
+        for (const ImageAnswer& answer : list.answers) {
+            Json json = JsonRenderer::ObjectFiles({answer.recorded}).front();
+            json["how"] = answer.HowName();
+            json["found"] = JsonRenderer::ObjectFiles({answer.found}).front();
+            json["candidates"] = answer.candidates;
+            files.push_back(std::move(json));
+        }
+        return JsonRenderer::Document("objects", {{"file", list.path},
+                                                  {"object_files", files},
+                                                  {"unresolved", list.unresolved},
+                                                  {"written", list.isWritten},
+                                                  {"doubts", list.doubts}});
+    }
+};
+
+/// Which program images of a capture are there, where they are now, and their new places into the capture.
+class Objects final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
+        app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
+            ->type_name("OLD=NEW")
+            ->allow_extra_args(false);
+        app.add_option("--search", m_directories, "Look for missing and changed images, by name, below this directory")
+            ->type_name("DIR")
+            ->allow_extra_args(false);
+        CLI::Option* update = app.add_flag("--update", m_update, "Record the new places in the capture, in place");
+        app.add_flag("--accept-changed", m_acceptChanged, "Record images, too, that were modified since the capture")
+            ->needs(update);
+        app.footer(
+            "An image is present when it has the modification time that was recorded; another one is not what ran, and "
+            "is never recorded without being told. Ends with status 1 when an image is missing or changed, with status "
+            "3 when the others were recorded.\n\nExample:\n"
+            "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        std::vector<PathMapping> mappings;
+        for (const std::string& text : m_mappings) {
+            mappings.push_back(PathMapping::Parse(text));
+        }
+        ImageFinder finder(std::move(mappings), m_directories);
+        const ImageList list = m_update ? UpdateImages(m_file, finder, m_acceptChanged) : ListImages(m_file, finder);
+        context.Print(ObjectsReport{list});
+        if (m_update && list.unresolved > 0) {
+            context.console.Diagnose(
+                fmt::format("{}: {} of the program images stay as they were recorded; --map and --search find them, "
+                            "--accept-changed takes changed ones",
+                            m_file, list.unresolved));
+        }
+        context.console.Diagnose(m_file, list.doubts);
+        return StatusOf(list);
+    }
+
+  private:
+    std::string m_file;
+    std::vector<std::string> m_mappings;
+    std::vector<std::string> m_directories;
+    bool m_update = false;
+    bool m_acceptChanged = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeObjects() { return std::make_unique<Objects>(); }
 
 }  // namespace stmdcm

@@ -1,39 +1,225 @@
-#include "tool/commands/Sections.h"
-
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include "stmdcm/capture/Container.h"
+#include "stmdcm/capture/Retired.h"
 #include "stmdcm/capture/SectionRuns.h"
+#include "stmdcm/reading/Words.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/LayoutPicture.h"
-#include "tool/commands/SectionsJson.h"
-#include "tool/commands/SectionsText.h"
 
 namespace stmdcm {
 
-void Sections::Declare(CLI::App& app) {
-    app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
-    app.add_flag("--all", m_all, "A line for each section, also where many alike follow each other");
-    app.add_flag("--picture", m_picture, "Draw the file's layout also where the output is no terminal");
-    app.footer(
-        "A reader takes the first section of a name and version: it is \"read\", later ones are \"shadowed\". Edits\n"
-        "leave \"retired\" ones behind. \"unreachable\" is what lies behind the place where every search ends.\n"
-        "Ends with status 3 when there are too many sections to list.\n\nExample:\n  stmdcm sections capture.tdf");
-}
+namespace {
 
-ExitStatus Sections::Run(const Context& context) {
-    const Container container(m_file);
-    const TextSink print = [&](std::string_view text) { context.console.Print(text); };
-    if (context.options.json) {
-        PrintSectionsJson(container, print);
-    } else {
-        const Palette& palette = context.console.Out();
-        const SectionRuns runs(container);
-        SectionsText(container, palette, print).Print(runs, m_all);
-        if (m_picture || ::isatty(STDOUT_FILENO) == 1) {
-            print(LayoutPicture(container, runs, palette).Text());
+using Zu::Wep::Trace::ScanStop;
+using Zu::Wep::Trace::ScanStopText;
+
+constexpr std::size_t kShortestRun = 4;
+constexpr std::size_t kBlockSize = std::size_t{64} << 10;
+constexpr std::string_view kListEnd = "]\n}\n";
+
+/// By use: read, shadowed, retired, unreachable.
+constexpr Style kUseStyles[] = {Style::Good, Style::Notable, Style::Quiet, Style::Bad};
+
+/// A capture's sections. Long lists are printed as they are made. All is borrowed.
+class SectionsReport {
+  public:
+    SectionsReport(const Container& container, const Console& console)
+        : m_container(container), m_console(console), m_palette(console.Out()) {}
+
+    /// For people: one line for each run of alike sections, or for each section when `all`.
+    void PrintText(const SectionRuns& runs, bool all) {
+        m_text = Heading();
+        for (const SectionRun& run : runs) {
+            if (run.count >= kShortestRun && !all) {
+                AddRun(run);
+                continue;
+            }
+            for (std::size_t i = 0; i < run.count; ++i) {
+                AddSection(m_container.Sections()[run.first + i]);
+            }
+        }
+        m_text += Ending();
+        Flush(0);
+    }
+
+    /// For programs (docs/json-container.md).
+    void PrintDocument() {
+        m_text = EmptyDocument();
+        m_text.resize(m_text.size() - kListEnd.size());
+        const char* separator = "\n    ";
+        for (const Section& section : m_container.Sections()) {
+            m_text += separator + ItemDocument(section);
+            separator = ",\n    ";
+            Flush(kBlockSize);
+        }
+        m_text.append(m_container.Sections().empty() ? "" : "\n  ").append(kListEnd);
+        Flush(0);
+    }
+
+  private:
+    struct Row {
+        std::uint64_t offset;
+        std::uint64_t length;
+        std::uint64_t payload;
+        std::uint32_t version;
+        SectionUse use;
+        std::string name;
+        std::string note;
+    };
+
+    std::string Heading() const {
+        const std::size_t count = m_container.Sections().size();
+        return m_palette.Paint(Style::Heading, m_container.Path()) +
+               fmt::format(": {}, {} section{}\n", SizeInWords(m_container.Size()), count, count == 1 ? "" : "s") +
+               (count == 0
+                    ? ""
+                    : m_palette.Paint(Style::Quiet, fmt::format("{:>12}  {:>10}  {:>10}  {:>10}  {:<11}  {}", "offset",
+                                                                "length", "payload", "version", "use", "name")) +
+                          "\n");
+    }
+
+    std::string Note(const Section& section) const {
+        if (section.IsTooShort()) {
+            return "its length is below that of its header";
+        }
+        return m_container.IsTorn(section)
+                   ? fmt::format("the file ends within it, {} bytes are missing", section.End() - m_container.Size())
+                   : "";
+    }
+
+    void AddSection(const Section& section) {
+        Add({section.offset, section.length, m_container.HeldPayload(section), LiveVersion(section.version),
+             section.use, InWords(Unit::None, m_container.Name(section)), Note(section)});
+    }
+
+    void AddRun(const SectionRun& run) {
+        const Section* first = &m_container.Sections()[run.first];
+        const Section* last = first + run.count - 1;
+        std::uint64_t payload = 0;
+        for (const Section* section = first; section <= last; ++section) {
+            payload += m_container.HeldPayload(*section);
+        }
+        std::string name = InWords(Unit::None, m_container.Name(*first));
+        const std::string lastName = InWords(Unit::None, m_container.Name(*last));
+        if (name != lastName) {
+            name += " .. " + lastName;
+        }
+        Add({first->offset, last->End() - first->offset, payload, LiveVersion(first->version), first->use, name,
+             fmt::format("{} sections", run.count)});
+    }
+
+    void Add(const Row& row) {
+        m_text +=
+            fmt::format("{:>12}  {:>10}  {:>10}  {:>10}  {}  {}", row.offset, row.length, row.payload, row.version,
+                        m_palette.Paint(kUseStyles[static_cast<std::size_t>(row.use)],
+                                        fmt::format("{:<11}", SectionUseText(row.use))),
+                        row.name);
+        m_text += row.note.empty() ? "\n" : m_palette.Paint(Style::Notable, fmt::format("  ({})", row.note)) + "\n";
+        Flush(kBlockSize);
+    }
+
+    std::string Ending() const {
+        std::string text;
+        if (m_container.HasMore()) {
+            text +=
+                fmt::format("There are more than {} sections; those behind are not listed.\n", Container::kMaxSections);
+        } else if (m_container.Stop() != ScanStop::EndOfFile) {
+            text += fmt::format("Every search ends at offset {}: {}. Try check and recover.\n",
+                                m_container.StopOffset(), ScanStopText(m_container.Stop()));
+        }
+        if (!m_container.HasMore() && m_container.TrailingLength() > 0) {
+            text += fmt::format("{} from offset {} on belong to no section.\n",
+                                SizeInWords(m_container.TrailingLength()), m_container.TrailingOffset());
+        }
+        return m_palette.Paint(Style::Notable, text);
+    }
+
+    /// With an empty list at its end.
+    std::string EmptyDocument() const {
+        return JsonRenderer::Text(JsonRenderer::Document(
+            "sections",
+            {{"file", m_container.Path()},
+             {"size", std::to_string(m_container.Size())},
+             {"whole", m_container.IsWhole()},
+             {"search_ends",
+              {{"offset", std::to_string(m_container.StopOffset())}, {"reason", ScanStopText(m_container.Stop())}}},
+             {"trailing",
+              {{"offset", std::to_string(m_container.TrailingOffset())},
+               {"length", std::to_string(m_container.TrailingLength())}}},
+             {"more", m_container.HasMore()},
+             {"sections", Json::array()}}));
+    }
+
+    const char* Problem(const Section& section) const {
+        if (section.IsTooShort()) {
+            return "\"too_short\"";
+        }
+        return m_container.IsTorn(section) ? "\"torn\"" : "null";
+    }
+
+    /// In one line. Formatted directly: a tree of 100,000 sections would take too much memory and time.
+    std::string ItemDocument(const Section& section) const {
+        const std::string name = Json(m_container.Name(section)).dump(-1, ' ', false, Json::error_handler_t::replace);
+        return fmt::format(
+            R"({{"name": {}, "version": {}, "live_version": {}, "offset": "{}", "length": {}, "payload_offset": "{}", )"
+            R"("payload_length": {}, "payload_held": "{}", "use": "{}", "problem": {}}})",
+            name, section.version, LiveVersion(section.version), section.offset, section.length,
+            section.PayloadOffset(), section.IsTooShort() ? "null" : std::to_string(section.PayloadLength()),
+            m_container.HeldPayload(section), SectionUseText(section.use), Problem(section));
+    }
+
+    void Flush(std::size_t above) {
+        if (m_text.size() > above) {
+            m_console.Print(m_text);
+            m_text.clear();
         }
     }
-    return container.HasMore() ? ExitStatus::Doubtful : ExitStatus::Done;
-}
+
+    const Container& m_container;
+    const Console& m_console;
+    const Palette& m_palette;
+    std::string m_text;
+};
+
+/// The container of a capture.
+class Sections final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
+        app.add_flag("--all", m_all, "A line for each section, also where many alike follow each other");
+        app.add_flag("--picture", m_picture, "Draw the file's layout also where the output is no terminal");
+        app.footer(
+            "A reader takes the first section of a name and version: it is \"read\", later ones are \"shadowed\". "
+            "Edits leave \"retired\" ones behind. \"unreachable\" is what lies behind the place where every search "
+            "ends. Ends with status 3 when there are too many sections to list.\n\nExample:\n"
+            "  stmdcm sections capture.tdf");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        const Container container(m_file);
+        SectionsReport report(container, context.console);
+        if (context.options.json) {
+            report.PrintDocument();
+        } else {
+            const SectionRuns runs(container);
+            report.PrintText(runs, m_all);
+            if (m_picture || ::isatty(STDOUT_FILENO) == 1) {
+                context.console.Print(LayoutPicture(container, runs, context.console.Out()));
+            }
+        }
+        return container.HasMore() ? ExitStatus::Doubtful : ExitStatus::Done;
+    }
+
+  private:
+    std::string m_file;
+    bool m_all = false;
+    bool m_picture = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeSections() { return std::make_unique<Sections>(); }
 
 }  // namespace stmdcm

@@ -1,5 +1,3 @@
-#include "tool/commands/Set.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -8,7 +6,7 @@
 #include "stmdcm/change/Assignment.h"
 #include "stmdcm/change/ConfigurationChange.h"
 #include "tool/commands/ChangeReport.h"
-#include "tool/render/JsonRenderer.h"
+#include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
 
@@ -27,44 +25,54 @@ std::vector<Assignment> ParseAll(const std::vector<std::string>& texts) {
     return assignments;
 }
 
+struct SetReport {
+    const ChangeResult& result;
+
+    std::string Text(const Palette& palette) const { return ChangeReport::Text(result, palette); }
+    Json Document() const { return JsonRenderer::Document("set", ChangeReport::Document(result)); }
+};
+
+/// Changes properties of a capture, in place, or of a settings file.
+class Set final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        app.add_option("file", m_file, "A capture, or a settings file")->required()->type_name("FILE");
+        app.add_option("assignments", m_assignments,
+                       "What to set; clocks may be written as 200M or 1.25GHz, flags as yes or no")
+            ->required()
+            ->type_name("NAME=VALUE");
+        app.add_flag("--force", m_force, "Write a settings file even where parts of its text get lost");
+        app.footer(
+            "A capture is changed in place: nothing of it is copied, and the old configuration stays in it, see "
+            "\"history\" and \"restore\". A settings file is replaced whole. Ends with status 3 when the old "
+            "configuration had parts that no reader reads; they are not in the new one.\n\nExample:\n"
+            "  stmdcm set capture.tdf STM_DTC_target_clock_hz=1.25GHz STM_VornLib_Import=yes");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        const std::vector<Assignment> assignments = ParseAll(m_assignments);
+        const ConfigurationKind kind = KindOf(m_file);
+        const ConfigurationChange change([&](Settings& settings) {
+            for (const Assignment& assignment : assignments) {
+                assignment.ApplyTo(settings.properties);
+            }
+        });
+        const ChangeResult result = kind == ConfigurationKind::Capture
+                                        ? change.InCapture(m_file, ConfigurationChange::Missing::IsFailure)
+                                        : change.InSettings(m_file, m_force);
+        context.Print(SetReport{result});
+        ChangeReport::Diagnose(result, context.console);
+        return StatusOf(result);
+    }
+
+  private:
+    std::string m_file;
+    std::vector<std::string> m_assignments;
+    bool m_force = false;
+};
+
 }  // namespace
 
-void Set::Declare(CLI::App& app) {
-    app.add_option("file", m_file, "A capture, or a settings file")->required()->type_name("FILE");
-    app.add_option("assignments", m_assignments,
-                   "What to set; clocks may be written as 200M or 1.25GHz, flags as yes or no")
-        ->required()
-        ->type_name("NAME=VALUE");
-    app.add_flag("--force", m_force, "Write a settings file even where parts of its text get lost");
-    app.footer(
-        "A capture is changed in place: nothing of it is copied, and the old configuration stays in it, see "
-        "\"history\"\n"
-        "and \"restore\". A settings file is replaced whole. Ends with status 3 when the old configuration had parts "
-        "that\n"
-        "no reader reads; they are not in the new one.\n\nExample:\n"
-        "  stmdcm set capture.tdf STM_DTC_target_clock_hz=1.25GHz STM_VornLib_Import=yes");
-}
-
-ExitStatus Set::Run(const Context& context) {
-    const std::vector<Assignment> assignments = ParseAll(m_assignments);
-    const ConfigurationKind kind = KindOf(m_file);
-    const ConfigurationChange change([&](Settings& settings) {
-        for (const Assignment& assignment : assignments) {
-            assignment.ApplyTo(settings.properties);
-        }
-    });
-    const ChangeResult result = kind == ConfigurationKind::Capture
-                                    ? change.InCapture(m_file, ConfigurationChange::Missing::IsFailure)
-                                    : change.InSettings(m_file, m_force);
-    if (context.options.json) {
-        JsonRenderer::Json document = JsonRenderer::Document("set");
-        document.update(ChangeReport::Json(result));
-        context.console.Print(JsonRenderer::Text(document));
-    } else {
-        context.console.Print(ChangeReport::Text(result, context.console.Out()));
-    }
-    ChangeReport::Diagnose(result, context.console);
-    return StatusOf(result);
-}
+std::unique_ptr<Command> MakeSet() { return std::make_unique<Set>(); }
 
 }  // namespace stmdcm

@@ -1,49 +1,81 @@
-#include "tool/commands/Show.h"
-
+#include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/PluginReading.h"
-#include "tool/commands/ShowReport.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/output/GuardedHome.h"
+#include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
 
-void Show::Declare(CLI::App& app) {
-    app.add_option("FILE", m_file, "A capture (.tdf) or a settings file")->required();
-    app.add_flag("--properties", m_properties, "Show the properties");
-    app.add_flag("--changed", m_changedOnly, "Show the properties that are not at their default");
-    app.add_flag("--use-cases", m_usecases, "Show the use cases");
-    app.add_flag("--objects", m_objectFiles, "Show the object files and how they are on disk");
-    app.footer(
-        "Shows everything unless parts are selected. Ends with status 3 when the file was read in part, with status 1\n"
-        "when hosts can't load it; what can be read is shown all the same.\n\nExample:\n"
-        "  stmdcm show --changed --objects capture.tdf");
-}
+namespace {
 
-ExitStatus Show::Run(const Context& context) {
-    const Reading loaded = Read(m_file);
-    std::vector<std::string> differences;
-    if (!context.options.plugin.empty()) {
-        const GuardedHome home;
-        differences = DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
-    }
-    const ShowReport report(loaded, SelectionFor(loaded));
-    context.console.Print(context.options.json ? report.Json() : report.Text(context.console.Out()));
-    for (const auto& sentences : {loaded.Sentences(), differences}) {
-        for (const std::string& sentence : sentences) {
-            context.console.Diagnose(sentence);
-        }
-    }
-    const ExitStatus status = StatusOf(loaded);
-    return status == ExitStatus::Done && !differences.empty() ? ExitStatus::Doubtful : status;
-}
-
-Selection Show::SelectionFor(const Reading& loaded) const {
-    const bool isEverything = !m_properties && !m_changedOnly && !m_usecases && !m_objectFiles;
+/// Tells what a file holds.
+struct ShowReport {
+    const Reading& loaded;
     Selection selection;
-    selection.properties = (isEverything || m_properties || m_changedOnly) && loaded.hasSettings;
-    selection.usecases = (isEverything || m_usecases) && loaded.hasSettings;
-    selection.objectFiles = (isEverything || m_objectFiles) && loaded.hasObjectFiles;
-    selection.changedOnly = m_changedOnly;
-    return selection;
-}
+
+    std::string Text(const Palette& palette) const {
+        return TextRenderer(palette).Render(loaded.configuration, selection);
+    }
+
+    Json Document() const {
+        return JsonRenderer::Document("show",
+                                      {{"file", loaded.path},
+                                       {"kind", KindName(*loaded.kind)},
+                                       {"loaded", loaded.isLoaded},
+                                       {"doubts", loaded.Doubts()},
+                                       {"configuration", JsonRenderer::Render(loaded.configuration, selection)}});
+    }
+};
+
+/// The configuration in a capture or a settings file.
+class Show final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        app.add_option("FILE", m_file, "A capture (.tdf) or a settings file")->required();
+        app.add_flag("--properties", m_properties, "Show the properties");
+        app.add_flag("--changed", m_changedOnly, "Show the properties that are not at their default");
+        app.add_flag("--use-cases", m_usecases, "Show the use cases");
+        app.add_flag("--objects", m_objectFiles, "Show the object files and how they are on disk");
+        app.footer(
+            "Shows everything unless parts are selected. Ends with status 3 when the file was read in part, with "
+            "status 1 when hosts can't load it; what can be read is shown all the same.\n\nExample:\n"
+            "  stmdcm show --changed --objects capture.tdf");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        const Reading loaded = Read(m_file);
+        std::vector<std::string> differences;
+        if (!context.options.plugin.empty()) {
+            const GuardedHome home;
+            differences = DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
+        }
+        context.Print(ShowReport{loaded, SelectionFor(loaded)});
+        context.console.Diagnose(loaded.Sentences());
+        context.console.Diagnose(differences);
+        const ExitStatus status = StatusOf(loaded);
+        return status == ExitStatus::Done ? StatusOf(differences) : status;
+    }
+
+  private:
+    Selection SelectionFor(const Reading& loaded) const {
+        const bool isEverything = !m_properties && !m_changedOnly && !m_usecases && !m_objectFiles;
+        Selection selection;
+        selection.properties = (isEverything || m_properties || m_changedOnly) && loaded.hasSettings;
+        selection.usecases = (isEverything || m_usecases) && loaded.hasSettings;
+        selection.objectFiles = (isEverything || m_objectFiles) && loaded.hasObjectFiles;
+        selection.changedOnly = m_changedOnly;
+        return selection;
+    }
+
+    std::string m_file;
+    bool m_properties = false;
+    bool m_usecases = false;
+    bool m_objectFiles = false;
+    bool m_changedOnly = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeShow() { return std::make_unique<Show>(); }
 
 }  // namespace stmdcm

@@ -5,8 +5,8 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <system_error>
 
+#include "source_utilities/PosixFile.h"
 #include "stmdcm/Failure.h"
 
 namespace stmdcm {
@@ -14,14 +14,26 @@ namespace stmdcm {
 Console::Console(ColorMode mode)
     : m_out(Palette::For(STDOUT_FILENO, mode)), m_error(Palette::For(STDERR_FILENO, mode)) {}
 
-void Console::Print(std::string_view text) const {
+void Console::Print(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        throw Failure(fmt::format("standard output can't be written: {}", std::generic_category().message(errno)));
+        throw Failure(fmt::format("standard output can't be written: {}", ZU_WEP::ErrnoText(errno)));
     }
 }
 
 void Console::Diagnose(std::string_view sentence) const {
     fmt::print(stderr, "{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), sentence);
+}
+
+void Console::Diagnose(const std::vector<std::string>& sentences) const {
+    for (const std::string& sentence : sentences) {
+        Diagnose(sentence);
+    }
+}
+
+void Console::Diagnose(const std::string& file, const std::vector<std::string>& doubts) const {
+    for (const std::string& doubt : doubts) {
+        Diagnose(fmt::format("{}: {}", file, doubt));
+    }
 }
 
 }  // namespace stmdcm

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/render/Palette.h"
 
@@ -14,9 +16,12 @@ class Console {
     const Palette& Out() const { return m_out; }
 
     /// Throws Failure when standard output does not take it all.
-    void Print(std::string_view text) const;
+    static void Print(std::string_view text);
     /// One line: "stmdcm: " and the sentence.
     void Diagnose(std::string_view sentence) const;
+    void Diagnose(const std::vector<std::string>& sentences) const;
+    /// Behind the name of the file that they are about.
+    void Diagnose(const std::string& file, const std::vector<std::string>& doubts) const;
 
   private:
     Palette m_out;

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "stmdcm/reading/Words.h"
+
 namespace stmdcm {
 
 namespace {
@@ -18,11 +20,11 @@ constexpr auto kLineInterval = 1s;
 
 }  // namespace
 
-Progress::Progress(std::string what, std::uint64_t total, Show show)
+Progress::Progress(std::string what, std::uint64_t total, bool isAskedFor)
     : m_what(std::move(what)),
       m_total(total),
       m_isTerminal(::isatty(STDERR_FILENO) == 1),
-      m_isShown(m_isTerminal || show == Show::Always),
+      m_isShown(m_isTerminal || isAskedFor),
       m_next(Clock::now() + kDelay) {}
 
 Progress::~Progress() {
@@ -43,21 +45,6 @@ void Progress::Update(std::uint64_t done) {
     std::fflush(stderr);
     m_isLineOpen = m_isTerminal;
     m_next = Clock::now() + (m_isTerminal ? Clock::duration(kTerminalInterval) : Clock::duration(kLineInterval));
-}
-
-std::string SizeInWords(std::uint64_t bytes) {
-    constexpr const char* kUnits[] = {"KiB", "MiB", "GiB", "TiB"};
-    if (bytes < 1024) {
-        return bytes == 1 ? "1 byte" : fmt::format("{} bytes", bytes);
-    }
-    double value = static_cast<double>(bytes) / 1024;
-    std::size_t unit = 0;
-    // What would be rounded up to 1024 takes the next unit.
-    while (value >= 1023.95 && unit + 1 < std::size(kUnits)) {
-        value /= 1024;
-        ++unit;
-    }
-    return fmt::format("{:.1f} {}", value, kUnits[unit]);
 }
 
 }  // namespace stmdcm

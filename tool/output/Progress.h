@@ -10,13 +10,8 @@ namespace stmdcm {
 /// at the end, elsewhere, when asked for, in a line per second.
 class Progress {
   public:
-    enum class Show {
-        OnTerminal,
-        Always  ///< asked for
-    };
-
     /// `what` begins the line: "Copying full.tdf". The total is in bytes.
-    Progress(std::string what, std::uint64_t total, Show show = Show::OnTerminal);
+    Progress(std::string what, std::uint64_t total, bool isAskedFor);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -34,8 +29,5 @@ class Progress {
     bool m_isLineOpen = false;
     Clock::time_point m_next;
 };
-
-/// "3.9 GiB", "512 bytes".
-std::string SizeInWords(std::uint64_t bytes);
 
 }  // namespace stmdcm

@@ -11,7 +11,6 @@ class StandardOutput final : public ByteSink {
     StandardOutput();
 
     void Write(std::string_view bytes) override;
-    void WriteZeros(std::uint64_t count) override;
 };
 
 }  // namespace stmdcm

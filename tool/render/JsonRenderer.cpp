@@ -8,8 +8,6 @@ namespace stmdcm {
 
 namespace {
 
-using Json = JsonRenderer::Json;
-
 template <class Item>
 Json ItemToJson(const Item& item);
 
@@ -82,14 +80,13 @@ Json PropertiesToJson(const std::vector<Property>& properties, bool changedOnly)
     return array;
 }
 
-template <class T>
-Json OrNull(const std::optional<T>& value) {
-    return value ? Json(*value) : Json(nullptr);
-}
-
 }  // namespace
 
-Json JsonRenderer::Document(const char* command) { return {{"schema", kSchemaVersion}, {"command", command}}; }
+Json JsonRenderer::Document(const char* command, const Json& findings) {
+    Json document = {{"schema", kSchemaVersion}, {"command", command}};
+    document.update(findings);
+    return document;
+}
 
 std::string JsonRenderer::Text(const Json& document) {
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -118,7 +115,7 @@ Json JsonRenderer::Differences(const std::vector<Difference>& differences) {
     for (const Difference& difference : differences) {
         array.push_back({{"kind", difference.kind},
                          {"item", difference.item},
-                         {"field", difference.field.empty() ? Json(nullptr) : Json(difference.field)},
+                         {"field", OrNull(difference.field)},
                          {"left", OrNull(difference.left)},
                          {"right", OrNull(difference.right)}});
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,15 +11,15 @@
 
 namespace stmdcm {
 
+using Json = nlohmann::ordered_json;
+
 /// Configurations for programs. The schema is docs/json.md.
 class JsonRenderer {
   public:
-    using Json = nlohmann::ordered_json;
-
     static constexpr int kSchemaVersion = 1;
 
-    /// An object to which a command adds what it found.
-    static Json Document(const char* command);
+    /// What every command's document has, and what this one found.
+    static Json Document(const char* command, const Json& findings = Json::object());
     /// One document as text, line feed included. Bytes that are no UTF-8 become U+FFFD.
     static std::string Text(const Json& document);
 
@@ -26,6 +27,13 @@ class JsonRenderer {
     static Json Render(const Configuration& configuration, const Selection& selection = {});
     static Json ObjectFiles(const std::vector<ObjectFile>& files);
     static Json Differences(const std::vector<Difference>& differences);
+
+    template <class T>
+    static Json OrNull(const std::optional<T>& value) {
+        return value ? Json(*value) : Json(nullptr);
+    }
+    /// An empty text is nothing.
+    static Json OrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 };
 
 }  // namespace stmdcm

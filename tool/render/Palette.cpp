@@ -9,23 +9,8 @@ namespace stmdcm {
 
 namespace {
 
-const char* Code(Style style) {
-    switch (style) {
-        case Style::Heading:
-            return "1";
-        case Style::Good:
-            return "32";
-        case Style::Notable:
-            return "33";
-        case Style::Bad:
-            return "31";
-        case Style::Quiet:
-            return "2";
-        case Style::Plain:
-            break;
-    }
-    return "0";
-}
+/// By style: plain, heading, good, notable, bad, quiet.
+constexpr int kCodes[] = {0, 1, 32, 33, 31, 2};
 
 }  // namespace
 
@@ -44,7 +29,7 @@ std::string Palette::Paint(Style style, std::string_view text) const {
     if (!m_enabled || style == Style::Plain || text.empty()) {
         return std::string(text);
     }
-    return fmt::format("\x1b[{}m{}\x1b[0m", Code(style), text);
+    return fmt::format("\x1b[{}m{}\x1b[0m", kCodes[static_cast<std::size_t>(style)], text);
 }
 
 }  // namespace stmdcm

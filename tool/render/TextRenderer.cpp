@@ -32,13 +32,6 @@ std::string Label(const Field& field) {
     return label;
 }
 
-Style StateStyle(std::string_view state) {
-    if (state == "present") {
-        return Style::Good;
-    }
-    return state == "missing" ? Style::Bad : Style::Notable;
-}
-
 /// Collects the headings of the columns that an item's plain fields take.
 struct HeadingVisitor {
     std::vector<Cell>& row;
@@ -88,6 +81,13 @@ std::vector<Cell> PropertyRow(const Property& property) {
 
 }  // namespace
 
+Style StateStyle(std::string_view state) {
+    if (state == "present") {
+        return Style::Good;
+    }
+    return state == "missing" ? Style::Bad : Style::Notable;
+}
+
 std::string TextRenderer::Properties(const std::vector<Property>& properties, bool changedOnly) const {
     Table table;
     for (const Property& property : properties) {
@@ -132,18 +132,15 @@ std::string TextRenderer::ObjectFiles(const std::vector<ObjectFile>& files) cons
     return Items("Object files", files);
 }
 
-std::string TextRenderer::Usecases(const Configuration& configuration) const {
-    return Items("SC use cases", configuration.sc) + "\n" + Items("CPT use cases", configuration.cpt) + "\n" +
-           Items("PMI/CMI use cases", configuration.pmi);
-}
-
 std::string TextRenderer::Render(const Configuration& configuration, const Selection& selection) const {
     std::vector<std::string> parts;
     if (selection.properties) {
         parts.push_back(Properties(configuration.properties, selection.changedOnly));
     }
     if (selection.usecases) {
-        parts.push_back(Usecases(configuration));
+        parts.push_back(Items("SC use cases", configuration.sc));
+        parts.push_back(Items("CPT use cases", configuration.cpt));
+        parts.push_back(Items("PMI/CMI use cases", configuration.pmi));
     }
     if (selection.objectFiles) {
         parts.push_back(ObjectFiles(configuration.objectFiles));

@@ -10,6 +10,9 @@
 
 namespace stmdcm {
 
+/// By the name of an object file's state.
+Style StateStyle(std::string_view state);
+
 /// Configurations for people. Every text ends in a line feed; parts are separated by an empty line.
 class TextRenderer {
   public:
@@ -18,7 +21,6 @@ class TextRenderer {
     std::string Render(const Configuration& configuration, const Selection& selection = {}) const;
     /// With `changedOnly` those alone that are not at their default.
     std::string Properties(const std::vector<Property>& properties, bool changedOnly = false) const;
-    std::string Usecases(const Configuration& configuration) const;
     std::string ObjectFiles(const std::vector<ObjectFile>& files) const;
     std::string Differences(const std::vector<Difference>& differences) const;
 

@@ -1,10 +1,14 @@
-#include "tool/cli/CompletionScript.h"
-
 #include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
 
 namespace {
+
+// The scripts know no command: they ask the program that stands on the line what its words can go on with (`complete`).
 
 constexpr char kBash[] =
     R"bash(# bash completion for stmdcm. The program itself says what its command line can go on with.
@@ -141,18 +145,39 @@ complete -c stmdcm -f -a '(__stmdcm_complete)'
 )fish";
 
 struct Script {
-    std::string_view shell;
+    const char* shell;  ///< the name of its program
     std::string_view text;
 };
 
-constexpr Script kScripts[] = {{kShells[0], kBash}, {kShells[1], kZsh}, {kShells[2], kFish}};
+constexpr Script kScripts[] = {{"bash", kBash}, {"zsh", kZsh}, {"fish", kFish}};
+
+/// The script that completes this program's command lines in a shell.
+class PrintCompletion final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        std::vector<std::string> shells;
+        std::transform(std::begin(kScripts), std::end(kScripts), std::back_inserter(shells),
+                       [](const Script& script) { return script.shell; });
+        app.add_option("SHELL", m_shell, "bash, zsh or fish")->required()->check(CLI::IsMember(shells));
+        app.footer(
+            "The installed program completes by itself where the shell looks for such scripts below its prefix. "
+            "Elsewhere the example does it for bash, in this shell or in ~/.bashrc.\n\nExample:\n"
+            "  source <(stmdcm completion bash)");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        const auto* script = std::find_if(std::begin(kScripts), std::end(kScripts),
+                                          [&](const Script& each) { return each.shell == m_shell; });
+        context.console.Print(script->text);
+        return ExitStatus::Done;
+    }
+
+  private:
+    std::string m_shell;
+};
 
 }  // namespace
 
-std::string_view CompletionScript(std::string_view shell) {
-    return std::find_if(std::begin(kScripts), std::end(kScripts),
-                        [&](const Script& script) { return script.shell == shell; })
-        ->text;
-}
+std::unique_ptr<Command> MakeCompletion() { return std::make_unique<PrintCompletion>(); }
 
 }  // namespace stmdcm

@@ -1,13 +1,13 @@
-#include "tool/cli/ManualPage.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cctype>
+#include <span>
 
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/Syntax.h"
 #include "tool/cli/TextBlock.h"
+#include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
 
@@ -85,8 +85,7 @@ std::string Purpose(const CLI::App& app) {
     return text;
 }
 
-}  // namespace
-
+/// In roff: the same texts that --help prints.
 std::string ManualPage(const CLI::App& app) {
     std::string page = Title(app) + fmt::format(".SH NAME\n{} \\- {}\n", app.get_name(), Escaped(Purpose(app)));
     page += fmt::format(".SH SYNOPSIS\n.B {}\n", Escaped(Usage(app)));
@@ -98,5 +97,26 @@ std::string ManualPage(const CLI::App& app) {
     page += Entries("EXIT STATUS", ExitStatusRows()) + Entries("ENVIRONMENT", EnvironmentRows());
     return page + ".SH EXAMPLES\n" + Verbatim(kExample);
 }
+
+/// The manual page, for the build to install.
+class PrintManual final : public Command {
+  public:
+    void Declare(CLI::App& app) override {
+        m_program = app.get_parent();
+        app.footer("Example:\n  stmdcm help-man >stmdcm.1");
+    }
+
+    ExitStatus Run(const Context& context) override {
+        context.console.Print(ManualPage(*m_program));
+        return ExitStatus::Done;
+    }
+
+  private:
+    const CLI::App* m_program = nullptr;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeHelpMan() { return std::make_unique<PrintManual>(); }
 
 }  // namespace stmdcm
