@@ -41,8 +41,8 @@ Row ToRow(const TextRow& text) { return {text.name, text.meaning}; }
 
 template <class Items>
 std::vector<Row> Rows(const Items& items) {
-    std::vector<Row> rows(items.size());
-    std::transform(items.begin(), items.end(), rows.begin(), [](const auto& item) { return ToRow(item); });
+    std::vector<Row> rows(std::size(items));
+    std::transform(std::begin(items), std::end(items), rows.begin(), [](const auto& item) { return ToRow(item); });
     return rows;
 }
 
@@ -56,7 +56,7 @@ std::string Footer(const std::string& text) {
 }
 
 std::string ProgramEnd(const CLI::App& app) {
-    return Section("Exit status", Rows(ExitStatusRows())) + Section("Environment", Rows(EnvironmentRows())) +
+    return Section("Exit status", Rows(kExitStatuses)) + Section("Environment", Rows(kEnvironment)) +
            Footer(fmt::format("Example:\n  {}\n\nRun {} COMMAND --help for what a command takes, with an example.",
                               kExample, app.get_name()));
 }

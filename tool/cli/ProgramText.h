@@ -1,7 +1,5 @@
 #pragma once
 
-#include <span>
-
 namespace stmdcm {
 
 /// A word and what it means.
@@ -15,7 +13,20 @@ struct TextRow {
 inline constexpr char kProgramDescription[] = "Works with the configurations of STM trace captures.";
 inline constexpr char kExample[] = "stmdcm show capture.tdf";
 
-std::span<const TextRow> ExitStatusRows();
-std::span<const TextRow> EnvironmentRows();
+inline constexpr TextRow kExitStatuses[] = {
+    {"0", "Done."},
+    {"1", "Failed; or there are differences, or problems were found."},
+    {"2", "The command line was wrong; nothing was done."},
+    {"3", "Done, but something was lost or is doubtful; standard error says what."},
+};
+
+inline constexpr TextRow kEnvironment[] = {
+    {"NO_COLOR", "Set to anything: no colours, unless --color says otherwise."},
+    {"TERM", "No colours when it is \"dumb\"."},
+    {"TMPDIR", "Where the plug-in gets its private directory while the program runs."},
+    {"LD_LIBRARY_PATH", "Where the trace factory of a live target is looked for."},
+    {"STMDCM_SCENARIO", "The scenario that the simulated trace factory plays."},
+    {"HOME, ZU_TRACE_*", "Not handed to the plug-in: no settings of yours are read or written."},
+};
 
 }  // namespace stmdcm

@@ -1,9 +1,12 @@
 #include "tool/cli/ValueKind.h"
 
 #include <algorithm>
-#include <string>
+#include <set>
 
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/Container.h"
 #include "tool/cli/Syntax.h"
+#include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm {
 
@@ -28,6 +31,55 @@ bool IsPlainPositional(const CLI::Option& option) {
     return option.get_positional() && option.get_type_name() == CLI::detail::type_name<std::string>();
 }
 
+/// What is beyond is no help on a terminal.
+constexpr std::size_t kMostSections = 200;
+
+std::vector<Candidate> Plain(const std::vector<std::string>& words) {
+    std::vector<Candidate> candidates;
+    candidates.reserve(words.size());
+    for (const std::string& word : words) {
+        candidates.push_back({word, ""});
+    }
+    return candidates;
+}
+
+/// The names, and behind the "=" of a flag its values.
+std::vector<Candidate> Properties(const std::string& value) {
+    std::vector<Candidate> candidates;
+    const std::size_t equals = value.find('=');
+    for (const Zu::Wep::Trace::StmProperty& property : Zu::Wep::Trace::kStmProperties) {
+        const std::string start = std::string(property.name) + "=";
+        if (equals == std::string::npos) {
+            candidates.push_back({start, ""});
+        } else if (property.flag != nullptr && value.starts_with(start)) {
+            candidates.push_back({start + "yes", ""});
+            candidates.push_back({start + "no", ""});
+        }
+    }
+    return candidates;
+}
+
+bool IsPrintable(const std::string& name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
+/// None of a file that is no capture: a completion is no place for a diagnostic.
+std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals) {
+    std::set<std::string> names;
+    try {
+        const Container container(positionals.empty() ? "" : positionals.back());
+        for (const Section& section : container.Sections()) {
+            const std::string name = container.Name(section);
+            if (IsPrintable(name) && names.size() < kMostSections) {
+                names.insert(name);
+            }
+        }
+    } catch (const Failure&) {
+        return {};
+    }
+    return Plain({names.begin(), names.end()});
+}
+
 }  // namespace
 
 ValueSyntax ValueSyntaxOf(const CLI::Option& option) {
@@ -41,6 +93,20 @@ ValueSyntax ValueSyntaxOf(const CLI::Option& option) {
         return row->syntax;
     }
     return IsPlainPositional(option) ? kConfigurationFile : ValueSyntax{};
+}
+
+std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::string& value,
+                                       const std::vector<std::string>& positionals) {
+    switch (ValueSyntaxOf(option).kind) {
+        case ValueKind::Choice:
+            return Plain(Choices(option));
+        case ValueKind::Property:
+            return Properties(value);
+        case ValueKind::Section:
+            return SectionNames(positionals);
+        default:
+            return {};
+    }
 }
 
 }  // namespace stmdcm

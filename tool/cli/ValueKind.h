@@ -1,7 +1,9 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace stmdcm {
 
@@ -23,5 +25,15 @@ struct ValueSyntax {
 ///   NAME=VALUE            a property and its value
 ///   SECTION               the name of a section in the file that is named in front of it
 ValueSyntax ValueSyntaxOf(const CLI::Option& option);
+
+struct Candidate {
+    std::string word;
+    std::string description;  ///< one line, may be empty
+};
+
+/// The words that `option` takes where they can be listed; `value` is what is there of one already, and `positionals`
+/// are the words in front of it that are no options.
+std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::string& value,
+                                       const std::vector<std::string>& positionals);
 
 }  // namespace stmdcm

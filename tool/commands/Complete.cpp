@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tool/cli/Syntax.h"
-#include "tool/cli/ValueCandidates.h"
 #include "tool/cli/ValueKind.h"
 #include "tool/commands/CommandTable.h"
 

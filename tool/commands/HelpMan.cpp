@@ -94,7 +94,7 @@ std::string ManualPage(const CLI::App& app) {
     for (const CLI::App* command : VisibleCommands(app)) {
         page += CommandPart(*command);
     }
-    page += Entries("EXIT STATUS", ExitStatusRows()) + Entries("ENVIRONMENT", EnvironmentRows());
+    page += Entries("EXIT STATUS", kExitStatuses) + Entries("ENVIRONMENT", kEnvironment);
     return page + ".SH EXAMPLES\n" + Verbatim(kExample);
 }
 
