@@ -42,27 +42,34 @@ void CaptureEditor::Replace(const std::vector<NewSection>& sections) {
     Append(m_end.offset, bytes);
     std::for_each(switches.begin(), switches.end(), [this](const VersionWrite& write) { Write(write); });
     if (!m_file.Close()) {
-        throw Failure(fmt::format("{}: the capture was changed, but the system reports an error on closing it: {}",
-                                  m_file.Path(), ZU_WEP::ErrnoText(errno)));
+        throw Failure(m_file.Path(),
+                      fmt::format("the capture was changed, but the system reports an error on closing it: {}",
+                                  ZU_WEP::ErrnoText(errno)));
     }
 }
 
 ChainEnd CaptureEditor::RequireReachableEnd() const {
     for (const Section& section : m_container.Sections()) {
         if (section.IsTooShort()) {  // What follows overlaps it, so a write may not mean what it should.
-            throw Failure(fmt::format(
-                "{}: the length of the section at offset {} is wrong; nothing was changed; run stmdcm recover first",
-                m_file.Path(), section.offset));
+            throw Failure(
+                m_file.Path(),
+                fmt::format(
+                    "the length of the section at offset {} is wrong; nothing was changed; run stmdcm recover first",
+                    section.offset))
+                .At(section.offset);
         }
     }
     FileSectionSource source(m_file.File());
     const ChainEnd end = FindChainEnd(source, m_container.Stop(), m_container.StopOffset(), m_container.Size());
     if (!end.reachable) {
-        throw Failure(fmt::format(
-            "{}: the row of sections is broken at offset {} ({}), so nothing behind it could be found; nothing was "
-            "changed; run stmdcm recover first",
-            m_file.Path(), m_container.StopOffset(),
-            m_container.HasMore() ? "too many sections" : ScanStopText(m_container.Stop())));
+        throw Failure(
+            m_file.Path(),
+            fmt::format(
+                "the row of sections is broken at offset {} ({}), so nothing behind it could be found; nothing was "
+                "changed; run stmdcm recover first",
+                m_container.StopOffset(),
+                m_container.HasMore() ? "too many sections" : ScanStopText(m_container.Stop())))
+            .At(m_container.StopOffset());
     }
     return end;
 }
@@ -76,9 +83,10 @@ std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) cons
             continue;
         }
         if (each.use == SectionUse::Read && m_container.IsTorn(each)) {
-            throw Failure(fmt::format(
-                "{}: the end of the file cuts section {} off; nothing was changed; run stmdcm recover first",
-                m_file.Path(), section.name));
+            throw Failure(
+                m_file.Path(),
+                fmt::format("the end of the file cuts section {} off; nothing was changed; run stmdcm recover first",
+                            section.name));
         }
         found.push_back(&each);
     }
@@ -88,10 +96,10 @@ std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) cons
 std::string CaptureEditor::Encode(const NewSection& section, std::uint32_t version) const {
     const std::uint64_t length = SectionHeader::Size + section.name.size() + section.payload.size();
     if (length > MaxSectionLength) {
-        throw Failure(
-            fmt::format("{}: the new section {} would be over 128 MiB, which no reader passes; nothing was "
-                        "changed",
-                        m_file.Path(), section.name));
+        throw Failure(m_file.Path(),
+                      fmt::format("the new section {} would be over 128 MiB, which no reader passes; nothing was "
+                                  "changed",
+                                  section.name));
     }
     return EncodeSectionStart(static_cast<std::uint32_t>(length), section.name, version) + section.payload;
 }
@@ -100,11 +108,11 @@ void CaptureEditor::Append(std::uint64_t offset, const std::string& bytes) {
     const AppendResult result = AppendAt(m_file.File(), m_container.Size(), offset, {bytes});
     const int error = errno;
     if (result == AppendResult::TooLarge) {
-        throw Failure(fmt::format("{}: the capture would grow past 4 GiB; nothing was changed", m_file.Path()));
+        throw Failure(m_file.Path(), "the capture would grow past 4 GiB; nothing was changed");
     }
     if (result != AppendResult::Done) {
-        throw Failure(fmt::format("{}: the file can't be written: {}; nothing was changed", m_file.Path(),
-                                  ZU_WEP::ErrnoText(error)));
+        throw Failure(m_file.Path(),
+                      fmt::format("the file can't be written: {}; nothing was changed", ZU_WEP::ErrnoText(error)));
     }
 }
 
@@ -115,10 +123,12 @@ void CaptureEditor::Write(const VersionWrite& write) {
         !m_file.File().SyncData()) {
         // Nothing is taken back: after a failed write nobody knows which of the sections is read.
         const int error = errno;
-        throw Failure(fmt::format(
-            "{}: putting the new configuration in force failed: {}; the old one or the new one is in force, whole: "
-            "stmdcm history tells",
-            m_file.Path(), ZU_WEP::ErrnoText(error)));
+        throw Failure(
+            m_file.Path(),
+            fmt::format(
+                "putting the new configuration in force failed: {}; the old one or the new one is in force, whole: "
+                "stmdcm history tells",
+                ZU_WEP::ErrnoText(error)));
     }
 }
 

@@ -18,14 +18,14 @@ namespace {
 
 using Zu::Wep::Trace::TDFIdentifier;
 
-std::string WhyItCantBeOpened(const std::string& path, int error) {
+std::string WhyItCantBeOpened(int error) {
     switch (error) {
         case ENOENT:
-            return fmt::format("{}: there is no such file; check the path", path);
+            return "there is no such file; check the path";
         case EACCES:
-            return fmt::format("{}: no permission to read the file; ask its owner or change its mode", path);
+            return "no permission to read the file; ask its owner or change its mode";
         default:
-            return fmt::format("{}: the file can't be opened: {}", path, ZU_WEP::ErrnoText(error));
+            return fmt::format("the file can't be opened: {}", ZU_WEP::ErrnoText(error));
     }
 }
 
@@ -33,17 +33,17 @@ std::string WhyItCantBeOpened(const std::string& path, int error) {
 ZU_WEP::PosixFile OpenRegular(const std::string& path) {
     ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY | O_NONBLOCK);
     if (!file.IsOpen()) {
-        throw Failure(WhyItCantBeOpened(path, errno));
+        throw Failure(path, WhyItCantBeOpened(errno));
     }
     struct stat info {};
     if (::fstat(file.Descriptor(), &info) != 0) {
-        throw Failure(WhyItCantBeOpened(path, errno));
+        throw Failure(path, WhyItCantBeOpened(errno));
     }
     if (S_ISDIR(info.st_mode)) {
-        throw Failure(fmt::format("{}: this is a directory; name a capture in it", path));
+        throw Failure(path, "this is a directory; name a capture in it");
     }
     if (!S_ISREG(info.st_mode)) {
-        throw Failure(fmt::format("{}: this is not a regular file; copy the capture into one first", path));
+        throw Failure(path, "this is not a regular file; copy the capture into one first");
     }
     return file;
 }
@@ -53,12 +53,13 @@ ZU_WEP::PosixFile OpenRegular(const std::string& path) {
 CaptureFile::CaptureFile(std::string path, Identifier identifier)
     : m_path(std::move(path)), m_file(OpenRegular(m_path)), m_size(m_file.Size().value_or(0)) {
     if (m_size == 0) {
-        throw Failure(fmt::format("{}: the file is empty, there is no capture in it", m_path));
+        throw Failure(m_path, "the file is empty, there is no capture in it");
     }
     m_hasIdentifier = Read(0, TDFIdentifier.size()) == TDFIdentifier;
     if (!m_hasIdentifier && identifier == Identifier::Required) {
-        throw Failure(fmt::format("{}: this is no capture: it does not begin with \"{}\"; if it was one, try recover",
-                                  m_path, TDFIdentifier));
+        throw Failure(m_path,
+                      fmt::format("this is no capture: it does not begin with \"{}\"; if it was one, try recover",
+                                  TDFIdentifier));
     }
 }
 
@@ -75,8 +76,8 @@ std::size_t CaptureFile::ReadAt(std::uint64_t offset, char* buffer, std::size_t 
     const auto count = m_file.ReadAt(offset, buffer, size);
     if (!count) {
         const int error = errno;
-        throw Failure(
-            fmt::format("{}: the file can't be read at offset {}: {}", m_path, offset, ZU_WEP::ErrnoText(error)));
+        throw Failure(m_path, fmt::format("the file can't be read at offset {}: {}", offset, ZU_WEP::ErrnoText(error)))
+            .At(offset);
     }
     return *count;
 }

@@ -28,7 +28,7 @@ void CopyRange(const CaptureFile& from, std::uint64_t offset, std::uint64_t leng
         for (const std::uint64_t hole = std::min(end, from.NextHole(position)); position < hole;) {
             const std::size_t wanted = std::min(hole - position, kBlockSize);
             if (from.ReadAt(position, buffer.data(), wanted) != wanted) {
-                throw Failure(fmt::format("{}: the file has become shorter meanwhile; try again", from.Path()));
+                throw Failure(from.Path(), "the file has become shorter meanwhile; try again");
             }
             to.Write({buffer.data(), wanted});
             position += wanted;

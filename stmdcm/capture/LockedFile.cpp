@@ -22,8 +22,8 @@ void LockedFile::Open() {
     m_file = ZU_WEP::PosixFile::Open(m_path.c_str(), O_RDWR);
     if (!m_file.IsOpen()) {
         const int error = errno;
-        throw Failure(fmt::format("{}: the file can't be opened for writing: {}; nothing was changed", m_path,
-                                  ZU_WEP::ErrnoText(error)));
+        throw Failure(m_path, fmt::format("the file can't be opened for writing: {}; nothing was changed",
+                                          ZU_WEP::ErrnoText(error)));
     }
     m_lock.emplace(m_file);
 }

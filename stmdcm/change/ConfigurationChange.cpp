@@ -43,15 +43,15 @@ ConfigurationChange::Plan ConfigurationChange::Make(const Container& capture, Mi
     plan.result.path = capture.Path();
     plan.result.isNew = !hasCommon || !reading.hasSettings;
     if (!reading.hasDevice) {
-        throw Failure(
-            fmt::format("{}: there is nothing in section {}, which the host writes, so hosts can't load a "
-                        "configuration; nothing was changed",
-                        capture.Path(), kDeviceSectionName));
+        throw Failure(capture.Path(),
+                      fmt::format("there is nothing in section {}, which the host writes, so hosts can't load a "
+                                  "configuration; nothing was changed",
+                                  kDeviceSectionName));
     }
     if (plan.result.isNew && missing == Missing::IsFailure) {
-        throw Failure(
-            fmt::format("{}: there is nothing in section {}, so no configuration; stmdcm apply can give it one",
-                        capture.Path(), hasCommon ? kStmSectionName : kCommonSectionName));
+        throw Failure(capture.Path(),
+                      fmt::format("there is nothing in section {}, so no configuration; stmdcm apply can give it one",
+                                  hasCommon ? kStmSectionName : kCommonSectionName));
     }
     plan.result.doubts = reading.Losses();
     std::string changed = Change(reading, plan.result);
@@ -85,12 +85,12 @@ ChangeResult ConfigurationChange::InSettings(const std::string& path, bool force
         return result;
     }
     if (!result.doubts.empty() && !force) {
-        throw Failure(fmt::format("{}: parts of the file would be lost ({}); --force writes it all the same", path,
-                                  fmt::join(result.doubts, "; ")));
+        throw Failure(path, fmt::format("parts of the file would be lost ({}); --force writes it all the same",
+                                        fmt::join(result.doubts, "; ")));
     }
     if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
         const int error = errno;
-        throw Failure(fmt::format("{}: the file can't be written: {}", path, ZU_WEP::ErrnoText(error)));
+        throw Failure(path, fmt::format("the file can't be written: {}", ZU_WEP::ErrnoText(error)));
     }
     result.isWritten = true;
     return result;

@@ -52,8 +52,9 @@ std::string History::Payload(const HistoryEntry& entry) const {
 
 const HistoryEntry& History::At(std::size_t number) const {
     if (number == 0 || number > m_entries.size()) {
-        throw Failure(fmt::format("{}: there is no configuration {}, stmdcm history shows the {} that there are",
-                                  m_container.Path(), number, m_entries.size()));
+        throw Failure(m_container.Path(),
+                      fmt::format("there is no configuration {}, stmdcm history shows the {} that there are", number,
+                                  m_entries.size()));
     }
     return m_entries[number - 1];
 }
@@ -93,12 +94,11 @@ RestoreResult RestoreConfiguration(const std::string& path, std::size_t number) 
     RestoreResult result{history.At(number)};
     const HistoryEntry& entry = result.restored;
     if (editor.Contents().IsTorn(entry.section)) {
-        throw Failure(
-            fmt::format("{}: the end of the file cuts configuration {} off; nothing was changed", path, number));
+        throw Failure(path, fmt::format("the end of the file cuts configuration {} off; nothing was changed", number));
     }
     if (entry.name == std::string_view(kStmSectionName) && entry.section.IsEmpty()) {
-        throw Failure(fmt::format("{}: configuration {} is empty, so hosts could not load it; nothing was changed",
-                                  path, number));
+        throw Failure(
+            path, fmt::format("configuration {} is empty, so hosts could not load it; nothing was changed", number));
     }
     const HistoryEntry* current = history.Current(entry.name);
     std::string payload = history.Payload(entry);

@@ -29,7 +29,7 @@ void FileSearch::LookBelow(const std::string& directory) {
     const fs::path root = fs::canonical(directory, error);
     fs::recursive_directory_iterator place(root, fs::directory_options::skip_permission_denied, error);
     if (error) {
-        throw Failure(fmt::format("{}: there is no directory to search: {}", directory, error.message()));
+        throw Failure(directory, fmt::format("there is no directory to search: {}", error.message()));
     }
     for (; place != fs::recursive_directory_iterator(); place.increment(error)) {
         if (++m_entries > kMaxEntries) {

@@ -16,8 +16,8 @@ namespace {
 std::string ReadPayload(const Container& capture) {
     const Section* section = capture.Find(kCommonSectionName, kCommonSectionVersion);
     if (section == nullptr) {
-        throw Failure(fmt::format("{}: there is no section {}, so no list of program images", capture.Path(),
-                                  kCommonSectionName));
+        throw Failure(capture.Path(),
+                      fmt::format("there is no section {}, so no list of program images", kCommonSectionName));
     }
     return capture.ReadPayload(*section, 0, section->PayloadLength());
 }

@@ -58,7 +58,7 @@ std::string SaveIntoCapture(const PluginSession& session, Manager& manager) {
     std::string path = session.WorkingFile("saved.tdf");
     std::ofstream(path, std::ios::binary | std::ios::trunc) << EmptyCapture();
     if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
-        throw Failure(fmt::format("{}: the plug-in can't save the configuration", path));
+        throw Failure(path, "the plug-in can't save the configuration");
     }
     return path;
 }

@@ -36,8 +36,7 @@ std::filesystem::path SimulatorDirectory() {
 std::filesystem::path DataFile(const std::string& name) {
     std::filesystem::path path = ProgramDirectory().parent_path() / "share" / "stmdcm" / name;
     if (!std::filesystem::is_regular_file(path)) {
-        throw Failure(
-            fmt::format("{}: the file that belongs to this program is not there; install it again", path.string()));
+        throw Failure(path.string(), "the file that belongs to this program is not there; install it again");
     }
     return path;
 }

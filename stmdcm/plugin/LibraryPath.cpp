@@ -46,7 +46,7 @@ std::vector<std::string> ProgramArguments() {
 
 void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
     if (!fs::exists(directory / library)) {
-        throw Failure(fmt::format("{}: there is no {} in this directory", directory.string(), library));
+        throw Failure(directory.string(), fmt::format("there is no {} in this directory", library));
     }
     const std::string first = fs::canonical(directory).string();
     const char* value = ::getenv(kVariable);

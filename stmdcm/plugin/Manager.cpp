@@ -18,7 +18,7 @@ Manager::Manager(const Plugin& plugin, std::string cpuName, ObjectFileQuestions:
       m_manager(static_cast<Interface*>(static_cast<CDeviceConfigManager*>(plugin.Create()(&m_cpu, nullptr))),
                 plugin.Destroy()) {
     if (m_manager == nullptr) {
-        throw Failure(fmt::format("{}: the plug-in made no manager", plugin.Path().string()));
+        throw Failure(plugin.Path().string(), "the plug-in made no manager");
     }
     m_manager->RegisterEventHandler(&m_questions);
 }

@@ -52,7 +52,7 @@ Plugin::Plugin(const TraceHome& /*home*/, const fs::path& file)
 void* Plugin::Symbol(const char* name) const {
     void* symbol = ::dlsym(m_library.get(), name);
     if (symbol == nullptr) {
-        throw Failure(fmt::format("{}: not a device-configuration plug-in: it has no \"{}\"", m_path.string(), name));
+        throw Failure(m_path.string(), fmt::format("not a device-configuration plug-in: it has no \"{}\"", name));
     }
     return symbol;
 }

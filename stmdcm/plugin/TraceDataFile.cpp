@@ -29,7 +29,7 @@ void NamingTheFile(const std::string& path, Operation operation) {
     try {
         operation();
     } catch (const Zu::Wep::Vorn::vornError& error) {
-        throw Failure(fmt::format("{}: {}", path, error.what()));
+        throw Failure(path, error.what());
     }
 }
 

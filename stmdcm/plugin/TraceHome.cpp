@@ -19,8 +19,8 @@ namespace {
 fs::path MakeTemporary() {
     std::string path = (fs::temp_directory_path() / "stmdcm-XXXXXX").string();
     if (::mkdtemp(path.data()) == nullptr) {
-        throw Failure(
-            fmt::format("{}: a temporary directory can't be made: {}", path, std::generic_category().message(errno)));
+        throw Failure(path,
+                      fmt::format("a temporary directory can't be made: {}", std::generic_category().message(errno)));
     }
     return fs::canonical(path);
 }
@@ -29,11 +29,11 @@ fs::path MakeKept(const fs::path& directory) {
     std::error_code error;
     fs::create_directories(directory, error);
     if (!fs::is_directory(directory)) {
-        throw Failure(fmt::format("{}: the directory can't be made: {}", directory.string(),
-                                  error ? error.message() : "there is a file of that name"));
+        throw Failure(directory.string(), fmt::format("the directory can't be made: {}",
+                                                      error ? error.message() : "there is a file of that name"));
     }
     if (!fs::is_empty(directory)) {
-        throw Failure(fmt::format("{}: the directory is not empty; name a new one", directory.string()));
+        throw Failure(directory.string(), "the directory is not empty; name a new one");
     }
     return fs::canonical(directory);
 }

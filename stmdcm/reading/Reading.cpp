@@ -218,16 +218,16 @@ ConfigurationKind KindOf(const CaptureFile& file) {
         return ConfigurationKind::Capture;
     }
     if (file.HasIdentifier()) {
-        throw Failure(fmt::format(
-            "{}: this is a capture, but hosts want the name to end in .tdf; rename it, or make a link of such a name",
-            path));
+        throw Failure(
+            path,
+            "this is a capture, but hosts want the name to end in .tdf; rename it, or make a link of such a name");
     }
     if (isNamedCapture) {
-        throw Failure(fmt::format("{}: this is no capture: it does not begin with \"{}\"; if it was one, try recover",
-                                  path, TDFIdentifier));
+        throw Failure(path, fmt::format("this is no capture: it does not begin with \"{}\"; if it was one, try recover",
+                                        TDFIdentifier));
     }
     if (file.Size() > kMaxSettingsSize || file.Read(0, kLookedAt).find('\0') != std::string::npos) {
-        throw Failure(fmt::format("{}: this is neither a capture nor settings text", path));
+        throw Failure(path, "this is neither a capture nor settings text");
     }
     return ConfigurationKind::Settings;
 }
@@ -295,11 +295,9 @@ Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forc
     } catch (const Failure& failure) {
         Reading reading;
         reading.path = path;
-        std::string sentence = failure.what();
-        if (sentence.starts_with(path + ": ")) {
-            sentence.erase(0, path.size() + 2);
-        }
-        reading.findings.Add(Kind("F-UNREADABLE"), {}, std::move(sentence), "loading fails, and nothing is read");
+        const bool isItself = failure.File() == path;
+        reading.findings.Add(Kind("F-UNREADABLE"), {"", failure.Offset()}, isItself ? failure.Cause() : failure.what(),
+                             "loading fails, and nothing is read");
         return reading;
     }
 }
@@ -334,21 +332,21 @@ std::vector<std::string> Reading::Sentences() const {
 
 void Reading::RequireLoaded() const {
     if (!isLoaded) {
-        throw Failure(fmt::format("{}: {}", path, fmt::join(Doubts(), "; ")));
+        throw Failure(path, fmt::format("{}", fmt::join(Doubts(), "; ")));
     }
 }
 
 void RequireWhole(const Reading& source, bool force) {
     const std::vector<std::string> losses = source.Losses();
     if (!losses.empty() && !force) {
-        throw Failure(fmt::format("{}: parts of the file are not read ({}); --force goes on without them", source.path,
-                                  fmt::join(losses, "; ")));
+        throw Failure(source.path, fmt::format("parts of the file are not read ({}); --force goes on without them",
+                                               fmt::join(losses, "; ")));
     }
 }
 
 void Reading::RequireSettings() const {
     if (!hasSettings) {
-        throw Failure(fmt::format("{}: {}", path, fmt::join(Doubts(), "; ")));
+        throw Failure(path, fmt::format("{}", fmt::join(Doubts(), "; ")));
     }
 }
 

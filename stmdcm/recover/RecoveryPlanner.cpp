@@ -184,8 +184,8 @@ void RecoveryPlanner::Drop(std::uint64_t offset, std::uint64_t end, const std::s
 
 void RecoveryPlanner::CheckEffort() const {
     if (m_plan.whole.size() + m_plan.repaired.size() + m_plan.overLimit.size() > kMaxPieces) {
-        throw Failure(fmt::format("{}: the file is damaged in more than {} places, so nothing was written",
-                                  m_file.Path(), kMaxPieces));
+        throw Failure(m_file.Path(),
+                      fmt::format("the file is damaged in more than {} places, so nothing was written", kMaxPieces));
     }
 }
 

@@ -55,7 +55,7 @@ TEST(AssignmentTest, TakesWhatAPropertyTakesAndNothingElse) {
             EXPECT_EQ(Assignment::Parse(c.text).value, c.value);
         } catch (const Failure& failure) {
             EXPECT_FALSE(c.value) << failure.what();
-            EXPECT_EQ(failure.Cause(), Failure::Kind::Request);
+            EXPECT_EQ(failure.Reason(), Failure::Kind::Request);
         }
     }
 }

@@ -8,7 +8,7 @@
 namespace stmdcm {
 
 ExitStatus StatusOf(const Failure& failure) {
-    return failure.Cause() == Failure::Kind::Request ? ExitStatus::Usage : ExitStatus::Failed;
+    return failure.Reason() == Failure::Kind::Request ? ExitStatus::Usage : ExitStatus::Failed;
 }
 
 ExitStatus StatusOf(const std::vector<std::string>& doubts) {

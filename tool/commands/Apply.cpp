@@ -94,7 +94,7 @@ class Apply final : public Command {
   private:
     Outcome ApplyTo(const ConfigurationChange& change, const std::string& capture) const try {
         if (IsSameFile(m_source, capture)) {
-            throw Failure(fmt::format("{}: this is the file that the settings come from", capture));
+            throw Failure(capture, "this is the file that the settings come from");
         }
         constexpr auto kMissing = ConfigurationChange::Missing::IsMade;
         return {m_dryRun ? change.TryInCapture(capture, kMissing) : change.InCapture(capture, kMissing)};

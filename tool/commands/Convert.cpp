@@ -81,8 +81,7 @@ class Convert final : public Command {
                 "{} and {} are both captures; use apply to bring a configuration into another capture", m_from, m_to));
         }
         if (std::filesystem::exists(m_to)) {
-            throw Failure(
-                fmt::format("{}: the capture is there already; use apply to bring the configuration into it", m_to));
+            throw Failure(m_to, "the capture is there already; use apply to bring the configuration into it");
         }
     }
 

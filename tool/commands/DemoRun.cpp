@@ -109,7 +109,7 @@ class DemoRun {
         fs::copy_file(DataFile(kShippedCapture), m_result.capture);
         m_result.recorded = Read(m_result.capture).configuration.objectFiles;
         if (!manager.Load(m_result.capture, TRACE_DATA_FILE_TDF)) {
-            throw Failure(fmt::format("{}: the plug-in can't load the configuration", m_result.capture));
+            throw Failure(m_result.capture, "the plug-in can't load the configuration");
         }
         m_result.questions = manager.Questions();
         m_result.loaded = ReadConfiguration(manager);
@@ -139,7 +139,7 @@ class DemoRun {
         m_container.AppendSection(path, kTraceSection, kTraceSectionVersion, trace);
         m_container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, kDeviceIdentification);
         if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
-            throw Failure(fmt::format("{}: the plug-in can't save the configuration", path));
+            throw Failure(path, "the plug-in can't save the configuration");
         }
         CheckHostSection(kTraceSection, trace);
         CheckHostSection(kDeviceSectionName, kDeviceIdentification);
@@ -174,7 +174,7 @@ DemoResult RunDemo(const PluginSession& session) { return DemoRun(session).Run()
 
 void Reload(Manager& manager, DemoOutcome& outcome) {
     if (!manager.Load(outcome.savedCapture, TRACE_DATA_FILE_TDF)) {
-        throw Failure(fmt::format("{}: the plug-in can't load what it saved", outcome.savedCapture));
+        throw Failure(outcome.savedCapture, "the plug-in can't load what it saved");
     }
     outcome.reloaded = ReadConfiguration(manager);
     outcome.reloaded.objectFiles = Read(outcome.savedCapture).configuration.objectFiles;
@@ -185,7 +185,7 @@ void WriteDemoImage(const fs::path& path, std::int64_t modified) {
     std::ofstream(path) << "program image " << path.filename().string() << "\n";
     const timespec times[2] = {{modified, 0}, {modified, 0}};
     if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) {
-        throw Failure(fmt::format("{}: the program image can't be written", path.string()));
+        throw Failure(path.string(), "the program image can't be written");
     }
 }
 

@@ -72,9 +72,10 @@ class Extract final : public Command {
                 continue;
             }
             if (chosen != nullptr) {
-                throw Failure(fmt::format("{}: there are several versions of section {}, among them {} and {}; name "
+                throw Failure(m_file,
+                              fmt::format("there are several versions of section {}, among them {} and {}; name "
                                           "one with --version",
-                                          m_file, InWords(Unit::None, m_name), chosen->version, section.version),
+                                          InWords(Unit::None, m_name), chosen->version, section.version),
                               Failure::Kind::Request);
             }
             chosen = &section;
@@ -92,25 +93,25 @@ class Extract final : public Command {
                 if (name == m_name && (!m_version || *m_version == section.version)) {
                     return section;
                 }
-                throw Failure(fmt::format("{}: the section at offset {} is {}, version {}", m_file, *m_offset,
-                                          InWords(Unit::None, name), section.version));
+                throw Failure(m_file, fmt::format("the section at offset {} is {}, version {}", *m_offset,
+                                                  InWords(Unit::None, name), section.version));
             }
         }
-        throw Failure(fmt::format("{}: no section begins at offset {}; list them with sections", m_file, *m_offset));
+        throw Failure(m_file, fmt::format("no section begins at offset {}; list them with sections", *m_offset));
     }
 
     [[noreturn]] void FailToFind(const Container& container) const {
-        std::string sentence = fmt::format("{}: a reader finds no section {}", m_file, InWords(Unit::None, m_name));
+        std::string sentence = fmt::format("a reader finds no section {}", InWords(Unit::None, m_name));
         if (m_version) {
             sentence += fmt::format(", version {}", *m_version);
         }
         for (const Section& section : container.Sections()) {
             if (section.use != SectionUse::Read && IsNamed(container, section)) {
-                throw Failure(fmt::format("{}; there is one that is {}, get it with --offset {}", sentence,
-                                          SectionUseText(section.use), section.offset));
+                throw Failure(m_file, fmt::format("{}; there is one that is {}, get it with --offset {}", sentence,
+                                                  SectionUseText(section.use), section.offset));
             }
         }
-        throw Failure(sentence + "; list those that are there with sections");
+        throw Failure(m_file, sentence + "; list those that are there with sections");
     }
 
     void Copy(const Container& container, const Section& section) const {

@@ -84,7 +84,7 @@ class Live final : public Command {
     void ChooseFactory() const {
         if (!m_scenario.empty()) {
             if (!fs::is_regular_file(m_scenario)) {
-                throw Failure(fmt::format("{}: there is no such file; name a scenario", m_scenario));
+                throw Failure(m_scenario, "there is no such file; name a scenario");
             }
             ::setenv(kScenarioVariable, fs::absolute(m_scenario).c_str(), 1);
         }
@@ -124,20 +124,19 @@ class Live final : public Command {
         const Container container(m_save);
         if (!container.IsWhole()) {
             throw Failure(
-                fmt::format("{}: the capture is damaged at offset {}, what is appended could not be found; recover "
-                            "it first",
-                            m_save, container.StopOffset()));
+                m_save, fmt::format("the capture is damaged at offset {}, what is appended could not be found; recover "
+                                    "it first",
+                                    container.StopOffset()))
+                .At(container.StopOffset());
         }
         if (container.Find(kStmSectionName, kStmSectionVersion) != nullptr ||
             container.Find(kCommonSectionName, kCommonSectionVersion) != nullptr) {
-            throw Failure(
-                fmt::format("{}: the capture holds a configuration, and hosts would go on reading that; save into "
-                            "a file of its own and use apply",
-                            m_save));
+            throw Failure(m_save,
+                          "the capture holds a configuration, and hosts would go on reading that; save into "
+                          "a file of its own and use apply");
         }
         if (!manager.Save(m_save, TRACE_DATA_FILE_TDF)) {
-            throw Failure(fmt::format(
-                "{}: the plug-in can't save the configuration; check that the file can be written", m_save));
+            throw Failure(m_save, "the plug-in can't save the configuration; check that the file can be written");
         }
         const Reading saved = Read(m_save);
         if (!saved.isLoaded) {

@@ -100,7 +100,7 @@ class Recover final : public Command {
         Progress progress("Searching", file.Size(), m_progress);
         RecoveryPlan plan = RecoveryPlanner(file, [&](std::uint64_t offset) { progress.Update(offset); }).Make();
         if (plan.SectionCount() == 0) {
-            throw Failure(fmt::format("{}: no section was found, so nothing was written; is it a capture?", m_file));
+            throw Failure(m_file, "no section was found, so nothing was written; is it a capture?");
         }
         return plan;
     }

@@ -46,21 +46,21 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
     if (::stat(m_path.c_str(), &info) != 0) {
         m_replaces = ::lstat(m_path.c_str(), &info) == 0;
         if (m_replaces && !force) {
-            throw Failure(fmt::format("{}: this is a link to nothing; name another file, or use --force", m_path));
+            throw Failure(m_path, "this is a link to nothing; name another file, or use --force");
         }
         return;
     }
     for (const std::string& input : inputs) {
         if (IsSameFile(input, info)) {
-            throw Failure(fmt::format("{}: this is the input, {}; name another file", m_path, input));
+            throw Failure(m_path, fmt::format("this is the input, {}; name another file", input));
         }
     }
     if (!S_ISREG(info.st_mode)) {
-        throw Failure(fmt::format("{}: this is {}; name a file", m_path,
-                                  S_ISDIR(info.st_mode) ? "a directory" : "not a regular file"));
+        throw Failure(m_path, fmt::format("this is {}; name a file",
+                                          S_ISDIR(info.st_mode) ? "a directory" : "not a regular file"));
     }
     if (!force) {
-        throw Failure(fmt::format("{}: the file is there already; name another one, or use --force", m_path));
+        throw Failure(m_path, "the file is there already; name another one, or use --force");
     }
     m_target = fs::canonical(m_path);
     m_replaces = true;
@@ -150,7 +150,7 @@ bool OutputFile::TakePlace() {
 
 void OutputFile::Fail(const char* what) const {
     const int error = errno;
-    throw Failure(fmt::format("{}: {}: {}", m_path, what, ZU_WEP::ErrnoText(error)));
+    throw Failure(m_path, fmt::format("{}: {}", what, ZU_WEP::ErrnoText(error)));
 }
 
 }  // namespace stmdcm
