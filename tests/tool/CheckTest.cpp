@@ -25,10 +25,10 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
         {STMDCM_TEST_DATA "/settings-packed.txt", 0, "settings-packed.txt: 3 notes", ""},
         {kFull, 1, "full.tdf: 2 warnings, 3 notes", ""},
         {std::string("--severity error ") + kFull, 0, "full.tdf: nothing found", ""},
-        {std::string("/no/such/file ") + kUnknown, 1, "T-UNKNOWN-KEY line 2: \"STM_Colour\" is no property",
+        {std::string("/no/such/file ") + kUnknown, 4, "T-UNKNOWN-KEY line 2: \"STM_Colour\" is no property",
          "stmdcm: /no/such/file: there is no such file"},
-        {std::string("/no/such/file ") + kUnknown, 1, "2 files: 3 errors, 1 note", "/no/such/file"},
-        {Home().string(), 1, "F-UNREADABLE", "this is a directory"},
+        {std::string("/no/such/file ") + kUnknown, 4, "2 files: 3 errors, 1 note", "/no/such/file"},
+        {Home().string(), 4, "F-UNREADABLE", "this is a directory"},
         {std::string("--as capture ") + kUnknown, 1, "F-NO-CAPTURE", ""},
         {std::string("--as settings ") + kFull, 1, "T-ZERO-BYTE", ""},
         {"--list", 0, "O-MISSING", ""},
@@ -50,7 +50,7 @@ TEST_F(CheckTest, JsonSaysWhatTheTextSays) {
     const std::string files = std::string(kFull) + " " + kUnknown + " " STMDCM_TEST_DATA "/torn-payload.tdf /none";
     const std::string text = Run("check " + files).out;
     const Result result = Run("check --json " + files);
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 4);
     const auto document = nlohmann::json::parse(result.out);
     EXPECT_TRUE(document.at("problems").get<bool>());
     ASSERT_EQ(document.at("files").size(), 4U);

@@ -64,9 +64,9 @@ TEST_F(DiffTest, EqualityIsDoubtfulWhereNotAllWasRead) {
     for (const ToldCase& c : std::vector<ToldCase>{
              {base + " " + base, 0, ""},
              {base + " " + doubtful, 3, "\"Unknown\" is no property"},
-             {base + " /no/such", 1, "/no/such: there is no such file"},
-             {Sample("no-devid.tdf") + " " + base, 1, "no section DEVID"},
-             {Sample("empty-devid.tdf") + " " + base, 1, "the section holds nothing"},
+             {base + " /no/such", 4, "/no/such: there is no such file"},
+             {Sample("no-devid.tdf") + " " + base, 4, "no section DEVID"},
+             {Sample("empty-devid.tdf") + " " + base, 4, "the section holds nothing"},
              {base, 2, "RIGHT is required"},
          }) {
         ExpectTold("diff " + c.arguments, c.status, c.sentence);

@@ -1,3 +1,4 @@
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "tests/tool/ToolRun.h"
@@ -101,6 +102,41 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.error, std::string("stmdcm: ") + c.sentence + "\nRun stmdcm" + c.command +
                                     " --help for more information.\n");
+    }
+}
+
+TEST_F(HelpTest, AFailureIsADocumentToo) {
+    const std::string file = (Temporary() / "none.tdf").string();
+    const std::string settings = STMDCM_TEST_DATA "/settings.txt";
+    const struct {
+        std::string command;
+        std::string arguments;
+        int status = 1;
+    } cases[] = {
+        {"show", file},
+        {"sections", file},
+        {"extract", file + " TRACE0 -o " + file},
+        {"recover", file + " -o " + file + "2"},
+        {"set", file + " STM_ATB_Id=1"},
+        {"apply", file + " " + settings},
+        {"convert", file + " " + settings + "2"},
+        {"diff", file + " " + settings, 4},
+        {"objects", file},
+        {"history", file},
+        {"restore", file + " 1"},
+        {"live", "--scenario " + file},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        const Result result = Run(c.command + " --json " + c.arguments);
+        EXPECT_EQ(result.status, c.status);
+        const auto document = nlohmann::json::parse(result.out);
+        EXPECT_EQ(document.at("command"), c.command);
+        const auto& failure = document.at("failure");
+        EXPECT_EQ(failure.at("file"), file);
+        EXPECT_TRUE(failure.at("offset").is_null());
+        EXPECT_EQ(result.error, "stmdcm: " + file + ": " + failure.at("cause").get<std::string>() + "\n");
+        ExpectNothingLeft();
     }
 }
 

@@ -42,6 +42,9 @@ class Command {
 
     /// Does the work. A failure is told by the status or by an exception, which becomes a diagnostic.
     virtual ExitStatus Run(const Context& context) = 0;
+
+    /// What it means that the work could not be done.
+    virtual ExitStatus FailureStatus() const { return ExitStatus::Failed; }
 };
 
 /// A command's line in the table of all.

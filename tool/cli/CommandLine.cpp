@@ -3,7 +3,6 @@
 #include <new>
 #include <string>
 
-#include "stmdcm/Failure.h"
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/UsageError.h"
@@ -19,6 +18,15 @@ ColorMode ToColorMode(const std::string& name) {
         return ColorMode::Auto;
     }
     return name == "always" ? ColorMode::Always : ColorMode::Never;
+}
+
+/// docs/json.md
+std::string FailureText(const char* command, const Failure& failure) {
+    return JsonRenderer::Text(JsonRenderer::Document(
+        command, {{"failure",
+                   {{"file", JsonRenderer::OrNull(failure.File())},
+                    {"offset", failure.Offset() ? Json(std::to_string(*failure.Offset())) : nullptr},
+                    {"cause", failure.Cause()}}}}));
 }
 
 }  // namespace
@@ -56,7 +64,10 @@ void CommandLine::DeclareCommand(const CommandEntry& entry) {
         app->group("");
     }
     command->Declare(*app);
-    app->callback([this, command] { m_chosen = command; });
+    app->callback([this, command, name = entry.name] {
+        m_chosen = command;
+        m_chosenName = name;
+    });
 }
 
 ExitStatus CommandLine::Run(int argc, const char* const* argv) {
@@ -74,14 +85,24 @@ ExitStatus CommandLine::RunChosen() {
     try {
         return m_chosen->Run({m_options, console});
     } catch (const Failure& failure) {
-        console.Diagnose(failure.what());
-        return StatusOf(failure);
+        return Tell(failure, console);
     } catch (const std::bad_alloc&) {
-        console.Diagnose("there is not enough memory");
+        return Tell(Failure("there is not enough memory"), console);
     } catch (const std::exception& error) {
-        console.Diagnose(error.what());
+        return Tell(Failure(error.what()), console);
     }
-    return ExitStatus::Failed;
+}
+
+ExitStatus CommandLine::Tell(const Failure& failure, const Console& console) const {
+    console.Diagnose(failure.what());
+    if (m_options.json && failure.Reason() != Failure::Kind::Output) {
+        try {
+            Console::Print(FailureText(m_chosenName, failure));
+        } catch (const Failure& another) {
+            return Tell(another, console);
+        }
+    }
+    return StatusOf(failure, m_chosen->FailureStatus());
 }
 
 }  // namespace stmdcm

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "stmdcm/Failure.h"
 #include "tool/cli/Command.h"
 
 namespace stmdcm {
@@ -25,11 +26,13 @@ class CommandLine {
     void DeclareGlobals();
     void DeclareCommand(const CommandEntry& entry);
     ExitStatus RunChosen();
+    ExitStatus Tell(const Failure& failure, const Console& console) const;
 
     CLI::App m_app;
     GlobalOptions m_options;
     std::vector<std::unique_ptr<Command>> m_commands;
     Command* m_chosen = nullptr;
+    const char* m_chosenName = nullptr;
 };
 
 }  // namespace stmdcm

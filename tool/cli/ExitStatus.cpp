@@ -7,8 +7,16 @@
 
 namespace stmdcm {
 
-ExitStatus StatusOf(const Failure& failure) {
-    return failure.Reason() == Failure::Kind::Request ? ExitStatus::Usage : ExitStatus::Failed;
+ExitStatus StatusOf(const Failure& failure, ExitStatus ofWork) {
+    switch (failure.Reason()) {
+        case Failure::Kind::Request:
+            return ExitStatus::Usage;
+        case Failure::Kind::Output:
+            return ExitStatus::Failed;
+        case Failure::Kind::Work:
+            break;
+    }
+    return ofWork;
 }
 
 ExitStatus StatusOf(const std::vector<std::string>& doubts) {

@@ -16,9 +16,11 @@ enum class ExitStatus : int {
     Failed = 1,    ///< it could not be done, or differences or problems were found
     Usage = 2,     ///< the command line is wrong
     Doubtful = 3,  ///< done, but something was lost or is doubtful
+    Unread = 4,    ///< of check and diff: a file could not be read or compared
 };
 
-ExitStatus StatusOf(const Failure& failure);
+/// `ofWork` is what it is where work could not be done.
+ExitStatus StatusOf(const Failure& failure, ExitStatus ofWork);
 ExitStatus StatusOf(const std::vector<std::string>& doubts);
 ExitStatus StatusOf(const Reading& reading);
 ExitStatus StatusOf(const ChangeResult& result);

@@ -17,7 +17,8 @@ inline constexpr TextRow kExitStatuses[] = {
     {"0", "Done."},
     {"1", "Failed; or there are differences, or problems were found."},
     {"2", "The command line was wrong; nothing was done."},
-    {"3", "Done, but something was lost or is doubtful; standard error says what."},
+    {"3", "Done, but something was lost or is doubtful; the output or standard error says what."},
+    {"4", "Of check and diff: a file could not be read or compared."},
 };
 
 inline constexpr TextRow kEnvironment[] = {

@@ -175,7 +175,7 @@ class Check final : public Command {
             ->type_name("SEVERITY");
         app.footer(
             "Goes on after a bad file. Ends with status 1 when an error or a warning is shown; notes alone are no "
-            "problem. docs/check.md explains the findings.\n\nExample:\n"
+            "problem; with status 4 when a file could not be read. docs/check.md explains the findings.\n\nExample:\n"
             "  stmdcm check --severity warning capture.tdf settings.dcm");
     }
 
@@ -189,7 +189,7 @@ class Check final : public Command {
         }
         std::vector<Reading> files;
         for (const std::string& file : m_files) {
-            files.push_back(CheckFile(file, Kind()));
+            files.push_back(CheckFile(file, KindAskedFor()));
             if (!files.back().kind) {
                 context.console.Diagnose(fmt::format("{}: {}", file, files.back().findings.Sorted().front().what));
             }
@@ -200,11 +200,18 @@ class Check final : public Command {
         }
         const CheckReport report{files, ToSeverity(m_severity)};
         context.Print(report);
+        const FindingKind& unreadable = Kind("F-UNREADABLE");
+        if (std::any_of(files.begin(), files.end(),
+                        [&](const Reading& file) { return file.findings.Count(unreadable) > 0; })) {
+            return ExitStatus::Unread;
+        }
         return report.HasProblem() || isOtherwise ? ExitStatus::Failed : ExitStatus::Done;
     }
 
+    ExitStatus FailureStatus() const override { return ExitStatus::Unread; }
+
   private:
-    std::optional<ConfigurationKind> Kind() const {
+    std::optional<ConfigurationKind> KindAskedFor() const {
         if (m_kind.empty()) {
             return std::nullopt;
         }

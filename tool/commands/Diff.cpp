@@ -55,8 +55,8 @@ class Diff final : public Command {
         app.add_option("RIGHT", m_right, "Another one")->required();
         app.footer(
             "Use cases are matched by job and module, object files by name. Settings files have no object files: with "
-            "one of them these are not compared. Ends with status 0 when nothing differs, 1 when something does or a "
-            "file can't be loaded, 3 when nothing differs in what could be read.\n\nExample:\n"
+            "one of them these are not compared. Ends with status 0 when nothing differs, 1 when something does, 3 "
+            "when nothing differs in what could be read, 4 when a file can't be loaded.\n\nExample:\n"
             "  stmdcm diff before.tdf after.tdf");
     }
 
@@ -74,6 +74,8 @@ class Diff final : public Command {
         }
         return std::max(StatusOf(left.Doubts()), StatusOf(right.Doubts()));
     }
+
+    ExitStatus FailureStatus() const override { return ExitStatus::Unread; }
 
   private:
     std::string m_left;

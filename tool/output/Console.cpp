@@ -16,7 +16,8 @@ Console::Console(ColorMode mode)
 
 void Console::Print(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        throw Failure(fmt::format("standard output can't be written: {}", ZU_WEP::ErrnoText(errno)));
+        throw Failure(fmt::format("standard output can't be written: {}", ZU_WEP::ErrnoText(errno)),
+                      Failure::Kind::Output);
     }
 }
 
