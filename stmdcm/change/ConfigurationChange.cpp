@@ -9,6 +9,7 @@
 #include "source_utilities/ReplaceFile.h"
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
+#include "stmdcm/capture/InterruptBlock.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
@@ -88,6 +89,7 @@ ChangeResult ConfigurationChange::InSettings(const std::string& path, bool force
         throw Failure(path, fmt::format("parts of the file would be lost ({}); --force writes it all the same",
                                         fmt::join(result.doubts, "; ")));
     }
+    const InterruptBlock block;  // or else the temporary file would be left
     if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
         const int error = errno;
         throw Failure(path, fmt::format("the file can't be written: {}", ZU_WEP::ErrnoText(error)));

@@ -18,7 +18,7 @@ class TraceHome {
 
     const std::filesystem::path& Path() const { return m_path; }
 
-    /// Does already what the end does: for a program that is interrupted. Any thread may call it.
+    /// Does already what the end does.
     void Remove() const;
 
   private:

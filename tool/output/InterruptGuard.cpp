@@ -1,51 +1,103 @@
 #include "tool/output/InterruptGuard.h"
 
-#include <pthread.h>
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <string_view>
 #include <utility>
+
+#include "stmdcm/capture/InterruptBlock.h"
 
 namespace stmdcm {
 
 namespace {
 
-constexpr int kStop = SIGUSR2;  // Ends the waiting; sent from outside it is one more way to end the program.
+constexpr int kDeepest = 32;
+constexpr int kMostPasses = 100;
 
-bool IsIgnored(int number) {
-    struct sigaction action {};
-    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+void Remove(int directory, const char* name, int depth);
+
+/// One pass over what is in an open directory.
+void RemoveEntries(int directory, int depth) {
+    alignas(dirent64) std::array<char, 2048> buffer;
+    ::lseek(directory, 0, SEEK_SET);
+    for (ssize_t size = 0; (size = ::getdents64(directory, buffer.data(), buffer.size())) > 0;) {
+        for (ssize_t place = 0; place < size;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(buffer.data() + place);
+            const std::string_view name = entry->d_name;
+            if (name != "." && name != "..") {
+                Remove(directory, entry->d_name, depth);
+            }
+            place += entry->d_reclen;
+        }
+    }
+}
+
+/// Async-signal-safe (signal-safety(7)), as all that it calls: std::filesystem is not.
+void Remove(int directory, const char* name, int depth) {
+    if (::unlinkat(directory, name, 0) == 0 || depth == 0) {
+        return;
+    }
+    const int opened = ::openat(directory, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (opened == -1) {
+        return;
+    }
+    // A file system may pass over entries while others are removed.
+    for (int pass = 0; pass < kMostPasses; ++pass) {
+        RemoveEntries(opened, depth - 1);
+        if (::unlinkat(directory, name, AT_REMOVEDIR) == 0 || errno != ENOTEMPTY) {
+            break;
+        }
+    }
+    ::close(opened);
 }
 
 }  // namespace
 
-InterruptGuard::InterruptGuard(std::function<void()> cleanUp) : m_cleanUp(std::move(cleanUp)) {
-    sigemptyset(&m_signals);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        if (!IsIgnored(number)) {  // nohup, or a shell's background job
-            sigaddset(&m_signals, number);
-        }
-    }
-    sigaddset(&m_signals, kStop);
-    pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
-    m_waiter = std::thread([this] { Wait(); });
+InterruptGuard* InterruptGuard::s_last = nullptr;
+
+InterruptGuard::InterruptGuard(std::string path) : m_path(std::move(path)), m_before(s_last) {
+    TakeSignals();
+    const InterruptBlock block;
+    s_last = this;
 }
 
 InterruptGuard::~InterruptGuard() {
-    m_ended = true;
-    pthread_kill(m_waiter.native_handle(), kStop);
-    m_waiter.join();
-    pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
+    const InterruptBlock block;
+    InterruptGuard** link = &s_last;
+    while (*link != this) {
+        link = &(*link)->m_before;
+    }
+    *link = m_before;
 }
 
-void InterruptGuard::Wait() {
-    int number = 0;
-    sigwait(&m_signals, &number);
-    if (m_ended) {
-        return;
+void InterruptGuard::TakeSignals() {
+    struct sigaction taken {};
+    taken.sa_handler = CleanUpAndEnd;
+    taken.sa_mask = InterruptBlock::Signals();
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        struct sigaction old {};
+        const bool isIgnored = ::sigaction(number, nullptr, &old) == 0 && old.sa_handler == SIG_IGN;
+        if (!isIgnored) {  // nohup, or a shell's background job
+            ::sigaction(number, &taken, nullptr);
+        }
     }
-    m_cleanUp();
-    std::signal(number, SIG_DFL);
-    pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
-    raise(number);
+}
+
+void InterruptGuard::CleanUpAndEnd(int number) {
+    for (const InterruptGuard* guard = s_last; guard != nullptr; guard = guard->m_before) {
+        Remove(AT_FDCWD, guard->m_path.c_str(), kDeepest);
+    }
+    ::signal(number, SIG_DFL);
+    sigset_t own;
+    sigemptyset(&own);
+    sigaddset(&own, number);
+    pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+    ::raise(number);
 }
 
 }  // namespace stmdcm

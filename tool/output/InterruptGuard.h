@@ -1,30 +1,28 @@
 #pragma once
 
-#include <atomic>
-#include <csignal>
-#include <functional>
-#include <thread>
+#include <string>
 
 namespace stmdcm {
 
-/// Cleans up when the user interrupts or ends the program: while the guard lives, SIGINT, SIGTERM and SIGHUP, unless
-/// the program was started with them ignored, first run `cleanUp`, on a thread of the guard's, and then do what they
-/// always do. Make it before any other thread is started, since those must not get the signals.
+/// Cleans up when the user interrupts or ends the program: while the guard lives, a SIGINT, SIGTERM, SIGHUP or SIGPIPE,
+/// unless the program was started with it ignored, removes the path before it does what it always does. Other signals
+/// are left alone. For the program's only thread.
 class InterruptGuard {
   public:
-    explicit InterruptGuard(std::function<void()> cleanUp);
+    /// A file, or a directory with everything in it, which need not be there yet.
+    explicit InterruptGuard(std::string path);
     ~InterruptGuard();
     InterruptGuard(const InterruptGuard&) = delete;
     InterruptGuard& operator=(const InterruptGuard&) = delete;
 
   private:
-    void Wait();
+    static void CleanUpAndEnd(int number);
+    static void TakeSignals();
 
-    std::function<void()> m_cleanUp;
-    sigset_t m_signals{};
-    sigset_t m_oldMask{};
-    std::atomic<bool> m_ended{false};
-    std::thread m_waiter;
+    static InterruptGuard* s_last;  ///< the head of a list
+
+    std::string m_path;
+    InterruptGuard* m_before;
 };
 
 }  // namespace stmdcm

@@ -73,7 +73,7 @@ void OutputFile::MakeTemporary() {
         NameTemporary();
         m_file = PosixFile::Open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL);
         if (!m_file.IsOpen()) {
-            m_temporary.clear();
+            ForgetTemporary();
         }
     }
     if (!m_file.IsOpen()) {
@@ -95,6 +95,12 @@ void OutputFile::NameTemporary() {
 
 void OutputFile::Write(std::string_view bytes) {
     if (!m_file.WriteAt(m_written, {bytes})) {
+    m_guard.emplace(m_temporary);
+}
+
+void OutputFile::ForgetTemporary() {
+    m_guard.reset();
+    m_temporary.clear();
         Fail("the file can't be written");
     }
     m_written += bytes.size();
@@ -119,7 +125,7 @@ void OutputFile::Commit() {
         Fail(errno == EEXIST ? "a file of that name has appeared meanwhile; nothing was written"
                              : "the file can't be put in its place");
     }
-    m_temporary.clear();
+    ForgetTemporary();
     const PosixFile directory = PosixFile::Open(DirectoryOf(m_target).c_str(), O_RDONLY | O_DIRECTORY);
     if ((directory.IsOpen() && !directory.Sync()) || !m_file.Close()) {
         Fail("the file can't be written");
@@ -134,7 +140,9 @@ bool OutputFile::TakePlace() {
         }
         const char* name = isDirect ? m_target.c_str() : m_temporary.c_str();
         if (::linkat(AT_FDCWD, ReadBackPath().c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) != 0) {
-            m_temporary.clear();
+            const int error = errno;
+            ForgetTemporary();
+            errno = error;
             return false;
         }
         if (isDirect) {

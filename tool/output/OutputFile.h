@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "source_utilities/PosixFile.h"
 #include "stmdcm/capture/ByteSink.h"
+#include "tool/output/InterruptGuard.h"
 
 namespace stmdcm {
 
@@ -41,12 +43,14 @@ class OutputFile final : public ByteSink {
     void CheckTarget(bool force, const std::vector<std::string>& inputs);
     void MakeTemporary();
     void NameTemporary();
+    void ForgetTemporary();
     bool TakePlace();
     [[noreturn]] void Fail(const char* what) const;
 
     std::string m_path;
-    std::filesystem::path m_target;  ///< behind symbolic links
-    std::string m_temporary;         ///< empty while the new file has no name
+    std::filesystem::path m_target;         ///< behind symbolic links
+    std::string m_temporary;                ///< empty while the new file has no name
+    std::optional<InterruptGuard> m_guard;  ///< of the temporary file
     bool m_replaces = false;
     ZU_WEP::PosixFile m_file;
     std::uint64_t m_written = 0;
