@@ -147,6 +147,31 @@ TEST_F(HelpTest, TheManualPageSaysWhatTheHelpSays) {
     for (const std::string& line : Lines(page)) {
         EXPECT_TRUE(line[0] != '.' || Contains(" .TH .SH .SS .TP .PP .nf .fi .B ", " " + line.substr(0, 3) + " ") ||
                     line.starts_with(".B "))
+TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
+    const std::string full = STMDCM_TEST_DATA "/full.tdf";
+    const auto run = [&](const std::string& arguments) { return Shell("sh -c '" STMDCM_TOOL " " + arguments + "'"); };
+    for (const std::string& arguments :
+         {std::string("--help"), std::string("--version"), std::string("show --help"), std::string("help-man"),
+          std::string("completion zsh"), std::string("complete -- s"), "show " + full, "sections --json " + full,
+          "diff --json " + full + " " + full, "extract " + full + " TRACE0"}) {
+        SCOPED_TRACE(arguments);
+        const Result result = run(arguments + " >/dev/full");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_TRUE(result.error.starts_with("stmdcm: standard output can't be written: ")) << result.error;
+    }
+    // A file must not take the place of a closed descriptor.
+    const std::string output = (Temporary() / "payload").string();
+    const std::string extract = "extract " + full + " TRACE0 --progress --force -o " + output;
+    ASSERT_EQ(run(extract).status, 0);
+    const auto size = std::filesystem::file_size(output);
+    for (const std::string closed : {" 0<&-", " 1>&-", " 2>&-", " 0<&- 1>&- 2>&-"}) {
+        SCOPED_TRACE(closed);
+        EXPECT_EQ(run("show /none" + closed).status, 1);
+        EXPECT_EQ(run(extract + closed).status, 0);
+        EXPECT_EQ(std::filesystem::file_size(output), size);
+    }
+}
+
             << line;
         plain += line + "\n";
     }

@@ -1,6 +1,9 @@
 #include "tool/cli/CommandLine.h"
 
+#include <cstdio>
+#include <filesystem>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "tool/cli/HelpFormatter.h"
@@ -74,8 +77,7 @@ ExitStatus CommandLine::Run(int argc, const char* const* argv) {
     try {
         m_app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        // The parser has statuses of its own; every wrong command line is one status here.
-        return m_app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::Usage;
+        return EndParsing(error);
     }
     return RunChosen();
 }
@@ -84,6 +86,25 @@ ExitStatus CommandLine::RunChosen() {
     const Console console(m_options.color);
     try {
         return m_chosen->Run({m_options, console});
+/// Prints the help, the version, or what is wrong.
+ExitStatus CommandLine::EndParsing(const CLI::ParseError& error) const {
+    std::ostringstream out;
+    std::ostringstream wrong;
+    // The parser has statuses of its own; every wrong command line is one status here. A word that is no command is
+    // wrong even where help is asked for.
+    const bool isUnknown = m_app.get_subcommands().empty() && m_app.remaining_size() > 0;
+    const bool isRight = isUnknown ? m_app.exit(CLI::ExtrasError(m_app.remaining()), out, wrong) == 0
+                                   : m_app.exit(error, out, wrong) == 0;
+    try {
+        Console::Print(out.str());
+    } catch (const Failure& failure) {
+        Console(m_options.color).Diagnose(failure.what());
+        return ExitStatus::Failed;
+    }
+    std::fputs(wrong.str().c_str(), stderr);
+    return isRight ? ExitStatus::Done : ExitStatus::Usage;
+}
+
     } catch (const Failure& failure) {
         return Tell(failure, console);
     } catch (const std::bad_alloc&) {

@@ -25,6 +25,7 @@ class CommandLine {
   private:
     void DeclareGlobals();
     void DeclareCommand(const CommandEntry& entry);
+    ExitStatus EndParsing(const CLI::ParseError& error) const;
     ExitStatus RunChosen();
     ExitStatus Tell(const Failure& failure, const Console& console) const;
 
