@@ -6,6 +6,8 @@
 #include <sstream>
 #include <string>
 
+#include "stmdcm/capture/LockedFile.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/UsageError.h"
@@ -115,7 +117,7 @@ ExitStatus CommandLine::EndParsing(const CLI::ParseError& error) const {
 }
 
 ExitStatus CommandLine::Tell(const Failure& failure, const Console& console) const {
-    console.Diagnose(failure.what());
+    console.Diagnose(failure.File().empty() ? failure.Cause() : Shown(failure.File()) + ": " + failure.Cause());
     if (m_options.json && failure.Reason() != Failure::Kind::Output) {
         try {
             Console::Print(FailureText(m_chosenName, failure));

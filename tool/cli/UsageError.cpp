@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include "stmdcm/reading/Words.h"
 #include "tool/cli/Syntax.h"
 
 namespace stmdcm {
@@ -139,8 +140,8 @@ std::string Sentence(const CLI::App& app, const CLI::Error& error) {
 
 std::string UsageError(const CLI::App& app, const CLI::Error& error) {
     const CLI::App* command = Chosen(app);
-    return fmt::format("{0}: {1}\nRun {0}{2} --help for more information.\n", app.get_name(), Sentence(app, error),
-                       command == nullptr ? "" : " " + command->get_name());
+    return fmt::format("{0}: {1}\nRun {0}{2} --help for more information.\n", app.get_name(),
+                       Escaped(Sentence(app, error)), command == nullptr ? "" : " " + command->get_name());
 }
 
 }  // namespace stmdcm

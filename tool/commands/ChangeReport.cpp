@@ -22,7 +22,7 @@ const char* Heading(const ChangeResult& result) {
 }  // namespace
 
 std::string Item(const Difference& change) {
-    const std::string item = InWords(Unit::None, change.item);
+    const std::string item = Shown(change.item);
     if (change.kind == "property") {
         return item;
     }
@@ -33,11 +33,11 @@ std::string Text(const ChangeResult& result, const Palette& palette) {
     Table table;
     for (const Difference& change : result.changes) {
         table.AddRow({{Item(change)},
-                      {change.left.value_or("not there")},
+                      {Shown(change.left.value_or("not there"))},
                       {"->", Style::Quiet},
-                      {change.right.value_or("gone"), Style::Notable}});
+                      {Shown(change.right.value_or("gone")), Style::Notable}});
     }
-    return fmt::format("{}: {}\n", result.path, Heading(result)) + table.Text(palette, 2);
+    return fmt::format("{}: {}\n", Shown(result.path), Heading(result)) + table.Text(palette, 2);
 }
 
 Json Document(const ChangeResult& result) {

@@ -107,8 +107,8 @@ struct CheckReport {
     }
 
     std::string FileText(const Reading& file, const Palette& palette) const {
-        std::string text = fmt::format("{}: {}\n", palette.Paint(Style::Heading, InWords(Unit::None, file.path)),
-                                       CountsInWords({&file, 1}));
+        std::string text =
+            fmt::format("{}: {}\n", palette.Paint(Style::Heading, stmdcm::Shown(file.path)), CountsInWords({&file, 1}));
         const auto tell = [&](const FindingKind& kind, const std::string& place, const std::string& what) {
             text += fmt::format("  {} {}{}{}: {}\n", palette.Paint(StyleOf(kind), SeverityName(kind.severity)), kind.id,
                                 place.empty() ? "" : " ", place, what);
@@ -191,7 +191,8 @@ class Check final : public Command {
         for (const std::string& file : m_files) {
             files.push_back(CheckFile(file, KindAskedFor()));
             if (!files.back().kind) {
-                context.console.Diagnose(fmt::format("{}: {}", file, files.back().findings.Sorted().front().what));
+                context.console.Diagnose(
+                    fmt::format("{}: {}", Shown(file), files.back().findings.Sorted().front().what));
             }
         }
         bool isOtherwise = false;

@@ -5,6 +5,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/change/NewCapture.h"
 #include "stmdcm/reading/Reading.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/ConfigurationFile.h"
 
@@ -20,8 +21,8 @@ struct ConvertReport {
     std::vector<std::string> lost;  ///< sentences
 
     std::string Text(const Palette& /*palette*/) const {
-        return fmt::format("{} ({}) -> {} ({}), {}\n", from, KindName(fromKind), to, KindName(KindOfName(to)),
-                           lost.empty() ? "loads as the same configuration" : "with losses");
+        return fmt::format("{} ({}) -> {} ({}), {}\n", Shown(from), KindName(fromKind), Shown(to),
+                           KindName(KindOfName(to)), lost.empty() ? "loads as the same configuration" : "with losses");
     }
 
     Json Document() const {

@@ -2,6 +2,7 @@
 
 #include "stmdcm/plugin/Installation.h"
 #include "stmdcm/plugin/LibraryPath.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/DemoRun.h"
 #include "tool/output/GuardedHome.h"
@@ -16,9 +17,9 @@ const char* Reason(const ObjectFileQuestion& question) { return question.changed
 std::string QuestionsText(const std::vector<ObjectFileQuestion>& questions, const Palette& palette) {
     std::string text;
     for (const ObjectFileQuestion& question : questions) {
-        text += fmt::format("  manager: {} is {}; which file is it?\n  host:    {}\n", question.file,
+        text += fmt::format("  manager: {} is {}; which file is it?\n  host:    {}\n", Shown(question.file),
                             palette.Paint(Style::Notable, Reason(question)),
-                            question.answer.empty() ? "there is none" : question.answer);
+                            question.answer.empty() ? "there is none" : Shown(question.answer));
     }
     return text.empty() ? "  no question: every file is as it was recorded\n" : text;
 }
@@ -34,8 +35,9 @@ Json ToJson(const std::vector<ObjectFileQuestion>& questions) {
 std::string ChangesText(const std::vector<Difference>& changes) {
     std::string text;
     for (const Difference& change : changes) {
-        text += change.left ? fmt::format("  {}: {} -> {}\n", change.item, *change.left, change.right.value_or("gone"))
-                            : fmt::format("  new {}: {}\n", change.kind, change.item);
+        text += change.left ? fmt::format("  {}: {} -> {}\n", Shown(change.item), Shown(*change.left),
+                                          Shown(change.right.value_or("gone")))
+                            : fmt::format("  new {}: {}\n", change.kind, Shown(change.item));
     }
     return text;
 }
@@ -52,7 +54,7 @@ std::string VerdictText(const DemoOutcome& outcome, const Palette& palette) {
                        fmt::format(": {} differences (saved / reloaded)\n", outcome.differences.size()) +
                        TextRenderer(palette).Differences(outcome.differences);
     for (const std::string& problem : outcome.problems) {
-        text += fmt::format("  {}\n", problem);
+        text += fmt::format("  {}\n", Escaped(problem));
     }
     return text;
 }
@@ -73,7 +75,8 @@ struct DemoReport {
     std::string Text(const Palette& palette) const {
         const TextRenderer renderer(palette);
         std::string text = renderer.Heading("1. Load a capture");
-        text += fmt::format("  plug-in  {}\n  CPU      {}\n  capture  {}\n\n", demo.plugin, demo.cpu, demo.capture);
+        text += fmt::format("  plug-in  {}\n  CPU      {}\n  capture  {}\n\n", Shown(demo.plugin), Shown(demo.cpu),
+                            Shown(demo.capture));
         text += renderer.ObjectFiles(demo.recorded) + "\n";
         text += renderer.Heading("2. Answer the manager's questions");
         text += QuestionsText(demo.questions, palette) + "\n";
@@ -81,18 +84,18 @@ struct DemoReport {
         text += renderer.Heading("4. Change it");
         text += ChangesText(demo.changes) + "\n";
         text += renderer.Heading("5. Save into the host's own capture, load that into a second manager, compare");
-        text += fmt::format("  capture  {}\n", demo.savedCapture);
+        text += fmt::format("  capture  {}\n", Shown(demo.savedCapture));
         return text + "  " + VerdictText(demo, palette) + "\n" + LiveText(palette);
     }
 
     std::string LiveText(const Palette& palette) const {
         const TextRenderer renderer(palette);
         std::string text = renderer.Heading("6. Load from a live target, which is simulated");
-        text += fmt::format("  scenario {}\n  CPU      {}\n\n", live.scenario, live.live.cpu);
+        text += fmt::format("  scenario {}\n  CPU      {}\n\n", Shown(live.scenario), Shown(live.live.cpu));
         text += renderer.Properties(live.live.configuration.properties, true) + "\n";
         text += renderer.ObjectFiles(live.live.configuration.objectFiles) + "\n";
         text += renderer.Heading("7. Save into a capture, lose the target, load the capture without it, compare");
-        text += fmt::format("  capture  {}\n", live.savedCapture);
+        text += fmt::format("  capture  {}\n", Shown(live.savedCapture));
         return text + "  " + VerdictText(live, palette);
     }
 

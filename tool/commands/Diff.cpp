@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "stmdcm/reading/Reading.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/render/TextRenderer.h"
 
@@ -34,7 +35,7 @@ struct DiffReport {
         std::string text = TextRenderer(palette).Differences(differences);
         text += IsEqual() ? palette.Paint(Style::Good, "no difference")
                           : palette.Paint(Style::Notable, fmt::format("{} different ({} / {})", differences.size(),
-                                                                      left.path, right.path));
+                                                                      Shown(left.path), Shown(right.path)));
         return text + (comparesObjectFiles ? "\n" : "; object files are not compared: settings files have none\n");
     }
 

@@ -55,7 +55,7 @@ class Extract final : public Command {
             return ExitStatus::Done;
         }
         context.console.Diagnose(
-            fmt::format("{}: section {} at offset {}: {}", m_file, InWords(Unit::None, m_name), section.offset, doubt));
+            fmt::format("{}: section {} at offset {}: {}", Shown(m_file), Shown(m_name), section.offset, doubt));
         return ExitStatus::Doubtful;
     }
 
@@ -75,7 +75,7 @@ class Extract final : public Command {
                 throw Failure(m_file,
                               fmt::format("there are several versions of section {}, among them {} and {}; name "
                                           "one with --version",
-                                          InWords(Unit::None, m_name), chosen->version, section.version),
+                                          Shown(m_name), chosen->version, section.version),
                               Failure::Kind::Request);
             }
             chosen = &section;
@@ -93,15 +93,15 @@ class Extract final : public Command {
                 if (name == m_name && (!m_version || *m_version == section.version)) {
                     return section;
                 }
-                throw Failure(m_file, fmt::format("the section at offset {} is {}, version {}", *m_offset,
-                                                  InWords(Unit::None, name), section.version));
+                throw Failure(m_file, fmt::format("the section at offset {} is {}, version {}", *m_offset, Shown(name),
+                                                  section.version));
             }
         }
         throw Failure(m_file, fmt::format("no section begins at offset {}; list them with sections", *m_offset));
     }
 
     [[noreturn]] void FailToFind(const Container& container) const {
-        std::string sentence = fmt::format("a reader finds no section {}", InWords(Unit::None, m_name));
+        std::string sentence = fmt::format("a reader finds no section {}", Shown(m_name));
         if (m_version) {
             sentence += fmt::format(", version {}", *m_version);
         }

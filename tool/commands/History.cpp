@@ -36,8 +36,8 @@ struct Row {
         std::vector<std::string> parts;
         for (std::size_t i = 0; i < std::min(kNamed, differences->size()); ++i) {
             const Difference& each = (*differences)[i];
-            parts.push_back(fmt::format("{} {} / {}", ChangeReport::Item(each), each.left.value_or("not there"),
-                                        each.right.value_or("not there")));
+            parts.push_back(fmt::format("{} {} / {}", ChangeReport::Item(each), Shown(each.left.value_or("not there")),
+                                        Shown(each.right.value_or("not there"))));
         }
         if (differences->size() > kNamed) {
             parts.push_back(fmt::format("{} more", differences->size() - kNamed));
@@ -78,8 +78,8 @@ struct HistoryReport {
                           {SizeInWords(row.entry.section.PayloadLength())},
                           {row.Words()}});
         }
-        return palette.Paint(Style::Heading, fmt::format("{}: {} configuration sections", file, rows.size())) + "\n" +
-               table.Text(palette, 2);
+        return palette.Paint(Style::Heading, fmt::format("{}: {} configuration sections", Shown(file), rows.size())) +
+               "\n" + table.Text(palette, 2);
     }
 
     Json Document() const {

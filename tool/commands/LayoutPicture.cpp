@@ -45,7 +45,7 @@ class Picture {
         text += "|\n";
         for (std::size_t kind = 0; kind < m_kinds.size(); ++kind) {
             const auto& [stem, use] = m_kinds[kind];
-            text += fmt::format("   {} {}", Letter(kind), stem.empty() ? "(no name)" : InWords(Unit::None, stem));
+            text += fmt::format("   {} {}", Letter(kind), stem.empty() ? "(no name)" : Shown(stem));
             text += use == SectionUse::Read ? "\n" : fmt::format(" ({})\n", SectionUseText(use));
         }
         return text + fmt::format("   {} covered by no section\n", Letter(kMaxKinds + 1));

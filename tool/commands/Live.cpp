@@ -10,6 +10,7 @@
 #include "stmdcm/plugin/LiveConfiguration.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/ConfigurationFile.h"
 #include "tool/output/GuardedHome.h"
@@ -32,7 +33,7 @@ struct LiveReport {
 
     std::string Text(const Palette& palette) const {
         return TextRenderer(palette).Render(live.configuration) +
-               (saved.empty() ? "" : fmt::format("\nSaved into {}\n", saved));
+               (saved.empty() ? "" : fmt::format("\nSaved into {}\n", Shown(saved)));
     }
 
     Json Document() const {

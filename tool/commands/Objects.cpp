@@ -20,20 +20,20 @@ struct ObjectsReport {
         const auto modified = [](const ObjectFile& file) {
             return "modified " + InWords(Unit::UnixTime, file.modified);
         };
-        table.AddRow({{InWords(Unit::None, answer.recorded.name)},
+        table.AddRow({{Shown(answer.recorded.name)},
                       StateCell(answer.recorded),
-                      {InWords(Unit::None, answer.recorded.path)},
+                      {Shown(answer.recorded.path)},
                       {"recorded " + InWords(Unit::UnixTime, answer.recorded.recorded), Style::Quiet}});
         if (answer.how != ImageAnswer::How::Recorded) {
             table.AddRow({{"  by " + std::string(answer.HowName()), Style::Quiet},
                           StateCell(answer.found),
-                          {InWords(Unit::None, answer.found.path)},
+                          {Shown(answer.found.path)},
                           {answer.found.modified ? modified(answer.found) : "", Style::Quiet}});
         } else if (answer.recorded.DiskState() == ObjectFile::State::Changed) {
             table.AddRow({{}, {}, {}, {modified(answer.recorded), Style::Quiet}});
         }
         for (const std::string& candidate : answer.candidates) {
-            table.AddRow({{"  perhaps", Style::Quiet}, {}, {InWords(Unit::None, candidate)}});
+            table.AddRow({{"  perhaps", Style::Quiet}, {}, {Shown(candidate)}});
         }
     }
 
@@ -44,8 +44,8 @@ struct ObjectsReport {
         }
         const std::size_t total = list.answers.size();
         const char* outcome = list.isWritten ? ", the capture has their new places" : "";
-        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images are accounted for{}", list.path,
-                                                         total - list.unresolved, total, outcome)) +
+        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images are accounted for{}",
+                                                         Shown(list.path), total - list.unresolved, total, outcome)) +
                "\n" + table.Text(palette, 2);
     }
 
@@ -99,7 +99,7 @@ class Objects final : public Command {
             context.console.Diagnose(
                 fmt::format("{}: {} of the program images stay as they were recorded; --map and --search find them, "
                             "--accept-changed takes changed ones",
-                            m_file, list.unresolved));
+                            Shown(m_file), list.unresolved));
         }
         context.console.Diagnose(m_file, list.doubts);
         return StatusOf(list);

@@ -29,14 +29,14 @@ struct RecoverReport {
         return fmt::format(
             "  {}{}{}\n",
             remark.length == 0 ? "" : fmt::format("{}..{}: ", remark.offset, remark.offset + remark.length),
-            remark.section.empty() ? "" : remark.section + ": ",
+            remark.section.empty() ? "" : Shown(remark.section) + ": ",
             palette.Paint(isLoss ? Style::Bad : Style::Notable, remark.sentence));
     }
 
     std::string Text(const Palette& palette) const {
-        std::string text = fmt::format("{} -> {} ({})\n  {} whole sections, {} repaired, {} dropped\n", file, output,
-                                       SizeInWords(plan.ResultSize()), plan.wholeCount, plan.repaired.size(),
-                                       SizeInWords(plan.droppedBytes));
+        std::string text = fmt::format("{} -> {} ({})\n  {} whole sections, {} repaired, {} dropped\n", Shown(file),
+                                       Shown(output), SizeInWords(plan.ResultSize()), plan.wholeCount,
+                                       plan.repaired.size(), SizeInWords(plan.droppedBytes));
         for (const Remark& remark : plan.remarks.Listed()) {
             text += RemarkText(remark, palette);
         }

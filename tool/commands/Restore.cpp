@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
 #include "stmdcm/change/History.h"
+#include "stmdcm/reading/Words.h"
+#include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
@@ -14,7 +16,7 @@ struct RestoreReport {
     RestoreResult result;
 
     std::string Text(const Palette& /*palette*/) const {
-        return fmt::format("{}: configuration {} ({}) is {}\n", file, number, result.restored.name,
+        return fmt::format("{}: configuration {} ({}) is {}\n", Shown(file), number, result.restored.name,
                            result.isWritten ? "in force again" : "what is in force, nothing was written");
     }
 

@@ -46,15 +46,21 @@ class SectionsReport {
 
     /// For programs (docs/json-container.md).
     void PrintDocument() {
-        m_text = EmptyDocument();
+        const Json document = EmptyDocument();
+        Json invalid = JsonRenderer::InvalidTexts(document);
+        m_text = JsonRenderer::PlainText(document);
         m_text.resize(m_text.size() - kListEnd.size());
         const char* separator = "\n    ";
         for (const Section& section : m_container.Sections()) {
-            m_text += separator + ItemDocument(section);
+            const std::string name = m_container.Name(section);
+            invalid.update(JsonRenderer::InvalidTexts(name, fmt::format("/sections/{}/name", index++)));
+            m_text += separator + ItemDocument(section, name);
+        std::size_t index = 0;
             separator = ",\n    ";
             Flush(kBlockSize);
         }
-        m_text.append(m_container.Sections().empty() ? "" : "\n  ").append(kListEnd);
+        m_text += m_container.Sections().empty() ? "" : "\n  ";
+        m_text += invalid.empty() ? kListEnd : fmt::format("],\n  \"bytes\": {}\n}}\n", invalid.dump());
         Flush(0);
     }
 
@@ -71,7 +77,7 @@ class SectionsReport {
 
     std::string Heading() const {
         const std::size_t count = m_container.Sections().size();
-        return m_palette.Paint(Style::Heading, m_container.Path()) +
+        return m_palette.Paint(Style::Heading, Shown(m_container.Path())) +
                fmt::format(": {}, {} section{}\n", SizeInWords(m_container.Size()), count, count == 1 ? "" : "s") +
                (count == 0
                     ? ""
@@ -91,7 +97,7 @@ class SectionsReport {
 
     void AddSection(const Section& section) {
         Add({section.offset, section.length, m_container.HeldPayload(section), LiveVersion(section.version),
-             section.use, InWords(Unit::None, m_container.Name(section)), Note(section)});
+             section.use, Shown(m_container.Name(section)), Note(section)});
     }
 
     void AddRun(const SectionRun& run) {
@@ -101,8 +107,8 @@ class SectionsReport {
         for (const Section* section = first; section <= last; ++section) {
             payload += m_container.HeldPayload(*section);
         }
-        std::string name = InWords(Unit::None, m_container.Name(*first));
-        const std::string lastName = InWords(Unit::None, m_container.Name(*last));
+        std::string name = Shown(m_container.Name(*first));
+        const std::string lastName = Shown(m_container.Name(*last));
         if (name != lastName) {
             name += " .. " + lastName;
         }
@@ -137,8 +143,8 @@ class SectionsReport {
     }
 
     /// With an empty list at its end.
-    std::string EmptyDocument() const {
-        return JsonRenderer::Text(JsonRenderer::Document(
+    Json EmptyDocument() const {
+        return JsonRenderer::Document(
             "sections",
             {{"file", m_container.Path()},
              {"size", std::to_string(m_container.Size())},
@@ -149,7 +155,7 @@ class SectionsReport {
               {{"offset", std::to_string(m_container.TrailingOffset())},
                {"length", std::to_string(m_container.TrailingLength())}}},
              {"more", m_container.HasMore()},
-             {"sections", Json::array()}}));
+             {"sections", Json::array()}});
     }
 
     const char* Problem(const Section& section) const {
@@ -160,8 +166,8 @@ class SectionsReport {
     }
 
     /// In one line. Formatted directly: a tree of 100,000 sections would take too much memory and time.
-    std::string ItemDocument(const Section& section) const {
-        const std::string name = Json(m_container.Name(section)).dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string ItemDocument(const Section& section, const std::string& sectionName) const {
+        const std::string name = Json(sectionName).dump(-1, ' ', false, Json::error_handler_t::replace);
         return fmt::format(
             R"({{"name": {}, "version": {}, "live_version": {}, "offset": "{}", "length": {}, "payload_offset": "{}", )"
             R"("payload_length": {}, "payload_held": "{}", "use": "{}", "problem": {}}})",

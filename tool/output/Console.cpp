@@ -8,6 +8,7 @@
 
 #include "source_utilities/PosixFile.h"
 #include "stmdcm/Failure.h"
+#include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
 
@@ -22,7 +23,7 @@ void Console::Print(std::string_view text) {
 }
 
 void Console::Diagnose(std::string_view sentence) const {
-    fmt::print(stderr, "{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), sentence);
+    fmt::print(stderr, "{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), Escaped(sentence));
 }
 
 void Console::Diagnose(const std::vector<std::string>& sentences) const {
@@ -33,7 +34,7 @@ void Console::Diagnose(const std::vector<std::string>& sentences) const {
 
 void Console::Diagnose(const std::string& file, const std::vector<std::string>& doubts) const {
     for (const std::string& doubt : doubts) {
-        Diagnose(fmt::format("{}: {}", file, doubt));
+        Diagnose(fmt::format("{}: {}", Shown(file), doubt));
     }
 }
 

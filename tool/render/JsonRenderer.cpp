@@ -1,6 +1,7 @@
 #include "tool/render/JsonRenderer.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "stmdcm/reading/Words.h"
 
@@ -89,6 +90,32 @@ Json JsonRenderer::Document(const char* command, const Json& findings) {
 }
 
 std::string JsonRenderer::Text(const Json& document) {
+    const Json invalid = InvalidTexts(document);
+    if (invalid.empty()) {
+        return PlainText(document);
+    }
+    Json whole = document;
+    whole["bytes"] = invalid;
+    return PlainText(whole);
+}
+
+Json JsonRenderer::InvalidTexts(const Json& json, const std::string& pointer) {
+    Json invalid = Json::object();
+    if (const auto* text = json.get_ptr<const std::string*>(); text != nullptr && !IsUtf8(*text)) {
+        invalid[pointer] = fmt::format("{:02x}", fmt::join(std::vector<unsigned char>(text->begin(), text->end()), ""));
+    }
+    for (std::size_t i = 0; json.is_array() && i < json.size(); ++i) {
+        invalid.update(InvalidTexts(json[i], fmt::format("{}/{}", pointer, i)));
+    }
+    if (json.is_object()) {
+        for (const auto& [key, value] : json.items()) {
+            invalid.update(InvalidTexts(value, fmt::format("{}/{}", pointer, key)));
+        }
+    }
+    return invalid;
+}
+
+std::string JsonRenderer::PlainText(const Json& document) {
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -51,20 +51,19 @@ struct RowVisitor {
 
     template <class T>
     void operator()(const Field& field, const T& value) const {
-        std::string words = InWords(field.unit, value);
+        std::string words = Shown(InWords(field.unit, value));
         const Style style = std::string_view(field.name) == "state" ? StateStyle(words) : Style::Plain;
         row.push_back({std::move(words), style});
     }
     void operator()(const Field& /*field*/, const std::vector<Counter>& counters) const {
         for (const Counter& counter : counters) {
-            lines.push_back(fmt::format("  counter #{} {}", counter.number, InWords(Unit::None, counter.text)));
+            lines.push_back(fmt::format("  counter #{} {}", counter.number, Shown(counter.text)));
         }
     }
     void operator()(const Field& /*field*/, const std::vector<Formula>& formulas) const {
         for (const Formula& formula : formulas) {
-            lines.push_back(fmt::format("  formula {} = {} [{}], tag number {}, output mask {}",
-                                        InWords(Unit::None, formula.name), InWords(Unit::None, formula.formula),
-                                        InWords(Unit::None, formula.unit), formula.tagNumber,
+            lines.push_back(fmt::format("  formula {} = {} [{}], tag number {}, output mask {}", Shown(formula.name),
+                                        Shown(formula.formula), Shown(formula.unit), formula.tagNumber,
                                         InWords(Unit::Mask, formula.outputMask)));
         }
     }
@@ -152,11 +151,11 @@ std::string TextRenderer::Differences(const std::vector<Difference>& differences
     Table table;
     for (const Difference& difference : differences) {
         table.AddRow({{difference.kind},
-                      {InWords(Unit::None, difference.item)},
+                      {Shown(difference.item)},
                       {difference.field},
-                      {difference.left.value_or("not there"), Style::Notable},
+                      {Shown(difference.left.value_or("not there")), Style::Notable},
                       {"/", Style::Quiet},
-                      {difference.right.value_or("not there"), Style::Notable}});
+                      {Shown(difference.right.value_or("not there")), Style::Notable}});
     }
     return table.Text(m_palette, kIndent);
 }
