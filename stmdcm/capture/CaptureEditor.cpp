@@ -61,14 +61,19 @@ ChainEnd CaptureEditor::RequireReachableEnd() const {
     }
     FileSectionSource source(m_file.File());
     const ChainEnd end = FindChainEnd(source, m_container.Stop(), m_container.StopOffset(), m_container.Size());
+    if (!end.reachable && m_container.HasMore()) {
+        throw Failure(m_file.Path(),
+                      fmt::format("there are more than {} sections, so what would stand behind them could "
+                                  "not be found; nothing was changed",
+                                  Container::kMaxSections));
+    }
     if (!end.reachable) {
         throw Failure(
             m_file.Path(),
             fmt::format(
                 "the row of sections is broken at offset {} ({}), so nothing behind it could be found; nothing was "
                 "changed; run stmdcm recover first",
-                m_container.StopOffset(),
-                m_container.HasMore() ? "too many sections" : ScanStopText(m_container.Stop())))
+                m_container.StopOffset(), ScanStopText(m_container.Stop())))
             .At(m_container.StopOffset());
     }
     return end;

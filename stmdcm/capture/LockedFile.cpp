@@ -11,6 +11,19 @@
 
 namespace stmdcm {
 
+namespace {
+
+constexpr std::chrono::seconds kSilence{1};
+
+std::function<void(const std::string&)>& Teller() {
+    static std::function<void(const std::string&)> tell;
+    return tell;
+}
+
+}  // namespace
+
+void LockedFile::OnLongWait(std::function<void(const std::string&)> tell) { Teller() = std::move(tell); }
+
 LockedFile::LockedFile(std::string path) : m_path(std::move(path)) {
     do {
         Open();
@@ -25,7 +38,14 @@ void LockedFile::Open() {
         throw Failure(m_path, fmt::format("the file can't be opened for writing: {}; nothing was changed",
                                           ZU_WEP::ErrnoText(error)));
     }
-    m_lock.emplace(m_file);
+    ZU_WEP::LockPatience patience{kSilence};
+    m_lock.emplace(m_file, patience);
+    if (patience.hasRunOut) {
+        if (Teller()) {
+            Teller()(m_path);
+        }
+        m_lock.emplace(m_file);
+    }
 }
 
 /// Who held the lock may have put another file in its place.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -13,8 +14,11 @@ namespace stmdcm {
 /// save into the file meanwhile: it would go on without the lock after five seconds.
 class LockedFile {
   public:
-    /// Waits for the lock. Throws Failure where the file can't be opened for writing.
+    /// Waits for the lock, and after a second says so. Throws Failure where the file can't be opened for writing.
     explicit LockedFile(std::string path);
+
+    /// What says so, in all of the program: it is given the path. None at first.
+    static void OnLongWait(std::function<void(const std::string&)> tell);
 
     const std::string& Path() const { return m_path; }
     const ZU_WEP::PosixFile& File() const { return m_file; }

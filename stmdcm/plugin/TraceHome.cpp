@@ -17,7 +17,14 @@ namespace fs = std::filesystem;
 namespace {
 
 fs::path MakeTemporary() {
-    std::string path = (fs::temp_directory_path() / "stmdcm-XXXXXX").string();
+    std::error_code error;
+    const fs::path directory = fs::temp_directory_path(error);
+    if (error) {
+        const char* variable = ::getenv("TMPDIR");
+        throw Failure(variable == nullptr ? "/tmp" : variable,
+                      "this is no directory for temporary files; set TMPDIR to one that is there");
+    }
+    std::string path = (directory / "stmdcm-XXXXXX").string();
     if (::mkdtemp(path.data()) == nullptr) {
         throw Failure(path,
                       fmt::format("a temporary directory can't be made: {}", std::generic_category().message(errno)));

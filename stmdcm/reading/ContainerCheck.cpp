@@ -114,7 +114,8 @@ void ContainerCheck::CheckLength(const Section& section, const Place& place) {
     } else if (section.length != 0 && m_container.IsTorn(section) && section.End() <= MaxFileSize) {
         m_findings.Add(
             Kind("C-TORN-PAYLOAD"), place,
-            fmt::format("the section ends {} bytes past the end of the file", section.End() - m_container.Size()),
+            fmt::format("the section ends {} past the end of the file",
+                        Counted(section.End() - m_container.Size(), "byte")),
             fmt::format("the payload's first {} bytes, which are there, are read", m_container.HeldPayload(section)));
     }
 }

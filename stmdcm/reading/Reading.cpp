@@ -1,4 +1,5 @@
 #include "stmdcm/reading/Reading.h"
+#include "stmdcm/reading/Words.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -325,7 +326,7 @@ std::vector<std::string> Reading::Doubts() const {
 std::vector<std::string> Reading::Sentences() const {
     std::vector<std::string> sentences = Doubts();
     for (std::string& sentence : sentences) {
-        sentence.insert(0, path + ": ");
+        sentence.insert(0, Shown(path) + ": ");
     }
     return sentences;
 }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
 #include "trace/format/SectionLayout.h"
 
@@ -178,7 +179,8 @@ std::uint64_t RecoveryPlanner::EndOfWholeLines(const Section& section) const {
 }
 
 void RecoveryPlanner::Drop(std::uint64_t offset, std::uint64_t end, const std::string& why) {
-    m_plan.remarks.Add({RemarkKind::Dropped, offset, end - offset, {}, fmt::format("{} bytes {}", end - offset, why)});
+    m_plan.remarks.Add(
+        {RemarkKind::Dropped, offset, end - offset, {}, fmt::format("{} {}", Counted(end - offset, "byte"), why)});
     m_plan.droppedBytes += end - offset;
 }
 

@@ -3,9 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
+
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "source_utilities/PosixFile.h"
+#include "stmdcm/reading/Words.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/tool/SectionList.h"
 #include "tests/tool/TextLines.h"
@@ -146,6 +150,7 @@ TEST_F(ContainerCommandsTest, ExtractGivesThePayloadByteForByte) {
     const std::string payload = full.substr(trace.payloadOffset, trace.payloadLength);
     EXPECT_EQ(Run("extract " + Data("full.tdf") + " TRACE0").out, payload);
     const std::string out = File("out");
+    EXPECT_EQ(Run("extract " + Data("full.tdf") + " TRACE0 -o -").out, payload);
     EXPECT_EQ(Run("extract " + Data("full.tdf") + " TRACE0 -o " + out).status, 0);
     EXPECT_EQ(ReadWhole(out), payload);
 
@@ -165,6 +170,7 @@ TEST_F(ContainerCommandsTest, ExtractGivesThePayloadByteForByte) {
         {"short-length.tdf DEVID", 3, 590, "does not even cover its header"},
         {"full.tdf DEVID -o " + out, 1, 0, "use --force"},
         {"full.tdf NONE", 1, 0, "no section NONE"},
+        {"full.tdf NONE --offset -1", 2, 0, "--offset: \"-1\" is no whole number"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments);
@@ -227,6 +233,66 @@ TEST_F(ContainerCommandsTest, RecoverPutsSectionsThatNoReaderPassesLast) {
     std::string kept(FirstSectionOffset + rest.size(), '\0');
     ASSERT_EQ(file.ReadAt(0, kept.data(), kept.size()), kept.size());
     EXPECT_EQ(kept, std::string(TDFIdentifier) + rest);
+}
+
+TEST_F(ContainerCommandsTest, NoNameCommandsTheTerminalAndNoneIsLost) {
+    const std::string name = "\x1b]0;x\x07\x9b\xc2\x9b\xff" + std::string(4000, 'n');
+    const std::string file = File("\x1b[2J\x9b" + std::string(150, 'f') + ".tdf");
+    WriteWhole(file, ReadWhole(Data("full.tdf")) + MakeSection(name, 1, "x"));
+    const std::string settings = File("\xff.txt");
+    WriteWhole(settings, ReadWhole(Data("settings.txt")) + "\x1b[2J\x9b = 1\n");
+    const std::string quoted = "'" + file + "'";
+    for (const std::string& arguments :
+         {"show " + quoted, "check " + quoted + " '" + settings + "'", "sections --all --picture " + quoted,
+          "extract " + quoted + " '" + name + "2'", "recover --force -o " + quoted + "2.tdf " + quoted,
+          "set " + quoted + " STM_ATB_Id=42", "set '" + settings + "' STM_ATB_Id=42", "history " + quoted,
+          "restore " + quoted + " 2", "restore " + quoted + " 99", "objects --search '" + file + "' " + quoted,
+          "diff " + quoted + " '" + settings + "'", "convert " + quoted + " " + quoted + ".txt",
+          "apply --force '" + settings + "' " + quoted, "show '" + file + "2' 'a\x1b'", std::string("'\x1b\x9b'")}) {
+        SCOPED_TRACE(Escaped(arguments));
+        const Result result = Run(arguments);
+        for (const std::string& text : {result.out, result.error}) {
+            std::istringstream in(text);
+            for (std::string line; std::getline(in, line);) {
+                EXPECT_EQ(Escaped(line), line);
+                EXPECT_EQ(line.find(std::string(kMaxColumns + 1, 'n')), std::string::npos);
+                EXPECT_EQ(line.find(std::string(kMaxColumns + 1, 'f')), std::string::npos);
+            }
+        }
+    }
+    const auto document = Json("sections '" + file + "'");
+    for (const auto& [pointer, expected] :
+         {std::pair(std::string("/sections/4/name"), name), std::pair(std::string("/file"), file)}) {
+        std::string hexadecimal;
+        for (const char c : expected) {
+            hexadecimal += fmt::format("{:02x}", static_cast<unsigned char>(c));
+        }
+        EXPECT_EQ(document.at("bytes").at(pointer), hexadecimal);
+    }
+    EXPECT_EQ(Json("show '" + file + "'").at("bytes").size(), 1U);
+}
+
+TEST_F(ContainerCommandsTest, SayWhatIsWrongWithARequest) {
+    const std::string full = Data("full.tdf");
+    const struct {
+        std::string line;
+        int status;
+        const char* sentence;
+    } cases[] = {
+        {STMDCM_TOOL " recover -o - " + full, 2, "this is standard output"},
+        {STMDCM_TOOL " restore " + full + " -1", 2, "\"-1\" is no whole number"},
+        {STMDCM_TOOL " extract --json " + full + " TRACE0", 2, "extract has no JSON"},
+        {STMDCM_TOOL " completion --json bash", 2, "completion has no JSON"},
+        {"env TMPDIR=/no/such " STMDCM_TOOL " demo", 1,
+         "/no/such: this is no directory for temporary files; set TMPDIR"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        const Result result = Shell(c.line);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_NE(result.error.find(c.sentence), std::string::npos) << result.error;
+    }
+    EXPECT_FALSE(std::filesystem::exists("-"));
 }
 
 TEST_F(ContainerCommandsTest, SayWhatIsWrongWithAFile) {

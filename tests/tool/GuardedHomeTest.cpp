@@ -36,9 +36,11 @@ namespace {
 }
 
 /// Runs the tool, sends it the signal after a while, 0 for none, and gives the status that a shell shows.
-int Interrupted(std::vector<std::string> words, int number, std::chrono::microseconds delay) {
+int Interrupted(std::vector<std::string> words, const fs::path& temporary, int number,
+                std::chrono::microseconds delay) {
     const pid_t child = ::fork();
     if (child == 0) {
+        ::setenv("TMPDIR", temporary.c_str(), 1);
         words.insert(words.begin(), STMDCM_TOOL);
         std::vector<char*> pointers;
         std::transform(words.begin(), words.end(), std::back_inserter(pointers),
@@ -87,7 +89,6 @@ TEST(GuardedHomeTest, AnInterruptedProgramLeavesNothingBehind) {
 
 TEST_F(InterruptTest, LeavesOldOrNewAndNothingElse) {
     constexpr int kRuns = 20;
-    ::setenv("TMPDIR", Temporary().c_str(), 1);
     const std::string settings = (Home() / "settings.txt").string();
     const std::string capture = (Home() / "capture.tdf").string();
     const std::vector<std::string> commands[] = {
@@ -99,7 +100,7 @@ TEST_F(InterruptTest, LeavesOldOrNewAndNothingElse) {
     const auto run = [&](const std::vector<std::string>& command, int number, std::chrono::microseconds delay) {
         fs::copy_file(STMDCM_TEST_DATA "/settings.txt", settings, fs::copy_options::overwrite_existing);
         fs::copy_file(STMDCM_TEST_DATA "/torn-payload.tdf", capture, fs::copy_options::overwrite_existing);
-        const int status = Interrupted(command, number, delay);
+        const int status = Interrupted(command, Temporary(), number, delay);
         EXPECT_EQ(std::distance(fs::directory_iterator(Home()), {}), 2);
         EXPECT_TRUE(fs::is_empty(Temporary()));
         return std::pair(status, stmdcm_test::ReadWhole(settings) + stmdcm_test::ReadWhole(capture));

@@ -92,8 +92,15 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
         {"show show show", "the argument \"show\" is one too many for show", " show"},
         {"show", "FILE is required", " show"},
         {"set f", "NAME=VALUE is required", " set"},
-        {"completion tcsh", "SHELL: tcsh not in {bash,zsh,fish}", " completion"},
-        {"demo --color", "--color: 1 required WHEN missing", " demo"},
+        {"completion tcsh", "SHELL: \"tcsh\" is none of bash, zsh, fish", " completion"},
+        {"nonsense --help", "there is no command \"nonsense\"", ""},
+        {"--version nonsense", "there is no command \"nonsense\"", ""},
+        {"restore f -1", "number: \"-1\" is no whole number", " restore"},
+        {"extract f n --version=4294967296", "--version: 4294967296 is more than 4294967295", " extract"},
+        {"show $(printf '\\033[2J') b", "the argument \"b\" is one too many for show", " show"},
+        {"show a $(printf '\\033[2J\\302\\233\\377')",
+         "the argument \"\\x1b[2J\\xc2\\x9b\\xff\" is one too many for show", " show"},
+        {"demo --color", "--color needs a value, WHEN", " demo"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments);
@@ -115,7 +122,6 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
     } cases[] = {
         {"show", file},
         {"sections", file},
-        {"extract", file + " TRACE0 -o " + file},
         {"recover", file + " -o " + file + "2"},
         {"set", file + " STM_ATB_Id=1"},
         {"apply", file + " " + settings},
@@ -124,7 +130,7 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
         {"objects", file},
         {"history", file},
         {"restore", file + " 1"},
-        {"live", "--scenario " + file},
+        {"live", "--cpu Core_0 --scenario " + file},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.command);
@@ -140,13 +146,6 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
     }
 }
 
-TEST_F(HelpTest, TheManualPageSaysWhatTheHelpSays) {
-    const std::string page = Run("help-man").out;
-    const CommandLine commandLine(kCommands);
-    std::string plain;
-    for (const std::string& line : Lines(page)) {
-        EXPECT_TRUE(line[0] != '.' || Contains(" .TH .SH .SS .TP .PP .nf .fi .B ", " " + line.substr(0, 3) + " ") ||
-                    line.starts_with(".B "))
 TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
     const std::string full = STMDCM_TEST_DATA "/full.tdf";
     const auto run = [&](const std::string& arguments) { return Shell("sh -c '" STMDCM_TOOL " " + arguments + "'"); };
@@ -172,6 +171,13 @@ TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
     }
 }
 
+TEST_F(HelpTest, TheManualPageSaysWhatTheHelpSays) {
+    const std::string page = Run("help-man").out;
+    const CommandLine commandLine(kCommands);
+    std::string plain;
+    for (const std::string& line : Lines(page)) {
+        EXPECT_TRUE(line[0] != '.' || Contains(" .TH .SH .SS .TP .PP .nf .fi .B ", " " + line.substr(0, 3) + " ") ||
+                    line.starts_with(".B "))
             << line;
         plain += line + "\n";
     }
@@ -184,6 +190,9 @@ TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
             EXPECT_TRUE(Contains(plain, ".B " + Signature(*positional) + "\n" + positional->get_description() + "\n"));
         }
         EXPECT_TRUE(Contains(plain, Example(*command).substr(std::string("Example:").size())));
+    }
+    for (const char* title : {"EXIT STATUS", "ENVIRONMENT", "FILES", "SEE ALSO"}) {
+        EXPECT_TRUE(Contains(page, std::string(".SH ") + title + "\n")) << title;
     }
     if (Shell("command -v groff").status != 0) {
         GTEST_SKIP() << "groff is not installed";

@@ -282,5 +282,14 @@ TEST_F(TwoUsersTest, LoseNothingOfEachOther) {
     }
 }
 
+TEST_F(TwoUsersTest, AreToldThatTheyWait) {
+    const std::string file = (Temporary() / "full.tdf").string();
+    std::filesystem::copy_file(STMDCM_TEST_DATA "/full.tdf", file);
+    const Result result =
+        Shell("sh -c 'flock " + file + " sleep 2 & sleep 0.5; " STMDCM_TOOL " set " + file + " STM_ATB_Id=42'");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.error, "stmdcm: " + file + ": another program changes the file; waiting until it is done\n");
+}
+
 }  // namespace
 }  // namespace stmdcm

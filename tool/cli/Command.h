@@ -43,6 +43,9 @@ class Command {
     /// Does the work. A failure is told by the status or by an exception, which becomes a diagnostic.
     virtual ExitStatus Run(const Context& context) = 0;
 
+    /// Whether --json changes what it prints.
+    virtual bool HasDocument() const { return true; }
+
     /// What it means that the work could not be done.
     virtual ExitStatus FailureStatus() const { return ExitStatus::Failed; }
 };

@@ -11,6 +11,7 @@
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/UsageError.h"
+#include "tool/cli/ValueCheck.h"
 
 namespace stmdcm {
 
@@ -54,11 +55,12 @@ void CommandLine::DeclareGlobals() {
         .add_option_function<std::string>(
             "--color", [this](const std::string& name) { m_options.color = ToColorMode(name); },
             "Colours in the output: auto, always or never")
-        ->check(CLI::IsMember({"auto", "always", "never"}))
+        ->check(OneOf({"auto", "always", "never"}))
         ->type_name("WHEN");
     m_app.add_option("--plugin", m_options.plugin, "The plug-in to load instead of this program's own")
         ->type_name("FILE.so");
-    m_app.add_flag("--json", m_options.json, "Print JSON (docs/json.md) instead of text");
+    m_app.add_flag("--json", m_options.json,
+                   "Print JSON (docs/json.md) instead of text; extract and completion refuse it");
 }
 
 void CommandLine::DeclareCommand(const CommandEntry& entry) {
@@ -84,10 +86,6 @@ ExitStatus CommandLine::Run(int argc, const char* const* argv) {
     return RunChosen();
 }
 
-ExitStatus CommandLine::RunChosen() {
-    const Console console(m_options.color);
-    try {
-        return m_chosen->Run({m_options, console});
 /// Prints the help, the version, or what is wrong.
 ExitStatus CommandLine::EndParsing(const CLI::ParseError& error) const {
     std::ostringstream out;
@@ -107,10 +105,22 @@ ExitStatus CommandLine::EndParsing(const CLI::ParseError& error) const {
     return isRight ? ExitStatus::Done : ExitStatus::Usage;
 }
 
+ExitStatus CommandLine::RunChosen() {
+    const Console console(m_options.color);
+    LockedFile::OnLongWait([&](const std::string& path) {
+        console.Diagnose(Shown(path) + ": another program changes the file; waiting until it is done");
+    });
+    try {
+        if (m_options.json && !m_chosen->HasDocument()) {
+            throw Failure(std::string(m_chosenName) + " has no JSON; leave --json out", Failure::Kind::Request);
+        }
+        return m_chosen->Run({m_options, console});
     } catch (const Failure& failure) {
         return Tell(failure, console);
     } catch (const std::bad_alloc&) {
         return Tell(Failure("there is not enough memory"), console);
+    } catch (const std::filesystem::filesystem_error& error) {
+        return Tell(Failure(error.path1().string(), error.code().message()), console);
     } catch (const std::exception& error) {
         return Tell(Failure(error.what()), console);
     }

@@ -30,4 +30,16 @@ inline constexpr TextRow kEnvironment[] = {
     {"HOME, ZU_TRACE_*", "Not handed to the plug-in: no settings of yours are read or written."},
 };
 
+// What the manual page says besides. PREFIX is where the program is installed: it is PREFIX/bin/stmdcm.
+
+inline constexpr TextRow kFiles[] = {
+    {"PREFIX/lib/libStmDCM.so", "The plug-in."},
+    {"PREFIX/share/stmdcm/full.tdf", "A capture to try the commands on; demo works with it."},
+    {"TMPDIR/stmdcm-*", "The plug-in's private directory; removed at the end, after an interrupt too."},
+    {".stmdcm-*.tmp", "A new file beside the one that it will replace. Only a SIGKILL can leave it; remove it then."},
+};
+inline constexpr char kSeeAlso[] =
+    "flock(2), the lock that is held while a file is changed; docs/ in the source of this program: tdf.md and "
+    "settings-text.md for the formats, check.md for the findings, recover.md, json.md and host-guide.md.";
+
 }  // namespace stmdcm

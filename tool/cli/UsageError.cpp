@@ -120,11 +120,17 @@ std::string Missing(const CLI::App& app, const CLI::Error& error) {
     return error.what();
 }
 
-/// The parser's words without the choices, which it adds to the name of a type.
-std::string WithoutChoices(std::string sentence) {
-    const std::size_t begin = sentence.find(":{");
-    const std::size_t end = sentence.find('}', begin);
-    return begin == std::string::npos || end == std::string::npos ? sentence : sentence.erase(begin, end + 1 - begin);
+/// The parser begins with the name of the option: "--color: 1 required WHEN missing".
+std::string WrongCount(const CLI::App& app, const std::string& sentence) {
+    const std::string name = sentence.substr(0, sentence.find_first_of(": "));
+    for (const CLI::App* level : {Chosen(app), &app}) {
+        const CLI::Option* option = level == nullptr ? nullptr : level->get_option_no_throw(name);
+        if (option != nullptr && option->nonpositional()) {
+            return TakesValue(*option) ? fmt::format("{} needs a value, {}", name, Placeholder(*option))
+                                       : fmt::format("{} takes no value", name);
+        }
+    }
+    return sentence;
 }
 
 std::string Sentence(const CLI::App& app, const CLI::Error& error) {
@@ -133,7 +139,10 @@ std::string Sentence(const CLI::App& app, const CLI::Error& error) {
     if (!unexpected.empty()) {
         return Unexpected(unexpected.front(), app);
     }
-    return error.get_name() == "RequiredError" ? Missing(app, error) : WithoutChoices(error.what());
+    if (error.get_name() == "ArgumentMismatch" || error.get_name() == "ConversionError") {
+        return WrongCount(app, error.what());
+    }
+    return error.get_name() == "RequiredError" ? Missing(app, error) : error.what();
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/PluginReading.h"
 #include "stmdcm/reading/Words.h"
+#include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/GuardedHome.h"
 #include "tool/render/Table.h"
@@ -168,10 +169,10 @@ class Check final : public Command {
         auto* list = app.add_flag("--list", m_list, "List the kinds of findings instead");
         app.add_option("FILE", m_files, "Captures and settings files")->excludes(list);
         app.add_option("--as", m_kind, "Take every file for a capture or for settings, whatever it looks like")
-            ->check(CLI::IsMember({"capture", "settings"}))
+            ->check(OneOf({"capture", "settings"}))
             ->type_name("KIND");
         app.add_option("--severity", m_severity, "Show nothing below this: error, warning or note")
-            ->check(CLI::IsMember({"error", "warning", "note"}))
+            ->check(OneOf({"error", "warning", "note"}))
             ->type_name("SEVERITY");
         app.footer(
             "Goes on after a bad file. Ends with status 1 when an error or a warning is shown; notes alone are no "

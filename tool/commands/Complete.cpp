@@ -177,6 +177,8 @@ class CompleteWords final : public Command {
         return ExitStatus::Done;
     }
 
+    bool HasDocument() const override { return false; }
+
   private:
     const CLI::App* m_program = nullptr;
     std::vector<std::string> m_words;

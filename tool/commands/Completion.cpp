@@ -2,6 +2,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
@@ -26,7 +27,7 @@ class PrintCompletion final : public Command {
         std::vector<std::string> shells;
         std::transform(std::begin(kScripts), std::end(kScripts), std::back_inserter(shells),
                        [](const Script& script) { return script.shell; });
-        app.add_option("SHELL", m_shell, "bash, zsh or fish")->required()->check(CLI::IsMember(shells));
+        app.add_option("SHELL", m_shell, "bash, zsh or fish")->required()->check(OneOf(shells));
         app.footer(
             "The installed program completes by itself where the shell looks for such scripts below its prefix. "
             "Elsewhere the example does it for bash, in this shell or in ~/.bashrc.\n\nExample:\n"
@@ -39,6 +40,8 @@ class PrintCompletion final : public Command {
         context.console.Print(script->text);
         return ExitStatus::Done;
     }
+
+    bool HasDocument() const override { return false; }
 
   private:
     std::string m_shell;

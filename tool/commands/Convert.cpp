@@ -65,7 +65,7 @@ class Convert final : public Command {
         ConvertReport report{m_from, m_to, *source.kind, source.Sentences()};
         AddLosses(source, report.lost);
         for (const Difference& difference : differences) {
-            report.lost.push_back(difference.Sentence(m_to));
+            report.lost.push_back(difference.Sentence(Shown(m_to)));
         }
         context.Print(report);
         context.console.Diagnose(report.lost);
@@ -78,8 +78,9 @@ class Convert final : public Command {
             return;
         }
         if (KindOf(m_from) == ConfigurationKind::Capture) {
-            throw Failure(fmt::format(
-                "{} and {} are both captures; use apply to bring a configuration into another capture", m_from, m_to));
+            throw Failure(
+                fmt::format("{} and {} are both captures; use apply to bring a configuration into another capture",
+                            Shown(m_from), Shown(m_to)));
         }
         if (std::filesystem::exists(m_to)) {
             throw Failure(m_to, "the capture is there already; use apply to bring the configuration into it");
@@ -89,14 +90,14 @@ class Convert final : public Command {
     /// What the other kind of file has no place for.
     void AddLosses(const Reading& source, std::vector<std::string>& lost) const {
         if (!source.configuration.objectFiles.empty()) {
-            lost.push_back(fmt::format("{}: settings have no object files: the {} of {} are lost", m_to,
-                                       source.configuration.objectFiles.size(), m_from));
+            lost.push_back(fmt::format("{}: settings have no object files: the {} of {} are lost", Shown(m_to),
+                                       source.configuration.objectFiles.size(), Shown(m_from)));
         }
         if (source.hasDeviceText) {
             lost.push_back(
                 fmt::format("{}: settings have no device identification: the section DEVID of {} is lost, "
                             "except for properties in it",
-                            m_to, m_from));
+                            Shown(m_to), Shown(m_from)));
         }
     }
 

@@ -1,11 +1,14 @@
 #include <fmt/format.h>
 
+#include <limits>
 #include <optional>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/capture/CopyRange.h"
+#include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
+#include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
@@ -19,11 +22,12 @@ namespace {
 std::string Doubt(const Container& container, const Section& section) {
     const std::uint64_t held = container.HeldPayload(section);
     if (section.IsTooShort()) {
-        return fmt::format("its length, {}, does not even cover its header; these are the {} bytes that readers get",
-                           section.length, held);
+        return fmt::format("its length, {}, does not even cover its header; readers get {} of it", section.length,
+                           Counted(held, "byte"));
     }
     if (held < section.PayloadLength()) {
-        return fmt::format("the file ends within it: {} of {} bytes are there", held, section.PayloadLength());
+        return fmt::format("the file ends within it: {} of {} {} there", held, Counted(section.PayloadLength(), "byte"),
+                           held == 1 ? "is" : "are");
     }
     return {};
 }
@@ -34,10 +38,14 @@ class Extract final : public Command {
     void Declare(CLI::App& app) override {
         app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
         app.add_option("NAME", m_name, "The section's name; \"\" for one without")->required()->type_name("SECTION");
-        app.add_option("--version", m_version, "Its version, where there are several")->type_name("N");
+        app.add_option("--version", m_version, "Its version, where there are several")
+            ->type_name("N")
+            ->check(WholeNumber(std::numeric_limits<std::uint32_t>::max()));
         app.add_option("--offset", m_offset, "Where it begins, for one that is not the one that is read (see sections)")
-            ->type_name("N");
-        app.add_option("-o,--output", m_output, "Write to this file instead of standard output")->type_name("OUT");
+            ->type_name("N")
+            ->check(WholeNumber());
+        app.add_option("-o,--output", m_output, "Write to this file instead of standard output, which - names too")
+            ->type_name("OUT");
         app.add_flag("--force", m_force, "Overwrite the output file");
         app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
         app.footer(
@@ -58,6 +66,8 @@ class Extract final : public Command {
             fmt::format("{}: section {} at offset {}: {}", Shown(m_file), Shown(m_name), section.offset, doubt));
         return ExitStatus::Doubtful;
     }
+
+    bool HasDocument() const override { return false; }
 
   private:
     bool IsNamed(const Container& container, const Section& section) const {
@@ -115,7 +125,7 @@ class Extract final : public Command {
     }
 
     void Copy(const Container& container, const Section& section) const {
-        if (m_output.empty()) {
+        if (m_output.empty() || m_output == "-") {
             StandardOutput output;
             CopyTo(output, container, section);
         } else {

@@ -94,8 +94,8 @@ std::string ManualPage(const CLI::App& app) {
     for (const CLI::App* command : VisibleCommands(app)) {
         page += CommandPart(*command);
     }
-    page += Entries("EXIT STATUS", kExitStatuses) + Entries("ENVIRONMENT", kEnvironment);
-    return page + ".SH EXAMPLES\n" + Verbatim(kExample);
+    page += Entries("EXIT STATUS", kExitStatuses) + Entries("ENVIRONMENT", kEnvironment) + Entries("FILES", kFiles);
+    return page + ".SH EXAMPLES\n" + Verbatim(kExample) + ".SH SEE ALSO\n" + Escaped(kSeeAlso) + "\n";
 }
 
 /// The manual page, for the build to install.
@@ -110,6 +110,8 @@ class PrintManual final : public Command {
         context.console.Print(ManualPage(*m_program));
         return ExitStatus::Done;
     }
+
+    bool HasDocument() const override { return false; }
 
   private:
     const CLI::App* m_program = nullptr;

@@ -112,7 +112,7 @@ class Live final : public Command {
             expected.objectFiles.clear();
         }
         for (const Difference& lost : WriteConfiguration(m_save, bytes, expected, m_force, {})) {
-            live.doubts.push_back(lost.Sentence(m_save));
+            live.doubts.push_back(lost.Sentence(Shown(m_save)));
         }
         if (!isCapture && !live.configuration.objectFiles.empty()) {
             live.doubts.push_back(fmt::format("{}: settings have no object files: the target's {} are not saved",

@@ -34,7 +34,8 @@ class Restore final : public Command {
         app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
         app.add_option("number", m_number, "The configuration's number, as \"history\" shows it")
             ->required()
-            ->type_name("N");
+            ->type_name("N")
+            ->check(WholeNumber());
         app.footer(
             "Appends a copy of that configuration, byte for byte, and retires the current one: so a restore can be "
             "undone by another. Object files (DCM_COMMON) and settings (STMDECODERINFO) are restored "

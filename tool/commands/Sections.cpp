@@ -4,6 +4,7 @@
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/capture/Retired.h"
 #include "stmdcm/capture/SectionRuns.h"
+#include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/LayoutPicture.h"
@@ -21,6 +22,8 @@ constexpr std::string_view kListEnd = "]\n}\n";
 
 /// By use: read, shadowed, retired, unreachable.
 constexpr Style kUseStyles[] = {Style::Good, Style::Notable, Style::Quiet, Style::Bad};
+
+std::string MissingInWords(std::uint64_t bytes) { return Counted(bytes, "byte") + (bytes == 1 ? " is" : " are"); }
 
 /// A capture's sections. Long lists are printed as they are made. All is borrowed.
 class SectionsReport {
@@ -50,12 +53,12 @@ class SectionsReport {
         Json invalid = JsonRenderer::InvalidTexts(document);
         m_text = JsonRenderer::PlainText(document);
         m_text.resize(m_text.size() - kListEnd.size());
+        std::size_t index = 0;
         const char* separator = "\n    ";
         for (const Section& section : m_container.Sections()) {
             const std::string name = m_container.Name(section);
             invalid.update(JsonRenderer::InvalidTexts(name, fmt::format("/sections/{}/name", index++)));
             m_text += separator + ItemDocument(section, name);
-        std::size_t index = 0;
             separator = ",\n    ";
             Flush(kBlockSize);
         }
@@ -90,9 +93,9 @@ class SectionsReport {
         if (section.IsTooShort()) {
             return "its length is below that of its header";
         }
-        return m_container.IsTorn(section)
-                   ? fmt::format("the file ends within it, {} bytes are missing", section.End() - m_container.Size())
-                   : "";
+        return m_container.IsTorn(section) ? fmt::format("the file ends within it, {} missing",
+                                                         MissingInWords(section.End() - m_container.Size()))
+                                           : "";
     }
 
     void AddSection(const Section& section) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
 
@@ -41,6 +42,10 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs) {
+    if (m_path == "-") {
+        throw Failure("-: this is standard output, but the result is read back before it takes its place; name a file",
+                      Failure::Kind::Request);
+    }
     struct stat info {};
     m_target = m_path;
     if (::stat(m_path.c_str(), &info) != 0) {
@@ -52,7 +57,7 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
     }
     for (const std::string& input : inputs) {
         if (IsSameFile(input, info)) {
-            throw Failure(m_path, fmt::format("this is the input, {}; name another file", input));
+            throw Failure(m_path, fmt::format("this is the input, {}; name another file", Shown(input)));
         }
     }
     if (!S_ISREG(info.st_mode)) {
@@ -91,16 +96,16 @@ void OutputFile::NameTemporary() {
     do {
         m_temporary = (DirectoryOf(m_target) / fmt::format(".stmdcm-{}-{}.tmp", ::getpid(), ++counter)).string();
     } while (::lstat(m_temporary.c_str(), &info) == 0);
-}
-
-void OutputFile::Write(std::string_view bytes) {
-    if (!m_file.WriteAt(m_written, {bytes})) {
     m_guard.emplace(m_temporary);
 }
 
 void OutputFile::ForgetTemporary() {
     m_guard.reset();
     m_temporary.clear();
+}
+
+void OutputFile::Write(std::string_view bytes) {
+    if (!m_file.WriteAt(m_written, {bytes})) {
         Fail("the file can't be written");
     }
     m_written += bytes.size();
