@@ -122,6 +122,8 @@ std::optional<std::int64_t> ParseValue(const StmProperty& property, const std::s
 
 [[noreturn]] void Refuse(const std::string& sentence) { throw Failure(sentence, Failure::Kind::Request); }
 
+}  // namespace
+
 const StmProperty& RequireProperty(const std::string& name) {
     const auto find = [&](auto matches) { return std::find_if(kStmProperties.begin(), kStmProperties.end(), matches); };
     const auto* found = find([&](const StmProperty& row) { return name == row.name; });
@@ -136,8 +138,6 @@ const StmProperty& RequireProperty(const std::string& name) {
                        similar != kStmProperties.end() ? fmt::format("did you mean {}?", similar->name)
                                                        : "stmdcm show FILE lists them all"));
 }
-
-}  // namespace
 
 void Assignment::ApplyTo(Zu::Wep::Trace::StmProperties& properties) const {
     const StmProperty& property = RequireProperty(name);

@@ -5,6 +5,10 @@
 
 #include "trace/format/StmProperties.h"
 
+namespace Zu::Wep::Trace {
+struct StmProperty;
+}
+
 namespace stmdcm {
 
 /// One "NAME=VALUE" of the command line.
@@ -19,5 +23,8 @@ struct Assignment {
     /// false, 1, 0, and numbers also in hexadecimal ("0x80000000").
     static Assignment Parse(const std::string& text);
 };
+
+/// The property of that name. Throws Failure, of kind Request, where there is none.
+const Zu::Wep::Trace::StmProperty& RequireProperty(const std::string& name);
 
 }  // namespace stmdcm

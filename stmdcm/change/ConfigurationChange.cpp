@@ -1,15 +1,11 @@
 #include "stmdcm/change/ConfigurationChange.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
-#include <cerrno>
 #include <utility>
 
-#include "source_utilities/ReplaceFile.h"
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
-#include "stmdcm/capture/InterruptBlock.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
@@ -74,28 +70,6 @@ std::string ConfigurationChange::Change(Reading& reading, ChangeResult& result) 
         result.doubts.push_back(std::move(doubt));
     }
     return text;
-}
-
-ChangeResult ConfigurationChange::InSettings(const std::string& path, bool force) const {
-    LockedFile file(path);
-    Reading reading = Read(path);
-    ChangeResult result{path};
-    result.doubts = reading.Losses();
-    const std::string text = Change(reading, result);
-    if (!result.HasChanges()) {
-        return result;
-    }
-    if (!result.doubts.empty() && !force) {
-        throw Failure(path, fmt::format("parts of the file would be lost ({}); --force writes it all the same",
-                                        fmt::join(result.doubts, "; ")));
-    }
-    const InterruptBlock block;  // or else the temporary file would be left
-    if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
-        const int error = errno;
-        throw Failure(path, fmt::format("the file can't be written: {}", ZU_WEP::ErrnoText(error)));
-    }
-    result.isWritten = true;
-    return result;
 }
 
 std::vector<std::string> NotKept(const Configuration& wanted, const std::string& text) {

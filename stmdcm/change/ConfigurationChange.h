@@ -20,8 +20,9 @@ struct ChangeResult {
     bool HasChanges() const { return isNew || !changes.empty(); }
 };
 
-/// Changes the properties and use cases that a file holds. The file is locked from reading to writing, so two changes
-/// at once lose nothing; where nothing changes nothing is written. Every failure is a Failure that names the file.
+/// Changes the properties and use cases that a capture holds. The file is locked from reading to writing, so two
+/// changes at once lose nothing; where nothing changes nothing is written. Every failure is a Failure that names the
+/// file.
 class ConfigurationChange {
   public:
     using Edit = std::function<void(Settings&)>;
@@ -35,8 +36,6 @@ class ConfigurationChange {
     ChangeResult InCapture(const std::string& path, Missing missing) const;
     /// The same, without writing.
     ChangeResult TryInCapture(const std::string& path, Missing missing) const;
-    /// Replaces the file whole. What of its text is not read would be gone: that is a Failure unless `force`.
-    ChangeResult InSettings(const std::string& path, bool force) const;
 
   private:
     struct Plan;

@@ -92,8 +92,9 @@ TEST_F(ChangeTest, EndsAsItShould) {
         {"zero-length.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
         {"torn-payload.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
         {"settings.txt", "set $ STM_ATB_Id=9", 0, "12  ->  9", true},
-        {"settings-unknown-key.txt", "set $ STM_ATB_Id=9", 1, "--force", false},
-        {"settings-unknown-key.txt", "set $ STM_ATB_Id=9 --force", 3, "STM_Colour", true},
+        {"settings-unknown-key.txt", "set $ STM_ATB_Id=9", 0, "5  ->  9", true},
+        {"settings-unknown-key.txt", "set $ STM_STP_Version=9", 1, "--force", false},
+        {"settings-unknown-key.txt", "set $ STM_STP_Version=9 --force", 3, "line 3: STM_STP_Version", true},
         {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings.txt $", 0, "job 3, module 8", true},
         {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings.txt $ --dry-run", 0, "would be changed", false},
         {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings-unknown-key.txt $", 1, "--force", false},
@@ -117,6 +118,39 @@ TEST_F(ChangeTest, EndsAsItShould) {
         EXPECT_EQ(result.status, c.status) << result.error;
         EXPECT_NE((result.out + result.error).find(c.says), std::string::npos) << result.out << result.error;
         EXPECT_EQ(ReadWhole(file) != before, c.changes);
+    }
+}
+
+TEST_F(ChangeTest, SetKeepsEveryOtherByteOfASettingsFile) {
+    const std::string wide(985, ' ');
+    const std::string packed = "{type=SC,id=8,jobid=3}\r\nSTM_ATB_Id = 7\r\n{type=PMI_CMI,name=CMI0,sw=4}";
+    const struct {
+        std::string text;
+        const char* arguments;
+        std::optional<std::string> changed;  ///< nothing: refused
+    } cases[] = {
+        {"STM_ATB_Id = 77", "STM_ATB_Id=5", "STM_ATB_Id = 5"},
+        {"STM_ATB_Id = 77", "STM_STP_Version=1 STM_ATB_Id=77", "STM_ATB_Id = 77\nSTM_STP_Version = 1"},
+        {"STM_ATB_Id 7\n\tSTM_ATB_Id=\t0x4 STM_ATB_Id\nodd\n", "STM_ATB_Id=9",
+         "STM_ATB_Id 7\n\tSTM_ATB_Id=\t9 STM_ATB_Id\nodd\n"},
+        {"{\r\nid=3\r\nid=4\r\n}\r\n", "STM_ATB_Id=9", "STM_ATB_Id = 9\r\n{\r\nid=3\r\nid=4\r\n}\r\n"},
+        {packed, "STM_STP_Version=2 STM_VornLib_Import=yes",
+         "{type=SC,id=8,jobid=3}\r\nSTM_ATB_Id = 7\r\nSTM_STP_Version = 2\r\nSTM_VornLib_Import = 1\r\n"
+         "{type=PMI_CMI,name=CMI0,sw=4}"},
+        {"STM_ATB_Id = " + std::string(1200, '1') + "\nSTM_STP_Version = 2\n", "STM_ATB_Id=1",
+         "STM_ATB_Id = 1\nSTM_STP_Version = 2\n"},
+        {wide + "STM_ATB_Id = 7\n", "STM_ATB_Id=12", {}},  // of which the limit leaves a 1
+        {"STM_ATB_Id =\n", "STM_ATB_Id=12", {}},
+        {"nothing\n", "STM_ATB_Id=12", {}},
+        {packed + "\n\nSTM_STP_Version = 4", "STM_STP_Version=2", {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text + " " + c.arguments);
+        const std::string file = (Temporary() / "one.txt").string();
+        WriteWhole(file, c.text);
+        const Result result = Run("set " + file + " " + c.arguments);
+        EXPECT_EQ(result.status, c.changed ? 0 : 1) << result.out << result.error;
+        EXPECT_EQ(ReadWhole(file), c.changed.value_or(c.text)) << result.error;
     }
 }
 

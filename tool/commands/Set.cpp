@@ -5,6 +5,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/change/Assignment.h"
 #include "stmdcm/change/ConfigurationChange.h"
+#include "stmdcm/change/SettingsChange.h"
 #include "tool/commands/ChangeReport.h"
 #include "tool/commands/CommandTable.h"
 
@@ -41,11 +42,13 @@ class Set final : public Command {
                        "What to set; clocks may be written as 200M or 1.25GHz, flags as yes or no")
             ->required()
             ->type_name("NAME=VALUE");
-        app.add_flag("--force", m_force, "Write a settings file even where parts of its text get lost");
+        app.add_flag("--force", m_force, "Add to a settings file, too, what stands in it where it is not read");
         app.footer(
             "A capture is changed in place: nothing of it is copied, and the old configuration stays in it, see "
-            "\"history\" and \"restore\". A settings file is replaced whole. Ends with status 3 when the old "
-            "configuration had parts that no reader reads; they are not in the new one.\n\nExample:\n"
+            "\"history\" and \"restore\". Ends with status 3 when the old configuration had parts that no reader "
+            "reads; "
+            "they are not in the new one. A settings file keeps every line as it is, but for the values that change; a "
+            "property that it does not name gets a line behind the others.\n\nExample:\n"
             "  stmdcm set capture.tdf STM_DTC_target_clock_hz=1.25GHz STM_VornLib_Import=yes");
     }
 
@@ -59,7 +62,7 @@ class Set final : public Command {
         });
         const ChangeResult result = kind == ConfigurationKind::Capture
                                         ? change.InCapture(m_file, ConfigurationChange::Missing::IsFailure)
-                                        : change.InSettings(m_file, m_force);
+                                        : SetInSettings(m_file, assignments, m_force);
         context.Print(SetReport{result});
         ChangeReport::Diagnose(result, context.console);
         return StatusOf(result);

@@ -1,0 +1,98 @@
+#include "stmdcm/change/SettingsChange.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <cerrno>
+#include <optional>
+
+#include "source_utilities/ReplaceFile.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureFile.h"
+#include "stmdcm/capture/InterruptBlock.h"
+#include "stmdcm/capture/LockedFile.h"
+#include "stmdcm/change/SettingsEdit.h"
+#include "stmdcm/reading/ConfigurationReader.h"
+#include "stmdcm/reading/Words.h"
+#include "trace/format/StmPropertyTable.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+std::string TextOf(const std::string& path) {
+    const CaptureFile file(path, CaptureFile::Identifier::Optional);
+    return file.Read(0, file.Size());
+}
+
+/// Sets it in the text unless the text sets it so already.
+void SetOne(const Assignment& assignment, const StmProperties& before, SettingsEdit& edit, ChangeResult& result) {
+    const StmProperty& row = RequireProperty(assignment.name);
+    const std::int32_t old = NumberOf(before, row);
+    const bool isNamed = edit.Names(row.name);
+    if (isNamed && old == assignment.value) {
+        return;
+    }
+    const auto unread = isNamed ? std::nullopt : edit.UnreadLine(row.name);
+    if (unread) {
+        result.doubts.push_back(fmt::format(
+            "line {}: {} stands here, too, behind the end of the properties, where it is not read", *unread, row.name));
+    }
+    edit.Set(assignment);
+    const auto words = [&](std::int32_t value) { return InWords(PropertyOf(row, value)); };
+    result.changes.push_back(
+        {"property", row.name, "value", isNamed ? std::optional(words(old)) : std::nullopt, words(assignment.value)});
+}
+
+/// Throws Failure unless `text` is read as `before` with what was set.
+void RequireNothingElse(Reading& before, const std::vector<Assignment>& assignments, const std::string& text) {
+    for (const Assignment& assignment : assignments) {
+        assignment.ApplyTo(before.settings->properties);
+    }
+    Fill(before.configuration, *before.settings);
+    Settings after;
+    Configuration configuration;
+    const bool loads = after.Read(text, kFileLineLimits);
+    Fill(configuration, after);
+    if (!Compare(before.configuration, configuration).empty() || (before.loads && !loads)) {
+        throw Failure(
+            fmt::format("{}: with the new values more of the text would be read otherwise than now; nothing "
+                        "was changed; stmdcm check tells what is odd about it",
+                        before.path));
+    }
+}
+
+}  // namespace
+
+ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment>& assignments, bool force) {
+    const LockedFile file(path);
+    Reading before = Read(path);
+    SettingsEdit edit(TextOf(path));
+    ChangeResult result{path};
+    if (!before.hasSettings) {
+        result.doubts.emplace_back("nothing of the file was read as settings");
+    }
+    for (const Assignment& assignment : assignments) {
+        SetOne(assignment, before.settings->properties, edit, result);
+    }
+    if (!result.HasChanges()) {
+        return result;
+    }
+    if (!result.doubts.empty() && !force) {
+        throw Failure(
+            fmt::format("{}: {}; --force adds a line in front that counts", path, fmt::join(result.doubts, "; ")));
+    }
+    const std::string text = edit.Text();
+    RequireNothingElse(before, assignments, text);
+    const InterruptBlock block;  // or else the temporary file would be left
+    if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
+        const int error = errno;
+        throw Failure(fmt::format("{}: the file can't be written: {}", path, ZU_WEP::ErrnoText(error)));
+    }
+    result.isWritten = true;
+    return result;
+}
+
+}  // namespace stmdcm
