@@ -25,22 +25,38 @@ const std::string& CheckedPath(const std::string& path) {
 CaptureEditor::CaptureEditor(const std::string& path)
     : m_file(CheckedPath(path)), m_container(path), m_end(RequireReachableEnd()) {}
 
-void CaptureEditor::Replace(const std::vector<NewSection>& sections) {
-    std::string bytes;
-    std::vector<VersionWrite> switches;
+CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sections) const {
+    Plan plan;
     for (const NewSection& section : sections) {
         const std::vector<const Section*> old = InUse(section);
         if (old.empty()) {  // Nothing hides the new section while it is written, so it begins as a retired one.
-            switches.push_back({m_end.offset + bytes.size(), section.version});
+            plan.switches.push_back({m_end.offset + plan.bytes.size(), section.version});
         }
         // The oldest, which is the one that is read, goes last: the others must not come up in its place.
         for (auto each = old.rbegin(); each != old.rend(); ++each) {
-            switches.push_back({(*each)->offset, Retired(section.version)});
+            plan.switches.push_back({(*each)->offset, Retired(section.version)});
         }
-        bytes += Encode(section, old.empty() ? Retired(section.version) : section.version);
+        plan.bytes += Encode(section, old.empty() ? Retired(section.version) : section.version);
     }
-    Append(m_end.offset, bytes);
-    std::for_each(switches.begin(), switches.end(), [this](const VersionWrite& write) { Write(write); });
+    if (m_end.offset > MaxFileSize || plan.bytes.size() > MaxFileSize - m_end.offset) {
+        throw Failure(m_file.Path(), "the capture would grow past 4 GiB; nothing was changed");
+    }
+    return plan;
+}
+
+bool CaptureEditor::Replace(const std::vector<NewSection>& sections, ChangeMode mode) {
+    const Plan plan = Prepare(sections);
+    if (mode == ChangeMode::Write) {
+        Write(plan);
+    }
+    return mode == ChangeMode::Write;
+}
+
+void CaptureEditor::Write(const Plan& plan) {
+    Append(m_end.offset, plan.bytes);
+    for (const VersionWrite& write : plan.switches) {
+        Switch(write);
+    }
     if (!m_file.Close()) {
         throw Failure(m_file.Path(),
                       fmt::format("the capture was changed, but the system reports an error on closing it: {}",
@@ -112,9 +128,6 @@ std::string CaptureEditor::Encode(const NewSection& section, std::uint32_t versi
 void CaptureEditor::Append(std::uint64_t offset, const std::string& bytes) {
     const AppendResult result = AppendAt(m_file.File(), m_container.Size(), offset, {bytes});
     const int error = errno;
-    if (result == AppendResult::TooLarge) {
-        throw Failure(m_file.Path(), "the capture would grow past 4 GiB; nothing was changed");
-    }
     if (result != AppendResult::Done) {
         throw Failure(m_file.Path(),
                       fmt::format("the file can't be written: {}; nothing was changed", ZU_WEP::ErrnoText(error)));
@@ -122,7 +135,7 @@ void CaptureEditor::Append(std::uint64_t offset, const std::string& bytes) {
 }
 
 /// Synced one by one, so that no loss of power can let a later one hold without the earlier ones.
-void CaptureEditor::Write(const VersionWrite& write) {
+void CaptureEditor::Switch(const VersionWrite& write) {
     const std::string version = EncodeSectionVersion(write.version);
     if (!m_file.File().WriteAt(write.sectionOffset + SectionHeader::VersionOffset, {version}) ||
         !m_file.File().SyncData()) {

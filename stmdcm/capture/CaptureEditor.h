@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "stmdcm/capture/ChangeMode.h"
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/capture/LockedFile.h"
 #include "trace/tdf/ChainEnd.h"
@@ -29,8 +30,9 @@ class CaptureEditor {
     const Container& Contents() const { return m_container; }
 
     /// Call it once. Each section comes into force by itself, in the order of the list. A failure before that leaves
-    /// the capture as it was; a later one leaves some of the new sections in force, each of them whole.
-    void Replace(const std::vector<NewSection>& sections);
+    /// the capture as it was; a later one leaves some of the new sections in force, each of them whole. Gives whether
+    /// they were written.
+    bool Replace(const std::vector<NewSection>& sections, ChangeMode mode = ChangeMode::Write);
 
   private:
     /// One write of a section's version.
@@ -38,12 +40,19 @@ class CaptureEditor {
         std::uint64_t sectionOffset;
         std::uint32_t version;
     };
+    /// What is written: first the bytes, then what puts them in force.
+    struct Plan {
+        std::string bytes;
+        std::vector<VersionWrite> switches;
+    };
 
+    Plan Prepare(const std::vector<NewSection>& sections) const;
+    void Write(const Plan& plan);
     Zu::Wep::Trace::ChainEnd RequireReachableEnd() const;
     std::vector<const Section*> InUse(const NewSection& section) const;
     std::string Encode(const NewSection& section, std::uint32_t version) const;
     void Append(std::uint64_t offset, const std::string& bytes);
-    void Write(const VersionWrite& write);
+    void Switch(const VersionWrite& write);
 
     LockedFile m_file;
     Container m_container;

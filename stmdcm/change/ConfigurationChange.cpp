@@ -19,18 +19,13 @@ struct ConfigurationChange::Plan {
     std::vector<NewSection> sections;
 };
 
-ChangeResult ConfigurationChange::InCapture(const std::string& path, Missing missing) const {
+ChangeResult ConfigurationChange::InCapture(const std::string& path, Missing missing, ChangeMode mode) const {
     CaptureEditor editor(path);
     Plan plan = Make(editor.Contents(), missing);
     if (plan.result.HasChanges()) {
-        editor.Replace(plan.sections);
-        plan.result.isWritten = true;
+        plan.result.isWritten = editor.Replace(plan.sections, mode);
     }
     return std::move(plan.result);
-}
-
-ChangeResult ConfigurationChange::TryInCapture(const std::string& path, Missing missing) const {
-    return Make(Container(path), missing).result;
 }
 
 ConfigurationChange::Plan ConfigurationChange::Make(const Container& capture, Missing missing) const {

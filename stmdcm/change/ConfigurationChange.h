@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "stmdcm/capture/ChangeMode.h"
 #include "stmdcm/reading/Comparison.h"
 #include "stmdcm/reading/Reading.h"
 
@@ -15,12 +17,12 @@ struct ChangeResult {
     std::vector<Difference> changes = {};  ///< left as it was, right as it is to be
     std::vector<std::string> doubts = {};  ///< sentences: what of the old configuration is not in the new one
     bool isNew = false;                    ///< there was no configuration
-    bool isWritten = false;
+    bool isWritten = false;                ///< false where nothing changes, and after a dry run
 
     bool HasChanges() const { return isNew || !changes.empty(); }
 };
 
-/// Changes the properties and use cases that a capture holds. The file is locked from reading to writing, so two
+/// Changes the configuration that a capture holds. The file is locked from reading to writing, so two
 /// changes at once lose nothing; where nothing changes nothing is written. Every failure is a Failure that names the
 /// file.
 class ConfigurationChange {
@@ -33,9 +35,7 @@ class ConfigurationChange {
     enum class Missing { IsFailure, IsMade };
 
     /// In place, without a copy (docs/tdf.md). The old configuration stays in the capture, for History.
-    ChangeResult InCapture(const std::string& path, Missing missing) const;
-    /// The same, without writing.
-    ChangeResult TryInCapture(const std::string& path, Missing missing) const;
+    ChangeResult InCapture(const std::string& path, Missing missing, ChangeMode mode = ChangeMode::Write) const;
 
   private:
     struct Plan;

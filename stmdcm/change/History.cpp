@@ -9,6 +9,7 @@
 #include "stmdcm/capture/Retired.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/PayloadLosses.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 
@@ -88,7 +89,7 @@ Configuration History::Read(const HistoryEntry& entry) const {
     return configuration;
 }
 
-RestoreResult RestoreConfiguration(const std::string& path, std::size_t number) {
+RestoreResult RestoreConfiguration(const std::string& path, std::size_t number, ChangeMode mode) {
     CaptureEditor editor(path);
     const History history(editor.Contents());
     RestoreResult result{history.At(number)};
@@ -102,9 +103,10 @@ RestoreResult RestoreConfiguration(const std::string& path, std::size_t number) 
     }
     const HistoryEntry* current = history.Current(entry.name);
     std::string payload = history.Payload(entry);
-    if (current == nullptr || history.Payload(*current) != payload) {
-        editor.Replace({{entry.name, LiveVersion(entry.section.version), std::move(payload)}});
-        result.isWritten = true;
+    result.doubts = PayloadLosses({entry.name, entry.section.offset}, payload);
+    result.hasChanges = current == nullptr || history.Payload(*current) != payload;
+    if (result.hasChanges) {
+        result.isWritten = editor.Replace({{entry.name, LiveVersion(entry.section.version), std::move(payload)}}, mode);
     }
     return result;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "stmdcm/capture/ChangeMode.h"
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/reading/Comparison.h"
 
@@ -46,10 +47,12 @@ class History {
 /// What became of a restored configuration.
 struct RestoreResult {
     HistoryEntry restored;
-    bool isWritten = false;  ///< false: the one in force has the same bytes
+    std::vector<std::string> doubts = {};  ///< sentences: what of it is not read
+    bool hasChanges = false;               ///< false: the one in force has the same bytes
+    bool isWritten = false;
 };
 
 /// Puts a copy of the configuration `number` in force, byte for byte, and retires the one that was. See CaptureEditor.
-RestoreResult RestoreConfiguration(const std::string& path, std::size_t number);
+RestoreResult RestoreConfiguration(const std::string& path, std::size_t number, ChangeMode mode = ChangeMode::Write);
 
 }  // namespace stmdcm

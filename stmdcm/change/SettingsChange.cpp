@@ -66,7 +66,8 @@ void RequireNothingElse(Reading& before, const std::vector<Assignment>& assignme
 
 }  // namespace
 
-ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment>& assignments, bool force) {
+ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment>& assignments, bool force,
+                           ChangeMode mode) {
     const LockedFile file(path);
     Reading before = Read(path);
     SettingsEdit edit(TextOf(path));
@@ -86,6 +87,9 @@ ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment
     }
     const std::string text = edit.Text();
     RequireNothingElse(before, assignments, text);
+    if (mode == ChangeMode::DryRun) {
+        return result;
+    }
     const InterruptBlock block;  // or else the temporary file would be left
     if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
         const int error = errno;

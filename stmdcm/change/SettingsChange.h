@@ -12,6 +12,7 @@ namespace stmdcm {
 /// A change without a value on its left adds a property that the file did not name. The new text is read back: where it
 /// would mean anything else than the old one with what was asked for, that is a Failure and the file stays. So is, but
 /// with `force`, a file of which nothing is read, and a property whose own line is not read.
-ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment>& assignments, bool force);
+ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment>& assignments, bool force,
+                           ChangeMode mode = ChangeMode::Write);
 
 }  // namespace stmdcm

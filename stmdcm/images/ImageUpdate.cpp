@@ -65,15 +65,15 @@ ImageList ListImages(const std::string& path, ImageFinder& finder) {
     return list;
 }
 
-ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged) {
+ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged, ChangeMode mode) {
     CaptureEditor editor(path);
     const std::string payload = ReadPayload(editor.Contents());
     ImageList list = MakeList(path, payload, finder);
     CountUnresolved(list, acceptChanged);
     std::string updated = Encode(list.answers, acceptChanged);
-    if (!payload.starts_with(updated)) {  // What is behind the whole entries is no reason to write.
-        editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}});
-        list.isWritten = true;
+    list.hasChanges = !payload.starts_with(updated);  // What is behind the whole entries is no reason to write.
+    if (list.hasChanges) {
+        list.isWritten = editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}}, mode);
     }
     return list;
 }

@@ -17,7 +17,9 @@
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/ContainerCheck.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/PayloadLosses.h"
 #include "stmdcm/reading/PropertyFindings.h"
+#include "trace/format/ObjectFileSection.h"
 #include "trace/format/SectionLayout.h"
 #include "trace/tdf/TDFHandler.h"
 
@@ -329,6 +331,18 @@ std::vector<std::string> Reading::Sentences() const {
         sentence.insert(0, Shown(path) + ": ");
     }
     return sentences;
+}
+
+std::vector<std::string> PayloadLosses(const Place& place, const std::string& payload) {
+    Reading reading;
+    reading.readSections = {place.offset.value_or(0)};
+    if (place.section == kCommonSectionName) {
+        ReadObjectFiles(payload, place, reading.findings);
+    } else {
+        PropertyFindings properties(TextKind::Section, place, reading.findings);
+        ReadTextInto(payload, LineLimits{}, place, properties, *reading.settings, reading.findings);
+    }
+    return reading.Losses();
 }
 
 void Reading::RequireLoaded() const {

@@ -1,6 +1,8 @@
 // set, apply, history and restore as a user meets them.
 
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/change/Assignment.h"
@@ -103,6 +105,7 @@ TEST_F(ChangeTest, EndsAsItShould) {
         {"packed.tdf", "apply /none $", 1, "/none", false},
         {"packed.tdf", "restore $ 9", 1, "no configuration 9", false},
         {"shadowed.tdf", "restore $ 4", 0, "in force again", true},
+        {"shadowed.tdf", "restore $ 4 --dry-run", 0, "would be in force again", false},
         {"shadowed.tdf", "history $", 0, "STM_ATB_Id 3 / 1", false},
         {"wrong-magic.tdf", "history $", 1, "no capture", false},
     };
@@ -163,6 +166,11 @@ TEST_F(ChangeTest, SaysWhatIsLostOfACapture) {
     const Result result = Run("set " + file + " STM_ATB_Id=9");
     EXPECT_EQ(result.status, 3);
     EXPECT_NE(result.error.find("\"ix\" is no key of SC"), std::string::npos) << result.error;
+    for (const char* options : {" --dry-run", ""}) {
+        const Result restored = Run("restore " + file + " 2" + options);
+        EXPECT_EQ(restored.status, 3);
+        EXPECT_EQ(restored.error, result.error);
+    }
 }
 
 TEST_F(ChangeTest, AppliesToManyAndGoesOnAfterABadOne) {
@@ -182,6 +190,45 @@ TEST_F(ChangeTest, AppliesToManyAndGoesOnAfterABadOne) {
     };
     EXPECT_EQ(properties(good), properties(STMDCM_TEST_DATA "/full.tdf"));
     EXPECT_EQ(properties(other), properties(STMDCM_TEST_DATA "/full.tdf"));
+}
+
+TEST_F(ChangeTest, ADryRunSaysWhatTheRunSays) {
+    const std::pair<const char*, std::function<std::string(std::string)>> damages[] = {
+        {"none", [](std::string bytes) { return bytes; }},
+        {"cut", [](std::string bytes) { return bytes.substr(0, bytes.size() - bytes.size() / 8); }},
+        {"zero byte", [](std::string bytes) { return bytes.replace(bytes.size() / 2, 1, 1, '\0'); }},
+        {"doubled", [](std::string bytes) { return bytes + bytes; }},
+        {"no header", [](std::string bytes) { return bytes + "xy"; }},
+    };
+    const char* const commands[] = {
+        "set $ STM_ATB_Id=9",
+        "set $ STM_STP_Version=9 --force",
+        "apply " STMDCM_TEST_DATA "/full.tdf $",
+        "apply " STMDCM_TEST_DATA "/settings-unknown-key.txt $ --force",
+        "restore $ 2",
+        "objects $ --update --accept-changed --map /opt/images/app0.out=" STMDCM_TEST_DATA "/settings.txt",
+    };
+    std::size_t changed = 0;
+    for (const auto& sample : std::filesystem::directory_iterator(STMDCM_TEST_DATA)) {
+        const std::string file = Temporary() / sample.path().filename();
+        for (const auto& [damage, make] : damages) {
+            const std::string before = make(ReadWhole(sample.path()));
+            for (std::string command : commands) {
+                command.replace(command.find('$'), 1, file);
+                SCOPED_TRACE(damage + (" " + command));
+                WriteWhole(file, before);
+                const Result tried = Run(command + " --json --dry-run");
+                EXPECT_EQ(ReadWhole(file), before);
+                const Result done = Run(command + " --json");
+                EXPECT_EQ(tried.status, done.status) << tried.error << done.error;
+                EXPECT_EQ(tried.error, done.error);
+                const std::regex differs(R"re("(written|dry_run)": (true|false))re");
+                EXPECT_EQ(std::regex_replace(tried.out, differs, ""), std::regex_replace(done.out, differs, ""));
+                changed += ReadWhole(file) != before ? 1U : 0U;
+            }
+        }
+    }
+    EXPECT_GT(changed, 50U);
 }
 
 TEST_F(ChangeTest, JsonSaysWhatTheTextSays) {

@@ -35,7 +35,7 @@ ExitStatus StatusOf(const ImageList& list) {
     if (list.unresolved == 0 && list.doubts.empty()) {
         return ExitStatus::Done;
     }
-    return list.isWritten || list.unresolved == 0 ? ExitStatus::Doubtful : ExitStatus::Failed;
+    return list.hasChanges || list.unresolved == 0 ? ExitStatus::Doubtful : ExitStatus::Failed;
 }
 
 }  // namespace stmdcm

@@ -97,7 +97,7 @@ class Apply final : public Command {
             throw Failure(capture, "this is the file that the settings come from");
         }
         constexpr auto kMissing = ConfigurationChange::Missing::IsMade;
-        return {m_dryRun ? change.TryInCapture(capture, kMissing) : change.InCapture(capture, kMissing)};
+        return {change.InCapture(capture, kMissing, m_dryRun ? ChangeMode::DryRun : ChangeMode::Write)};
     } catch (const Failure& failure) {
         return {{capture}, failure.what()};
     }

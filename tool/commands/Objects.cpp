@@ -43,9 +43,11 @@ struct ObjectsReport {
             AddRows(answer, table);
         }
         const std::size_t total = list.answers.size();
-        const char* outcome = list.isWritten ? ", the capture has their new places" : "";
-        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images are accounted for{}",
-                                                         Shown(list.path), total - list.unresolved, total, outcome)) +
+        const char* recorded =
+            list.isWritten ? ", the capture has their new places" : ", the capture would get their new places";
+        const char* outcome = list.hasChanges ? recorded : "";
+        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images are accounted for{}", Shown(list.path),
+                                                         total - list.unresolved, total, outcome)) +
                "\n" + table.Text(palette, 2);
     }
 
@@ -61,6 +63,7 @@ struct ObjectsReport {
         return JsonRenderer::Document("objects", {{"file", list.path},
                                                   {"object_files", files},
                                                   {"unresolved", list.unresolved},
+                                                  {"changed", list.hasChanges},
                                                   {"written", list.isWritten},
                                                   {"doubts", list.doubts}});
     }
@@ -80,6 +83,7 @@ class Objects final : public Command {
         CLI::Option* update = app.add_flag("--update", m_update, "Record the new places in the capture, in place");
         app.add_flag("--accept-changed", m_acceptChanged, "Record images, too, that were modified since the capture")
             ->needs(update);
+        app.add_flag("--dry-run", m_dryRun, "Tell what would be recorded, and write nothing")->needs(update);
         app.footer(
             "An image is present when it has the modification time that was recorded; another one is not what ran, and "
             "is never recorded without being told. Ends with status 1 when an image is missing or changed, with status "
@@ -93,7 +97,9 @@ class Objects final : public Command {
             mappings.push_back(PathMapping::Parse(text));
         }
         ImageFinder finder(std::move(mappings), m_directories);
-        const ImageList list = m_update ? UpdateImages(m_file, finder, m_acceptChanged) : ListImages(m_file, finder);
+        const ImageList list =
+            m_update ? UpdateImages(m_file, finder, m_acceptChanged, m_dryRun ? ChangeMode::DryRun : ChangeMode::Write)
+                     : ListImages(m_file, finder);
         context.Print(ObjectsReport{list});
         if (m_update && list.unresolved > 0) {
             context.console.Diagnose(
@@ -111,6 +117,7 @@ class Objects final : public Command {
     std::vector<std::string> m_directories;
     bool m_update = false;
     bool m_acceptChanged = false;
+    bool m_dryRun = false;
 };
 
 }  // namespace

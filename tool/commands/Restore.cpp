@@ -15,15 +15,24 @@ struct RestoreReport {
     std::size_t number;
     RestoreResult result;
 
+    const char* Outcome() const {
+        if (!result.hasChanges) {
+            return "is what is in force, nothing was written";
+        }
+        return result.isWritten ? "is in force again" : "would be in force again";
+    }
+
     std::string Text(const Palette& /*palette*/) const {
-        return fmt::format("{}: configuration {} ({}) is {}\n", Shown(file), number, result.restored.name,
-                           result.isWritten ? "in force again" : "what is in force, nothing was written");
+        return fmt::format("{}: configuration {} ({}) {}\n", Shown(file), number, result.restored.name, Outcome());
     }
 
     Json Document() const {
-        return JsonRenderer::Document(
-            "restore",
-            {{"file", file}, {"number", number}, {"section", result.restored.name}, {"written", result.isWritten}});
+        return JsonRenderer::Document("restore", {{"file", file},
+                                                  {"number", number},
+                                                  {"section", result.restored.name},
+                                                  {"changed", result.hasChanges},
+                                                  {"written", result.isWritten},
+                                                  {"doubts", result.doubts}});
     }
 };
 
@@ -36,21 +45,27 @@ class Restore final : public Command {
             ->required()
             ->type_name("N")
             ->check(WholeNumber());
+        app.add_flag("--dry-run", m_dryRun, "Tell what would be in force, and write nothing");
         app.footer(
             "Appends a copy of that configuration, byte for byte, and retires the current one: so a restore can be "
             "undone by another. Object files (DCM_COMMON) and settings (STMDECODERINFO) are restored "
-            "apart.\n\nExample:\n"
+            "apart. Ends with status 3 when parts of that configuration are not read; standard error says "
+            "which.\n\nExample:\n"
             "  stmdcm restore capture.tdf 2");
     }
 
     ExitStatus Run(const Context& context) override {
-        context.Print(RestoreReport{m_file, m_number, RestoreConfiguration(m_file, m_number)});
-        return ExitStatus::Done;
+        const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
+        const RestoreReport report{m_file, m_number, RestoreConfiguration(m_file, m_number, mode)};
+        context.Print(report);
+        context.console.Diagnose(m_file, report.result.doubts);
+        return StatusOf(report.result.doubts);
     }
 
   private:
     std::string m_file;
     std::size_t m_number = 0;
+    bool m_dryRun = false;
 };
 
 }  // namespace

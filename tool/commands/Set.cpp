@@ -43,6 +43,7 @@ class Set final : public Command {
             ->required()
             ->type_name("NAME=VALUE");
         app.add_flag("--force", m_force, "Add to a settings file, too, what stands in it where it is not read");
+        app.add_flag("--dry-run", m_dryRun, "Tell what would change, and write nothing");
         app.footer(
             "A capture is changed in place: nothing of it is copied, and the old configuration stays in it, see "
             "\"history\" and \"restore\". Ends with status 3 when the old configuration had parts that no reader "
@@ -54,6 +55,7 @@ class Set final : public Command {
 
     ExitStatus Run(const Context& context) override {
         const std::vector<Assignment> assignments = ParseAll(m_assignments);
+        const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
         const ConfigurationKind kind = KindOf(m_file);
         const ConfigurationChange change([&](Settings& settings) {
             for (const Assignment& assignment : assignments) {
@@ -61,8 +63,8 @@ class Set final : public Command {
             }
         });
         const ChangeResult result = kind == ConfigurationKind::Capture
-                                        ? change.InCapture(m_file, ConfigurationChange::Missing::IsFailure)
-                                        : SetInSettings(m_file, assignments, m_force);
+                                        ? change.InCapture(m_file, ConfigurationChange::Missing::IsFailure, mode)
+                                        : SetInSettings(m_file, assignments, m_force, mode);
         context.Print(SetReport{result});
         ChangeReport::Diagnose(result, context.console);
         return StatusOf(result);
@@ -72,6 +74,7 @@ class Set final : public Command {
     std::string m_file;
     std::vector<std::string> m_assignments;
     bool m_force = false;
+    bool m_dryRun = false;
 };
 
 }  // namespace
