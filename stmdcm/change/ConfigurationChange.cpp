@@ -19,6 +19,18 @@ struct ConfigurationChange::Plan {
     std::vector<NewSection> sections;
 };
 
+namespace {
+
+std::string Encode(const std::vector<ObjectFile>& files) {
+    std::string payload;
+    for (const ObjectFile& file : files) {
+        AppendObjectFileEntry(payload, {file.name, file.path, file.recorded});
+    }
+    return payload;
+}
+
+}  // namespace
+
 ChangeResult ConfigurationChange::InCapture(const std::string& path, Missing missing, ChangeMode mode) const {
     CaptureEditor editor(path);
     Plan plan = Make(editor.Contents(), missing);
@@ -46,18 +58,23 @@ ConfigurationChange::Plan ConfigurationChange::Make(const Container& capture, Mi
                                   hasCommon ? kStmSectionName : kCommonSectionName));
     }
     plan.result.doubts = reading.Losses();
-    std::string changed = Change(reading, plan.result);
-    if (!hasCommon) {
-        plan.sections.push_back({kCommonSectionName, kCommonSectionVersion, {}});
+    const std::string objects = Encode(reading.configuration.objectFiles);
+    const std::string text = reading.settings->Text();
+    std::string newText = Change(reading, plan.result);
+    std::string newObjects = Encode(reading.configuration.objectFiles);
+    if (!hasCommon || newObjects != objects) {
+        plan.sections.push_back({kCommonSectionName, kCommonSectionVersion, std::move(newObjects)});
     }
-    plan.sections.push_back({kStmSectionName, kStmSectionVersion, std::move(changed)});
+    if (!reading.hasSettings || newText != text) {
+        plan.sections.push_back({kStmSectionName, kStmSectionVersion, std::move(newText)});
+    }
     return plan;
 }
 
 std::string ConfigurationChange::Change(Reading& reading, ChangeResult& result) const {
     const Configuration before = std::exchange(reading.configuration, {});
     m_edit(*reading.settings);
-    reading.configuration.objectFiles = before.objectFiles;
+    reading.configuration.objectFiles = m_objectFiles.value_or(before.objectFiles);
     Fill(reading.configuration, *reading.settings);
     result.changes = Compare(before, reading.configuration);
     std::string text = reading.settings->Text();

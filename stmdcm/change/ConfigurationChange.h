@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,7 +30,9 @@ class ConfigurationChange {
   public:
     using Edit = std::function<void(Settings&)>;
 
-    explicit ConfigurationChange(Edit edit) : m_edit(std::move(edit)) {}
+    /// `objectFiles`: the list of program images that the capture is to have; nothing: its own.
+    explicit ConfigurationChange(Edit edit, std::optional<std::vector<ObjectFile>> objectFiles = {})
+        : m_edit(std::move(edit)), m_objectFiles(std::move(objectFiles)) {}
 
     /// A capture without a configuration.
     enum class Missing { IsFailure, IsMade };
@@ -45,6 +48,7 @@ class ConfigurationChange {
     std::string Change(Reading& reading, ChangeResult& result) const;
 
     Edit m_edit;
+    std::optional<std::vector<ObjectFile>> m_objectFiles;
 };
 
 /// What of `wanted` is not in what a host reads of the text, such as the end of a long name; in sentences.

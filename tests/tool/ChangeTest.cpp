@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/change/Assignment.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/tool/ToolRun.h"
@@ -190,6 +191,54 @@ TEST_F(ChangeTest, AppliesToManyAndGoesOnAfterABadOne) {
     };
     EXPECT_EQ(properties(good), properties(STMDCM_TEST_DATA "/full.tdf"));
     EXPECT_EQ(properties(other), properties(STMDCM_TEST_DATA "/full.tdf"));
+}
+
+TEST_F(ChangeTest, AppliesWhatTheSourceNamesAndIsAskedFor) {
+    const auto held = [&](const std::string& file) {
+        return nlohmann::json::parse(Run("show --json " + file).out).at("configuration");
+    };
+    const std::string one = (Temporary() / "one.txt").string();
+    WriteWhole(one, "STM_ATB_Id = 77");
+    const std::string images = (Temporary() / "images.tdf").string();
+    std::filesystem::copy_file(STMDCM_TEST_DATA "/full.tdf", images);
+    CaptureEditor(images).Replace({{"DCM_COMMON", 1, ""}});
+    const struct {
+        std::string source;
+        std::string options;
+        int status;
+        int atbId;  ///< 7 before
+        bool hasSourceUsecases;
+        std::size_t images;  ///< of the source; 2 before
+    } cases[] = {
+        {one, "", 0, 77, false, 2},
+        {one, "--replace", 0, 77, true, 2},
+        {one, "--only usecases", 1, 7, false, 2},
+        {images, "", 0, 12, true, 0},
+        {images, "--replace", 0, 12, true, 2},
+        {images, "--except objects", 0, 12, true, 2},
+        {images, "--only objects", 0, 7, false, 0},
+        {images, "--only usecases,STM_ATB_Id", 0, 12, true, 2},
+        {images, "--only properties --except STM_ATB_Id --except STM_STP_Version", 0, 7, false, 2},
+        {images, "--except properties", 0, 7, true, 0},
+        {images, "--only stm_atb_id", 2, 7, false, 2},
+        {images, "--replace --only objects", 2, 7, false, 2},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.source + " " + c.options);
+        const std::string file = Copy("full.tdf");
+        ASSERT_EQ(Run("apply " STMDCM_TEST_DATA "/settings-packed.txt " + file).status, 0);
+        const auto before = held(file);
+        const Result result = Run("apply " + c.source + " " + file + " " + c.options);
+        EXPECT_EQ(result.status, c.status) << result.error;
+        const auto after = held(file);
+        EXPECT_EQ(after.at("use_cases"), (c.hasSourceUsecases ? held(c.source) : before).at("use_cases"));
+        EXPECT_EQ(after.at("object_files").size(), c.images);
+        for (const auto& property : after.at("properties")) {
+            if (property.at("name") == "STM_ATB_Id") {
+                EXPECT_EQ(property.at("value"), c.atbId);
+            }
+        }
+    }
 }
 
 TEST_F(ChangeTest, ADryRunSaysWhatTheRunSays) {

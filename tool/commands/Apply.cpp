@@ -5,8 +5,7 @@
 #include <optional>
 
 #include "stmdcm/Failure.h"
-#include "stmdcm/capture/CaptureFile.h"
-#include "stmdcm/change/ConfigurationChange.h"
+#include "stmdcm/change/AppliedParts.h"
 #include "tool/commands/ChangeReport.h"
 #include "tool/commands/CommandTable.h"
 
@@ -33,15 +32,6 @@ ExitStatus Worse(ExitStatus a, ExitStatus b) {
     return a == ExitStatus::Failed || b == ExitStatus::Failed ? ExitStatus::Failed : std::max(a, b);
 }
 
-/// A settings file's own text, which need not set every property; a capture's sets all.
-std::string AppliedText(const Reading& source) {
-    if (source.kind == ConfigurationKind::Capture) {
-        return source.settings->Text();
-    }
-    const CaptureFile file(source.path, CaptureFile::Identifier::Optional);
-    return file.Read(0, file.Size());
-}
-
 bool IsSameFile(const std::string& a, const std::string& b) {
     std::error_code ignored;
     return std::filesystem::equivalent(a, b, ignored);
@@ -53,13 +43,23 @@ class Apply final : public Command {
     void Declare(CLI::App& app) override {
         app.add_option("source", m_source, "A settings file, or a capture")->required()->type_name("SETTINGS");
         app.add_option("captures", m_captures, "Captures to change, in place")->required()->type_name("CAPTURE");
+        const auto addParts = [&](const char* name, std::vector<std::string>& parts, const char* what) {
+            return app.add_option(name, parts, what)->type_name("PART")->delimiter(',')->allow_extra_args(false);
+        };
+        CLI::Option* replace =
+            app.add_flag("--replace", m_replace, "Remove use cases for which there are none in SETTINGS; keep images");
+        addParts("--only", m_only, "Apply these alone: properties, usecases, objects, a property's name")
+            ->excludes(replace);
+        addParts("--except", m_except, "Apply all but these")->excludes(replace);
         app.add_flag("--force", m_force, "Apply what can be read of a source that is not read whole");
         app.add_flag("--dry-run", m_dryRun, "Tell what would change, and write nothing");
         app.footer(
-            "Properties that a settings file does not name stay as they are; the use cases are replaced. Each capture "
-            "keeps its own object files, and its old configuration as history. Goes on after a capture that can't be "
-            "changed, and ends with status 1 then.\n\nExample:\n"
-            "  stmdcm apply good.tdf run1.tdf run2.tdf run3.tdf");
+            "What the source does not name stays as it is. A settings file names the properties in it and, when it "
+            "holds any, its use cases; a capture names everything, its program images (objects) too. Each capture "
+            "keeps "
+            "its old configuration as history. Goes on after a capture that can't be changed, and ends with status 1 "
+            "then.\n\nExample:\n"
+            "  stmdcm apply good.tdf run1.tdf run2.tdf run3.tdf --except objects");
     }
 
     ExitStatus Run(const Context& context) override {
@@ -67,8 +67,7 @@ class Apply final : public Command {
         source.RequireSettings();
         RequireWhole(source, m_force);
         const std::vector<std::string> doubts = source.Doubts();
-        const std::string text = AppliedText(source);
-        const ConfigurationChange change([&](Settings& settings) { settings.Read(text); });
+        const ConfigurationChange change = WantedOf(source).ChangeTo(source);
         ExitStatus status = StatusOf(doubts);
         Json captures = Json::array();
         context.console.Diagnose(m_source, doubts);
@@ -92,6 +91,20 @@ class Apply final : public Command {
     }
 
   private:
+    AppliedParts WantedOf(const Reading& source) const {
+        AppliedParts parts = AppliedParts::NamedBy(source);
+        if (m_replace) {
+            parts.usecases = true;
+            parts.objects = false;
+        }
+        parts.Narrow(PartNames(m_only), PartNames(m_except));
+        if (parts.IsEmpty()) {
+            throw Failure(
+                fmt::format("{}: there is nothing in it of what is asked for, so nothing to apply", m_source));
+        }
+        return parts;
+    }
+
     Outcome ApplyTo(const ConfigurationChange& change, const std::string& capture) const try {
         if (IsSameFile(m_source, capture)) {
             throw Failure(capture, "this is the file that the settings come from");
@@ -104,6 +117,9 @@ class Apply final : public Command {
 
     std::string m_source;
     std::vector<std::string> m_captures;
+    std::vector<std::string> m_only;
+    std::vector<std::string> m_except;
+    bool m_replace = false;
     bool m_dryRun = false;
     bool m_force = false;
 };

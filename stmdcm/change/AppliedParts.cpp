@@ -1,0 +1,87 @@
+#include "stmdcm/change/AppliedParts.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "stmdcm/capture/CaptureFile.h"
+#include "stmdcm/change/Assignment.h"
+#include "stmdcm/change/SettingsEdit.h"
+#include "trace/format/StmPropertyTable.h"
+
+namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+constexpr const char* kGroups[] = {"properties", "usecases", "objects"};
+
+bool HoldsUsecases(const Configuration& configuration) {
+    return !configuration.sc.empty() || !configuration.cpt.empty() || !configuration.pmi.empty();
+}
+
+template <class Record>
+void CopyRecord(const Record& from, Record& to) {
+    to.CleaupUsecases(false);
+    for (const auto& usecase : from.Usecases()) {
+        to.AddUsecase(&usecase);
+    }
+}
+
+}  // namespace
+
+PartNames::PartNames(const std::vector<std::string>& words) : m_words(words.begin(), words.end()) {
+    for (const std::string& word : words) {
+        if (std::find(std::begin(kGroups), std::end(kGroups), word) == std::end(kGroups)) {
+            RequireProperty(word);
+        }
+    }
+}
+
+AppliedParts AppliedParts::NamedBy(const Reading& source) {
+    AppliedParts parts;
+    if (source.kind == ConfigurationKind::Capture) {
+        for (const StmProperty& row : kStmProperties) {
+            parts.properties.insert(row.name);
+        }
+        parts.usecases = true;
+        parts.objects = source.hasObjectFiles;
+        return parts;
+    }
+    const CaptureFile file(source.path, CaptureFile::Identifier::Optional);
+    const SettingsEdit text(file.Read(0, file.Size()));
+    for (const StmProperty& row : kStmProperties) {
+        if (text.Names(row.name)) {
+            parts.properties.insert(row.name);
+        }
+    }
+    parts.usecases = HoldsUsecases(source.configuration);
+    return parts;
+}
+
+void AppliedParts::Narrow(const PartNames& only, const PartNames& except) {
+    for (auto name = properties.begin(); name != properties.end();) {
+        const bool isWanted = (only.IsEmpty() || only.HasProperty(*name)) && !except.HasProperty(*name);
+        name = isWanted ? std::next(name) : properties.erase(name);
+    }
+    const auto isWanted = [&](const char* group) { return (only.IsEmpty() || only.Has(group)) && !except.Has(group); };
+    usecases = usecases && isWanted("usecases");
+    objects = objects && isWanted("objects");
+}
+
+ConfigurationChange AppliedParts::ChangeTo(const Reading& source) const {
+    const auto edit = [&source, parts = *this](Settings& settings) {
+        for (const std::string& name : parts.properties) {
+            Assignment{name, NumberOf(source.settings->properties, RequireProperty(name))}.ApplyTo(settings.properties);
+        }
+        if (parts.usecases) {
+            CopyRecord(source.settings->sc, settings.sc);
+            CopyRecord(source.settings->cpt, settings.cpt);
+            CopyRecord(source.settings->pmi, settings.pmi);
+        }
+    };
+    return objects ? ConfigurationChange(edit, source.configuration.objectFiles) : ConfigurationChange(edit);
+}
+
+}  // namespace stmdcm
