@@ -21,7 +21,7 @@ ObjectFile At(ObjectFile file, std::string path) {
     return file;
 }
 
-/// A file that is there, though changed, only gives way to the very one that was recorded.
+/// A file that is there, though changed, only gives way to one with the recorded time.
 void Choose(const std::vector<std::string>& paths, ImageAnswer& answer) {
     std::vector<ObjectFile> files;
     std::transform(paths.begin(), paths.end(), std::back_inserter(files),

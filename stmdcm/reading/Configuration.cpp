@@ -46,7 +46,7 @@ ObjectFile::State ObjectFile::DiskState() const {
 const char* ObjectFile::DiskStateName() const {
     switch (DiskState()) {
         case State::Present:
-            return "present";
+            return "same time, not proven";
         case State::Changed:
             return "changed";
         case State::Missing:

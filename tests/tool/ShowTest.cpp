@@ -54,7 +54,7 @@ TEST_F(ShowTest, ObjectFilesAreAsTheyAreOnDisk) {
     const fs::path images = fs::path(Path("kept")) / "target";
     fs::last_write_time(images / "app1.out", fs::file_time_type::clock::now());
     const std::string text = Run("show --objects " + Path("kept/live.tdf")).out;
-    EXPECT_TRUE(HasLineWith(text, "app0.out", "present")) << text;
+    EXPECT_TRUE(HasLineWith(text, "app0.out", "same time, not proven")) << text;
     EXPECT_TRUE(HasLineWith(text, "app1.out", "changed")) << text;
 }
 

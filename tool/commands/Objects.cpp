@@ -46,7 +46,7 @@ struct ObjectsReport {
         const char* recorded =
             list.isWritten ? ", the capture has their new places" : ", the capture would get their new places";
         const char* outcome = list.hasChanges ? recorded : "";
-        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images are accounted for{}", Shown(list.path),
+        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images were found{}", Shown(list.path),
                                                          total - list.unresolved, total, outcome)) +
                "\n" + table.Text(palette, 2);
     }
@@ -85,9 +85,11 @@ class Objects final : public Command {
             ->needs(update);
         app.add_flag("--dry-run", m_dryRun, "Tell what would be recorded, and write nothing")->needs(update);
         app.footer(
-            "An image is present when it has the modification time that was recorded; another one is not what ran, and "
-            "is never recorded without being told. Ends with status 1 when an image is missing or changed, with status "
-            "3 when the others were recorded.\n\nExample:\n"
+            "A capture holds the path and the modification time of each image, not what is in it: a file with that "
+            "time "
+            "is called \"same time, not proven\". One with another time is not what ran, and is never recorded without "
+            "being told. Ends with status 1 when an image is missing or changed, with status 3 when the others were "
+            "recorded.\n\nExample:\n"
             "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
     }
 

@@ -81,10 +81,10 @@ std::vector<Cell> PropertyRow(const Property& property) {
 }  // namespace
 
 Style StateStyle(std::string_view state) {
-    if (state == "present") {
-        return Style::Good;
+    if (state == "changed") {
+        return Style::Notable;
     }
-    return state == "missing" ? Style::Bad : Style::Notable;
+    return state == "missing" ? Style::Bad : Style::Plain;
 }
 
 std::string TextRenderer::Properties(const std::vector<Property>& properties, bool changedOnly) const {
