@@ -166,6 +166,7 @@ void BlockFindings::OnFormulaSkipped(std::size_t line, std::string_view text) {
 
 void BlockFindings::OnFormulaEnded(std::size_t line, FormulaEnd how) {
     if (how == FormulaEnd::Empty) {
+        m_ends.insert(line);
         AddFault(Kind("U-FORMULA-EMPTY"), m_formulaOpener, "no formula stands behind \"/$\"",
                  "the block counts as complete without its \"}\"");
         return;

@@ -40,6 +40,9 @@ class BlockFindings final : public Zu::Wep::Trace::TextReporter {
                         std::string_view text) override;
     void OnBlocksEnd(UsecaseKind kind, std::size_t line, Zu::Wep::Trace::BlocksEnd why) override;
 
+    /// Whether a block ended on that line without its "}".
+    bool IsEndOfBlock(std::size_t line) const { return m_ends.contains(line); }
+
     const KindReading& Of(UsecaseKind kind) const { return m_readings[static_cast<std::size_t>(kind)]; }
 
   private:
@@ -59,6 +62,7 @@ class BlockFindings final : public Zu::Wep::Trace::TextReporter {
     Findings& m_findings;
     std::size_t m_lastLine = 0;  ///< of the text
     std::array<KindReading, 3> m_readings;
+    std::set<std::size_t> m_ends;
 
     // Of the block that is being read:
     std::size_t m_opener = 0;

@@ -40,23 +40,50 @@ class StructureCheck {
         bool isInside = false;
         bool isBehindFirst = false;
         for (std::size_t index = 0; index < m_lines.size(); ++index) {
-            const std::string_view line = m_lines[index].text;
-            if (line.starts_with('{')) {
-                TellOpener(m_lines[index], index + 1 < m_lines.size() ? m_lines[index + 1] : Line{});
+            const Line& line = m_lines[index];
+            if (line.text.starts_with('{')) {
+                TellStray();
+                TellOpener(line, index + 1 < m_lines.size() ? m_lines[index + 1] : Line{});
                 isInside = isBehindFirst = true;
-            } else if (!isInside && isBehindFirst && !line.empty()) {
-                Add(Kind("U-STRAY-LINE"), m_lines[index], fmt::format("{} stands between the blocks", Quoted(line)),
-                    "the line is skipped");
-            } else if (line == kBlockClose) {
-                isInside = false;
+            } else if (isInside) {
+                isInside = line.text != kBlockClose && !m_read.IsEndOfBlock(line.number);
+            } else if (isBehindFirst && !line.text.empty()) {
+                TakeStray(line);
             }
         }
+        TellStray();
         for (const UsecaseKind kind : {UsecaseKind::Sc, UsecaseKind::Cpt, UsecaseKind::Pmi}) {
             TellBlankEnd(kind);
         }
     }
 
   private:
+    /// Lines up to a "}" are a block to a person, whatever became of its beginning.
+    void TakeStray(const Line& line) {
+        m_stray.push_back(line);
+        m_hasStrayKey = m_hasStrayKey || line.text.find('=') != std::string_view::npos;
+        if (m_hasStrayKey && line.text == kBlockClose) {
+            Add(Kind("U-OUTSIDE"), m_stray.front(),
+                fmt::format("{} up to the \"}}\" on line {} stand in no block", Counted(m_stray.size() - 1, "line"),
+                            line.number),
+                "they are not read");
+            ForgetStray();
+        }
+    }
+
+    void TellStray() {
+        for (const Line& line : m_stray) {
+            Add(Kind("U-STRAY-LINE"), line, fmt::format("{} stands between the blocks", Quoted(line.text)),
+                "the line is skipped");
+        }
+        ForgetStray();
+    }
+
+    void ForgetStray() {
+        m_stray.clear();
+        m_hasStrayKey = false;
+    }
+
     void TellOpener(const Line& opener, const Line& first) {
         if (opener.text != kBlockOpen && !opener.text.starts_with("{type")) {
             Add(Kind("U-OPENER-TEXT"), opener, fmt::format("text stands behind the brace: {}", Quoted(opener.text)),
@@ -126,6 +153,8 @@ class StructureCheck {
     const BlockFindings& m_read;
     const Place& m_place;
     Findings& m_findings;
+    std::vector<Line> m_stray;  ///< between the blocks, not told yet
+    bool m_hasStrayKey = false;
     std::array<std::vector<std::size_t>, 3> m_lost;
 };
 

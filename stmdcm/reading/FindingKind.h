@@ -82,6 +82,7 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"U-LINE-LENGTH", Severity::Error, "A line of a block is longer than 255 characters."},
     {"U-BLANK-LINE", Severity::Error, "A blank line ends the reading before the last block."},
     {"U-NOT-READ", Severity::Error, "A use case stands where its reader does not find it."},
+    {"U-OUTSIDE", Severity::Error, "Lines up to a \"}\" stand in no block."},
     {"U-UNKNOWN-TYPE", Severity::Error, "The first line of a block names no type that there is."},
     {"U-LATE-TYPE", Severity::Error, "A type line is not the first of its block."},
     {"U-OPENER-TEXT", Severity::Error, "Text stands behind an opening brace."},
@@ -105,6 +106,9 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"O-EMPTY-PATH", Severity::Warning, "An object file is recorded without a path."},
     {"O-DUPLICATE", Severity::Warning, "Two object files are recorded under one name."},
 };
+
+/// Whether it is about what a file says, not about the file that holds it or its sections.
+constexpr bool IsAboutText(const FindingKind& kind) { return kind.id[0] != 'C' && kind.id[0] != 'F'; }
 
 /// The kind with that identifier; one that is not in the table does not compile.
 consteval const FindingKind& Kind(std::string_view id) {

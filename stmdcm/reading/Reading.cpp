@@ -36,8 +36,6 @@ constexpr std::uint64_t kLookedAt = 4096;
 constexpr const FindingKind* kIgnoredText[] = {&Kind("T-EXTRA-FIELD"), &Kind("U-UNKNOWN-KEY"), &Kind("U-STRAY-LINE"),
                                                &Kind("U-FORMULA-LINE")};
 
-bool IsAboutText(const FindingKind& kind) { return kind.id[0] != 'C' && kind.id[0] != 'F'; }
-
 std::string Sentence(const Finding& finding) {
     const std::string place = InWords(finding.place);
     return fmt::format("{}{}{}; {}", place, place.empty() ? "" : ": ", finding.what, finding.effect);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/reading/Reading.h"
@@ -41,13 +42,23 @@ inline std::string SectionBytes(const std::string& name, std::uint32_t version, 
 struct CaptureParts {
     std::string settings = AllProperties();
     std::string device = "board=7\n";
-    std::string common;
+    std::string common = {};
 
     std::string Bytes() const {
         return "TDF2" + SectionBytes("DEVID", 1, device) + SectionBytes("DCM_COMMON", 1, common) +
                SectionBytes("STMDECODERINFO", 1, settings);
     }
 };
+
+/// A file with something to find in it, or nothing.
+struct CheckInput {
+    std::string name;
+    std::string bytes;
+    std::string expected;  ///< every identifier that it gives, in the order of the table
+};
+
+/// Such a file for nearly every kind of finding; the others take a file that is larger or none.
+std::vector<CheckInput> CheckInputs();
 
 inline std::string ObjectFileEntryBytes(const std::string& name, const std::string& path, std::int64_t time) {
     std::string bytes;

@@ -1,0 +1,173 @@
+#include "tests/tool/CheckInputs.h"
+
+#include <iterator>
+#include <span>
+
+#include "stmdcm/capture/Retired.h"
+
+namespace stmdcm {
+
+using namespace std::string_literals;
+
+namespace {
+
+const std::string kSc = "{\nid=1\njobid=1\n}\n";
+const std::string kSc2 = "{\nid=2\njobid=2\n}\n";
+const std::string kCpt = "{\ntype=CPT\nsid=1\n}\n";
+const std::string kPmi = "{\ntype=PMI_CMI\nname=PMI\n}\n";
+
+struct Case {
+    std::string part;  ///< of the file: all else is without fault
+    std::string expected;
+};
+
+/// Settings texts: the first ones on their own, the others behind all properties.
+const Case kLooseTexts[] = {
+    {"", "F-EMPTY"},
+    {" \n", "T-NOTHING T-FINAL-LINE-FEED T-NOT-SET"},
+    {"STM_ATB_Id = 1", "T-NOT-SET"},
+    {"STM_ATB_Id = 1\nSTM_Colour = 3\nSTM_STP_Version = 4\n", "T-UNKNOWN-KEY T-NOT-READ T-NOT-SET"},
+    {"STM_ATB_Id = 1\n\nSTM_STP_Version = 4\n" + kSc, "T-BLANK-LINE T-NOT-READ T-NOT-SET"},
+};
+
+const Case kTexts[] = {
+    {"", "T-FINAL-LINE-FEED"},
+    {kSc, ""},
+    {kSc + kSc2 + kCpt + kPmi, ""},
+    {"\n" + kSc, "T-BLANK-LINE"},
+    {"\n\n" + kSc, "T-BLANK-LINE U-BLANK-LINE U-NOT-READ"},
+    {"STM_ATB_Id =\n" + kSc, "T-NO-VALUE"},
+    {"type=SC\n" + kSc, "T-UNKNOWN-KEY"},
+    {"STM_ATB_Id 1 MHz\n" + kSc, "T-NO-EQUALS T-EXTRA-FIELD T-DUPLICATE"},
+    {"STM_ATB_Id = word\n" + kSc, "T-DUPLICATE T-NOT-A-NUMBER"},
+    {"STM_ATB_Id = 0x10\n" + kSc, "T-DUPLICATE T-PARTLY-NUMBER"},
+    {"STM_DTC_target_clock_hz = 2.5\n" + kSc, "T-DUPLICATE T-PARTLY-NUMBER"},
+    {"STM_DTC_target_clock_hz = 2.5e8\n" + kSc, "T-DUPLICATE"},
+    {"STM_DTC_target_clock_hz = inf\n" + kSc, "T-DUPLICATE T-NUMBER-WRAPPED"},
+    {"HEAD_Pointer_0 = 4294967296\n" + kSc, "T-DUPLICATE T-NUMBER-WRAPPED"},
+    {"HEAD_Pointer_0 = 4294967295\n" + kSc, "T-DUPLICATE T-NUMBER-SIGN"},
+    {"HEAD_Pointer_0 = -2147483648\n" + kSc, "T-DUPLICATE"},
+    {"STM_data_flip = 00\n" + kSc, "T-DUPLICATE T-NOT-0-OR-1"},
+    {"STM_ATB_Id = 1" + std::string(1000, ' ') + "\r\n" + kSc, "T-DUPLICATE"},
+    {"STM_ATB_Id = 1" + std::string(1000, ' ') + "x\n" + kSc, "T-DUPLICATE T-LINE-CUT"},
+    {"STM_ATB_Id = 1\0\n"s + kSc, "T-DUPLICATE T-ZERO-BYTE"},
+    {"{type=SC,id=1}\n{type=CPT}", ""},
+    {"{type=SC,id=1}\r\n{type=CPT}", "T-PARTLY-NUMBER T-PACKED-CR"},
+    {"{type=SC,id=12", "T-PACKED-END"},
+    {"{type=SC,id=1}\nx = 1\nSTM_ATB_Id = 3", "T-UNKNOWN-KEY T-PACKED-REST"},
+    {"{type=SC,id=1}\n" + kSc, "T-MIXED-BLOCKS"},
+    {kSc + "{type=SC,id=2}\n" + kSc2, "T-MIXED-BLOCKS U-NOT-READ"},
+    {"{\nname=" + std::string(122, 'n') + "\n}\n", "T-LINE-CUT"},
+    {"{\nid=1\n", "U-UNCLOSED"},
+    {"{\nid=1", "U-UNCLOSED"},
+    {"{\nid=1\n" + kSc2, "U-UNCLOSED U-NOT-READ"},
+    {"{\nid=1\n\n}\n" + kSc2, "U-BLANK-IN-BLOCK U-NOT-READ"},
+    {"{\nid 1\n}\n" + kCpt, "U-NO-EQUALS"},
+    {kSc + "{\nid=2\nbroken line\n}\n" + "{\nid=3\n}\n", "U-NO-EQUALS U-NOT-READ"},
+    {kSc + "\n" + kSc2, "U-BLANK-LINE U-NOT-READ"},
+    {kPmi + "\n" + kSc, ""},
+    {kSc + "id=2\n}\n" + kCpt, "U-OUTSIDE"},
+    {"{\n/$\n\nformula=a:1\n$/\n}\n" + kSc, "U-OUTSIDE U-FORMULA-EMPTY"},
+    {kSc + "}\n" + kSc2, "U-STRAY-LINE"},
+    {"{\ntype=XY\n}\n" + kSc, "U-UNKNOWN-TYPE"},
+    {"{\nid=1\ntype=CPT\n}\n", "U-LATE-TYPE"},
+    {"{ id=1\nid=1\n}\n", "U-OPENER-TEXT"},
+    {kSc + "{ x\nid=2\n}\n", "U-NOT-READ U-OPENER-TEXT"},
+    {"{\n}\n", "U-EMPTY-BLOCK U-SOURCE"},
+    {kSc + "STM_ATB_Id = 5\n" + kSc2, "U-STRAY-LINE"},
+    {"{\nname = x\n}\n", "U-UNKNOWN-KEY"},
+    {"{\nid=1\nid=2\n}\n", "U-KEY-TWICE"},
+    {"{\n#1=a\n#1=b\n}\n", "U-COUNTER-TWICE"},
+    {"{\n#x=a\n}\n", "T-NOT-A-NUMBER"},
+    {"{\nsuppress=2\nsw=4294967295\njobid=4294967295\n}\n", "T-NUMBER-SIGN T-NOT-0-OR-1"},
+    {"{\nname=a\rb\n}\n", ""},
+    {kSc + kSc, "U-DUPLICATE"},
+    {kPmi + kPmi, "U-DUPLICATE"},
+    {"{\ntype=PMI_CMI\nname=CMI2\n}\n", "U-SOURCE"},
+    {"{\n/$\nformula=#0:10\n$/\n}\n", ""},
+    {"{\n/$\nformula=10\nx\n$/\n}\n", "U-FORMULA-LINE U-FORMULA-TAG"},
+    {"{\n/$\nformula=a:1234\n$/\n}\n", "U-FORMULA-TAG"},
+    {"{\n/$\nformula=a:1\n\n}\n", "U-FORMULA-OPEN"},
+    {"{\n/$\nformula=a:1\n}\n" + kSc, "U-UNCLOSED U-NOT-READ U-FORMULA-OPEN"},
+    {"{\n/$\n", "U-FORMULA-EMPTY"},
+};
+
+/// The text of STMDECODERINFO has no limits for its lines, other than those of the blocks.
+const Case kSections[] = {
+    {"", ""},
+    {"{\nname=" + std::string(251, 'n') + "\n}\n", "U-LINE-LENGTH"},
+    {"{\nname=" + std::string(122, 'n') + "\n}\n", "U-CUT-ON-SAVE"},
+    {"{\nname=" + std::string(121, 'n') + "\n}\n", ""},
+};
+
+const Case kDeviceTexts[] = {
+    {"board=7\n\nSTM_ATB_Id = 1\n", ""},
+    {"lonely\nSTM_ATB_Id = 9\n", "D-NO-VALUE D-OVERRIDDEN"},
+};
+
+const Case kCommons[] = {
+    {ObjectFileEntryBytes("a", "/no/such/file", 1), "O-MISSING"},
+    {ObjectFileEntryBytes("a", STMDCM_TEST_DATA "/full.tdf", 1), "O-CHANGED"},
+    {ObjectFileEntryBytes("a", "", 1), "O-EMPTY-PATH"},
+    {ObjectFileEntryBytes("a", "", 1) + ObjectFileEntryBytes("a", "", 1), "O-EMPTY-PATH O-DUPLICATE"},
+    {ObjectFileEntryBytes("a", "", 1).substr(0, 9), "O-TRUNCATED"},
+};
+
+/// Bytes behind a capture without a fault.
+const Case kTails[] = {
+    {"x", "C-TRAILING-BYTES"},
+    {"12345", "C-TORN-HEADER"},
+    {SectionBytes("TRACE", 1, "abc", 5), "C-TORN-PAYLOAD"},
+    {SectionBytes("Z", 1, "", -13) + SectionBytes("STMDECODERINFO", 1, ""), "C-LENGTH-ZERO C-UNREACHABLE"},
+    {SectionBytes("SHORT", 1, "", -1), "C-TRAILING-BYTES C-LENGTH-SHORT"},
+    {SectionBytes("LONG", 1, "", 0x8000000) + SectionBytes("DEVID", 1, ""), "C-LENGTH-LIMIT C-UNREACHABLE"},
+    {SectionBytes(std::string(4096, 'n'), 1, "") + SectionBytes("TRACE", 1, ""), "C-NAME-LIMIT C-UNREACHABLE"},
+    {SectionBytes("a\xff", 1, ""), "C-NAME-ODD"},
+    {SectionBytes("DEVID", 1, ""), "C-SHADOWED"},
+    {SectionBytes("DEVID", 2, ""), "C-OTHER-VERSION"},
+    {SectionBytes("TRACE", 2, "") + SectionBytes("TRACE", 2, ""), "C-REPEATED"},
+    {SectionBytes("DEVID", Retired(1), ""), "C-RETIRED"},
+};
+
+const Case kCaptures[] = {
+    {"TDF2", "C-NO-COMMON C-NO-DEVID C-NO-STM"},
+    {"TDF1", "F-NO-CAPTURE"},
+    {CaptureParts{"", "", ""}.Bytes(), "C-EMPTY-DEVID C-EMPTY-STM"},
+};
+
+std::string AsIs(const std::string& bytes) { return bytes; }
+
+std::string BehindProperties(const std::string& text) { return AllProperties() + text; }
+
+std::string InSection(const std::string& text) { return CaptureParts{BehindProperties(text)}.Bytes(); }
+
+std::string AsDevice(const std::string& text) { return CaptureParts{AllProperties(), text}.Bytes(); }
+
+std::string AsCommon(const std::string& payload) {
+    CaptureParts parts;
+    parts.common = payload;
+    return parts.Bytes();
+}
+
+std::string BehindCapture(const std::string& tail) { return CaptureParts{}.Bytes() + tail; }
+
+}  // namespace
+
+std::vector<CheckInput> CheckInputs() {
+    std::vector<CheckInput> inputs;
+    const auto add = [&](const char* name, std::span<const Case> cases, std::string (*bytes)(const std::string&)) {
+        for (const Case& c : cases) {
+            inputs.push_back({name, bytes(c.part), c.expected});
+        }
+    };
+    add("settings.txt", kLooseTexts, AsIs);
+    add("settings.txt", kTexts, BehindProperties);
+    add("section.tdf", kSections, InSection);
+    add("device.tdf", kDeviceTexts, AsDevice);
+    add("common.tdf", kCommons, AsCommon);
+    add("tail.TDF", kTails, BehindCapture);
+    add("bytes.tdf", kCaptures, AsIs);
+    return inputs;
+}
+
+}  // namespace stmdcm
