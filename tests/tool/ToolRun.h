@@ -13,13 +13,14 @@ namespace stmdcm {
 
 /// A user's machine: a home and a temporary directory, both empty, and an environment that would lead into the home.
 class ToolRun : public testing::Test {
-  protected:
+  public:
     struct Result {
         int status;
         std::string out;
         std::string error;
     };
 
+  protected:
     ToolRun() {
         std::string name = (std::filesystem::temp_directory_path() / "tool-test-XXXXXX").string();
         m_root = ::mkdtemp(name.data());

@@ -1,0 +1,245 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <set>
+
+#include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/Plugin.h"
+#include "stmdcm/plugin/TraceHome.h"
+#include "tests/support/ScratchDir.h"
+#include "tests/tool/Accident.h"
+#include "tests/tool/CheckInputs.h"
+#include "tests/tool/CommandHere.h"
+#include "tests/tool/SectionList.h"
+#include "tests/tool/ToolRun.h"
+#include "trace/format/StmPropertyTable.h"
+#include "trace/format/StmSections.h"
+
+namespace stmdcm {
+
+namespace fs = std::filesystem;
+using stmdcm_test::ReadWhole;
+using stmdcm_test::ScratchDir;
+using stmdcm_test::WriteWhole;
+using namespace Zu::Wep::Trace;
+
+namespace {
+
+/// Samples and texts, each with the name that its kind asks for, in the same order everywhere.
+std::vector<CheckInput> Inputs() {
+    std::vector<CheckInput> inputs = CheckInputs();
+    const std::set<fs::path> samples(fs::directory_iterator(STMDCM_TEST_DATA), fs::directory_iterator());
+    for (const fs::path& sample : samples) {
+        inputs.push_back({sample.filename(), ReadWhole(sample), ""});
+    }
+    return inputs;
+}
+
+/// A text in a file, and what is around it.
+struct TextIn {
+    std::string before;
+    std::string section;  ///< empty: the whole file
+    std::string text;
+    std::string behind;
+
+    std::string With(const std::string& other) const {
+        return section.empty() ? other : before + SectionBytes(section, 1, other) + behind;
+    }
+};
+
+/// The settings file, or the texts of a capture that are read and lie in it whole.
+std::vector<TextIn> TextsOf(const CheckInput& input) {
+    if (!input.bytes.starts_with("TDF2")) {
+        return {{"", "", input.bytes, ""}};
+    }
+    std::map<std::string, TextIn> texts;
+    for (const SectionInfo& section : SectionList(input.bytes)) {
+        const std::uint64_t end = section.offset + section.length;
+        if ((section.name == kStmSectionName || section.name == kDeviceSectionName) && section.version == 1 &&
+            end <= input.bytes.size() && section.payloadOffset <= end) {
+            texts.try_emplace(section.name,
+                              TextIn{input.bytes.substr(0, section.offset), section.name,
+                                     input.bytes.substr(section.payloadOffset, end - section.payloadOffset),
+                                     input.bytes.substr(end)});
+        }
+    }
+    std::vector<TextIn> found;
+    for (auto& [name, text] : texts) {
+        found.push_back(std::move(text));
+    }
+    return found;
+}
+
+bool IsClean(const Reading& reading) {
+    return reading.findings.Count(Severity::Error) == 0 && reading.findings.Count(Severity::Warning) == 0;
+}
+
+/// Errors of what the file says, not of the file or its sections.
+std::vector<std::string> NotRead(const Reading& reading) {
+    std::vector<std::string> sentences;
+    for (const Finding& finding : reading.findings.Sorted()) {
+        if (finding.kind->severity == Severity::Error && IsAboutText(*finding.kind)) {
+            sentences.push_back(finding.what);
+        }
+    }
+    return sentences;
+}
+
+/// What was found, without its place.
+std::vector<std::string> Found(const Reading& reading) {
+    std::vector<std::string> found;
+    for (const Finding& finding : reading.findings.Sorted()) {
+        found.push_back(fmt::format("{} {}", finding.kind->id, finding.what));
+    }
+    return found;
+}
+
+class NothingInSilenceTest : public ToolRun {
+  protected:
+    using Command = std::vector<std::string>;
+
+    NothingInSilenceTest() { WriteWhole(m_good, CaptureParts{}.Bytes()); }
+
+    std::string Path(const std::string& name) const { return m_directory / name; }
+
+    /// Asks every command about the file, and holds its answer against that of `check`.
+    void ExpectTold(const std::string& path) {
+        const Reading reading = CheckFile(path);
+        const bool isCapture = reading.kind == ConfigurationKind::Capture;
+        const bool fits = !isCapture || (!reading.hasDeviceText && reading.configuration.objectFiles.empty());
+        const std::string bytes = ReadWhole(path);
+        const std::string other = Path(isCapture ? "converted.txt" : "converted.tdf");
+        ExpectAnswer(reading, {"show", path});
+        ExpectAnswer(reading, {"diff", path, path});
+        ExpectAnswer(reading, {"convert", path, other}, fits);
+        fs::remove(other);
+        ExpectAnswer(reading, {"convert", path, other, "--force"}, fits);
+        fs::remove(other);
+        ExpectAnswer(reading, {"apply", path, m_good, "--dry-run"});
+        ExpectAnswer(reading, {"apply", path, m_good, "--force"});
+        WriteWhole(m_good, CaptureParts{}.Bytes());
+        ExpectAnswer(reading, {"set", path, "STM_ATB_Id=99"});
+        WriteWhole(path, bytes);
+        if (isCapture) {
+            ExpectRecovered(reading);
+        }
+    }
+
+    /// What a host holds after loading.
+    std::string Held(const std::string& path) const {
+        Manager manager(m_plugin, "core");
+        const bool isCapture = KindOfName(path) == ConfigurationKind::Capture;
+        manager.Load(path, isCapture ? TRACE_DATA_FILE_TDF : TRACE_DATA_FILE_LOCAL);
+        std::string text;
+        for (const StmProperty& row : kStmProperties) {
+            text += fmt::format("{}={}\n", row.name, manager.Property(row.name));
+        }
+        manager.ScRecord().SaveAllRecords(text);
+        manager.CptRecord().SaveAllRecords(text);
+        manager.PmiRecord().SaveAllRecords(text);
+        return text;
+    }
+
+    bool m_isProcess = false;  ///< a process for each command
+
+  private:
+    Result Answer(const Command& command) {
+        return m_isProcess ? Run(fmt::format("{}", fmt::join(command, " "))) : m_tool.Run(command);
+    }
+
+    /// A command that `fits` loses nothing of a file that is whole.
+    void ExpectAnswer(const Reading& reading, const Command& command, bool fits = true) {
+        const Result result = Answer(command);
+        SCOPED_TRACE(fmt::format("{} ends {}: {}", command[0], result.status, result.error));
+        const std::vector<std::string> notRead = NotRead(reading);
+        ExpectDoubt(result, notRead);
+        if (fits && IsClean(reading)) {
+            EXPECT_EQ(result.status, 0);
+            EXPECT_EQ(result.error, "");
+        }
+    }
+
+    /// The result may hold less than the file, or more.
+    void ExpectRecovered(const Reading& reading) {
+        const std::string recovered = Path("recovered.tdf");
+        const Result result = Answer({"recover", reading.path, "-o", recovered});
+        SCOPED_TRACE(fmt::format("recover ends {}: {}", result.status, result.error));
+        if (result.status != 1) {
+            const Reading kept = CheckFile(recovered);
+            ExpectDoubt(result, NotRead(kept));
+            EXPECT_TRUE(result.status == 3 || (NotRead(reading).empty() && kept.findings.Count(Severity::Error) == 0));
+            EXPECT_TRUE(result.status == 0 || !IsClean(reading));
+            fs::remove(recovered);
+        }
+    }
+
+    static void ExpectDoubt(const Result& result, const std::vector<std::string>& notRead) {
+        EXPECT_EQ(result.error.empty(), result.status == 0);
+        for (const std::string& what : notRead) {
+            EXPECT_TRUE(result.status == 1 || result.status == 3);
+            EXPECT_TRUE(result.status == 1 || result.error.find(what) != std::string::npos) << what;
+        }
+    }
+
+    ScratchDir m_directory{fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path().string()};
+    const std::string m_good = Path("good.tdf");
+    TraceHome m_home;
+    Plugin m_plugin{m_home, {}};
+    CommandHere m_tool;
+};
+
+}  // namespace
+
+TEST_F(NothingInSilenceTest, EveryCommandTellsWhatIsNotRead) {
+    std::size_t count = 0;
+    for (const CheckInput& input : Inputs()) {
+        SCOPED_TRACE(input.name + ":\n" + input.bytes);
+        WriteWhole(Path(input.name), input.bytes);
+        m_isProcess = false;
+        ExpectTold(Path(input.name));
+        m_isProcess = true;
+        if (count++ % 16 == 0) {
+            ExpectTold(Path(input.name));
+        }
+    }
+}
+
+/// `check` is not its own judge: where a host gets something else than before, there is something to find.
+TEST_F(NothingInSilenceTest, WhateverBecomesOfATextByAccident) {
+    constexpr int kAccidents = 60;
+    constexpr int kToldOf = 12;
+    unsigned seed = 0;
+    std::size_t different = 0;
+    for (const CheckInput& input : Inputs()) {
+        const std::string path = Path(input.name);
+        WriteWhole(path, input.bytes);
+        const std::string held = Held(path);
+        const std::vector<std::string> found = Found(CheckFile(path));
+        for (const TextIn& in : TextsOf(input)) {
+            for (int i = 0; i < kAccidents; ++i) {
+                const Accident accident = AccidentMaker(++seed).Damage(in.text, in.section == kDeviceSectionName);
+                SCOPED_TRACE(fmt::format("{} {}, {}:\n{}", input.name, in.section, accident.what, accident.text));
+                WriteWhole(path, in.With(accident.text));
+                const std::string now = Held(path);
+                if (now != held && !accident.isPlausible) {
+                    const Reading reading = CheckFile(path);
+                    EXPECT_NE(Found(reading), found);
+                    const bool isLess =
+                        std::count(now.begin(), now.end(), '{') < std::count(held.begin(), held.end(), '{');
+                    EXPECT_TRUE(!isLess || reading.findings.Count(Severity::Error) > 0);
+                    ++different;
+                }
+                if (i % kToldOf == 0) {
+                    ExpectTold(path);
+                }
+            }
+        }
+    }
+    EXPECT_GT(different, 1000U);
+}
+
+}  // namespace stmdcm
