@@ -46,7 +46,8 @@ inline constexpr AcceptedType kIntegerAsFlag{ChannelAttribute::Integer, LiveConv
 inline constexpr AcceptedType kDouble{ChannelAttribute::Double, LiveConversion::Double};
 inline constexpr AcceptedType kFlag{ChannelAttribute::Flag, LiveConversion::Flag};
 
-/// What KeepAndLog logs. It names the trace clock, also where the device clock's type was wrong: readers of logs know it so.
+/// What KeepAndLog logs. It names the trace clock, also where the device clock's type was wrong: readers of logs know
+/// it so.
 inline constexpr char kWrongTypeText[] =
     "STM DCM LoadConfigurationLive: get HBT720_TRACE_ATTRIBUTE_TRACE_CLOCK_FREQ received incorrect attribute type: "
     "%d. Expecting either integer or double,";
