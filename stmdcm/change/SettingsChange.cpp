@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <optional>
+#include <utility>
 
 #include "source_utilities/ReplaceFile.h"
 #include "stmdcm/Failure.h"
@@ -84,6 +85,10 @@ ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment
     if (!result.doubts.empty() && !force) {
         throw Failure(
             fmt::format("{}: {}; --force adds a line in front that counts", path, fmt::join(result.doubts, "; ")));
+    }
+    std::vector<std::string> losses = before.Losses();
+    for (std::string& loss : losses) {  // kept as it is, and as unread
+        result.doubts.push_back(std::move(loss));
     }
     const std::string text = edit.Text();
     RequireNothingElse(before, assignments, text);

@@ -9,6 +9,7 @@
 
 #include "tests/tool/ToolRun.h"
 #include "tool/cli/CommandLine.h"
+#include "tool/commands/CommandTable.h"
 
 namespace stmdcm {
 
@@ -22,7 +23,7 @@ class CommandHere {
         }
         Stream out(STDOUT_FILENO);
         Stream error(STDERR_FILENO);
-        const int status = static_cast<int>(CommandLine().Run(static_cast<int>(argv.size()), argv.data()));
+        const int status = static_cast<int>(CommandLine(kCommands).Run(static_cast<int>(argv.size()), argv.data()));
         std::fflush(stdout);
         return {status, out.Take(), error.Take()};
     }

@@ -102,12 +102,12 @@ class Recover final : public Command {
         std::size_t rest = plan.remarks.Count();
         for (const Remark& remark : plan.remarks.Listed()) {
             if (remark.kind == RemarkKind::NotRead) {
-                console.Diagnose(fmt::format("{}: {}: {}", m_output, remark.section, remark.sentence));
+                console.Diagnose(fmt::format("{}: {}: {}", Shown(m_output), remark.section, remark.sentence));
                 --rest;
             }
         }
         if (rest > 0) {
-            console.Diagnose(fmt::format("{}: {} what was lost or is doubtful", m_output,
+            console.Diagnose(fmt::format("{}: {} what was lost or is doubtful", Shown(m_output),
                                          rest == 1 ? "1 remark tells" : fmt::format("{} remarks tell", rest)));
         }
     }
