@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include <set>
+#include <string>
 
-#include "stmdcm/reading/Reading.h"
 #include "stmdcm/recover/HeaderRules.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/SectionScanner.h"
@@ -46,16 +46,6 @@ void CheckRecovery(SectionSource& result, std::uint64_t size, RecoveryPlan& plan
     for (const std::string& name : wanted) {
         plan.remarks.Add({RemarkKind::Missing, 0, 0, name,
                           "there is no such section, version 1, so hosts can't load a configuration"});
-    }
-}
-
-void CheckTexts(const std::string& path, RecoveryPlan& plan) {
-    for (const Finding& finding : CheckFile(path, ConfigurationKind::Capture).findings.Sorted()) {
-        if (finding.kind->severity == Severity::Error && IsAboutText(*finding.kind)) {
-            const std::string line = InWords(Place{{}, {}, finding.place.line});
-            plan.remarks.Add({RemarkKind::NotRead, 0, 0, finding.place.section,
-                              fmt::format("{}{}{}; {}", line, line.empty() ? "" : ": ", finding.what, finding.effect)});
-        }
     }
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 #include "stmdcm/recover/RecoveryPlan.h"
 #include "trace/format/SectionSource.h"
@@ -11,8 +10,5 @@ namespace stmdcm {
 /// Walks the new capture as a reader does and adds to the plan's remarks what is wrong with it: sections that are not
 /// there or can't be reached, and sections without which hosts can't load a configuration. `size` is that of the file.
 void CheckRecovery(Zu::Wep::Trace::SectionSource& result, std::uint64_t size, RecoveryPlan& plan);
-
-/// The same for what of the new capture's texts and object files is not read: the errors that `check` finds.
-void CheckTexts(const std::string& path, RecoveryPlan& plan);
 
 }  // namespace stmdcm

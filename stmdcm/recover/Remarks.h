@@ -18,7 +18,6 @@ enum class RemarkKind {
     Unreachable,      ///< sections that no search reaches in the result
     Missing,          ///< a section without which no configuration can be loaded
     Empty,            ///< such a section, of text, that is there and empty
-    NotRead,          ///< what readers of the result do not read of its texts
     NotLoadable,      ///< the plug-in can't load the result
     Mismatch          ///< the result is not what was written
 };

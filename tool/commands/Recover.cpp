@@ -79,8 +79,8 @@ class Recover final : public Command {
         app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
         app.footer(
             "Keeps every section that can be found byte for byte, retired ones too, and tells what was dropped, where, "
-            "and what is doubtful. Ends with status 0 only when every section is whole, nothing was skipped, no "
-            "error is in the texts, and the plug-in can load the result; with status 3 otherwise.\n\nExample:\n"
+            "and what is doubtful. Ends with status 0 only when every section is whole, nothing was skipped, and the "
+            "plug-in can load the result; with status 3 otherwise.\n\nExample:\n"
             "  stmdcm recover torn.tdf -o recovered.tdf");
     }
 
@@ -92,26 +92,10 @@ class Recover final : public Command {
         CheckLoading(context, output, plan);
         output.Commit();
         context.Print(RecoverReport{m_file, m_output, plan});
-        Diagnose(context.console, plan);
         return plan.IsGood() ? ExitStatus::Done : ExitStatus::Doubtful;
     }
 
   private:
-    /// What is not read in full, as of every file; the report tells the rest.
-    void Diagnose(const Console& console, const RecoveryPlan& plan) const {
-        std::size_t rest = plan.remarks.Count();
-        for (const Remark& remark : plan.remarks.Listed()) {
-            if (remark.kind == RemarkKind::NotRead) {
-                console.Diagnose(fmt::format("{}: {}: {}", Shown(m_output), remark.section, remark.sentence));
-                --rest;
-            }
-        }
-        if (rest > 0) {
-            console.Diagnose(fmt::format("{}: {} what was lost or is doubtful", Shown(m_output),
-                                         rest == 1 ? "1 remark tells" : fmt::format("{} remarks tell", rest)));
-        }
-    }
-
     RecoveryPlan Plan(const CaptureFile& file) const {
         Progress progress("Searching", file.Size(), m_progress);
         RecoveryPlan plan = RecoveryPlanner(file, [&](std::uint64_t offset) { progress.Update(offset); }).Make();
@@ -130,7 +114,6 @@ class Recover final : public Command {
         const CaptureFile result(output.ReadBackPath());
         Zu::Wep::Trace::FileSectionSource source(result.File());
         CheckRecovery(source, result.Size(), plan);
-        CheckTexts(output.ReadBackPath(), plan);
     }
 
     static void CheckLoading(const Context& context, const OutputFile& output, RecoveryPlan& plan) {
