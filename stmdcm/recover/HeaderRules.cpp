@@ -69,6 +69,17 @@ bool HeaderRules::MayEndAt(std::uint64_t offset, int lookAhead) const {
                     (lookAhead > 0 && IsWhole(*next) && MayEndAt(next->End(), lookAhead - 1)));
 }
 
+bool HeaderRules::LeadsTo(std::uint64_t offset, std::uint64_t end) const {
+    while (offset < end) {
+        const auto section = HeaderAt(offset);
+        if (!section || !IsWhole(*section)) {
+            return false;
+        }
+        offset = section->End();
+    }
+    return offset == end;
+}
+
 bool HeaderRules::IsFound(std::uint64_t offset) const {
     const auto section = HeaderAt(offset);
     if (!section || section->nameLength == 0) {

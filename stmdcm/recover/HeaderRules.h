@@ -38,6 +38,8 @@ class HeaderRules {
 
     /// Whether a section that ends there is followed by what may follow one.
     bool MayEndAt(std::uint64_t offset) const { return MayEndAt(offset, kLookAhead); }
+    /// Whether whole sections, back to back, lead from there to `end` exactly.
+    bool LeadsTo(std::uint64_t offset, std::uint64_t end) const;
     /// Whether something that no chain led to is a header: it is wanted, or leads on to another one or to the end.
     bool IsFound(std::uint64_t offset) const;
     /// Whether it, too, ends there: a section around it swallowed it, or holds it by intent.

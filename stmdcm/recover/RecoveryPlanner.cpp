@@ -9,6 +9,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
+#include "stmdcm/recover/FirstSection.h"
 #include "trace/format/SectionLayout.h"
 
 namespace stmdcm {
@@ -26,15 +27,10 @@ RecoveryPlanner::RecoveryPlanner(const CaptureFile& file, OnProgress onProgress)
     : m_file(file), m_onProgress(std::move(onProgress)), m_rules(file), m_search(file) {}
 
 RecoveryPlan RecoveryPlanner::Make() {
-    if (!m_file.HasIdentifier()) {
-        m_plan.remarks.Add({RemarkKind::Identifier,
-                            0,
-                            TDFIdentifier.size(),
-                            {},
-                            fmt::format("the file does not begin with \"{}\"; the result does", TDFIdentifier)});
-    }
-    m_isWhole = IsChainWhole();
-    for (std::uint64_t offset = FirstSectionOffset; offset < m_file.Size();) {
+    const std::uint64_t first = FirstSection(m_file, m_rules);
+    TellIdentifier(first);
+    m_isWhole = m_rules.LeadsTo(first, m_file.Size());
+    for (std::uint64_t offset = first; offset < m_file.Size();) {
         offset = Step(offset);
         m_onProgress(offset);
         CheckEffort();
@@ -42,16 +38,14 @@ RecoveryPlan RecoveryPlanner::Make() {
     return std::move(m_plan);
 }
 
-bool RecoveryPlanner::IsChainWhole() const {
-    std::uint64_t offset = FirstSectionOffset;
-    while (offset < m_file.Size()) {
-        const auto section = m_rules.HeaderAt(offset);
-        if (!section || !m_rules.IsWhole(*section)) {
-            return false;
-        }
-        offset = section->End();
+void RecoveryPlanner::TellIdentifier(std::uint64_t first) {
+    if (!m_file.HasIdentifier()) {
+        m_plan.remarks.Add({RemarkKind::Identifier,
+                            0,
+                            first,
+                            {},
+                            fmt::format("the file does not begin with \"{}\"; the result does", TDFIdentifier)});
     }
-    return offset == m_file.Size();
 }
 
 /// Decides about the bytes at the offset; gives where those begin that are still undecided.

@@ -28,7 +28,7 @@ class RecoveryPlanner {
     RecoveryPlan Make();
 
   private:
-    bool IsChainWhole() const;
+    void TellIdentifier(std::uint64_t first);
     std::uint64_t Step(std::uint64_t offset);
     std::uint64_t NextFound(std::uint64_t offset);
     bool HasRoom(const Section& section, std::uint64_t end) const;
@@ -46,7 +46,7 @@ class RecoveryPlanner {
     HeaderRules m_rules;
     HeaderSearch m_search;
     RecoveryPlan m_plan;
-    bool m_isWhole = false;
+    bool m_isWhole = false;     ///< the chain of sections leads to the end of the file
     std::uint64_t m_found = 0;  ///< the last result of the search: no header is between where it began and this
 };
 

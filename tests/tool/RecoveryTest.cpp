@@ -62,8 +62,10 @@ class RecoveryTest : public testing::Test {
     /// Every byte is in the result or told to be dropped, and the result is a capture that a reader passes.
     static void ExpectConsistent(const std::string& damaged, const Recovered& result) {
         EXPECT_EQ(result.bytes.size(), result.plan.ResultSize());
-        EXPECT_EQ(result.bytes.size() + result.plan.droppedBytes,
-                  std::max<std::size_t>(damaged.size(), FirstSectionOffset));
+        const auto& remarks = result.plan.remarks.Listed();
+        const bool hasNoIdentifier = !remarks.empty() && remarks.front().kind == RemarkKind::Identifier;
+        const std::uint64_t begin = hasNoIdentifier ? remarks.front().length : FirstSectionOffset;
+        EXPECT_EQ(result.bytes.size() - FirstSectionOffset + result.plan.droppedBytes, damaged.size() - begin);
         EXPECT_EQ(SectionList(result.bytes).size(), result.plan.SectionCount());
         EXPECT_FALSE(result.HasRemark(RemarkKind::Mismatch) || result.HasRemark(RemarkKind::Unreachable));
         if (result.plan.IsGood()) {
@@ -95,6 +97,45 @@ TEST_F(RecoveryTest, KeepsEveryWholeSectionOfEveryTruncation) {
         const std::vector<SectionInfo> kept = SectionList(result.bytes);
         if (!kept.empty() && kept.back().offset == end && IsTextSection(kept.back().name)) {
             EXPECT_TRUE(kept.back().payloadLength == 0 || result.bytes.back() == '\n');
+        }
+    }
+}
+
+/// Captures whose every section has a length of its own: another one would be seen.
+std::vector<std::string> WholeCaptures(const std::string& full) {
+    const std::string rest = MakeSection("DEVID", 1, "a=1\n") + MakeSection("DCM_COMMON", 1, "") +
+                             MakeSection("TRACE1", 7, std::string(70, '\0')) +
+                             MakeSection("STMDECODERINFO", 1, "x = 1\n");
+    const std::string trace = MakeSection("TRACE0", 1, std::string(300, '\x11'));
+    const std::string old = MakeSection("STMDECODERINFO", Retired(1), "y = 1\n");
+    const std::string head(TDFIdentifier);
+    return {full, head + trace + rest + old, head + rest + trace, head + old + rest};
+}
+
+TEST_F(RecoveryTest, LosesNoSectionWithTheIdentifier) {
+    const std::string full = Full();
+    std::vector<std::string> captures = WholeCaptures(full);
+    const std::size_t named = captures.size();
+    captures.push_back("TDF2" + MakeSection("", 3, "data") + full.substr(FirstSectionOffset));
+    captures.push_back("TDF2" + MakeSection("a b", 3, "data") + full.substr(FirstSectionOffset));
+    std::mt19937 random(11);
+    for (std::size_t i = 0; i < captures.size(); ++i) {
+        const std::string sections = captures[i].substr(FirstSectionOffset);
+        for (const std::size_t size : {0, 4, 1, 2, 3, 5, 8, 11, 12, 13, 16, 17, 40, 255, 256, 5000}) {
+            if (i >= named && size != 0 && size != FirstSectionOffset) {
+                continue;  // where a section begins that has no plausible name is known where an identifier was
+            }
+            for (const int filling : {0, 0xFF, 0x54, 1, -1}) {
+                SCOPED_TRACE(testing::Message() << "capture " << i << ", " << size << " bytes of " << filling);
+                std::string input(size, static_cast<char>(filling));
+                std::generate(input.begin(), filling < 0 ? input.end() : input.begin(), std::ref(random));
+                const Recovered result = Recover(input + sections);
+                EXPECT_EQ(result.bytes, captures[i]);
+                EXPECT_TRUE(result.HasRemark(RemarkKind::Identifier));
+                // A second fault, which breaks the chain, takes no more.
+                const Recovered torn = Recover(input + sections.substr(0, sections.size() - 3));
+                EXPECT_EQ(torn.plan.SectionCount(), SectionList(captures[i]).size());
+            }
         }
     }
 }
