@@ -80,6 +80,10 @@ bool HeaderRules::LeadsTo(std::uint64_t offset, std::uint64_t end) const {
     return offset == end;
 }
 
+bool HeaderRules::IsWholeAndNamed(const Section& section) const {
+    return section.nameLength <= kMaxFoundName && IsWhole(section) && IsPlausible(section);
+}
+
 bool HeaderRules::IsFound(std::uint64_t offset) const {
     const auto section = HeaderAt(offset);
     if (!section || section->nameLength == 0) {
@@ -88,16 +92,24 @@ bool HeaderRules::IsFound(std::uint64_t offset) const {
     if (IsWanted(*section)) {
         return true;
     }
-    if (section->nameLength > kMaxFoundName || !IsWhole(*section) || !IsPlausible(*section)) {
+    if (!IsWholeAndNamed(*section)) {
         return false;
     }
     const auto next = HeaderAt(section->End());
     return section->End() == m_file.Size() || (next && IsPlausible(*next));
 }
 
-bool HeaderRules::EndsAt(std::uint64_t offset, std::uint64_t end) const {
+bool HeaderRules::IsInner(std::uint64_t offset, std::uint64_t end) const {
+    if (IsFound(offset)) {
+        return true;
+    }
     const auto section = HeaderAt(offset);
-    return section && section->End() == end && IsPlausible(*section);
+    return section && section->End() <= end && IsWholeAndNamed(*section) && LeadsTo(section->End(), end);
+}
+
+bool HeaderRules::MayBeInner(std::uint64_t offset) const {
+    const auto section = HeaderAt(offset);
+    return section && (IsWanted(*section) || IsWholeAndNamed(*section));
 }
 
 }  // namespace stmdcm

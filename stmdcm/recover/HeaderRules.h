@@ -42,14 +42,16 @@ class HeaderRules {
     bool LeadsTo(std::uint64_t offset, std::uint64_t end) const;
     /// Whether something that no chain led to is a header: it is wanted, or leads on to another one or to the end.
     bool IsFound(std::uint64_t offset) const;
-    /// Whether it, too, ends there: a section around it swallowed it, or holds it by intent.
-    bool EndsAt(std::uint64_t offset, std::uint64_t end) const;
+    /// Whether something in a section that ends at `end` is a header, too: found, or leading to that end.
+    bool IsInner(std::uint64_t offset, std::uint64_t end) const;
+    /// The same with less proof, where there is damage nearby: whole with a plausible name, or wanted.
+    bool MayBeInner(std::uint64_t offset) const;
 
   private:
     static constexpr int kLookAhead = 3;
 
     bool MayEndAt(std::uint64_t offset, int lookAhead) const;
-
+    bool IsWholeAndNamed(const Section& section) const;
     const CaptureFile& m_file;
 };
 

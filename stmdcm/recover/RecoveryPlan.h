@@ -32,7 +32,7 @@ struct RecoveryPlan {
     std::uint64_t SectionCount() const { return wholeCount + repaired.size(); }
     std::uint64_t ResultSize() const;
     /// Nothing was lost and nothing is doubtful.
-    bool IsGood() const { return remarks.Count() == 0; }
+    bool IsGood() const { return remarks.DoubtCount() == 0; }
 };
 
 }  // namespace stmdcm

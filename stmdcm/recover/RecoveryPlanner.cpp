@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 #include "stmdcm/Failure.h"
@@ -24,7 +23,11 @@ constexpr std::uint64_t kBlockSize = 64U << 10;
 }  // namespace
 
 RecoveryPlanner::RecoveryPlanner(const CaptureFile& file, OnProgress onProgress)
-    : m_file(file), m_onProgress(std::move(onProgress)), m_rules(file), m_search(file) {}
+    : m_file(file),
+      m_onProgress(std::move(onProgress)),
+      m_rules(file),
+      m_search(file),
+      m_inner(file, m_rules, m_onProgress) {}
 
 RecoveryPlan RecoveryPlanner::Make() {
     const std::uint64_t first = FirstSection(m_file, m_rules);
@@ -108,9 +111,7 @@ void RecoveryPlanner::Keep(const Section& section) {
                                         "in front of nothing",
                                         MaxSectionLength)});
     }
-    if (m_isWhole) {
-        LookInside(section);
-    }
+    LookInside(section, section.End());
     auto& extents = isOverLimit ? m_plan.overLimit : m_plan.whole;
     if (!extents.empty() && extents.back().offset + extents.back().length == section.offset) {
         extents.back().length += section.length;
@@ -120,24 +121,21 @@ void RecoveryPlanner::Keep(const Section& section) {
     ++m_plan.wholeCount;
 }
 
-/// A length that is too great can lead to the end of a later section, as if nothing was wrong.
-void RecoveryPlanner::LookInside(const Section& section) {
-    if (m_file.Read(section.PayloadOffset(), std::min<std::uint64_t>(section.PayloadLength(), TDFIdentifier.size())) ==
-        TDFIdentifier) {
-        return;  // a capture within the capture
+/// A length that is too great can lead on as if nothing was wrong.
+void RecoveryPlanner::LookInside(const Section& section, std::uint64_t end) {
+    if (m_inner.IsCapture(section, end)) {
+        m_plan.remarks.Add({RemarkKind::InnerCapture, section.PayloadOffset(), end - section.PayloadOffset(),
+                            InWords(Unit::None, m_rules.NameOf(section)),
+                            "the section holds a capture of its own, whose sections are none of this one"});
+        return;
     }
-    const std::uint64_t end = section.End();
-    const std::uint64_t found = m_search.Find(section.PayloadOffset(), end, [&](std::uint64_t place) {
-        m_onProgress(place);
-        return m_rules.EndsAt(place, end);
-    });
-    if (found < end) {
-        m_plan.remarks.Add({RemarkKind::HiddenSection, found, end - found,
-                            InWords(Unit::None, m_rules.NameOf(*m_rules.HeaderAt(found))),
-                            fmt::format("the section at offset {} holds what looks like this whole section; either "
-                                        "its length is wrong, or this is data; it was kept as it is",
+    m_inner.Tell(section, end, m_isWhole, [&](const Section& inner) {
+        m_plan.remarks.Add({RemarkKind::HiddenSection, inner.offset, m_file.Held(inner.offset, inner.length),
+                            InWords(Unit::None, m_rules.NameOf(inner)),
+                            fmt::format("the section at offset {} holds what looks like this one; either its length "
+                                        "is wrong, or this is data",
                                         section.offset)});
-    }
+    });
 }
 
 void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {
@@ -155,6 +153,7 @@ void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {
                          section.length, kept - section.offset, isLast ? "the end of the file" : "the next section")});
     }
     m_plan.repaired.push_back({section, static_cast<std::uint32_t>(kept - section.offset)});
+    LookInside(section, kept);
     if (kept < end) {
         Drop(kept, end, fmt::format("are the part of a line at the end of section {}", name));
     }

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include "stmdcm/capture/CaptureFile.h"
 #include "stmdcm/recover/HeaderRules.h"
 #include "stmdcm/recover/HeaderSearch.h"
+#include "stmdcm/recover/InnerSections.h"
 #include "stmdcm/recover/RecoveryPlan.h"
 
 namespace stmdcm {
@@ -16,10 +16,11 @@ namespace stmdcm {
 /// Where the chain of sections reaches the end of the file all of them are kept as they are. Elsewhere a section is
 /// taken at its word when what follows it looks like a section, too; otherwise the next header is searched for from the
 /// section's beginning on. The section is kept as it is when it states to end in front of that header, and with a
-/// corrected length when it states to end behind it; bytes that belong to no section are dropped.
+/// corrected length when it states to end behind it; bytes that belong to no section are dropped. What looks like a
+/// section within one that was kept is told.
 class RecoveryPlanner {
   public:
-    using OnProgress = std::function<void(std::uint64_t offset)>;
+    using OnProgress = InnerSections::OnProgress;
 
     /// Borrows the file.
     RecoveryPlanner(const CaptureFile& file, OnProgress onProgress);
@@ -37,7 +38,7 @@ class RecoveryPlanner {
     void Keep(const Section& section);
     void Repair(const Section& section, std::uint64_t end);
     void Drop(std::uint64_t offset, std::uint64_t end, const std::string& why);
-    void LookInside(const Section& section);
+    void LookInside(const Section& section, std::uint64_t end);
     std::uint64_t EndOfWholeLines(const Section& section) const;
     void CheckEffort() const;
 
@@ -45,6 +46,7 @@ class RecoveryPlanner {
     OnProgress m_onProgress;
     HeaderRules m_rules;
     HeaderSearch m_search;
+    InnerSections m_inner;
     RecoveryPlan m_plan;
     bool m_isWhole = false;     ///< the chain of sections leads to the end of the file
     std::uint64_t m_found = 0;  ///< the last result of the search: no header is between where it began and this

@@ -5,13 +5,14 @@
 namespace stmdcm {
 
 const char* RemarkId(RemarkKind kind) {
-    constexpr const char* kIds[] = {"identifier", "dropped",        "cut_short",    "length_corrected",
-                                    "odd_name",   "hidden_section", "over_limit",   "unreachable",
-                                    "missing",    "empty",          "not_loadable", "mismatch"};
+    constexpr const char* kIds[] = {"identifier",     "dropped",      "cut_short",  "length_corrected", "odd_name",
+                                    "hidden_section", "capture",      "over_limit", "unreachable",      "missing",
+                                    "empty",          "not_loadable", "mismatch"};
     return kIds[static_cast<std::size_t>(kind)];
 }
 
 void Remarks::Add(Remark remark) {
+    m_doubtCount += remark.kind != RemarkKind::InnerCapture ? 1 : 0;
     if (m_count++ < kMaxListed) {
         m_listed.push_back(std::move(remark));
     }

@@ -13,7 +13,8 @@ enum class RemarkKind {
     CutShort,         ///< a section that the end of the file cut off
     LengthCorrected,  ///< a section whose length can't be true
     OddName,          ///< a section whose name no writer would give
-    HiddenSection,    ///< a section that seems to have swallowed another
+    HiddenSection,    ///< a section within another, which seems to have swallowed it
+    InnerCapture,     ///< a capture that a section holds: no doubt
     OverLimit,        ///< a section over the limits of a search
     Unreachable,      ///< sections that no search reaches in the result
     Missing,          ///< a section without which no configuration can be loaded
@@ -25,7 +26,7 @@ enum class RemarkKind {
 /// For programs: "dropped", "cut_short" ...
 const char* RemarkId(RemarkKind kind);
 
-/// Something that was lost or is doubtful. Offsets and lengths are those of the damaged file.
+/// Something that was lost, is doubtful or is worth knowing. Offsets and lengths are those of the damaged file.
 struct Remark {
     RemarkKind kind;
     std::uint64_t offset = 0;
@@ -37,15 +38,18 @@ struct Remark {
 class Remarks {
   public:
     /// Those behind are only counted.
-    static constexpr std::size_t kMaxListed = 1000;
+    static constexpr std::size_t kMaxListed = 100'000;
 
     void Add(Remark remark);
     const std::vector<Remark>& Listed() const { return m_listed; }
     std::size_t Count() const { return m_count; }
+    /// Without those that are no doubt.
+    std::size_t DoubtCount() const { return m_doubtCount; }
 
   private:
     std::vector<Remark> m_listed;
     std::size_t m_count = 0;
+    std::size_t m_doubtCount = 0;
 };
 
 }  // namespace stmdcm

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <random>
+#include <set>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/Retired.h"
@@ -50,6 +51,15 @@ class RecoveryTest : public testing::Test {
         CheckRecovery(source, result.bytes.size(), result.plan);
         ExpectConsistent(damaged, result);
         return result;
+    }
+
+    /// The sections of the result, without their offsets.
+    static std::multiset<std::string> SectionsOf(const std::string& capture) {
+        std::multiset<std::string> sections;
+        for (const SectionInfo& section : SectionList(capture)) {
+            sections.insert(BytesOf(capture, section));
+        }
+        return sections;
     }
 
     static std::string BytesOf(const std::string& capture, const SectionInfo& section) {
@@ -110,6 +120,47 @@ std::vector<std::string> WholeCaptures(const std::string& full) {
     const std::string old = MakeSection("STMDECODERINFO", Retired(1), "y = 1\n");
     const std::string head(TDFIdentifier);
     return {full, head + trace + rest + old, head + rest + trace, head + old + rest};
+}
+
+std::string Stating(std::string bytes, const SectionInfo& section, std::uint64_t end) {
+    return bytes.replace(section.offset, SectionHeader::LengthSize,
+                         EncodeSectionLength(static_cast<std::uint32_t>(end - section.offset)));
+}
+
+/// Calls with the input, the section whose length lies and the one that it leads to the end of, or into.
+template <class Try>
+void ForEachLie(const std::string& capture, const Try& attempt) {
+    const std::vector<SectionInfo> sections = SectionList(capture);
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        for (std::size_t j = i + 1; j < sections.size(); ++j) {
+            const std::uint32_t length = sections[j].length;
+            for (const std::uint32_t part : {length, 1U, 5U, 12U, length / 2, length - 5, length - 1}) {
+                for (const char* tail : {"", "\x05", "some bytes that are no section"}) {
+                    SCOPED_TRACE(testing::Message() << i << " to " << part << " bytes into " << j << " " << tail);
+                    attempt(Stating(capture, sections[i], sections[j].offset + part) + tail, i, j);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(RecoveryTest, TellsEverySectionThatALengthSwallows) {
+    for (const std::string& capture : WholeCaptures(Full())) {
+        const std::vector<SectionInfo> sections = SectionList(capture);
+        ForEachLie(capture, [&](const std::string& input, std::size_t liar, std::size_t last) {
+            const Recovered result = Recover(input);
+            EXPECT_FALSE(result.plan.IsGood());
+            const std::multiset<std::string> kept = SectionsOf(result.bytes);
+            for (std::size_t i = liar + 1; i <= last; ++i) {
+                const auto& listed = result.plan.remarks.Listed();
+                const bool isTold = std::any_of(listed.begin(), listed.end(), [&](const Remark& remark) {
+                    return remark.kind == RemarkKind::HiddenSection && remark.offset == sections[i].offset &&
+                           remark.length == sections[i].length && remark.section == sections[i].name;
+                });
+                EXPECT_TRUE(isTold || kept.count(BytesOf(capture, sections[i])) > 0) << sections[i].name;
+            }
+        });
+    }
 }
 
 TEST_F(RecoveryTest, LosesNoSectionWithTheIdentifier) {
@@ -208,6 +259,7 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
     };
     const std::string orphan = stating(trace, SectionHeader::Size + 6);
     const std::string embedded = MakeSection("EMBEDDED", 1, head + rest);
+    const std::string torn = MakeSection("EMBEDDED", 1, head + rest + "DEV");
     const std::string holder = MakeSection("HOLDER", 1, "xyz" + device);
     const std::string retired = MakeSection("DEVID", Retired(1), "old=1\n");
     const std::string odd = MakeSection("\x01\x02", 1, "data");
@@ -220,7 +272,8 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
         {"nothing", head + trace + rest, head + trace + rest, {}},
         {"retired", head + retired + rest, head + retired + rest, {}},
         {"no name", head + MakeSection("", 1, "data") + rest, head + MakeSection("", 1, "data") + rest, {}},
-        {"a capture in a section", head + embedded + rest, head + embedded + rest, {}},
+        {"a capture in a section", head + embedded + rest, head + embedded + rest, RemarkKind::InnerCapture},
+        {"a torn capture in a section", head + torn + rest, head + torn + rest, RemarkKind::HiddenSection},
         {"a section in a section", head + holder + rest, head + holder + rest, RemarkKind::HiddenSection},
         {"an odd name", head + odd + rest, head + odd + rest, RemarkKind::OddName},
         {"identifier", "TD\x01\x02" + trace + rest, head + trace + rest, RemarkKind::Identifier},
@@ -241,7 +294,7 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
         SCOPED_TRACE(c.what);
         const Recovered result = Recover(c.input);
         EXPECT_EQ(result.bytes, c.output);
-        EXPECT_EQ(result.plan.IsGood(), !c.remark);
+        EXPECT_EQ(result.plan.IsGood(), !c.remark || c.remark == RemarkKind::InnerCapture);
         EXPECT_TRUE(!c.remark || result.HasRemark(*c.remark));
     }
 }
