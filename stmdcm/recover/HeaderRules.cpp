@@ -59,6 +59,11 @@ bool HeaderRules::IsWanted(const Section& section) const {
     return LiveVersion(section.version) == kWantedVersion && IsWantedName(NameOf(section));
 }
 
+std::optional<Section> HeaderRules::SectionAt(std::uint64_t offset) const {
+    const auto section = HeaderAt(offset);
+    return section && (IsWhole(*section) || IsPlausibleName(NameOf(*section))) ? section : std::nullopt;
+}
+
 bool HeaderRules::MayEndAt(std::uint64_t offset, int lookAhead) const {
     const std::uint64_t rest = m_file.Held(offset, m_file.Size());
     if (rest < SectionHeader::Size) {

@@ -36,6 +36,9 @@ class HeaderRules {
     /// It has the name and version of a section that makes up a configuration, whatever its length says.
     bool IsWanted(const Section& section) const;
 
+    /// The section that somebody says begins there: the file holds all of it, or its name is plausible.
+    std::optional<Section> SectionAt(std::uint64_t offset) const;
+
     /// Whether a section that ends there is followed by what may follow one.
     bool MayEndAt(std::uint64_t offset) const { return MayEndAt(offset, kLookAhead); }
     /// Whether whole sections, back to back, lead from there to `end` exactly.

@@ -22,15 +22,20 @@ constexpr std::uint64_t kBlockSize = 64U << 10;
 
 }  // namespace
 
-RecoveryPlanner::RecoveryPlanner(const CaptureFile& file, OnProgress onProgress)
+RecoveryPlanner::RecoveryPlanner(const CaptureFile& file, OnProgress onProgress, Offsets splits)
     : m_file(file),
       m_onProgress(std::move(onProgress)),
+      m_splits(std::move(splits)),
       m_rules(file),
       m_search(file),
       m_inner(file, m_rules, m_onProgress) {}
 
 RecoveryPlan RecoveryPlanner::Make() {
-    const std::uint64_t first = FirstSection(m_file, m_rules);
+    RequireSplits();
+    std::uint64_t first = FirstSection(m_file, m_rules);
+    if (!m_splits.empty()) {
+        first = std::min(first, *m_splits.begin());
+    }
     TellIdentifier(first);
     m_isWhole = m_rules.LeadsTo(first, m_file.Size());
     for (std::uint64_t offset = first; offset < m_file.Size();) {
@@ -39,6 +44,14 @@ RecoveryPlan RecoveryPlanner::Make() {
         CheckEffort();
     }
     return std::move(m_plan);
+}
+
+void RecoveryPlanner::RequireSplits() const {
+    for (const std::uint64_t offset : m_splits) {
+        if (!m_rules.SectionAt(offset) || (m_file.HasIdentifier() && offset < FirstSectionOffset)) {
+            throw Failure(fmt::format("{}: no section begins at offset {}", m_file.Path(), offset));
+        }
+    }
 }
 
 void RecoveryPlanner::TellIdentifier(std::uint64_t first) {
@@ -51,17 +64,27 @@ void RecoveryPlanner::TellIdentifier(std::uint64_t first) {
     }
 }
 
+/// The end of the file for none.
+std::uint64_t RecoveryPlanner::NextSplit(std::uint64_t offset) const {
+    const auto next = m_splits.upper_bound(offset);
+    return next == m_splits.end() ? m_file.Size() : *next;
+}
+
 /// Decides about the bytes at the offset; gives where those begin that are still undecided.
 std::uint64_t RecoveryPlanner::Step(std::uint64_t offset) {
+    const bool isSplit = m_splits.count(offset) > 0;
+    if (isSplit) {
+        m_isWhole = m_rules.LeadsTo(offset, m_file.Size());
+    }
     const auto section = m_rules.HeaderAt(offset);
     const bool fits = section && m_rules.IsWhole(*section);
+    const std::uint64_t split = NextSplit(offset);
     if (fits && (m_isWhole || m_rules.MayEndAt(section->End()))) {
-        Keep(*section);
-        return section->End();
+        return Trust(*section, split);
     }
-    const std::uint64_t next = NextFound(offset);
+    const std::uint64_t next = std::min(NextFound(offset), split);
     const bool isNamed = section && IsPlausibleName(m_rules.NameOf(*section));
-    if (isNamed && fits && section->End() <= next && !TakesOrphan(*section, next)) {
+    if (fits && (isNamed || isSplit) && section->End() <= next && !TakesOrphan(*section, next)) {
         Keep(*section);
         return section->End();
     }
@@ -71,6 +94,20 @@ std::uint64_t RecoveryPlanner::Step(std::uint64_t offset) {
         Drop(offset, next, "belong to no section that could be found");
     }
     return next;
+}
+
+/// Nothing speaks against the section, but for a split within it.
+std::uint64_t RecoveryPlanner::Trust(const Section& section, std::uint64_t split) {
+    if (section.End() <= split) {
+        Keep(section);
+        return section.End();
+    }
+    if (HasRoom(section, split)) {
+        Split(section, split);
+    } else {
+        Drop(section.offset, split, "are part of the header or name of a section that another one is split off from");
+    }
+    return split;
 }
 
 std::uint64_t RecoveryPlanner::NextFound(std::uint64_t offset) {
@@ -136,6 +173,16 @@ void RecoveryPlanner::LookInside(const Section& section, std::uint64_t end) {
                                         "is wrong, or this is data",
                                         section.offset)});
     });
+}
+
+void RecoveryPlanner::Split(const Section& section, std::uint64_t end) {
+    m_plan.remarks.Add({RemarkKind::Split, section.offset, end - section.offset,
+                        InWords(Unit::None, m_rules.NameOf(section)),
+                        fmt::format("the section states the length {}; it was corrected to {}, up to the section that "
+                                    "was split off",
+                                    section.length, end - section.offset)});
+    m_plan.repaired.push_back({section, static_cast<std::uint32_t>(end - section.offset)});
+    LookInside(section, end);
 }
 
 void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 
 #include "stmdcm/capture/CaptureFile.h"
@@ -21,22 +22,28 @@ namespace stmdcm {
 class RecoveryPlanner {
   public:
     using OnProgress = InnerSections::OnProgress;
+    using Offsets = std::set<std::uint64_t>;
 
-    /// Borrows the file.
-    RecoveryPlanner(const CaptureFile& file, OnProgress onProgress);
+    /// Borrows the file. At each of `splits` a section begins, and one around it ends.
+    RecoveryPlanner(const CaptureFile& file, OnProgress onProgress, Offsets splits = {});
 
-    /// Throws Failure when the file can't be read, or is too badly damaged to keep account of it.
+    /// Throws Failure when the file can't be read, is too badly damaged to keep account of it, or has no section where
+    /// one should be split off.
     RecoveryPlan Make();
 
   private:
+    void RequireSplits() const;
     void TellIdentifier(std::uint64_t first);
+    std::uint64_t NextSplit(std::uint64_t offset) const;
     std::uint64_t Step(std::uint64_t offset);
+    std::uint64_t Trust(const Section& section, std::uint64_t split);
     std::uint64_t NextFound(std::uint64_t offset);
     bool HasRoom(const Section& section, std::uint64_t end) const;
     bool TakesOrphan(const Section& section, std::uint64_t end) const;
 
     void Keep(const Section& section);
     void Repair(const Section& section, std::uint64_t end);
+    void Split(const Section& section, std::uint64_t end);
     void Drop(std::uint64_t offset, std::uint64_t end, const std::string& why);
     void LookInside(const Section& section, std::uint64_t end);
     std::uint64_t EndOfWholeLines(const Section& section) const;
@@ -44,6 +51,7 @@ class RecoveryPlanner {
 
     const CaptureFile& m_file;
     OnProgress m_onProgress;
+    Offsets m_splits;
     HeaderRules m_rules;
     HeaderSearch m_search;
     InnerSections m_inner;

@@ -12,6 +12,7 @@ enum class RemarkKind {
     Dropped,          ///< bytes that are not in the result
     CutShort,         ///< a section that the end of the file cut off
     LengthCorrected,  ///< a section whose length can't be true
+    Split,            ///< a section that was asked to end where another begins
     OddName,          ///< a section whose name no writer would give
     HiddenSection,    ///< a section within another, which seems to have swallowed it
     InnerCapture,     ///< a capture that a section holds: no doubt

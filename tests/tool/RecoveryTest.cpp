@@ -40,10 +40,12 @@ class RecoveryTest : public testing::Test {
   protected:
     ~RecoveryTest() override { ::close(m_descriptor); }
 
-    Recovered Recover(const std::string& damaged) const {
+    Recovered Recover(const std::string& damaged, const RecoveryPlanner::Offsets& splits = {}) const {
         EXPECT_TRUE(m_memory.Truncate(0) && m_memory.WriteAt(0, {damaged}));
         const CaptureFile file(m_path, CaptureFile::Identifier::Optional);
-        Recovered result{RecoveryPlanner(file, [](std::uint64_t) {}).Make(), {}};
+        RecoveryPlanner planner(
+            file, [](std::uint64_t) {}, splits);
+        Recovered result{planner.Make(), {}};
         StringSink sink;
         WriteRecovery(file, result.plan, sink, [](std::uint64_t) {});
         result.bytes = std::move(sink.bytes);
@@ -161,6 +163,23 @@ TEST_F(RecoveryTest, TellsEverySectionThatALengthSwallows) {
             }
         });
     }
+}
+
+TEST_F(RecoveryTest, ASplitGivesBackEverySectionThatALengthSwallowed) {
+    for (const std::string& capture : WholeCaptures(Full())) {
+        const std::vector<SectionInfo> sections = SectionList(capture);
+        ForEachLie(capture, [&](const std::string& input, std::size_t liar, std::size_t last) {
+            EXPECT_EQ(SectionsOf(Recover(input, {sections[liar + 1].offset}).bytes), SectionsOf(capture));
+            // Further ones change nothing, and the last one alone leaves the others where they were.
+            EXPECT_EQ(SectionsOf(Recover(input, {sections[liar + 1].offset, sections[last].offset}).bytes),
+                      SectionsOf(capture));
+            EXPECT_EQ(SectionsOf(Recover(input, {sections[last].offset}).bytes).count(BytesOf(capture, sections[last])),
+                      1U);
+        });
+    }
+    EXPECT_THROW(Recover(Full(), {5}), Failure);
+    EXPECT_THROW(Recover(Full(), {0}), Failure);
+    EXPECT_THROW(Recover(Full(), {1U << 30}), Failure);
 }
 
 TEST_F(RecoveryTest, LosesNoSectionWithTheIdentifier) {
