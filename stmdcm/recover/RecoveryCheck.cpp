@@ -2,51 +2,94 @@
 
 #include <fmt/format.h>
 
-#include <set>
-#include <string>
+#include <algorithm>
+#include <iterator>
 
-#include "stmdcm/recover/HeaderRules.h"
-#include "trace/format/ObjectFileSection.h"
+#include "stmdcm/capture/CaptureFile.h"
+#include "stmdcm/reading/Reading.h"
 #include "trace/format/SectionScanner.h"
-#include "trace/format/StmSections.h"
 
 namespace stmdcm {
 
 using namespace Zu::Wep::Trace;
 
-void CheckRecovery(SectionSource& result, std::uint64_t size, RecoveryPlan& plan) {
-    SectionScanner scanner(result);
+namespace {
+
+/// The errors with a remark of their own kind.
+constexpr struct {
+    const FindingKind* finding;
+    RemarkKind remark;
+} kKinds[] = {
+    {&Kind("C-NO-COMMON"), RemarkKind::Missing},       {&Kind("C-NO-DEVID"), RemarkKind::Missing},
+    {&Kind("C-NO-STM"), RemarkKind::Missing},          {&Kind("C-EMPTY-DEVID"), RemarkKind::Empty},
+    {&Kind("C-EMPTY-STM"), RemarkKind::Empty},         {&Kind("C-LENGTH-LIMIT"), RemarkKind::Unreachable},
+    {&Kind("C-UNREACHABLE"), RemarkKind::Unreachable}, {&Kind("C-PAST-4GIB"), RemarkKind::Unreachable},
+    {&Kind("C-OVER-4GIB"), RemarkKind::Unreachable},
+};
+
+RemarkKind RemarkOf(const FindingKind& kind) {
+    const auto* found =
+        std::find_if(std::begin(kKinds), std::end(kKinds), [&](const auto& row) { return row.finding == &kind; });
+    return found == std::end(kKinds) ? RemarkKind::Finding : found->remark;
+}
+
+/// A file that somebody changes while it is recovered can lead to anything.
+void TellMismatch(const CaptureFile& result, RecoveryPlan& plan) {
+    FileSectionSource source(result.File());
+    SectionScanner scanner(source);
     SectionInfo info;
     std::uint64_t count = 0;
-    std::set<std::string> wanted = {kCommonSectionName, kDeviceSectionName, kStmSectionName};
-    for (; scanner.Next(info); ++count) {
-        if (info.version == kWantedVersion && wanted.erase(info.name) > 0 && info.payloadLength == 0 &&
-            IsTextSection(info.name)) {
-            plan.remarks.Add(
-                {RemarkKind::Empty, 0, 0, info.name, "the section is empty, so hosts can't load a configuration"});
-        }
+    while (scanner.Next(info)) {
+        ++count;
     }
-    const bool isAtEnd = scanner.Stop() == ScanStop::EndOfFile && scanner.StopOffset() == size;
-    if (size != plan.ResultSize() || count > plan.SectionCount() || (isAtEnd && count < plan.SectionCount())) {
+    const bool isAtEnd = scanner.Stop() == ScanStop::EndOfFile && scanner.StopOffset() == result.Size();
+    if (result.Size() != plan.ResultSize() || count > plan.SectionCount() || (isAtEnd && count < plan.SectionCount())) {
         plan.remarks.Add({RemarkKind::Mismatch,
                           0,
                           0,
                           {},
                           "the result does not hold the sections that were written; has the file been changed "
                           "meanwhile? Try again"});
-    } else if (!isAtEnd) {
-        plan.remarks.Add({RemarkKind::Unreachable,
-                          0,
-                          0,
-                          {},
-                          fmt::format("{} sections of the result are behind the limits of a search, so no reader "
-                                      "finds them: {}",
-                                      plan.SectionCount() - count, ScanStopText(scanner.Stop()))});
     }
-    for (const std::string& name : wanted) {
-        plan.remarks.Add({RemarkKind::Missing, 0, 0, name,
-                          "there is no such section, version 1, so hosts can't load a configuration"});
+}
+
+/// The finding's place is one of the result, which the remark's offset can't express.
+void TellError(const Finding& finding, RecoveryPlan& plan) {
+    const std::string place = InWords(Place{{}, finding.place.offset, finding.place.line});
+    plan.remarks.Add({RemarkOf(*finding.kind), 0, 0, finding.place.section,
+                      fmt::format("check finds in the result {}{}{}: {}; {}", finding.kind->id,
+                                  place.empty() ? "" : " ", place, finding.what, finding.effect),
+                      finding.kind->id});
+}
+
+void TellErrors(const Findings& findings, RecoveryPlan& plan) {
+    const auto isTold = [](const FindingKind& kind) {
+        return kind.severity == Severity::Error && &kind != &Kind("F-EXTENSION");
+    };
+    for (const Finding& finding : findings.Sorted()) {
+        if (isTold(*finding.kind)) {
+            TellError(finding, plan);
+        }
     }
+    for (const FindingKind& kind : kFindingKinds) {
+        const std::size_t count = findings.Count(kind);
+        if (isTold(kind) && count > Findings::kMaxOfKind) {
+            plan.remarks.Add(
+                {RemarkOf(kind),
+                 0,
+                 0,
+                 {},
+                 fmt::format("check finds in the result {} more of {}", count - Findings::kMaxOfKind, kind.id),
+                 kind.id});
+        }
+    }
+}
+
+}  // namespace
+
+void CheckRecovery(const std::string& result, RecoveryPlan& plan) {
+    TellMismatch(CaptureFile(result), plan);
+    TellErrors(CheckFile(result, ConfigurationKind::Capture).findings, plan);
 }
 
 }  // namespace stmdcm

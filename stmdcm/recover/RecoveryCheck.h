@@ -1,14 +1,14 @@
 #pragma once
 
-#include <cstdint>
+#include <string>
 
 #include "stmdcm/recover/RecoveryPlan.h"
-#include "trace/format/SectionSource.h"
 
 namespace stmdcm {
 
-/// Walks the new capture as a reader does and adds to the plan's remarks what is wrong with it: sections that are not
-/// there or can't be reached, and sections without which hosts can't load a configuration. `size` is that of the file.
-void CheckRecovery(Zu::Wep::Trace::SectionSource& result, std::uint64_t size, RecoveryPlan& plan);
+/// Reads the new capture as readers do and adds to the plan's remarks what is wrong with it: sections that are not
+/// there as they were written, and every error that `check` finds. What the file is called does not matter. Throws
+/// Failure when it can't be read.
+void CheckRecovery(const std::string& result, RecoveryPlan& plan);
 
 }  // namespace stmdcm

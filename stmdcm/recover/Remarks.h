@@ -20,6 +20,7 @@ enum class RemarkKind {
     Unreachable,      ///< sections that no search reaches in the result
     Missing,          ///< a section without which no configuration can be loaded
     Empty,            ///< such a section, of text, that is there and empty
+    Finding,          ///< any other error that `check` finds in the result
     NotLoadable,      ///< the plug-in can't load the result
     Mismatch          ///< the result is not what was written
 };
@@ -34,6 +35,7 @@ struct Remark {
     std::uint64_t length = 0;  ///< 0 when it is about no bytes in particular
     std::string section;       ///< empty when it is about none
     std::string sentence;
+    std::string finding = {};  ///< its identifier (docs/check.md), for what `check` finds in the result; else empty
 };
 
 class Remarks {

@@ -62,7 +62,7 @@ std::uint64_t MakeLargeCapture(const std::string& path) {
         small += MakeSection("TRACE" + std::to_string(i), 1, "data");
     }
     small +=
-        MakeSection("DEVID", 1, "x=1\n") + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "\n");
+        MakeSection("DEVID", 1, "x=1\n") + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
     const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_WRONLY | O_CREAT);
     std::uint64_t offset = FirstSectionOffset;
     EXPECT_TRUE(file.WriteAt(0, {TDFIdentifier}));
@@ -190,9 +190,10 @@ TEST_F(ContainerCommandsTest, RecoverTellsTheSameInTextAndJson) {
     } cases[] = {
         {"full.tdf", 0, {}},
         {"shadowed.tdf", 0, {}},
-        {"torn-payload.tdf", 3, {"cut_short", "dropped"}},
+        {"torn-payload.tdf", 3, {"cut_short", "dropped", "finding", "finding"}},
         {"orphan-payload.tdf", 3, {"length_corrected"}},
         {"torn-header.tdf", 3, {"dropped"}},
+        {"malformed-common.tdf", 3, {"finding"}},
         {"no-devid.tdf", 3, {"missing", "not_loadable"}},
         {"empty-devid.tdf", 3, {"empty", "not_loadable"}},
         {"empty-decoder.tdf", 3, {"empty", "not_loadable"}},

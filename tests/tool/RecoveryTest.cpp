@@ -38,19 +38,17 @@ struct Recovered {
 
 class RecoveryTest : public testing::Test {
   protected:
-    ~RecoveryTest() override { ::close(m_descriptor); }
-
     Recovered Recover(const std::string& damaged, const RecoveryPlanner::Offsets& splits = {}) const {
-        EXPECT_TRUE(m_memory.Truncate(0) && m_memory.WriteAt(0, {damaged}));
-        const CaptureFile file(m_path, CaptureFile::Identifier::Optional);
+        EXPECT_TRUE(m_damaged.file.Truncate(0) && m_damaged.file.WriteAt(0, {damaged}));
+        const CaptureFile file(m_damaged.path, CaptureFile::Identifier::Optional);
         RecoveryPlanner planner(
             file, [](std::uint64_t) {}, splits);
         Recovered result{planner.Make(), {}};
         StringSink sink;
         WriteRecovery(file, result.plan, sink, [](std::uint64_t) {});
         result.bytes = std::move(sink.bytes);
-        MemorySource source(result.bytes);
-        CheckRecovery(source, result.bytes.size(), result.plan);
+        EXPECT_TRUE(m_result.file.Truncate(0) && m_result.file.WriteAt(0, {result.bytes}));
+        CheckRecovery(m_result.path, result.plan);
         ExpectConsistent(damaged, result);
         return result;
     }
@@ -85,10 +83,20 @@ class RecoveryTest : public testing::Test {
         }
     }
 
-    // In memory: there are tens of thousands of damaged files.
-    const int m_descriptor = ::memfd_create("damaged.tdf", MFD_CLOEXEC);
-    const std::string m_path = "/proc/self/fd/" + std::to_string(m_descriptor);
-    const ZU_WEP::PosixFile m_memory = ZU_WEP::PosixFile::Open(m_path.c_str(), O_RDWR);
+    /// In memory: there are tens of thousands of damaged files.
+    struct MemoryFile {
+        MemoryFile() = default;
+        ~MemoryFile() { ::close(descriptor); }
+        MemoryFile(const MemoryFile&) = delete;
+        MemoryFile& operator=(const MemoryFile&) = delete;
+
+        const int descriptor = ::memfd_create("capture", MFD_CLOEXEC);
+        const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+        const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDWR);
+    };
+
+    const MemoryFile m_damaged;
+    const MemoryFile m_result;
 };
 
 TEST_F(RecoveryTest, KeepsEveryWholeSectionOfEveryTruncation) {
@@ -117,9 +125,9 @@ TEST_F(RecoveryTest, KeepsEveryWholeSectionOfEveryTruncation) {
 std::vector<std::string> WholeCaptures(const std::string& full) {
     const std::string rest = MakeSection("DEVID", 1, "a=1\n") + MakeSection("DCM_COMMON", 1, "") +
                              MakeSection("TRACE1", 7, std::string(70, '\0')) +
-                             MakeSection("STMDECODERINFO", 1, "x = 1\n");
+                             MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
     const std::string trace = MakeSection("TRACE0", 1, std::string(300, '\x11'));
-    const std::string old = MakeSection("STMDECODERINFO", Retired(1), "y = 1\n");
+    const std::string old = MakeSection("STMDECODERINFO", Retired(1), "STM_ATB_Id = 2\n");
     const std::string head(TDFIdentifier);
     return {full, head + trace + rest + old, head + rest + trace, head + old + rest};
 }
@@ -272,7 +280,8 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
     const std::string head(TDFIdentifier);
     const std::string trace = MakeSection("TRACE0", 1, std::string(300, '\x11'));
     const std::string device = MakeSection("DEVID", 1, "a=1\n");
-    const std::string rest = device + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "x = 1\n");
+    const std::string rest =
+        device + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
     const auto stating = [](std::string section, std::uint32_t length) {
         return section.replace(SectionHeader::LengthOffset, SectionHeader::LengthSize, EncodeSectionLength(length));
     };
@@ -281,6 +290,7 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
     const std::string torn = MakeSection("EMBEDDED", 1, head + rest + "DEV");
     const std::string holder = MakeSection("HOLDER", 1, "xyz" + device);
     const std::string retired = MakeSection("DEVID", Retired(1), "old=1\n");
+    const std::string old = MakeSection("STMDECODERINFO", 1, "x = 1\n");
     const std::string odd = MakeSection("\x01\x02", 1, "data");
     const struct {
         const char* what;
@@ -306,6 +316,7 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
          head + rest + MakeSection("DEVID", 1, ""), RemarkKind::Dropped},
         {"cut off in the first line", head + device.substr(0, device.size() - 1), head + MakeSection("DEVID", 1, ""),
          RemarkKind::Empty},
+        {"a text that is not read", head + old + rest, head + old + rest, RemarkKind::Finding},
         {"a section missing", head + trace, head + trace, RemarkKind::Missing},
         {"no capture", "STM_ATB_Id = 12\n{\ntype=CPT\n}\n", head, RemarkKind::Identifier},
     };

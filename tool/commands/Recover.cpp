@@ -44,7 +44,8 @@ struct RecoverReport {
             text += fmt::format("  and {} more\n", more);
         }
         return text + (plan.IsGood()
-                           ? palette.Paint(Style::Good, "GOOD") + ": every section is whole, and the plug-in loads it\n"
+                           ? palette.Paint(Style::Good, "GOOD") +
+                                 ": every section is whole, check finds no error, and the plug-in loads it\n"
                            : palette.Paint(Style::Bad, "DOUBTFUL") + ": look at the list above before you use it\n");
     }
 
@@ -55,6 +56,7 @@ struct RecoverReport {
                                {"offset", std::to_string(remark.offset)},
                                {"length", std::to_string(remark.length)},
                                {"section", JsonRenderer::OrNull(remark.section)},
+                               {"finding", JsonRenderer::OrNull(remark.finding)},
                                {"message", remark.sentence}});
         }
         return JsonRenderer::Document("recover", {{"file", file},
@@ -111,9 +113,7 @@ class Recover final : public Command {
             WriteRecovery(file, plan, output, [&](std::uint64_t done) { progress.Update(done); });
         }
         output.Flush();
-        const CaptureFile result(output.ReadBackPath());
-        Zu::Wep::Trace::FileSectionSource source(result.File());
-        CheckRecovery(source, result.Size(), plan);
+        CheckRecovery(output.ReadBackPath(), plan);
     }
 
     static void CheckLoading(const Context& context, const OutputFile& output, RecoveryPlan& plan) {
