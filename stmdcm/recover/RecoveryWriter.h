@@ -7,7 +7,13 @@
 
 namespace stmdcm {
 
+enum class Payloads {
+    All,
+    OfConfiguration  ///< zeros for the others: who reads a configuration can't tell, and it takes little room
+};
+
 /// Writes the new capture. Throws Failure.
-void WriteRecovery(const CaptureFile& from, const RecoveryPlan& plan, ByteSink& to, const OnCopied& onCopied);
+void WriteRecovery(const CaptureFile& from, const RecoveryPlan& plan, Payloads payloads, ByteSink& to,
+                   const OnCopied& onCopied);
 
 }  // namespace stmdcm

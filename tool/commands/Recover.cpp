@@ -110,7 +110,7 @@ class Recover final : public Command {
     void Write(const CaptureFile& file, RecoveryPlan& plan, OutputFile& output) const {
         {
             Progress progress("Copying", plan.ResultSize(), m_progress);
-            WriteRecovery(file, plan, output, [&](std::uint64_t done) { progress.Update(done); });
+            WriteRecovery(file, plan, Payloads::All, output, [&](std::uint64_t done) { progress.Update(done); });
         }
         output.Flush();
         CheckRecovery(output.ReadBackPath(), plan);
