@@ -43,7 +43,7 @@ std::optional<Section> HeaderRules::HeaderAt(std::uint64_t offset) const {
 }
 
 std::string HeaderRules::NameOf(const Section& section) const {
-    return m_file.Read(section.offset + SectionHeader::Size, section.nameLength);
+    return m_file.Read(section.offset + SectionHeader::Size, std::min(section.nameLength, MaxNameLength));
 }
 
 bool HeaderRules::IsWhole(const Section& section) const {
@@ -60,6 +60,9 @@ bool HeaderRules::IsWanted(const Section& section) const {
 }
 
 std::optional<Section> HeaderRules::SectionAt(std::uint64_t offset) const {
+    if (m_file.HasIdentifier() && offset < FirstSectionOffset) {
+        return std::nullopt;
+    }
     const auto section = HeaderAt(offset);
     return section && (IsWhole(*section) || IsPlausibleName(NameOf(*section))) ? section : std::nullopt;
 }

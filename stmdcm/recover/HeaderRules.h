@@ -26,7 +26,7 @@ class HeaderRules {
 
     /// The header there, whatever it says, unless the file ends within it or its name is over the limit of a search.
     std::optional<Section> HeaderAt(std::uint64_t offset) const;
-    /// As much of the name as the file holds.
+    /// As much of the name as the file holds and a search reads.
     std::string NameOf(const Section& section) const;
 
     /// The length covers header and name, and the file holds all of it.

@@ -48,7 +48,7 @@ RecoveryPlan RecoveryPlanner::Make() {
 
 void RecoveryPlanner::RequireSplits() const {
     for (const std::uint64_t offset : m_splits) {
-        if (!m_rules.SectionAt(offset) || (m_file.HasIdentifier() && offset < FirstSectionOffset)) {
+        if (!m_rules.SectionAt(offset)) {
             throw Failure(fmt::format("{}: no section begins at offset {}", m_file.Path(), offset));
         }
     }

@@ -171,6 +171,10 @@ TEST_F(ContainerCommandsTest, ExtractGivesThePayloadByteForByte) {
         {"full.tdf DEVID -o " + out, 1, 0, "use --force"},
         {"full.tdf NONE", 1, 0, "no section NONE"},
         {"full.tdf NONE --offset -1", 2, 0, "--offset: \"-1\" is no whole number"},
+        {"full.tdf", 2, 0, "needs a SECTION, or --offset"},
+        {"full.tdf --offset 0", 1, 0, "no section begins at offset 0"},
+        {"shadowed.tdf --offset 1211", 0, 535, ""},
+        {"shadowed.tdf --offset 1211 --version 2", 1, 0, "is STMDECODERINFO, version 1"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments);

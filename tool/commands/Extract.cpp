@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 
@@ -8,6 +9,7 @@
 #include "stmdcm/capture/CopyRange.h"
 #include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
+#include "stmdcm/recover/HeaderRules.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/OutputFile.h"
@@ -19,8 +21,8 @@ namespace stmdcm {
 namespace {
 
 /// Why the payload may not be what was written, empty for no reason.
-std::string Doubt(const Container& container, const Section& section) {
-    const std::uint64_t held = container.HeldPayload(section);
+std::string Doubt(const CaptureFile& file, const Section& section) {
+    const std::uint64_t held = file.Held(section.PayloadOffset(), section.PayloadLength());
     if (section.IsTooShort()) {
         return fmt::format("its length, {}, does not even cover its header; readers get {} of it", section.length,
                            Counted(held, "byte"));
@@ -32,16 +34,24 @@ std::string Doubt(const Container& container, const Section& section) {
     return {};
 }
 
+/// As a walk of the sections lists it.
+std::optional<Section> ListedAt(std::uint64_t offset, const Container& container) {
+    const auto& sections = container.Sections();
+    const auto found = std::find_if(sections.begin(), sections.end(),
+                                    [offset](const Section& section) { return section.offset == offset; });
+    return found == sections.end() ? std::nullopt : std::optional(*found);
+}
+
 /// One section's payload, byte for byte.
 class Extract final : public Command {
   public:
     void Declare(CLI::App& app) override {
         app.add_option("FILE", m_file, "A capture (.tdf)")->required()->type_name("CAPTURE");
-        app.add_option("NAME", m_name, "The section's name; \"\" for one without")->required()->type_name("SECTION");
+        app.add_option("NAME", m_name, "The section's name; \"\" for one without")->type_name("SECTION");
         app.add_option("--version", m_version, "Its version, where there are several")
             ->type_name("N")
             ->check(WholeNumber(std::numeric_limits<std::uint32_t>::max()));
-        app.add_option("--offset", m_offset, "Where it begins, for one that is not the one that is read (see sections)")
+        app.add_option("--offset", m_offset, "Where it begins, for one that is not read (see sections, recover --plan)")
             ->type_name("N")
             ->check(WholeNumber());
         app.add_option("-o,--output", m_output, "Write to this file instead of standard output, which - names too")
@@ -50,20 +60,25 @@ class Extract final : public Command {
         app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
         app.footer(
             "Writes the payload byte for byte, and never to a terminal. Ends with status 3 when the file does not hold "
-            "all of it; what is there is written.\n\nExample:\n"
-            "  stmdcm extract capture.tdf STMDECODERINFO -o settings.txt");
+            "all of it; what is there is written. With --offset the name may be left out, and CAPTURE may have lost "
+            "its first bytes.\n\nExample:\n"
+            "  stmdcm extract full.tdf STMDECODERINFO -o settings.txt");
     }
 
     ExitStatus Run(const Context& context) override {
-        const Container container(m_file);
-        const Section& section = m_offset ? ChooseAtOffset(container) : Choose(container);
-        Copy(container, section);
-        const std::string doubt = Doubt(container, section);
+        if (!m_name && !m_offset) {
+            throw Failure("extract needs a SECTION, or --offset", Failure::Kind::Request);
+        }
+        const CaptureFile file(m_file,
+                               m_offset ? CaptureFile::Identifier::Optional : CaptureFile::Identifier::Required);
+        const Section section = m_offset ? ChooseAtOffset(file) : Choose(Container(m_file));
+        Copy(file, section);
+        const std::string doubt = Doubt(file, section);
         if (doubt.empty()) {
             return ExitStatus::Done;
         }
-        context.console.Diagnose(
-            fmt::format("{}: section {} at offset {}: {}", Shown(m_file), Shown(m_name), section.offset, doubt));
+        context.console.Diagnose(fmt::format("{}: section {} at offset {}: {}", Shown(m_file),
+                                             Shown(HeaderRules(file).NameOf(section)), section.offset, doubt));
         return ExitStatus::Doubtful;
     }
 
@@ -71,10 +86,10 @@ class Extract final : public Command {
 
   private:
     bool IsNamed(const Container& container, const Section& section) const {
-        return section.nameLength == m_name.size() && container.Name(section) == m_name;
+        return section.nameLength == m_name->size() && container.Name(section) == *m_name;
     }
 
-    const Section& Choose(const Container& container) const {
+    Section Choose(const Container& container) const {
         const Section* chosen = nullptr;
         for (const Section& section : container.Sections()) {
             if (section.use != SectionUse::Read || (m_version && section.version != *m_version) ||
@@ -85,7 +100,7 @@ class Extract final : public Command {
                 throw Failure(m_file,
                               fmt::format("there are several versions of section {}, among them {} and {}; name "
                                           "one with --version",
-                                          Shown(m_name), chosen->version, section.version),
+                                          Shown(*m_name), chosen->version, section.version),
                               Failure::Kind::Request);
             }
             chosen = &section;
@@ -96,22 +111,28 @@ class Extract final : public Command {
         return *chosen;
     }
 
-    const Section& ChooseAtOffset(const Container& container) const {
-        for (const Section& section : container.Sections()) {
-            if (section.offset == *m_offset) {
-                const std::string name = container.Name(section);
-                if (name == m_name && (!m_version || *m_version == section.version)) {
-                    return section;
-                }
-                throw Failure(m_file, fmt::format("the section at offset {} is {}, version {}", *m_offset, Shown(name),
-                                                  section.version));
-            }
+    /// Also one that no walk comes to, such as those that recover lists.
+    Section ChooseAtOffset(const CaptureFile& file) const {
+        const HeaderRules rules(file);
+        auto section = file.HasIdentifier() ? ListedAt(*m_offset, Container(m_file)) : std::nullopt;
+        if (!section) {
+            section = rules.SectionAt(*m_offset);
         }
-        throw Failure(m_file, fmt::format("no section begins at offset {}; list them with sections", *m_offset));
+        if (!section) {
+            throw Failure(m_file, fmt::format("no section begins at offset {}; list them with sections or recover "
+                                              "--plan",
+                                              *m_offset));
+        }
+        const std::string name = rules.NameOf(*section);
+        if ((m_name && name != *m_name) || (m_version && *m_version != section->version)) {
+            throw Failure(m_file, fmt::format("the section at offset {} is {}, version {}", *m_offset, Shown(name),
+                                              section->version));
+        }
+        return *section;
     }
 
     [[noreturn]] void FailToFind(const Container& container) const {
-        std::string sentence = fmt::format("a reader finds no section {}", Shown(m_name));
+        std::string sentence = fmt::format("a reader finds no section {}", Shown(*m_name));
         if (m_version) {
             sentence += fmt::format(", version {}", *m_version);
         }
@@ -124,26 +145,25 @@ class Extract final : public Command {
         throw Failure(m_file, sentence + "; list those that are there with sections");
     }
 
-    void Copy(const Container& container, const Section& section) const {
+    void Copy(const CaptureFile& file, const Section& section) const {
         if (m_output.empty() || m_output == "-") {
             StandardOutput output;
-            CopyTo(output, container, section);
+            CopyTo(output, file, section);
         } else {
             OutputFile output(m_output, m_force, {m_file});
-            CopyTo(output, container, section);
+            CopyTo(output, file, section);
             output.Commit();
         }
     }
 
-    void CopyTo(ByteSink& sink, const Container& container, const Section& section) const {
-        const std::uint64_t held = container.HeldPayload(section);
+    void CopyTo(ByteSink& sink, const CaptureFile& file, const Section& section) const {
+        const std::uint64_t held = file.Held(section.PayloadOffset(), section.PayloadLength());
         Progress progress("Extracting", held, m_progress);
-        CopyRange(container.File(), section.PayloadOffset(), held, sink,
-                  [&](std::uint64_t done) { progress.Update(done); });
+        CopyRange(file, section.PayloadOffset(), held, sink, [&](std::uint64_t done) { progress.Update(done); });
     }
 
     std::string m_file;
-    std::string m_name;
+    std::optional<std::string> m_name;
     std::optional<std::uint32_t> m_version;
     std::optional<std::uint64_t> m_offset;
     std::string m_output;
