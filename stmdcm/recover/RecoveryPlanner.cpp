@@ -170,8 +170,8 @@ void RecoveryPlanner::LookInside(const Section& section, std::uint64_t end) {
         m_plan.remarks.Add({RemarkKind::HiddenSection, inner.offset, m_file.Held(inner.offset, inner.length),
                             InWords(Unit::None, m_rules.NameOf(inner)),
                             fmt::format("the section at offset {} holds what looks like this one; either its length "
-                                        "is wrong, or this is data",
-                                        section.offset)});
+                                        "is wrong, or this is data; --split {} takes this one out",
+                                        section.offset, inner.offset)});
     });
 }
 

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "source_utilities/PosixFile.h"
+#include "stmdcm/reading/Reading.h"
 #include "stmdcm/reading/Words.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/tool/SectionList.h"
@@ -50,6 +51,15 @@ class ContainerCommandsTest : public ToolRun {
         return nlohmann::json::parse(result.out);
     }
 
+    static void ExpectSameTold(nlohmann::json plan, const nlohmann::json& document) {
+        EXPECT_EQ(plan.at("written"), false);
+        EXPECT_EQ(document.at("written"), true);
+        for (const char* key : {"written", "output"}) {
+            plan[key] = document.at(key);
+        }
+        EXPECT_EQ(plan, document);
+    }
+
     stmdcm_test::ScratchDir m_directory;
 };
 
@@ -61,8 +71,8 @@ std::uint64_t MakeLargeCapture(const std::string& path) {
     for (std::uint64_t i = 0; i < 100'000 - kLarge - 3; ++i) {
         small += MakeSection("TRACE" + std::to_string(i), 1, "data");
     }
-    small +=
-        MakeSection("DEVID", 1, "x=1\n") + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
+    small += MakeSection("DEVID", 1, "x=1\n") + MakeSection("DCM_COMMON", 1, "") +
+             MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
     const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_WRONLY | O_CREAT);
     std::uint64_t offset = FirstSectionOffset;
     EXPECT_TRUE(file.WriteAt(0, {TDFIdentifier}));
@@ -206,7 +216,10 @@ TEST_F(ContainerCommandsTest, RecoverTellsTheSameInTextAndJson) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
         const std::string arguments = "recover " + Data(c.file) + " --force -o " + out;
+        const auto plan = Json("recover --plan " + Data(c.file), c.status);
+        EXPECT_FALSE(std::filesystem::exists(out));
         const auto document = Json(arguments, c.status);
+        ExpectSameTold(plan, document);
         const Result text = Run(arguments);
         EXPECT_EQ(text.status, c.status);
         EXPECT_EQ(document.at("good"), c.status == 0);
@@ -217,8 +230,95 @@ TEST_F(ContainerCommandsTest, RecoverTellsTheSameInTextAndJson) {
             EXPECT_NE(text.out.find(document.at("remarks")[i].at("message")), std::string::npos) << text.out;
         }
         EXPECT_EQ(std::to_string(ReadWhole(out).size()), document.at("output_size").get<std::string>());
+        EXPECT_EQ(text.error.empty(), c.status == 0) << text.error;
+        std::filesystem::remove(out);
     }
     ExpectNothingLeft();
+}
+
+/// What accidents do to a capture of several sections.
+std::vector<std::pair<std::string, std::string>> Damaged(const std::string& whole) {
+    const std::vector<SectionInfo> sections = SectionList(whole);
+    const auto bytesOf = [&](const SectionInfo& section) { return whole.substr(section.offset, section.length); };
+    const auto lie = [&](const SectionInfo& section, std::uint64_t end) {
+        std::string bytes = whole;
+        return bytes.replace(section.offset, SectionHeader::LengthSize,
+                             EncodeSectionLength(static_cast<std::uint32_t>(end - section.offset)));
+    };
+    const auto text = std::find_if(sections.begin(), sections.end(),
+                                   [](const SectionInfo& section) { return section.name == "STMDECODERINFO"; });
+    std::string zeroed = whole;
+    zeroed.replace(text->payloadOffset + 30, 100, 100, '\0');
+    const std::string sectionsAlone = whole.substr(FirstSectionOffset);
+    const std::string_view behind = std::string_view(whole).substr(sections[2].offset);
+    return {{"nothing", whole},
+            {"identifier cut off", sectionsAlone},
+            {"identifier overwritten", std::string(FirstSectionOffset, '\0') + sectionsAlone},
+            {"garbage in front", "garbage" + sectionsAlone},
+            {"swallowed one", lie(sections[0], sections[1].offset + sections[1].length)},
+            {"swallowed all", lie(sections[0], whole.size())},
+            {"swallowed into the midst", lie(sections[1], sections.back().payloadOffset + 5)},
+            {"swallowed nearly all", lie(sections[0], whole.size() - 3)},
+            {"text zeroed", zeroed},
+            {"cut", whole.substr(0, whole.size() - 100)},
+            {"doubled", whole + sectionsAlone},
+            {"swapped", std::string(TDFIdentifier) + bytesOf(sections[1]) + bytesOf(sections[0]).append(behind)}};
+}
+
+TEST_F(ContainerCommandsTest, WhatRecoverTellsCanBeExtractedAndSplitAndGoodIsWhatCheckPasses) {
+    const std::string file = File("damaged.tdf");
+    const std::string out = File("out.tdf");
+    for (const char* sample : {"full.tdf", "shadowed.tdf", "packed.tdf"}) {
+        const std::string whole = ReadWhole(Data(sample));
+        for (const auto& [what, bytes] : Damaged(whole)) {
+            SCOPED_TRACE(std::string(sample) + ": " + what);
+            WriteWhole(file, bytes);
+            const auto plan = nlohmann::json::parse(Run("--json recover --plan " + file).out);
+            const auto document = Json("recover " + file + " --force -o " + out, plan.at("good") ? 0 : 3);
+            ExpectSameTold(plan, document);
+            EXPECT_EQ(ReadWhole(file), bytes);
+            EXPECT_TRUE(!plan.at("good") || CheckFile(out).findings.Count(Severity::Error) == 0);
+            EXPECT_EQ(plan.at("good"), what == "nothing" || what == "doubled" || what == "swapped");
+            std::string first;
+            for (const auto& remark : plan.at("remarks")) {
+                const std::string offset = remark.at("offset");
+                if (remark.at("section").is_null() || remark.at("length") == "0") {
+                    continue;
+                }
+                const Result extracted = Run("extract " + file + " --offset " + offset);
+                EXPECT_EQ(extracted.status, remark.at("kind") == "cut_short" ? 3 : 0) << remark;
+                const SectionHeader header = DecodeSectionHeader(bytes.data() + std::stoul(offset));
+                const std::size_t begin = SectionHeader::Size + header.nameLength;
+                EXPECT_EQ(extracted.out, bytes.substr(std::stoul(offset) + begin, header.length - begin));
+                if (first.empty() && remark.at("kind") == "hidden_section") {
+                    first = offset;
+                }
+            }
+            EXPECT_EQ(first.empty(), !what.starts_with("swallowed ") || what == "swallowed into the midst");
+            if (!first.empty()) {
+                const auto split = Json("recover " + file + " --force --split " + first + " -o " + out, 3);
+                EXPECT_EQ(split.at("repaired_sections"), "1");
+                EXPECT_EQ(split.at("remark_count"), "1") << split;
+                EXPECT_EQ(ReadWhole(out).size(), whole.size());
+                EXPECT_EQ(CheckFile(out).findings.Count(Severity::Error), 0U);
+            }
+        }
+    }
+    EXPECT_EQ(Run("recover " + Data("full.tdf") + " --split 5 --force -o " + out).status, 1);
+    ExpectNothingLeft();
+}
+
+TEST_F(ContainerCommandsTest, RecoverAsksForTheNameBeforeAnythingElse) {
+    for (const char* name : {"out.bin", "out", "out.tdf.gz", "tdf"}) {
+        for (const char* option : {"", " --plan", " --force"}) {
+            const Result result = Run("recover " + File("none.tdf") + option + " -o " + File(name));
+            EXPECT_EQ(result.status, 2) << name;
+            EXPECT_NE(result.error.find("to end in .tdf"), std::string::npos) << result.error;
+        }
+    }
+    EXPECT_EQ(Run("recover " + Data("full.tdf")).status, 2);
+    EXPECT_TRUE(std::filesystem::is_empty(m_directory.Path()));
+    EXPECT_EQ(Run("recover " + Data("full.tdf") + " -o " + File("OUT.TDF")).status, 0);
 }
 
 TEST_F(ContainerCommandsTest, RecoverPutsSectionsThatNoReaderPassesLast) {
@@ -313,7 +413,7 @@ TEST_F(ContainerCommandsTest, SayWhatIsWrongWithAFile) {
     if (::geteuid() != 0) {
         files.emplace_back(File("secret"), "no permission");
     }
-    const std::string out = File("out");
+    const std::string out = File("out.tdf");
     for (const auto& [file, sentence] : files) {
         for (const std::string& arguments :
              {"sections " + file, "extract " + file + " DEVID", "recover " + file + " -o " + out}) {
@@ -332,9 +432,9 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     const std::string input = File("in.tdf");
     const std::string full = ReadWhole(Data("full.tdf"));
     WriteWhole(input, full);
-    std::filesystem::create_symlink(input, File("link"));
-    std::filesystem::create_hard_link(input, File("hard"));
-    for (const std::string& name : {input, File("link"), File("hard"), File(".") + "/in.tdf"}) {
+    std::filesystem::create_symlink(input, File("link.tdf"));
+    std::filesystem::create_hard_link(input, File("hard.tdf"));
+    for (const std::string& name : {input, File("link.tdf"), File("hard.tdf"), File(".") + "/in.tdf"}) {
         const Result result = Run("recover " + input + " --force -o " + name);
         EXPECT_EQ(result.status, 1);
         EXPECT_NE(result.error.find("this is the input"), std::string::npos) << result.error;
@@ -342,21 +442,21 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     EXPECT_EQ(ReadWhole(input), full);
 
     // The mode stays, links are followed, and a full disk leaves the old file.
-    const std::string old = File("old");
+    const std::string old = File("old.tdf");
     WriteWhole(old, "old");
     ::chmod(old.c_str(), 0640);
-    std::filesystem::create_symlink(old, File("way"));
+    std::filesystem::create_symlink(old, File("way.tdf"));
     rlimit limit{};
     ::getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit small{100, limit.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_EQ(Run("recover " + input + " --force -o " + File("way")).status, 1);
+    EXPECT_EQ(Run("recover " + input + " --force -o " + File("way.tdf")).status, 1);
     ::setrlimit(RLIMIT_FSIZE, &limit);
     EXPECT_EQ(ReadWhole(old), "old");
-    EXPECT_EQ(Run("recover " + input + " --force -o " + File("way")).status, 0);
+    EXPECT_EQ(Run("recover " + input + " --force -o " + File("way.tdf")).status, 0);
     EXPECT_EQ(ReadWhole(old), full);
     EXPECT_EQ(std::filesystem::status(old).permissions(), std::filesystem::perms(0640));
-    EXPECT_TRUE(std::filesystem::is_symlink(File("way")));
+    EXPECT_TRUE(std::filesystem::is_symlink(File("way.tdf")));
     std::size_t count = 0;
     for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(m_directory.Path())) {
         ++count;

@@ -1,14 +1,20 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
+#include "stmdcm/reading/Findings.h"
+#include "stmdcm/reading/Reading.h"
 #include "stmdcm/reading/Words.h"
 #include "stmdcm/recover/RecoveryCheck.h"
 #include "stmdcm/recover/RecoveryPlanner.h"
 #include "stmdcm/recover/RecoveryWriter.h"
+#include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/GuardedHome.h"
 #include "tool/output/OutputFile.h"
@@ -18,11 +24,15 @@ namespace stmdcm {
 
 namespace {
 
-/// Tells what was recovered.
+/// Tells what was recovered, or would be.
 struct RecoverReport {
     const std::string& file;
-    const std::string& output;
+    const std::string& output;  ///< empty for none
+    bool isWritten;
     const RecoveryPlan& plan;
+
+    /// So many lines of text; the document has more.
+    static constexpr std::size_t kMaxShown = 1000;
 
     static std::string RemarkText(const Remark& remark, const Palette& palette) {
         const bool isLoss = remark.kind == RemarkKind::Dropped || remark.kind == RemarkKind::CutShort;
@@ -34,14 +44,17 @@ struct RecoverReport {
     }
 
     std::string Text(const Palette& palette) const {
-        std::string text = fmt::format("{} -> {} ({})\n  {} whole sections, {} repaired, {} dropped\n", Shown(file),
-                                       Shown(output), SizeInWords(plan.ResultSize()), plan.wholeCount,
-                                       plan.repaired.size(), SizeInWords(plan.droppedBytes));
-        for (const Remark& remark : plan.remarks.Listed()) {
-            text += RemarkText(remark, palette);
+        std::string text = fmt::format("{} -> {} ({}{})\n  {} whole sections, {} repaired, {} dropped\n", Shown(file),
+                                       output.empty() ? "a new capture" : Shown(output), SizeInWords(plan.ResultSize()),
+                                       isWritten ? "" : ", not written", plan.wholeCount, plan.repaired.size(),
+                                       SizeInWords(plan.droppedBytes));
+        const auto& listed = plan.remarks.Listed();
+        const std::size_t shown = std::min(listed.size(), kMaxShown);
+        for (std::size_t i = 0; i < shown; ++i) {
+            text += RemarkText(listed[i], palette);
         }
-        if (const std::size_t more = plan.remarks.Count() - plan.remarks.Listed().size(); more > 0) {
-            text += fmt::format("  and {} more\n", more);
+        if (const std::size_t more = plan.remarks.Count() - shown; more > 0) {
+            text += fmt::format("  and {} more, see --json\n", more);
         }
         return text + (plan.IsGood()
                            ? palette.Paint(Style::Good, "GOOD") +
@@ -60,7 +73,8 @@ struct RecoverReport {
                                {"message", remark.sentence}});
         }
         return JsonRenderer::Document("recover", {{"file", file},
-                                                  {"output", output},
+                                                  {"output", JsonRenderer::OrNull(output)},
+                                                  {"written", isWritten},
                                                   {"output_size", std::to_string(plan.ResultSize())},
                                                   {"good", plan.IsGood()},
                                                   {"whole_sections", std::to_string(plan.wholeCount)},
@@ -69,6 +83,22 @@ struct RecoverReport {
                                                   {"remark_count", std::to_string(plan.remarks.Count())},
                                                   {"remarks", remarks}});
     }
+
+    /// What of the result is not read, as every command tells it, and how many other doubts there are.
+    std::vector<std::string> Doubts() const {
+        std::vector<std::string> sentences;
+        const std::string name = Shown(output.empty() ? file : output);
+        for (const Remark& remark : plan.remarks.Listed()) {
+            if (!remark.finding.empty()) {
+                sentences.push_back(fmt::format("{}: {}{}{}", name, Shown(remark.section),
+                                                remark.section.empty() ? "" : ": ", remark.sentence));
+            }
+        }
+        if (const std::size_t others = plan.remarks.DoubtCount() - sentences.size(); others > 0) {
+            sentences.push_back(fmt::format("{}: {} about what was recovered", name, Counted(others, "doubt")));
+        }
+        return sentences;
+    }
 };
 
 /// A torn or broken capture into a new one.
@@ -76,31 +106,61 @@ class Recover final : public Command {
   public:
     void Declare(CLI::App& app) override {
         app.add_option("FILE", m_file, "A torn or broken capture (.tdf); it is not changed")->required();
-        app.add_option("-o,--output", m_output, "The new capture")->type_name("OUT")->required();
+        app.add_option("-o,--output", m_output, "The new capture (.tdf)")->type_name("OUT");
+        app.add_flag("--plan", m_isPlan, "Tell the same, and write nothing");
+        app.add_option("--split", m_splits,
+                       "Take the section that begins at this offset out of the one around it; repeatable")
+            ->type_name("OFFSET")
+            ->check(WholeNumber())
+            ->allow_extra_args(false);
         app.add_flag("--force", m_force, "Overwrite the output file");
         app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
         app.footer(
             "Keeps every section that can be found byte for byte, retired ones too, and tells what was dropped, where, "
-            "and what is doubtful. Ends with status 0 only when every section is whole, nothing was skipped, and the "
-            "plug-in can load the result; with status 3 otherwise.\n\nExample:\n"
-            "  stmdcm recover torn.tdf -o recovered.tdf");
+            "and what is doubtful, such as sections within another one, which may have swallowed them. Ends with "
+            "status 0 only when every section is whole, nothing was skipped, check finds no error in the result and "
+            "the "
+            "plug-in can load it; with status 3 otherwise.\n\nExample:\n"
+            "  stmdcm recover --plan full.tdf\n"
+            "  stmdcm recover full.tdf -o recovered.tdf");
     }
 
     ExitStatus Run(const Context& context) override {
+        CheckRequest();
         const CaptureFile file(m_file, CaptureFile::Identifier::Optional);
-        OutputFile output(m_output, m_force, {m_file});
+        std::optional<GuardedHome> room;  // for a plan without an output, which never gets its name
+        if (m_output.empty()) {
+            room.emplace();
+        }
+        OutputFile output(room ? (room->Path() / "recovered.tdf").string() : m_output, m_force, {m_file});
         RecoveryPlan plan = Plan(file);
         Write(file, plan, output);
         CheckLoading(context, output, plan);
-        output.Commit();
-        context.Print(RecoverReport{m_file, m_output, plan});
+        if (!m_isPlan) {
+            output.Commit();
+        }
+        const RecoverReport report{m_file, m_output, !m_isPlan, plan};
+        context.Print(report);
+        context.console.Diagnose(report.Doubts());
         return plan.IsGood() ? ExitStatus::Done : ExitStatus::Doubtful;
     }
 
   private:
+    /// Before any work: no host takes a capture of another name.
+    void CheckRequest() const {
+        if (m_output.empty() && !m_isPlan) {
+            throw Failure("recover needs -o OUT, or --plan", Failure::Kind::Request);
+        }
+        if (!m_output.empty() && KindOfName(m_output) != ConfigurationKind::Capture) {
+            throw Failure(m_output, "hosts want the name of a capture to end in .tdf; name another file",
+                          Failure::Kind::Request);
+        }
+    }
+
     RecoveryPlan Plan(const CaptureFile& file) const {
         Progress progress("Searching", file.Size(), m_progress);
-        RecoveryPlan plan = RecoveryPlanner(file, [&](std::uint64_t offset) { progress.Update(offset); }).Make();
+        const auto onProgress = [&](std::uint64_t offset) { progress.Update(offset); };
+        RecoveryPlan plan = RecoveryPlanner(file, onProgress, {m_splits.begin(), m_splits.end()}).Make();
         if (plan.SectionCount() == 0) {
             throw Failure(m_file, "no section was found, so nothing was written; is it a capture?");
         }
@@ -110,7 +170,8 @@ class Recover final : public Command {
     void Write(const CaptureFile& file, RecoveryPlan& plan, OutputFile& output) const {
         {
             Progress progress("Copying", plan.ResultSize(), m_progress);
-            WriteRecovery(file, plan, Payloads::All, output, [&](std::uint64_t done) { progress.Update(done); });
+            const Payloads payloads = m_isPlan ? Payloads::OfConfiguration : Payloads::All;
+            WriteRecovery(file, plan, payloads, output, [&](std::uint64_t done) { progress.Update(done); });
         }
         output.Flush();
         CheckRecovery(output.ReadBackPath(), plan);
@@ -135,6 +196,8 @@ class Recover final : public Command {
 
     std::string m_file;
     std::string m_output;
+    std::vector<std::uint64_t> m_splits;
+    bool m_isPlan = false;
     bool m_force = false;
     bool m_progress = false;
 };
