@@ -14,14 +14,6 @@ using namespace Zu::Wep::Trace;
 static_assert(kCommonSectionVersion == kWantedVersion && kDeviceSectionVersion == kWantedVersion &&
               kStmSectionVersion == kWantedVersion);
 
-namespace {
-
-/// What is found without a chain that leads there has a shorter name than the format allows: long ones are met by
-/// chance in data.
-constexpr std::uint32_t kMaxFoundName = 255;
-
-}  // namespace
-
 bool IsWantedName(std::string_view name) { return name == kCommonSectionName || IsTextSection(name); }
 
 bool IsTextSection(std::string_view name) { return name == kDeviceSectionName || name == kStmSectionName; }
@@ -77,8 +69,8 @@ bool HeaderRules::MayEndAt(std::uint64_t offset, int lookAhead) const {
                     (lookAhead > 0 && IsWhole(*next) && MayEndAt(next->End(), lookAhead - 1)));
 }
 
-bool HeaderRules::LeadsTo(std::uint64_t offset, std::uint64_t end) const {
-    while (offset < end) {
+bool HeaderRules::LeadsTo(std::uint64_t offset, std::uint64_t end, std::uint64_t most) const {
+    for (; offset < end && most > 0; --most) {
         const auto section = HeaderAt(offset);
         if (!section || !IsWhole(*section)) {
             return false;
@@ -112,12 +104,12 @@ bool HeaderRules::IsInner(std::uint64_t offset, std::uint64_t end) const {
         return true;
     }
     const auto section = HeaderAt(offset);
-    return section && section->End() <= end && IsWholeAndNamed(*section) && LeadsTo(section->End(), end);
+    return section && section->End() <= end && IsWholeAndNamed(*section) && LeadsTo(section->End(), end, kMostFollowed);
 }
 
 bool HeaderRules::MayBeInner(std::uint64_t offset) const {
     const auto section = HeaderAt(offset);
-    return section && (IsWanted(*section) || IsWholeAndNamed(*section));
+    return section && (IsWanted(*section) || (section->nameLength > 1 && IsWholeAndNamed(*section)));
 }
 
 }  // namespace stmdcm

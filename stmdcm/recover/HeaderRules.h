@@ -18,6 +18,10 @@ bool IsTextSection(std::string_view name);
 /// ASCII, no control characters and no blanks at all.
 bool IsPlausibleName(std::string_view name);
 
+/// What is found without a chain that leads there has a shorter name than the format allows: long ones are met by
+/// chance in data.
+inline constexpr std::uint32_t kMaxFoundName = 255;
+
 /// Tells from the bytes of a damaged capture what may be a section's header.
 class HeaderRules {
   public:
@@ -41,17 +45,20 @@ class HeaderRules {
 
     /// Whether a section that ends there is followed by what may follow one.
     bool MayEndAt(std::uint64_t offset) const { return MayEndAt(offset, kLookAhead); }
-    /// Whether whole sections, back to back, lead from there to `end` exactly.
-    bool LeadsTo(std::uint64_t offset, std::uint64_t end) const;
+    /// Whether whole sections, back to back and no more than `most`, lead from there to `end` exactly.
+    bool LeadsTo(std::uint64_t offset, std::uint64_t end, std::uint64_t most = UINT64_MAX) const;
     /// Whether something that no chain led to is a header: it is wanted, or leads on to another one or to the end.
     bool IsFound(std::uint64_t offset) const;
-    /// Whether something in a section that ends at `end` is a header, too: found, or leading to that end.
+    /// Whether something in a section that ends at `end` is a header, too: found, or leading to that end by
+    /// no more than kMostFollowed others.
     bool IsInner(std::uint64_t offset, std::uint64_t end) const;
-    /// The same with less proof, where there is damage nearby: whole with a plausible name, or wanted.
+    /// The same with less proof, where there is damage nearby: whole with a plausible name of two bytes and more, as
+    /// numbers of 32 bits can't look like, or wanted.
     bool MayBeInner(std::uint64_t offset) const;
 
   private:
     static constexpr int kLookAhead = 3;
+    static constexpr std::uint64_t kMostFollowed = 256;  ///< or each of many sections would be followed to their end
 
     bool MayEndAt(std::uint64_t offset, int lookAhead) const;
     bool IsWholeAndNamed(const Section& section) const;

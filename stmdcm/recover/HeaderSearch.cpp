@@ -3,23 +3,27 @@
 #include <algorithm>
 #include <string_view>
 
+#include "stmdcm/recover/HeaderRules.h"
 #include "trace/format/LittleEndian.h"
 #include "trace/format/SectionLayout.h"
 
 namespace stmdcm {
 
 using Zu::Wep::Trace::LoadLittleEndian;
-using Zu::Wep::Trace::MaxNameLength;
 using Zu::Wep::Trace::SectionHeader;
 
 namespace {
 
 constexpr std::uint64_t kBlockSize = 256U << 10;
-constexpr std::uint64_t kOverlap = SectionHeader::Size - 1;
+constexpr std::uint64_t kOverlap = SectionHeader::Size + kMaxFoundName;
 
-bool MayHoldName(const char* bytes) {
-    const auto length = LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::NameLengthOffset);
-    return length - 1 < MaxNameLength;  // none of length 0
+/// Of a name that the bytes don't hold whole, the beginning counts.
+bool MayBeHeader(std::string_view bytes) {
+    if (bytes.size() < SectionHeader::Size) {
+        return false;
+    }
+    const auto length = LoadLittleEndian<std::uint32_t>(bytes.data() + SectionHeader::NameLengthOffset);
+    return length <= kMaxFoundName && IsPlausibleName(bytes.substr(SectionHeader::Size, length));
 }
 
 }  // namespace
@@ -29,15 +33,16 @@ std::uint64_t HeaderSearch::Find(std::uint64_t from, std::uint64_t to, const IsH
     for (std::uint64_t position = from; position < to;) {
         // A header may begin with zeros that are in the hole.
         const std::uint64_t data = m_file.NextData(position);
-        position = std::max(position, data - std::min(data, kOverlap));
+        position = std::max(position, data - std::min<std::uint64_t>(data, SectionHeader::Size));
         if (position >= to) {
             break;
         }
         const std::uint64_t end = std::clamp(m_file.NextHole(data), position + 1, to);
         const std::uint64_t places = std::min(kBlockSize, end - position);
         const std::size_t count = m_file.ReadAt(position, m_buffer.data(), places + kOverlap);
-        for (std::uint64_t i = 0; i < places && i + SectionHeader::Size <= count; ++i) {
-            if (MayHoldName(m_buffer.data() + i) && isHeader(position + i)) {
+        const std::string_view bytes(m_buffer.data(), count);
+        for (std::uint64_t i = 0; i < places && i < count; ++i) {
+            if (MayBeHeader(bytes.substr(i)) && isHeader(position + i)) {
                 return position + i;
             }
         }

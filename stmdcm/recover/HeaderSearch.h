@@ -16,8 +16,8 @@ class HeaderSearch {
     /// Borrows the file.
     explicit HeaderSearch(const CaptureFile& file) : m_file(file) {}
 
-    /// The first place of those in [from, to) that `isHeader` accepts; `to` for none. It is asked where a name length
-    /// within the limits stands alone.
+    /// The first place of those in [from, to) that `isHeader` accepts; `to` for none. It is asked where a plausible
+    /// name of up to kMaxFoundName bytes would stand behind its length.
     std::uint64_t Find(std::uint64_t from, std::uint64_t to, const IsHeader& isHeader);
 
   private:
