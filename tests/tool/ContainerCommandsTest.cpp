@@ -384,7 +384,7 @@ TEST_F(ContainerCommandsTest, SayWhatIsWrongWithARequest) {
         int status;
         const char* sentence;
     } cases[] = {
-        {STMDCM_TOOL " recover -o - " + full, 2, "this is standard output"},
+        {STMDCM_TOOL " recover -o - " + full, 2, "end in .tdf"},
         {STMDCM_TOOL " restore " + full + " -1", 2, "\"-1\" is no whole number"},
         {STMDCM_TOOL " extract --json " + full + " TRACE0", 2, "extract has no JSON"},
         {STMDCM_TOOL " completion --json bash", 2, "completion has no JSON"},

@@ -122,7 +122,7 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
     } cases[] = {
         {"show", file},
         {"sections", file},
-        {"recover", file + " -o " + file + "2"},
+        {"recover", file + " -o " + file + "2.tdf"},
         {"set", file + " STM_ATB_Id=1"},
         {"apply", file + " " + settings},
         {"convert", file + " " + settings + "2"},
