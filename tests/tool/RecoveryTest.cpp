@@ -102,7 +102,7 @@ class RecoveryTest : public testing::Test {
 
     /// In memory: there are tens of thousands of damaged files.
     struct MemoryFile {
-        MemoryFile() = default;
+        MemoryFile() {}  // its own, so that clang takes one that is const
         ~MemoryFile() { ::close(descriptor); }
         MemoryFile(const MemoryFile&) = delete;
         MemoryFile& operator=(const MemoryFile&) = delete;
@@ -217,7 +217,7 @@ TEST_F(RecoveryTest, LosesNoSectionWithTheIdentifier) {
     std::mt19937 random(11);
     for (std::size_t i = 0; i < captures.size(); ++i) {
         const std::string sections = captures[i].substr(FirstSectionOffset);
-        for (const std::size_t size : {0, 4, 1, 2, 3, 5, 8, 11, 12, 13, 16, 17, 40, 255, 256, 5000}) {
+        for (const std::size_t size : {0U, 4U, 1U, 2U, 3U, 5U, 8U, 11U, 12U, 13U, 16U, 17U, 40U, 255U, 256U, 5000U}) {
             if (i >= named && size != 0 && size != FirstSectionOffset) {
                 continue;  // where a section begins that has no plausible name is known where an identifier was
             }
