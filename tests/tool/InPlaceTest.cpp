@@ -157,6 +157,20 @@ TEST_F(InPlaceTest, SetLeavesOldOrNewWhateverStopsIt) {
     ExpectOldOrNew(Reference("full.tdf"), [&] { return Set("STM_ATB_Id", 42); });
 }
 
+TEST_F(InPlaceTest, ASetOpensLittleAndSyncsEachStep) {
+    WriteWhole(m_file, Reference("full.tdf"));
+    int opened = 0;
+    int synced = 0;
+    const auto note = [&](pid_t child, const auto& info) {
+        opened += info.entry.nr == SYS_openat && stmdcm_test::IsTextAt(child, info.entry.args[1], m_file) ? 1 : 0;
+        synced += info.entry.nr == SYS_fdatasync || info.entry.nr == SYS_fsync ? 1 : 0;
+    };
+    EXPECT_EQ(stmdcm_test::WatchSyscalls([&] { return Set("STM_ATB_Id", 42); }, note), 0);
+    EXPECT_GE(opened, 1);
+    EXPECT_LE(opened, 12);
+    EXPECT_EQ(synced, 2) << "what is appended, and the old section's retirement";
+}
+
 TEST_F(InPlaceTest, ShadowedSectionsNeverComeUp) {
     ExpectOldOrNew(Reference("shadowed.tdf"), [&] { return Set("STM_ATB_Id", 42); });
 }
