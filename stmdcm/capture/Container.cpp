@@ -8,7 +8,6 @@
 
 namespace stmdcm {
 
-using Zu::Wep::Trace::FileSectionSource;
 using Zu::Wep::Trace::FirstSectionOffset;
 using Zu::Wep::Trace::MaxNameLength;
 using Zu::Wep::Trace::SectionHeader;
@@ -16,6 +15,18 @@ using Zu::Wep::Trace::SectionInfo;
 using Zu::Wep::Trace::SectionScanner;
 
 namespace {
+
+/// A byte that can't be read is no end of the sections: it throws.
+class CaptureSource final : public Zu::Wep::Trace::SectionSource {
+  public:
+    explicit CaptureSource(const CaptureFile& file) : m_file(file) {}
+    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t size) override {
+        return m_file.ReadAt(offset, buffer, size);
+    }
+
+  private:
+    const CaptureFile& m_file;
+};
 
 /// As much of a name as a search compares.
 std::string_view Compared(std::string_view name) { return name.substr(0, name.find('\0')); }
@@ -51,7 +62,7 @@ bool Section::IsTooShort() const { return length < SectionHeader::Size || length
 Container::Container(std::string path) : m_file(std::move(path)) { Walk(); }
 
 void Container::Walk() {
-    FileSectionSource source(m_file.File());
+    CaptureSource source(m_file);
     SectionScanner scanner(source, FirstSectionOffset, SectionScanner::Reach::PastLimits);
     std::vector<Key> keys;
     SectionInfo info;

@@ -37,6 +37,9 @@ std::vector<std::string> ProgramArguments() {
         pointers.push_back(argument.data());
     }
     pointers.push_back(nullptr);
+    if (arguments.empty()) {
+        throw Failure("/proc/self/cmdline", "this program can't be started again: its arguments can't be read");
+    }
     ::execv("/proc/self/exe", pointers.data());
     throw Failure(fmt::format("this program can't be started again to set {}: {}", kVariable,
                               std::generic_category().message(errno)));

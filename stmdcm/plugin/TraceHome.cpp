@@ -60,7 +60,12 @@ void MakeHome(const fs::path& path) {
 
 TraceHome::TraceHome(const fs::path& keep)
     : m_path(keep.empty() ? MakeTemporary() : MakeKept(keep)), m_isKept(!keep.empty()) {
-    MakeHome(m_path);
+    try {
+        MakeHome(m_path);
+    } catch (...) {
+        Remove();
+        throw;
+    }
 }
 
 void TraceHome::Remove() const {

@@ -48,8 +48,7 @@ const FindingKind* KindOf(ScanStop stop) {
             return &Kind("C-LENGTH-ZERO");
         case ScanStop::Wrap:
             return &Kind("C-PAST-4GIB");
-        case ScanStop::ReadError:
-            return &Kind("F-UNREADABLE");
+        case ScanStop::ReadError:  // a Container throws
         case ScanStop::None:
         case ScanStop::EndOfFile:
         case ScanStop::TornHeader:

@@ -73,7 +73,9 @@ class Apply final : public Command {
         context.console.Diagnose(m_source, doubts);
         for (const std::string& capture : m_captures) {
             const Outcome outcome = ApplyTo(change, capture);
-            captures.push_back(outcome.Document());
+            if (context.options.json) {
+                captures.push_back(outcome.Document());
+            }
             if (outcome.failure) {
                 context.console.Diagnose(*outcome.failure);
             } else if (!context.options.json) {

@@ -174,7 +174,7 @@ class Recover final : public Command {
             WriteRecovery(file, plan, payloads, output, [&](std::uint64_t done) { progress.Update(done); });
         }
         output.Flush();
-        CheckRecovery(output.ReadBackPath(), plan);
+        output.ReadBack([&](const std::string& name) { CheckRecovery(name, plan); });
     }
 
     static void CheckLoading(const Context& context, const OutputFile& output, RecoveryPlan& plan) {

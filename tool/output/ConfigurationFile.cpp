@@ -9,11 +9,11 @@ namespace stmdcm {
 
 namespace {
 
-Configuration ReadBack(const OutputFile& output) {
-    if (KindOfName(output.Path()) == ConfigurationKind::Capture) {
-        return Read(Container(output.ReadBackPath())).configuration;
+Configuration ReadAs(ConfigurationKind kind, const std::string& path) {
+    if (kind == ConfigurationKind::Capture) {
+        return Read(Container(path)).configuration;
     }
-    const CaptureFile file(output.ReadBackPath(), CaptureFile::Identifier::Optional);
+    const CaptureFile file(path, CaptureFile::Identifier::Optional);
     Settings settings;
     Configuration configuration;
     settings.Read(file.Read(0, file.Size()), Zu::Wep::Trace::kFileLineLimits);
@@ -29,7 +29,9 @@ std::vector<Difference> WriteConfiguration(const std::string& path, const std::s
     OutputFile output(path, force, inputs);
     output.Write(bytes);
     output.Flush();
-    std::vector<Difference> differences = Compare(expected, ReadBack(output));
+    const Configuration written =
+        output.ReadBack([&](const std::string& name) { return ReadAs(KindOfName(path), name); });
+    std::vector<Difference> differences = Compare(expected, written);
     output.Commit();
     return differences;
 }

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "stmdcm/Failure.h"
 #include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
@@ -159,6 +158,10 @@ bool OutputFile::TakePlace() {
     }
     // A file system that can't tell: nothing was there when the command began.
     return errno == EINVAL && ::rename(m_temporary.c_str(), m_target.c_str()) == 0;
+}
+
+Failure OutputFile::Named(const Failure& failure) const {
+    return failure.File() == ReadBackPath() ? Failure(m_path, failure.Cause()).At(failure.Offset()) : failure;
 }
 
 void OutputFile::Fail(const char* what) const {

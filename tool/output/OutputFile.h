@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "source_utilities/PosixFile.h"
+#include "stmdcm/Failure.h"
 #include "stmdcm/capture/ByteSink.h"
 #include "tool/output/InterruptGuard.h"
 
@@ -36,6 +37,15 @@ class OutputFile final : public ByteSink {
     void Flush();
     /// Under this name the unfinished file can be opened by this process.
     std::string ReadBackPath() const;
+    /// Calls `read(ReadBackPath())`. A Failure of it names the file as the user does.
+    template <class Read>
+    auto ReadBack(Read read) const {
+        try {
+            return read(ReadBackPath());
+        } catch (const Failure& failure) {
+            throw Named(failure);
+        }
+    }
 
     void Commit();
 
@@ -45,6 +55,7 @@ class OutputFile final : public ByteSink {
     void NameTemporary();
     void ForgetTemporary();
     bool TakePlace();
+    Failure Named(const Failure& failure) const;
     [[noreturn]] void Fail(const char* what) const;
 
     std::string m_path;

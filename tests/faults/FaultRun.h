@@ -1,0 +1,54 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/ScratchDir.h"
+
+namespace stmdcm_test {
+
+/// What is to happen to a program that runs under the shim.
+struct FaultPlan {
+    std::string mode = "count";  ///< count, fail, kill, short or alloc
+    unsigned n = 0;              ///< the call that is hit, from 1
+    int error = 5;               ///< which calls can be hit follows from it
+    bool onwards = false;        ///< every call from the n-th on
+};
+
+struct FaultResult {
+    int status = -1;  ///< as a shell tells it: 128 + signal for a program that was killed
+    std::string out;
+    std::string error;
+    unsigned calls = 0;  ///< that the plan could have hit
+    bool isHit = false;
+    std::string hit;  ///< the call and its file
+
+    bool operator==(const FaultResult& other) const { return status == other.status && out == other.out; }
+};
+
+/// The contents of a folder's files by name; links and folders by what they are.
+using Snapshot = std::map<std::string, std::string>;
+
+/// A user's machine of its own: a folder to work in, a home and a temporary folder.
+class FaultMachine {
+  public:
+    FaultMachine();
+
+    /// Runs a program in the folder, with the shim and the plan.
+    FaultResult Run(const std::vector<std::string>& command, const FaultPlan& plan = {}) const;
+    /// Puts the folder's files back as they were given, and removes everything else.
+    void Reset(const Snapshot& files) const;
+    Snapshot Files() const;
+    /// What lies in the home and the temporary folder.
+    Snapshot Left() const;
+
+    std::string Folder() const { return m_root / "work"; }
+
+  private:
+    ScratchDir m_root;
+    std::string m_report;
+    std::vector<std::string> m_environment;
+};
+
+}  // namespace stmdcm_test
