@@ -61,7 +61,8 @@ FaultMachine::FaultMachine() : m_report(m_root / "report") {
 }
 
 FaultResult FaultMachine::Run(const std::vector<std::string>& command, const FaultPlan& plan) const {
-    std::vector<std::string> environment = m_environment;
+    std::vector<std::string> environment = m_more;  // the first of a name counts
+    environment.insert(environment.end(), m_environment.begin(), m_environment.end());
     environment.push_back(std::string(kPlanVariable) + "=" + plan.mode + " " + std::to_string(plan.n) + " " +
                           std::to_string(plan.error) + (plan.onwards ? " onwards" : " once"));
     WriteWhole(m_report, std::string(sizeof(Report), '\0'));
@@ -102,6 +103,7 @@ void FaultMachine::Reset(const Snapshot& files) const {
     }
     for (const auto& [name, bytes] : files) {
         const std::string path = Folder() + "/" + name;
+        fs::create_directories(fs::path(path).parent_path());
         WriteWhole(path, bytes);
         const timespec times[2] = {{1'700'000'100, 0}, {1'700'000'100, 0}};  // what is printed is the same each time
         ::utimensat(AT_FDCWD, path.c_str(), times, 0);

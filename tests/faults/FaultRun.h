@@ -35,6 +35,8 @@ class FaultMachine {
   public:
     FaultMachine();
 
+    /// "NAME=VALUE", for every program, before what a machine has.
+    void AddVariable(const std::string& variable) { m_more.push_back(variable); }
     /// Runs a program in the folder, with the shim and the plan.
     FaultResult Run(const std::vector<std::string>& command, const FaultPlan& plan = {}) const;
     /// Puts the folder's files back as they were given, and removes everything else.
@@ -49,6 +51,7 @@ class FaultMachine {
     ScratchDir m_root;
     std::string m_report;
     std::vector<std::string> m_environment;
+    std::vector<std::string> m_more;
 };
 
 }  // namespace stmdcm_test

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/faults/FaultRun.h"
+
+namespace stmdcm_test {
+
+/// How far apart the calls are that a test hits: all of them where STMDCM_SOAK is set.
+unsigned FaultStep(unsigned usual);
+
+/// Runs one program again and again on the same files, with another of its calls hit each time.
+class FaultTest : public testing::Test {
+  protected:
+    /// `changed`: the file that is changed in place, which may be left as before or as after; empty: none.
+    void Prepare(std::vector<std::string> command, Snapshot files, std::string changed);
+
+    /// Hits each `step`-th call, and fails for what Judge says of the result, or for files neither old nor new.
+    void Try(FaultPlan plan, unsigned step);
+
+    /// What is wrong with a run that did not do all of its work; empty: nothing.
+    virtual std::string Judge(const FaultResult& result, const FaultPlan& plan) = 0;
+
+    /// Whether the changed file reads as after the change.
+    bool IsChanged();
+
+    FaultMachine m_machine;
+    FaultResult m_whole;  ///< of a run without faults
+    Snapshot m_before;
+    Snapshot m_after;
+    /// Whether the program leaves nothing in its home and its temporary folder.
+    bool m_isTidy = true;
+
+  private:
+    FaultResult RunAnew(const FaultPlan& plan) const;
+    std::string Meaning(const std::string& name, const std::string& bytes);
+    std::string WhatIsWrongWithFiles(bool mayClean);
+    std::string WhatIsWrongWith(const std::string& name, const std::string& bytes);
+
+    std::vector<std::string> m_command;
+    std::string m_changed;
+    std::map<std::string, std::string> m_meanings;
+    std::string m_oldMeaning;
+    std::string m_newMeaning;
+    std::set<std::string> m_told;
+};
+
+}  // namespace stmdcm_test

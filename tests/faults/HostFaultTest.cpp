@@ -1,0 +1,96 @@
+// A host of the plug-in, with each of its calls into the system and each allocation failing: no call ends the host,
+// none says that all is well while something is lost, and the next one works.
+
+#include <cerrno>
+#include <cstring>
+#include <sstream>
+
+#include "tests/faults/FaultTest.h"
+#include "tests/tool/SectionList.h"
+#include "trace/format/SectionLayout.h"
+#include "trace/format/StmSections.h"
+
+namespace stmdcm_test {
+namespace {
+
+using namespace Zu::Wep::Trace;
+using stmdcm::MakeSection;
+
+struct Action {
+    const char* name;
+    const char* changes = "";
+};
+
+constexpr char kMine[] = ".ZU-trace/settings/mine.dcm";
+
+const Action kActions[] = {{"load-capture"},         {"load-settings"}, {"load-live"},  {"save-capture", "bare.tdf"},
+                           {"save-settings", kMine}, {"use-cases"},     {"object-file"}};
+
+class HostFaultTest : public FaultTest, public testing::WithParamInterface<Action> {
+  protected:
+    void SetUp() override {
+        Snapshot files;
+        for (const char* name : {"full.tdf", "settings.txt"}) {
+            files[name] = ReadWhole(std::string(STMDCM_TEST_DATA "/") + name);
+        }
+        files[kMine] = files["settings.txt"];
+        files["bare.tdf"] = "TDF2" + MakeSection("TRACE0", 1, "trace") +
+                            MakeSection(kDeviceSectionName, kDeviceSectionVersion, "STM_ATB_Id=7\n");
+        files["example.json"] = ReadWhole(STMDCM_SCENARIO);
+        m_isTidy = false;
+        m_machine.AddVariable("HOME=" + m_machine.Folder());
+        m_machine.AddVariable("STMDCM_SCENARIO=example.json");
+        m_machine.AddVariable("LD_LIBRARY_PATH=" STMDCM_SIMULATOR_DIR);
+        Prepare({STMDCM_FAULT_HOST, STMDCM_PLUGIN, GetParam().name}, files, GetParam().changes);
+        ASSERT_EQ(m_whole.status, 0) << m_whole.error;
+    }
+
+    static bool IsFailure(const std::string& line) { return !line.starts_with("true") && !line.starts_with("done"); }
+
+    std::string Judge(const FaultResult& result, const FaultPlan& plan) override {
+        if (result.status != 0) {
+            return "the host ended " + std::to_string(result.status);
+        }
+        std::istringstream whole(m_whole.out), now(result.out);
+        unsigned differences = 0;
+        bool isToldToBeDone = true;
+        for (std::string expected, line; std::getline(whole, expected) && std::getline(now, line);) {
+            differences += line == expected ? 0U : 1U;
+            isToldToBeDone = isToldToBeDone && !IsFailure(line);
+            if (line != expected && !IsFailure(line)) {
+                return "another result, and no failure";
+            }
+        }
+        // A settings file that can't be opened is quietly left alone.
+        const bool isQuiet =
+            GetParam().name == std::string("save-settings") && (plan.error == EMFILE || plan.error == EACCES);
+        if (*GetParam().changes != '\0' && isToldToBeDone && !isQuiet && !IsChanged()) {
+            return "true, and nothing is saved";
+        }
+        return !plan.onwards && differences > 1 ? "the next call failed, too" : "";
+    }
+};
+
+TEST_P(HostFaultTest, LosesNothingInSilence) {
+    for (const int error : {ENOSPC, EIO, EINTR, EMFILE, EACCES, ENOLCK}) {
+        for (const bool onwards : {false, true}) {
+            Try({"fail", 0, error, onwards}, FaultStep(7));
+        }
+    }
+    Try({"short", 0, EIO, true}, FaultStep(7));
+}
+
+TEST_P(HostFaultTest, MemoryThatRunsOutEndsNoHost) {
+    for (const bool onwards : {false, true}) {
+        Try({"alloc", 0, ENOMEM, onwards}, FaultStep(23));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, HostFaultTest, testing::ValuesIn(kActions), [](const auto& action) {
+    std::string name = action.param.name;
+    name.erase(name.find('-'), name.find('-') == std::string::npos ? 0 : 1);
+    return name;
+});
+
+}  // namespace
+}  // namespace stmdcm_test
