@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <map>
+#include <string_view>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 
 #include "stmdcm/reading/Words.h"
@@ -56,10 +58,22 @@ FieldTexts Flatten(const Item& item) {
     return texts;
 }
 
-const FieldText* Find(const FieldTexts& texts, const std::string& name) {
-    const auto found = std::find_if(texts.begin(), texts.end(), [&](const auto& text) { return text.first == name; });
-    return found == texts.end() ? nullptr : &found->second;
-}
+/// The texts by their names, which are unlike each other.
+class FieldIndex {
+  public:
+    explicit FieldIndex(const FieldTexts& texts) {
+        for (const auto& [name, text] : texts) {
+            m_texts.emplace(name, &text);
+        }
+    }
+    const FieldText* Find(const std::string& name) const {
+        const auto found = m_texts.find(name);
+        return found == m_texts.end() ? nullptr : found->second;
+    }
+
+  private:
+    std::unordered_map<std::string_view, const FieldText*> m_texts;
+};
 
 std::optional<std::string> WordsOf(const FieldText* text) {
     return text == nullptr ? std::nullopt : std::optional(text->words);
@@ -99,14 +113,15 @@ class Comparer {
 
   private:
     void CompareFields(const char* kind, const std::string& item, const FieldTexts& left, const FieldTexts& right) {
+        const FieldIndex leftIndex(left), rightIndex(right);
         for (const auto& [name, text] : left) {
-            const FieldText* other = Find(right, name);
+            const FieldText* other = rightIndex.Find(name);
             if (other == nullptr || other->exact != text.exact) {
                 m_differences.push_back({kind, item, name, text.words, WordsOf(other)});
             }
         }
         for (const auto& [name, text] : right) {
-            if (Find(left, name) == nullptr) {
+            if (leftIndex.Find(name) == nullptr) {
                 m_differences.push_back({kind, item, name, std::nullopt, text.words});
             }
         }
