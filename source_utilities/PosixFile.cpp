@@ -97,6 +97,10 @@ PosixFile PosixFile::Open(const char* path, int flags, mode_t mode) {
     return PosixFile(Retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
 }
 
+PosixFile PosixFile::OpenAtOnce(const char* path, int flags, mode_t mode) {
+    return Open(path, flags | O_NONBLOCK | O_NOCTTY, mode);
+}
+
 bool PosixFile::Close() {
     if (!IsOpen()) {
         return true;
@@ -144,7 +148,8 @@ bool PosixFile::Write(std::string_view bytes) const {
     return IsComplete(Transfer(bytes.size(), step), bytes.size());
 }
 
-bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_view> pieces) const {
+bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_view> pieces,
+                        std::uint64_t* done) const {
     std::size_t size = 0;
     for (const std::string_view piece : pieces) {
         size += piece.size();
@@ -152,11 +157,18 @@ bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_
     if (!IsWithinSizeLimit(offset + size)) {
         return false;
     }
-    const auto step = [&](std::size_t done) {
-        const std::vector<iovec> rest = Remainder(pieces, done);
-        return ::pwritev(m_descriptor, rest.data(), static_cast<int>(rest.size()), static_cast<off_t>(offset + done));
+    const auto step = [&](std::size_t behind) {
+        if (done != nullptr) {
+            *done = behind;
+        }
+        const std::vector<iovec> rest = Remainder(pieces, behind);
+        return ::pwritev(m_descriptor, rest.data(), static_cast<int>(rest.size()), static_cast<off_t>(offset + behind));
     };
-    return IsComplete(Transfer(size, step), size);
+    const bool isComplete = IsComplete(Transfer(size, step), size);
+    if (done != nullptr && isComplete) {
+        *done = size;
+    }
+    return isComplete;
 }
 
 std::optional<std::uint64_t> PosixFile::Size() const {
@@ -166,6 +178,14 @@ std::optional<std::uint64_t> PosixFile::Size() const {
     }
     const off_t end = ::lseek(m_descriptor, 0, SEEK_END);
     return end < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(end));
+}
+
+std::uint64_t PosixFile::NextData(std::uint64_t offset) const {
+    const off_t data = ::lseek(m_descriptor, static_cast<off_t>(offset), SEEK_DATA);
+    if (data >= 0) {
+        return static_cast<std::uint64_t>(data);
+    }
+    return errno == ENXIO ? Size().value_or(offset) : offset;
 }
 
 bool PosixFile::Truncate(std::uint64_t size) const {
