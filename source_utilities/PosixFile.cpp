@@ -114,20 +114,23 @@ std::optional<std::size_t> PosixFile::Read(void* buffer, std::size_t size) const
         size, [&](std::size_t done) { return ::read(m_descriptor, static_cast<char*>(buffer) + done, size - done); });
 }
 
-bool PosixFile::ReadToEnd(std::string& bytes) const {
+PosixFile::ReadEnd PosixFile::ReadToEnd(std::string& bytes, std::size_t limit) const {
     constexpr std::size_t kAtOnce = 64 << 10;
     struct stat info {};
     const bool hasSize = ::fstat(m_descriptor, &info) == 0 && S_ISREG(info.st_mode);
-    bytes.reserve(bytes.size() + (hasSize ? static_cast<std::size_t>(info.st_size) + 1 : kAtOnce));
-    for (;;) {
-        const std::size_t size = bytes.size();
-        bytes.resize(size < bytes.capacity() ? bytes.capacity() : size + kAtOnce);
+    bytes.clear();
+    bytes.reserve(std::min(limit, hasSize ? static_cast<std::size_t>(info.st_size) : kAtOnce) + 1);
+    for (std::size_t size = 0; size <= limit;) {  // one byte more tells whether there is more
+        bytes.resize(std::min(limit + 1, size < bytes.capacity() ? bytes.capacity() : size + kAtOnce));
         const ssize_t count = Retry([&] { return ::read(m_descriptor, bytes.data() + size, bytes.size() - size); });
-        bytes.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        size += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        bytes.resize(size);
         if (count <= 0) {
-            return count == 0;
+            return count == 0 ? ReadEnd::EndOfFile : ReadEnd::Failure;
         }
     }
+    bytes.resize(limit);
+    return ReadEnd::Limit;
 }
 
 std::optional<std::size_t> PosixFile::ReadAt(std::uint64_t offset, void* buffer, std::size_t size) const {

@@ -36,8 +36,10 @@ class PosixFile {
     /// Up to `size` bytes: fewer only at the end of the file.
     std::optional<std::size_t> Read(void* buffer, std::size_t size) const;
     std::optional<std::size_t> ReadAt(std::uint64_t offset, void* buffer, std::size_t size) const;
-    /// Everything from the descriptor's own position on. False when reading fails; what was read before is in `bytes`.
-    bool ReadToEnd(std::string& bytes) const;
+    enum class ReadEnd { EndOfFile, Limit, Failure };
+    /// Everything from the descriptor's own position on, but no more than `limit` bytes; also what was read before a
+    /// failure.
+    ReadEnd ReadToEnd(std::string& bytes, std::size_t limit) const;
     /// All bytes, at the descriptor's own position. The file-size limit counts as for WriteAt.
     bool Write(std::string_view bytes) const;
     /// All pieces, one behind the other, in one gathered write where the system takes it whole.

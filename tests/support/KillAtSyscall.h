@@ -66,6 +66,9 @@ inline int WatchSyscalls(const Work& work, const std::function<void(pid_t, const
             atCall(child, info);
         }
     }
+    if (WIFSTOPPED(status)) {  // killed while it stood still
+        ::waitpid(child, &status, 0);
+    }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

@@ -129,16 +129,17 @@ TEST_F(CaptureSaveTest, SurvivesALossOfPower) {
 }
 
 TEST_F(CaptureSaveTest, GivesTheBytesOfTheTwoStepProtocol) {
-    for (const std::string& settings : {std::string("settings"), std::string(MaxSectionLength - 100, 's')}) {
-        m_settings = settings;
-        Copy("empty.tdf");
-        EXPECT_EQ(Save(), 0);
-        const std::string saved = ReadWhole(m_file);
-        Copy("empty.tdf");
-        CaptureTest::Save(kCommonSectionName, 1, m_common);
-        CaptureTest::Save(kStmSectionName, 1, m_settings);
-        EXPECT_TRUE(saved == ReadWhole(m_file));
-    }
+    Copy("empty.tdf");
+    EXPECT_EQ(Save(), 0);
+    const std::string saved = ReadWhole(m_file);
+    Copy("empty.tdf");
+    CaptureTest::Save(kCommonSectionName, 1, m_common);
+    CaptureTest::Save(kStmSectionName, 1, m_settings);
+    EXPECT_EQ(saved, ReadWhole(m_file));
+    Copy("empty.tdf");
+    m_settings.resize(MaxSectionLength - 30);  // with the other it would be more than a search passes
+    EXPECT_EQ(Save(), 0);
+    EXPECT_EQ(OpenCapture(m_file).PayloadLength(kStmSection), m_settings.size());
 }
 
 TEST_F(CaptureSaveTest, ChangesNoForeignByteAndMakesNothingLong) {

@@ -25,7 +25,7 @@ inline std::string ReadSection(const char* path, const char* name, unsigned int 
 
 /// A copy of a reference capture to work on.
 struct CaptureTest : ::testing::Test {
-    const stmdcm_test::ScratchDir m_directory{::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp"};  // a sync waits
+    const stmdcm_test::ScratchDir m_directory{stmdcm_test::MemoryDirectory()};
     const std::string m_file = m_directory / "capture.tdf";
     const char* m_path = m_file.c_str();
     TDFHandler m_handler;

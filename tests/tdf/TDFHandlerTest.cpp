@@ -57,8 +57,12 @@ TEST_F(TDFHandlerTest, KeepsTheRulesOfNamesPartsAndExtensions) {
     EXPECT_FALSE(m_handler.HasExtension(nullptr, "tdf") || m_handler.ISTDF(nullptr) || FileSize(nullptr) != 0);
 }
 
-TEST_F(TDFHandlerTest, ReadsAndWritesTheIdentifierOfAPipe) {
+TEST_F(TDFHandlerTest, ReadsAndWritesTheIdentifierOfAPipeAndWaitsForNobody) {
     ASSERT_EQ(::mkfifo(m_path, 0600), 0);
+    EXPECT_FALSE(m_handler.ISTDF(m_path));
+    EXPECT_EQ(AppendSection(m_file, "n", 1, "d"), SaveTarget::NotACapture);
+    EXPECT_EQ(ErrorOf([&] { m_handler.CreateTDFFile(m_path); }), "Could not create TDF file as specified.");
+    EXPECT_EQ(ErrorOf([&] { ReadSection(m_path, "n", 1); }), "Invalid TDF format.");
     const ZU_WEP::PosixFile other = ZU_WEP::PosixFile::Open(m_path, O_RDWR);  // both ends, so that nobody waits
     for (const char* bytes : {"TDF2", "TDF3"}) {
         ASSERT_TRUE(other.Write(bytes));

@@ -194,19 +194,23 @@ void StmDeviceConfigManager::ReadRecords(const BlockText& blocks) {
 }
 
 bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
-    const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY);
+    const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::OpenAtOnce(path.c_str(), O_RDONLY);
     if (!file.IsOpen()) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: LoadSTMConfiguration fail to open file: %s", path.c_str());
         return false;
     }
     std::string content;
-    const bool isWhole = file.ReadToEnd(content);
+    const auto end = file.ReadToEnd(content, kMaxSettingsFileSize);
+    if (end == ZU_WEP::PosixFile::ReadEnd::Limit) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s is longer than %zu bytes, the rest is not read", path.c_str(),
+                    kMaxSettingsFileSize);
+    }
     SettingsLog log(path);
     const SettingsText text(std::move(content), kFileLineLimits, Applier(), &log);
-    if (isWhole) {
+    if (end != ZU_WEP::PosixFile::ReadEnd::Failure) {
         ReadRecords(text.Blocks());
     }
-    return isWhole && text.IsClean();
+    return end == ZU_WEP::PosixFile::ReadEnd::EndOfFile && text.IsClean();
 }
 
 bool StmDeviceConfigManager::LoadSTMConfigurationLive(const std::string& name) {
