@@ -38,12 +38,14 @@ CDeviceConfigManagerCommon::CDeviceConfigManagerCommon() : CDeviceConfigManagerC
 
 CDeviceConfigManagerCommon::CDeviceConfigManagerCommon(CPUInfo* cpu, CDeviceIdentifier* id)
     : m_cpuInfo(cpu), m_deviceIdentifier(id), m_factoryLibrary(nullptr, -1) {
+    TraceEnvironment::ManagerBegins();
     environment.Prepare();
 }
 
 CDeviceConfigManagerCommon::~CDeviceConfigManagerCommon() {
     DisconnectLiveSystem();
     ClearObjectFiles();
+    TraceEnvironment::ManagerEnds();
 }
 
 void CDeviceConfigManagerCommon::RegisterEventHandler(CDeviceConfigEvents* handler) { m_eventHandler = handler; }
