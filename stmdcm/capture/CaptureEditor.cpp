@@ -99,7 +99,7 @@ void CaptureEditor::RequireReachableEnd() const {
                                   "not be found; nothing was changed",
                                   Container::kMaxSections));
     }
-    if (!m_end.reachable) {
+    if (!m_end.reachable || m_container.Stop() == ScanStop::ReadError) {
         throw Failure(
             m_file.Path(),
             fmt::format(
