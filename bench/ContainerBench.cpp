@@ -10,8 +10,8 @@
 #include <cstring>
 #include <string>
 
+#include "tests/support/AppendSection.h"
 #include "trace/format/SectionLayout.h"
-#include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace {
@@ -98,7 +98,7 @@ void AppendOurs(benchmark::State& state) {
     const TemporaryFile file;
     file.WriteAt(0, std::string(TDFIdentifier));
     for (auto _ : state) {
-        AppendSection(file.Path(), "BENCH", 1, kPayload);
+        stmdcm_test::AppendSection(file.Path(), "BENCH", 1, kPayload);
         state.PauseTiming();
         if (::truncate(file.Path(), FirstSectionOffset) != 0) std::exit(1);
         state.ResumeTiming();

@@ -11,11 +11,11 @@
 #include <string_view>
 
 #include "host/vorn/vornError.h"
+#include "tests/support/AppendSection.h"
 #include "trace/tdf/OpenCapture.h"
-#include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/TDFHandler.h"
 
-using Zu::Wep::Trace::AppendSection;
+using stmdcm_test::AppendSection;
 using Zu::Wep::Trace::OpenCapture;
 using Zu::Wep::Trace::TDFHandler;
 
@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto before = Read(path, "NEW");
     try {
-        AppendSection(path.c_str(), "NEW", 1, "appended");
+        AppendSection(path, "NEW", 1, "appended");
         // Found, unless an older one hides it or no search comes to the end.
         const auto after = Read(path, "NEW");
         Require(before ? after.has_value() : !after || *after == "appended");

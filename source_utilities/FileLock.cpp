@@ -15,23 +15,22 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds FirstPause{1};
 constexpr std::chrono::milliseconds LongestPause{20};
 
-/// False when `operation` was not done because another holds a lock.
 bool Lock(int descriptor, int operation) {
     int result = 0;
     do {
         result = ::flock(descriptor, operation);
     } while (result == -1 && errno == EINTR);
-    return result == 0 || errno != EWOULDBLOCK;
+    return result == 0;
 }
 
 }  // namespace
 
-FileLock::FileLock(const PosixFile& file) : m_descriptor(file.Descriptor()) { Lock(m_descriptor, LOCK_EX); }
+FileLock::FileLock(const PosixFile& file) : m_descriptor(file.Descriptor()) { m_isHeld = Lock(m_descriptor, LOCK_EX); }
 
 FileLock::FileLock(const PosixFile& file, LockPatience& patience) : m_descriptor(file.Descriptor()) {
     const Clock::time_point end = Clock::now() + patience.left;
     std::chrono::nanoseconds pause = FirstPause;
-    while (!Lock(m_descriptor, LOCK_EX | LOCK_NB)) {
+    while (!(m_isHeld = Lock(m_descriptor, LOCK_EX | LOCK_NB)) && errno == EWOULDBLOCK) {
         patience.left = end - Clock::now();
         if (patience.left <= patience.left.zero()) {
             patience.hasRunOut = true;
@@ -43,6 +42,10 @@ FileLock::FileLock(const PosixFile& file, LockPatience& patience) : m_descriptor
     patience.left = std::max(end - Clock::now(), patience.left.zero());
 }
 
-FileLock::~FileLock() { ::flock(m_descriptor, LOCK_UN); }
+FileLock::~FileLock() {
+    if (m_isHeld) {
+        ::flock(m_descriptor, LOCK_UN);
+    }
+}
 
 }  // namespace ZU_WEP

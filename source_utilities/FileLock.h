@@ -12,7 +12,7 @@ struct LockPatience {
     bool hasRunOut = false;  ///< a lock was not had in this time: the work goes on without it
 };
 
-/// Holds the file's exclusive flock(2). Has no effect on file systems without such locks.
+/// Holds the file's exclusive flock(2), where it can be had.
 class FileLock {
   public:
     /// Borrows `file`, which must stay open as long as this lives. Waits for as long as it takes.
@@ -23,8 +23,12 @@ class FileLock {
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
 
+    /// False when the patience has run out, and on file systems without such locks.
+    bool IsHeld() const { return m_isHeld; }
+
   private:
     int m_descriptor;
+    bool m_isHeld = false;
 };
 
 }  // namespace ZU_WEP

@@ -97,6 +97,10 @@ PosixFile PosixFile::Open(const char* path, int flags, mode_t mode) {
     return PosixFile(Retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
 }
 
+PosixFile PosixFile::OpenAtOnce(const char* path, int flags, mode_t mode) {
+    return Open(path, flags | O_NONBLOCK | O_NOCTTY, mode);
+}
+
 bool PosixFile::Close() {
     if (!IsOpen()) {
         return true;
@@ -110,20 +114,23 @@ std::optional<std::size_t> PosixFile::Read(void* buffer, std::size_t size) const
         size, [&](std::size_t done) { return ::read(m_descriptor, static_cast<char*>(buffer) + done, size - done); });
 }
 
-bool PosixFile::ReadToEnd(std::string& bytes) const {
+PosixFile::ReadEnd PosixFile::ReadToEnd(std::string& bytes, std::size_t limit) const {
     constexpr std::size_t kAtOnce = 64 << 10;
     struct stat info {};
     const bool hasSize = ::fstat(m_descriptor, &info) == 0 && S_ISREG(info.st_mode);
-    bytes.reserve(bytes.size() + (hasSize ? static_cast<std::size_t>(info.st_size) + 1 : kAtOnce));
-    for (;;) {
-        const std::size_t size = bytes.size();
-        bytes.resize(size < bytes.capacity() ? bytes.capacity() : size + kAtOnce);
+    bytes.clear();
+    bytes.reserve(std::min(limit, hasSize ? static_cast<std::size_t>(info.st_size) : kAtOnce) + 1);
+    for (std::size_t size = 0; size <= limit;) {  // one byte more tells whether there is more
+        bytes.resize(std::min(limit + 1, size < bytes.capacity() ? bytes.capacity() : size + kAtOnce));
         const ssize_t count = Retry([&] { return ::read(m_descriptor, bytes.data() + size, bytes.size() - size); });
-        bytes.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        size += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        bytes.resize(size);
         if (count <= 0) {
-            return count == 0;
+            return count == 0 ? ReadEnd::EndOfFile : ReadEnd::Failure;
         }
     }
+    bytes.resize(limit);
+    return ReadEnd::Limit;
 }
 
 std::optional<std::size_t> PosixFile::ReadAt(std::uint64_t offset, void* buffer, std::size_t size) const {
@@ -144,7 +151,8 @@ bool PosixFile::Write(std::string_view bytes) const {
     return IsComplete(Transfer(bytes.size(), step), bytes.size());
 }
 
-bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_view> pieces) const {
+bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_view> pieces,
+                        std::uint64_t* done) const {
     std::size_t size = 0;
     for (const std::string_view piece : pieces) {
         size += piece.size();
@@ -152,11 +160,18 @@ bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_
     if (!IsWithinSizeLimit(offset + size)) {
         return false;
     }
-    const auto step = [&](std::size_t done) {
-        const std::vector<iovec> rest = Remainder(pieces, done);
-        return ::pwritev(m_descriptor, rest.data(), static_cast<int>(rest.size()), static_cast<off_t>(offset + done));
+    const auto step = [&](std::size_t behind) {
+        if (done != nullptr) {
+            *done = behind;
+        }
+        const std::vector<iovec> rest = Remainder(pieces, behind);
+        return ::pwritev(m_descriptor, rest.data(), static_cast<int>(rest.size()), static_cast<off_t>(offset + behind));
     };
-    return IsComplete(Transfer(size, step), size);
+    const bool isComplete = IsComplete(Transfer(size, step), size);
+    if (done != nullptr && isComplete) {
+        *done = size;
+    }
+    return isComplete;
 }
 
 std::optional<std::uint64_t> PosixFile::Size() const {
@@ -166,6 +181,14 @@ std::optional<std::uint64_t> PosixFile::Size() const {
     }
     const off_t end = ::lseek(m_descriptor, 0, SEEK_END);
     return end < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(end));
+}
+
+std::uint64_t PosixFile::NextData(std::uint64_t offset) const {
+    const off_t data = ::lseek(m_descriptor, static_cast<off_t>(offset), SEEK_DATA);
+    if (data >= 0) {
+        return static_cast<std::uint64_t>(data);
+    }
+    return errno == ENXIO ? Size().value_or(offset) : offset;
 }
 
 bool PosixFile::Truncate(std::uint64_t size) const {

@@ -102,6 +102,7 @@ std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::op
         return ReplaceResult::CannotOpen;
     }
     const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
+    TemporaryFile::RemoveLeftovers(directory);
     TemporaryFile temporary(directory, old ? S_IRUSR | S_IWUSR : 0666);
     if (!temporary.Exists()) {
         return IsRefusal(errno) ? std::nullopt : std::optional(OpenFailure());
@@ -121,7 +122,7 @@ std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::op
 }  // namespace
 
 ReplaceResult ReplaceFile(const std::string& path, const std::function<std::string()>& build) {
-    PosixFile file = PosixFile::Open(path.c_str(), O_WRONLY);
+    PosixFile file = PosixFile::OpenAtOnce(path.c_str(), O_WRONLY);
     if (!file.IsOpen() && errno != ENOENT) {
         return OpenFailure();
     }
@@ -135,7 +136,7 @@ ReplaceResult ReplaceFile(const std::string& path, const std::function<std::stri
         if (const auto result = ReplaceWhole(path, old, text)) {
             return *result;
         }
-        file = PosixFile::Open(path.c_str(), old ? O_WRONLY : O_WRONLY | O_CREAT);
+        file = PosixFile::OpenAtOnce(path.c_str(), old ? O_WRONLY : O_WRONLY | O_CREAT);
         if (!file.IsOpen()) {
             return OpenFailure();
         }

@@ -16,12 +16,14 @@ enum class ReplaceResult {
 /// as it was.
 ///
 /// The file is replaced whole, by a temporary file beside it that is renamed over it, with mode and owner kept: after a
-/// failure, or a kill at any moment, it holds all of its old or all of its new content (a kill can leave the temporary
-/// file, named ".stmdcm-*.tmp"). Only where that can't be done it is written in place: for want of the right to create
-/// a file there or to keep the owner, because the temporary file's name would be too long, or because the target is not
-/// a regular file with a name. A kill can then leave line feeds behind the new content, up to the old length.
+/// failure, or a kill at any moment, it holds all of its old or all of its new content. A kill can leave the temporary
+/// file, named ".stmdcm-*.tmp"; the next call for a file of the same directory removes it. Only where that can't be
+/// done it is written in place: for want of the right to create a file there or to keep the owner, because the
+/// temporary file's name would be too long, or because the target is not a regular file with a name. A kill can then
+/// leave line feeds behind the new content, up to the old length.
 ///
-/// One free descriptor is enough, and no signal is raised (SIGXFSZ, SIGPIPE). `errno` tells the reason of CannotOpen
+/// Waits for nobody: a pipe that nobody reads can't be opened. One free descriptor is enough, and no signal is raised
+/// (SIGXFSZ, SIGPIPE). `errno` tells the reason of CannotOpen
 /// and Failed. Never throws by itself but for want of memory.
 ReplaceResult ReplaceFile(const std::string& path, const std::function<std::string()>& build);
 

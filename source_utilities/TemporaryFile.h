@@ -9,10 +9,14 @@
 
 namespace ZU_WEP {
 
-/// A file of a unique name, ".stmdcm-*.tmp", open for writing; removed again unless it takes another one's place. What
-/// returns false leaves the reason in `errno`.
+/// A file of a unique name, ".stmdcm-PROCESS-NUMBER.tmp", open for writing and locked by flock(2); removed again unless
+/// it takes another one's place. What returns false leaves the reason in `errno`.
 class TemporaryFile {
   public:
+    /// Removes those in the directory that a process has left which is gone: no process has its number, and none holds
+    /// the lock. Needs one descriptor at a time.
+    static void RemoveLeftovers(const std::string& directory);
+
     /// Makes it in the directory; ask Exists whether that worked.
     TemporaryFile(const std::string& directory, mode_t mode);
     TemporaryFile(const TemporaryFile&) = delete;

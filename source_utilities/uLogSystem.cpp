@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <memory>
+#include <utility>
 
 #include "source_utilities/Log.h"
 #include "source_utilities/uEnvironment.h"
@@ -56,6 +57,20 @@ uLogSystem* uLogSystem::GetLogSystem() {
         m_pSystem = new uLogSystem;
     }
     return m_pSystem;
+}
+
+void uLogSystem::End() noexcept {
+    uLogSystem* const system = std::exchange(m_pSystem, nullptr);
+    if (system == nullptr) {
+        return;
+    }
+    for (const auto& [name, logger] : system->m_loggers) {
+        if (logger != system->m_logger) {
+            delete logger;
+        }
+    }
+    system->m_initCount = 0;  // so that the destructor deletes the current one
+    delete system;
 }
 
 bool uLogSystem::InitLog(const char* fileName, const char* levelVar, const char* dirVar, bool multiple) {

@@ -18,8 +18,10 @@ class uLogSystem {
     uLogSystem(const uLogSystem&) = delete;
     uLogSystem& operator=(const uLogSystem&) = delete;
 
-    /// Creates the instance on first use. The library never destroys it.
+    /// Creates the instance on first use.
     static uLogSystem* GetLogSystem();
+    /// Deletes the instance and every logger: for a library that is unloaded. The next use creates a new one.
+    static void End() noexcept;
 
     /// Installs a logger that appends to `fileName`, in the directory that the variable `dirVar` names when it is given
     /// and set, at the level in the variable `levelVar`. With `multiple` there is one logger per `fileName`. True and

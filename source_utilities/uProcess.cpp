@@ -1,22 +1,26 @@
 #include "source_utilities/uProcess.h"
 
+#include <dirent.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
-#include <filesystem>
+#include <climits>
+#include <cstdio>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
-#include <string>
+#include <string_view>
 #include <system_error>
 
 namespace ZU_WEP {
 
 namespace {
 
-std::optional<unsigned long> PidOf(const std::string& name) {
+std::optional<unsigned long> PidOf(std::string_view name) {
     unsigned long pid = 0;
     const char* end = name.data() + name.size();
     const auto [stop, failure] = std::from_chars(name.data(), end, pid);
@@ -26,19 +30,27 @@ std::optional<unsigned long> PidOf(const std::string& name) {
     return pid;
 }
 
-/// The id of the first process that `wanted(pid, directory)` accepts, else 0.
+/// The id of the first process that `wanted(pid)` accepts, else 0. Throws nothing: no host ends for want of memory.
 template <typename Wanted>
 unsigned long FindProcess(Wanted wanted) {
-    std::error_code failure;
-    std::filesystem::directory_iterator entry("/proc/", failure);
-    while (!failure && entry != std::filesystem::directory_iterator()) {
-        const std::optional<unsigned long> pid = PidOf(entry->path().filename());
-        if (pid && wanted(*pid, entry->path())) {
+    const auto close = [](DIR* directory) { ::closedir(directory); };
+    const std::unique_ptr<DIR, decltype(close)> directory(::opendir("/proc/"), close);
+    while (const dirent* entry = directory != nullptr ? ::readdir(directory.get()) : nullptr) {
+        const std::optional<unsigned long> pid = PidOf(entry->d_name);
+        if (pid && wanted(*pid)) {
             return *pid;
         }
-        entry.increment(failure);
     }
     return 0;
+}
+
+bool RunsFile(unsigned long pid, const char* name) {
+    char link[64];
+    std::snprintf(link, sizeof link, "/proc/%lu/exe", pid);
+    char executable[PATH_MAX + 1];
+    const ssize_t length = ::readlink(link, executable, sizeof executable - 1);
+    executable[length < 0 ? 0 : length] = '\0';
+    return length >= 0 && std::strstr(executable, name) != nullptr;
 }
 
 }  // namespace
@@ -76,18 +88,11 @@ bool uProcess::TerminateProcess(unsigned long pid) {
 }
 
 unsigned long uProcess::LookupProcess(unsigned long pid) {
-    return FindProcess([pid](unsigned long found, const std::filesystem::path&) { return found == pid; });
+    return FindProcess([pid](unsigned long found) { return found == pid; });
 }
 
 unsigned long uProcess::LookupProcess(const char* name, unsigned long /*unused*/) {
-    if (name == nullptr) {
-        return 0;
-    }
-    return FindProcess([name](unsigned long, const std::filesystem::path& directory) {
-        std::error_code failure;
-        const std::string executable = std::filesystem::read_symlink(directory / "exe", failure);
-        return !failure && executable.find(name) != std::string::npos;
-    });
+    return name == nullptr ? 0 : FindProcess([name](unsigned long pid) { return RunsFile(pid, name); });
 }
 
 }  // namespace ZU_WEP

@@ -6,6 +6,7 @@
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/Retired.h"
+#include "trace/tdf/AppendAt.h"
 
 namespace stmdcm {
 
@@ -21,8 +22,24 @@ const std::string& CheckedPath(const std::string& path) {
 
 }  // namespace
 
-CaptureEditor::CaptureEditor(const std::string& path)
-    : m_file(CheckedPath(path)), m_container(path), m_end(RequireReachableEnd()) {}
+CaptureEditor::CaptureEditor(const std::string& path, ChangeMode mode)
+    : m_mode(mode), m_file(CheckedPath(path)), m_end(FindEnd()), m_container(path) {
+    RequireReachableEnd();
+}
+
+/// The end as it is to be; names are given at once, since they decide which sections are read.
+ChainEnd CaptureEditor::FindEnd() const {
+    FileSectionSource source(m_file.File());
+    const ChainEnd end = FindChainEnd(source, m_file.File().Size().value_or(0), ChainLock::Held);
+    if (m_mode == ChangeMode::Write && !WriteFields(m_file.File(), end.names)) {
+        const int error = errno;
+        throw Failure(m_file.Path(),
+                      fmt::format("an interrupted save in the file can't be ended: {}; the configuration "
+                                  "before it is in force, or its own",
+                                  ZU_WEP::ErrnoText(error)));
+    }
+    return end;
+}
 
 CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sections) const {
     Plan plan;
@@ -43,16 +60,16 @@ CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sectio
     return plan;
 }
 
-bool CaptureEditor::Replace(const std::vector<NewSection>& sections, ChangeMode mode) {
+bool CaptureEditor::Replace(const std::vector<NewSection>& sections) {
     const Plan plan = Prepare(sections);
-    if (mode == ChangeMode::Write) {
+    if (m_mode == ChangeMode::Write) {
         Write(plan);
     }
-    return mode == ChangeMode::Write;
+    return m_mode == ChangeMode::Write;
 }
 
 void CaptureEditor::Write(const Plan& plan) {
-    Append(m_end.offset, plan.bytes);
+    Append(plan.bytes);
     for (const VersionWrite& write : plan.switches) {
         Switch(write);
     }
@@ -63,9 +80,11 @@ void CaptureEditor::Write(const Plan& plan) {
     }
 }
 
-ChainEnd CaptureEditor::RequireReachableEnd() const {
+void CaptureEditor::RequireReachableEnd() const {
+    const std::uint64_t checkedEnd = m_end.lastSection + (m_end.lengths.empty() ? 1 : 0);
     for (const Section& section : m_container.Sections()) {
-        if (section.IsTooShort()) {  // What follows overlaps it, so a write may not mean what it should.
+        // What follows a short one overlaps it, so a write may not mean what it should.
+        if (section.IsTooShort() && section.offset < checkedEnd) {
             throw Failure(
                 m_file.Path(),
                 fmt::format(
@@ -74,15 +93,13 @@ ChainEnd CaptureEditor::RequireReachableEnd() const {
                 .At(section.offset);
         }
     }
-    FileSectionSource source(m_file.File());
-    const ChainEnd end = FindChainEnd(source, m_container.Stop(), m_container.StopOffset(), m_container.Size());
-    if (!end.reachable && m_container.HasMore()) {
+    if (m_container.HasMore()) {
         throw Failure(m_file.Path(),
                       fmt::format("there are more than {} sections, so what would stand behind them could "
                                   "not be found; nothing was changed",
                                   Container::kMaxSections));
     }
-    if (!end.reachable) {
+    if (!m_end.reachable || m_container.Stop() == ScanStop::ReadError) {
         throw Failure(
             m_file.Path(),
             fmt::format(
@@ -91,15 +108,14 @@ ChainEnd CaptureEditor::RequireReachableEnd() const {
                 m_container.StopOffset(), ScanStopText(m_container.Stop())))
             .At(m_container.StopOffset());
     }
-    return end;
 }
 
 /// All that a search would find if those in front of them were not there.
 std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) const {
     std::vector<const Section*> found;
     for (const Section& each : m_container.Sections()) {
-        if ((each.use != SectionUse::Read && each.use != SectionUse::Shadowed) || each.version != section.version ||
-            !m_container.HasName(each, section.name)) {
+        if (each.offset > m_end.lastSection || (each.use != SectionUse::Read && each.use != SectionUse::Shadowed) ||
+            each.version != section.version || !m_container.HasName(each, section.name)) {
             continue;
         }
         if (each.use == SectionUse::Read && m_container.IsTorn(each)) {
@@ -124,10 +140,10 @@ std::string CaptureEditor::Encode(const NewSection& section, std::uint32_t versi
     return EncodeSectionStart(static_cast<std::uint32_t>(length), section.name, version) + section.payload;
 }
 
-void CaptureEditor::Append(std::uint64_t offset, const std::string& bytes) {
-    const AppendResult result = AppendAt(m_file.File(), m_container.Size(), offset, {bytes});
-    const int error = errno;
-    if (result != AppendResult::Done) {
+void CaptureEditor::Append(const std::string& bytes) {
+    const bool isMended = MendChain(m_file.File(), m_end);
+    if (!isMended || AppendAt(m_file.File(), m_container.Size(), m_end.offset, {bytes}) != AppendResult::Done) {
+        const int error = errno;
         throw Failure(m_file.Path(),
                       fmt::format("the file can't be written: {}; nothing was changed", ZU_WEP::ErrnoText(error)));
     }

@@ -23,8 +23,9 @@ struct NewSection {
 /// meanwhile is what will be replaced. Every failure is a Failure that names the file.
 class CaptureEditor {
   public:
-    /// Refuses a capture in which a new section could not be found.
-    explicit CaptureEditor(const std::string& path);
+    /// Refuses a capture in which a new section could not be found. Unless nothing is to be written, a save that was
+    /// interrupted in its last step gets that.
+    explicit CaptureEditor(const std::string& path, ChangeMode mode = ChangeMode::Write);
 
     /// As it was when the lock was taken.
     const Container& Contents() const { return m_container; }
@@ -32,7 +33,7 @@ class CaptureEditor {
     /// Call it once. Each section comes into force by itself, in the order of the list. A failure before that leaves
     /// the capture as it was; a later one leaves some of the new sections in force, each of them whole. Gives whether
     /// they were written.
-    bool Replace(const std::vector<NewSection>& sections, ChangeMode mode = ChangeMode::Write);
+    bool Replace(const std::vector<NewSection>& sections);
 
   private:
     /// One write of a section's version.
@@ -48,15 +49,17 @@ class CaptureEditor {
 
     Plan Prepare(const std::vector<NewSection>& sections) const;
     void Write(const Plan& plan);
-    Zu::Wep::Trace::ChainEnd RequireReachableEnd() const;
+    Zu::Wep::Trace::ChainEnd FindEnd() const;
+    void RequireReachableEnd() const;
     std::vector<const Section*> InUse(const NewSection& section) const;
     std::string Encode(const NewSection& section, std::uint32_t version) const;
-    void Append(std::uint64_t offset, const std::string& bytes);
+    void Append(const std::string& bytes);
     void Switch(const VersionWrite& write);
 
+    ChangeMode m_mode;
     LockedFile m_file;
-    Container m_container;
     Zu::Wep::Trace::ChainEnd m_end;
+    Container m_container;
 };
 
 }  // namespace stmdcm

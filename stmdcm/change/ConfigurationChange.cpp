@@ -32,10 +32,10 @@ std::string Encode(const std::vector<ObjectFile>& files) {
 }  // namespace
 
 ChangeResult ConfigurationChange::InCapture(const std::string& path, Missing missing, ChangeMode mode) const {
-    CaptureEditor editor(path);
+    CaptureEditor editor(path, mode);
     Plan plan = Make(editor.Contents(), missing);
     if (plan.result.HasChanges()) {
-        plan.result.isWritten = editor.Replace(plan.sections, mode);
+        plan.result.isWritten = editor.Replace(plan.sections);
     }
     return std::move(plan.result);
 }

@@ -90,7 +90,7 @@ Configuration History::Read(const HistoryEntry& entry) const {
 }
 
 RestoreResult RestoreConfiguration(const std::string& path, std::size_t number, ChangeMode mode) {
-    CaptureEditor editor(path);
+    CaptureEditor editor(path, mode);
     const History history(editor.Contents());
     RestoreResult result{history.At(number)};
     const HistoryEntry& entry = result.restored;
@@ -106,7 +106,7 @@ RestoreResult RestoreConfiguration(const std::string& path, std::size_t number, 
     result.doubts = PayloadLosses({entry.name, entry.section.offset}, payload);
     result.hasChanges = current == nullptr || history.Payload(*current) != payload;
     if (result.hasChanges) {
-        result.isWritten = editor.Replace({{entry.name, LiveVersion(entry.section.version), std::move(payload)}}, mode);
+        result.isWritten = editor.Replace({{entry.name, LiveVersion(entry.section.version), std::move(payload)}});
     }
     return result;
 }

@@ -66,14 +66,14 @@ ImageList ListImages(const std::string& path, ImageFinder& finder) {
 }
 
 ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged, ChangeMode mode) {
-    CaptureEditor editor(path);
+    CaptureEditor editor(path, mode);
     const std::string payload = ReadPayload(editor.Contents());
     ImageList list = MakeList(path, payload, finder);
     CountUnresolved(list, acceptChanged);
     std::string updated = Encode(list.answers, acceptChanged);
     list.hasChanges = !payload.starts_with(updated);  // What is behind the whole entries is no reason to write.
     if (list.hasChanges) {
-        list.isWritten = editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}}, mode);
+        list.isWritten = editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}});
     }
     return list;
 }

@@ -29,7 +29,6 @@ using namespace Zu::Wep::Trace;
 
 namespace {
 
-constexpr std::uint64_t kMaxSettingsSize = 128 << 20;
 constexpr std::uint64_t kLookedAt = 4096;
 
 /// Warnings of text that is ignored: it is not in what is read, so it is gone when that is written.
@@ -103,13 +102,15 @@ class Reader {
 
     void ReadSettings(const CaptureFile& file) {
         m_reading.kind = ConfigurationKind::Settings;
-        if (file.Size() > kMaxSettingsSize) {
+        const bool isTooLarge = file.Size() > kMaxSettingsFileSize;
+        if (isTooLarge) {
             m_findings.Add(Kind("F-TOO-LARGE"), {}, fmt::format("the file has {} bytes", file.Size()),
-                           fmt::format("the first {} are read", kMaxSettingsSize));
+                           fmt::format("the first {} are read, and loading gives false", kMaxSettingsFileSize));
         }
         PropertyFindings properties(TextKind::File, {}, m_findings);
-        m_reading.loads = ReadTextInto(file.Read(0, kMaxSettingsSize), kFileLineLimits, {}, properties,
-                                       *m_reading.settings, m_findings);
+        const bool isClean = ReadTextInto(file.Read(0, kMaxSettingsFileSize), kFileLineLimits, {}, properties,
+                                          *m_reading.settings, m_findings);
+        m_reading.loads = isClean && !isTooLarge;
         m_reading.isLoaded = m_reading.hasSettings = m_findings.Count(Kind("T-NOTHING")) == 0;
     }
 
@@ -227,7 +228,7 @@ ConfigurationKind KindOf(const CaptureFile& file) {
         throw Failure(path, fmt::format("this is no capture: it does not begin with \"{}\"; if it was one, try recover",
                                         TDFIdentifier));
     }
-    if (file.Size() > kMaxSettingsSize || file.Read(0, kLookedAt).find('\0') != std::string::npos) {
+    if (file.Size() > kMaxSettingsFileSize || file.Read(0, kLookedAt).find('\0') != std::string::npos) {
         throw Failure(path, "this is neither a capture nor settings text");
     }
     return ConfigurationKind::Settings;

@@ -94,7 +94,7 @@ class ManagerTest : public testing::Test {
                 m_manager->GetPMIUsecaseRecord()->GetNumUsecases()};
     }
 
-    ScratchDir m_home;
+    ScratchDir m_home{stmdcm_test::MemoryDirectory()};
     CPUInfo m_cpu{"Core_0/Cluster", 1, 0, 2};
     std::unique_ptr<StmDeviceConfigManager> m_manager;
     ZU_WEP::uLogger* m_logger = nullptr;

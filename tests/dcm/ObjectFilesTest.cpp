@@ -12,15 +12,17 @@
 #include "source_utilities/PosixFile.h"
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/AllocationWatch.h"
+#include "tests/support/AppendSection.h"
 #include "tests/support/KillAtSyscall.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 #include "trace/tdf/OpenCapture.h"
-#include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace Zu::Wep::Trace {
 namespace {
+
+using stmdcm_test::AppendSection;
 
 /// Answers by a table and notes what it was asked, behind what it does `inside` its first question.
 class Answers : public CDeviceConfigEvents {
@@ -64,7 +66,7 @@ class ObjectFilesTest : public ManagerTest {
         for (const auto& entry : entries) {
             AppendObjectFileEntry(payload, entry);
         }
-        AppendSection((m_home / "o.tdf").c_str(), kCommonSectionName, 1, payload);
+        AppendSection(m_home / "o.tdf", kCommonSectionName, 1, payload);
         std::filesystem::resize_file(m_home / "o.tdf", std::filesystem::file_size(m_home / "o.tdf") - lost);
         EXPECT_TRUE(m_manager->LoadCommonConfiguration(m_home / "o.tdf", TRACE_DATA_FILE_TDF));
     }
@@ -278,7 +280,7 @@ TEST_F(ObjectFilesTest, ALongListCostsWhatItsBytesCost) {
             AppendObjectFileEntry(payload, {"last", "/last", 0});
             const std::string path = m_home / "long.tdf";
             TDFHandler().CreateTDFFile(path.c_str());
-            AppendSection(path.c_str(), kCommonSectionName, 1, payload);
+            AppendSection(path, kCommonSectionName, 1, payload);
             m_manager = Make();
             stmdcm_test::allocatedBytes = 0;
             EXPECT_TRUE(m_manager->LoadCommonConfiguration(path, TRACE_DATA_FILE_TDF));

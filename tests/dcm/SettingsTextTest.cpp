@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "tests/dcm/ManagerTest.h"
 
 namespace Zu::Wep::Trace {
@@ -81,6 +83,28 @@ TEST_F(SettingsTextTest, AFileThatCannotBeReadLeavesEverything) {
     EXPECT_FALSE(m_manager->LoadConfiguration(m_home / "none", TRACE_DATA_FILE_LOCAL));
     EXPECT_EQ(Text(), before);
     EXPECT_EQ(TakeLog().front(), "    E STM Device DCM: LoadSTMConfiguration fail to open file: " + (m_home / "none"));
+}
+
+TEST_F(SettingsTextTest, NothingInAFilesPlaceIsWaitedForOrReadForever) {
+    const std::string fifo = m_home / "pipe.dcm", large = Write("large.txt", "STM_ATB_Id=5\n{\n}");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_FALSE(m_manager->LoadConfiguration(fifo, TRACE_DATA_FILE_LOCAL));
+    EXPECT_TRUE(m_manager->SaveConfiguration("pipe", TRACE_DATA_FILE_LIVE));  // it can't be opened
+    std::fstream other(fifo);
+    other << "STM_ATB_Id=6\n" << std::flush;
+    EXPECT_FALSE(m_manager->LoadConfiguration(fifo, TRACE_DATA_FILE_LOCAL));
+    EXPECT_EQ(Number("STM_ATB_Id"), 6);
+
+    TakeLog();
+    std::filesystem::resize_file(large, kMaxSettingsFileSize + 1);
+    EXPECT_FALSE(m_manager->LoadConfiguration(large, TRACE_DATA_FILE_LOCAL));
+    EXPECT_EQ(Number("STM_ATB_Id"), 5);
+    EXPECT_FALSE(m_manager->LoadConfiguration("/dev/zero", TRACE_DATA_FILE_LOCAL));
+    std::vector<std::string> log = TakeLog();
+    std::erase_if(log, [](const std::string& line) { return line.find("the rest is not read") == line.npos; });
+    const std::string end = " is longer than 134217728 bytes, the rest is not read";
+    EXPECT_EQ(log, (std::vector<std::string>{"    E STM Device DCM: " + large + end,
+                                             "    E STM Device DCM: /dev/zero" + end}));
 }
 
 TEST_F(SettingsTextTest, SettingsFilesAndTheirNames) {

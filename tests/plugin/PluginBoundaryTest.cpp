@@ -2,16 +2,20 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <memory>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/support/KillAtSyscall.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/support/Slot.h"
 
@@ -134,6 +138,38 @@ class Plugin : public testing::Test {
     void* m_library = nullptr;
     void* m_manager = nullptr;
 };
+
+/// Open files, mapped ranges and bytes of the heap.
+std::array<std::size_t, 3> Held() {
+    std::ifstream maps("/proc/self/maps");
+    const auto lines = std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+    const auto files = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    return {static_cast<std::size_t>(files), static_cast<std::size_t>(lines), ::mallinfo2().uordblks};
+}
+
+/// The first of all: the others keep the library loaded.
+TEST(Unloading, LeavesNothingBehind) {
+    const stmdcm_test::ScratchDir home(stmdcm_test::MemoryDirectory());
+    const int status = stmdcm_test::RunInChild([&home] {
+        ::setenv("HOME", home.Path().c_str(), 1);
+        ::setenv("ZU_TRACE_LOGGING", "1", 1);
+        Cpu cpu{"cpu", 1, 0, 2};
+        std::array<std::size_t, 3> before{}, after{};
+        for (int cycle = 0; cycle < 1000; ++cycle) {
+            void* const library = ::dlopen(STMDCM_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+            const auto create =
+                reinterpret_cast<void* (*)(void*, void*)>(::dlsym(library, "CreateDeviceConfigManager"));
+            const auto destroy = reinterpret_cast<void (*)(void*)>(::dlsym(library, "DestroyDeviceConfigManager"));
+            destroy(create(&cpu, nullptr));
+            ::dlclose(library);
+            (cycle < 100 ? before : after) = Held();
+        }
+        const bool isUnloaded = ::dlopen(STMDCM_PLUGIN, RTLD_NOW | RTLD_NOLOAD) == nullptr;
+        EXPECT_EQ(before, after);
+        return before == after && isUnloaded ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
+}
 
 TEST_F(Plugin, ExportsTheTwoFunctionsAndTheContainerOnly) {
     const std::unique_ptr<FILE, int (*)(FILE*)> nm(::popen("nm -D --defined-only -C " STMDCM_PLUGIN, "r"), ::pclose);

@@ -4,6 +4,7 @@
 // full disk does.
 
 #include <sys/ptrace.h>
+#include <sys/syscall.h>
 #include <sys/uio.h>
 #include <sys/user.h>
 #include <sys/wait.h>
@@ -65,6 +66,9 @@ inline int WatchSyscalls(const Work& work, const std::function<void(pid_t, const
             atCall(child, info);
         }
     }
+    if (WIFSTOPPED(status)) {  // killed while it stood still
+        ::waitpid(child, &status, 0);
+    }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -103,6 +107,32 @@ inline ChildRun FailAtSyscall(
         ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
         ::waitpid(child, nullptr, 0);
         ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.rax), static_cast<long>(-error));
+    });
+}
+
+/// Lets the first gathered write take only so many bytes, and kills the work before it can go on.
+inline void KillAfterShortWrite(std::size_t bytes, const Work& work) {
+    bool isShort = false;
+    WatchSyscalls(work, [&](pid_t child, const __ptrace_syscall_info& info) {
+        if (isShort) {
+            ::kill(child, SIGKILL);
+        } else if (info.entry.nr == SYS_pwritev) {
+            isShort = true;
+            std::uint64_t skipped = info.entry.args[1];
+            std::size_t left = bytes;
+            for (std::uint64_t count = 1;; ++count, skipped += sizeof(iovec)) {
+                iovec piece{};
+                const iovec to{&piece, sizeof piece}, from{reinterpret_cast<void*>(skipped), sizeof piece};
+                ::process_vm_readv(child, &to, 1, &from, 1, 0);
+                if (left <= piece.iov_len) {
+                    piece.iov_len = left;
+                    ::process_vm_writev(child, &to, 1, &from, 1, 0);
+                    ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.rdx), static_cast<long>(count));
+                    return;
+                }
+                left -= piece.iov_len;
+            }
+        }
     });
 }
 

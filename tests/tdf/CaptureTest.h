@@ -5,11 +5,11 @@
 #include <functional>
 #include <string>
 
+#include "tests/support/AppendSection.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/support/ScratchDir.h"
 #include "trace/format/SectionScanner.h"
 #include "trace/tdf/OpenCapture.h"
-#include "trace/tdf/SectionAppender.h"
 #include "trace/tdf/TDFHandler.h"  // FileSize and vornError come with it, as hosts expect
 
 namespace Zu::Wep::Trace {
@@ -17,13 +17,15 @@ namespace Zu::Wep::Trace {
 using stmdcm_test::ReadWhole;
 using stmdcm_test::WriteWhole;
 
+using stmdcm_test::AppendSection;
+
 inline std::string ReadSection(const char* path, const char* name, unsigned int version) {
     return OpenCapture(path).Read({name, version});
 }
 
 /// A copy of a reference capture to work on.
 struct CaptureTest : ::testing::Test {
-    stmdcm_test::ScratchDir m_directory;
+    const stmdcm_test::ScratchDir m_directory{stmdcm_test::MemoryDirectory()};
     const std::string m_file = m_directory / "capture.tdf";
     const char* m_path = m_file.c_str();
     TDFHandler m_handler;

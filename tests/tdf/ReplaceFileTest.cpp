@@ -32,7 +32,7 @@ ino_t Inode(const std::string& path) {
 
 /// A settings file that is written through a link, and one whose path has no room for a longer name beside it.
 struct ReplaceFileTest : ::testing::Test {
-    stmdcm_test::ScratchDir m_directory;
+    stmdcm_test::ScratchDir m_directory{stmdcm_test::MemoryDirectory()};
     std::string m_path = m_directory / "settings.txt";
     std::string m_link = m_directory / "link";
     std::string m_long = m_directory.Path();
@@ -47,7 +47,7 @@ struct ReplaceFileTest : ::testing::Test {
         std::filesystem::create_symlink("settings.txt", m_link);
     }
     void Prepare(bool exists) {
-        for (const std::string& path : {m_path, m_long, Temporary()}) {
+        for (const std::string& path : {m_path, m_long}) {
             std::filesystem::remove(path);
         }
         if (exists) {
@@ -79,6 +79,8 @@ TEST_F(ReplaceFileTest, LeavesOldOrNewContentWhereverItIsKilledOrFails) {
             killed = stmdcm_test::KillAtSyscall(n, work).reached;
             const std::string left = ReadWhole(path);
             ASSERT_TRUE(left == New || (killed && (left == before || left == between))) << "killed at call " << n;
+            ASSERT_EQ(Replace(path), ReplaceResult::Written);
+            ASSERT_EQ(Temporary(), "") << "left at call " << n;
             Prepare(exists);
             const ino_t inode = Inode(path);
             const auto run = stmdcm_test::FailAtSyscall(
@@ -154,7 +156,8 @@ TEST_F(ReplaceFileTest, WritesInPlaceWhereNothingElseIsAllowed) {
 
     const std::string fifo = m_directory / "fifo";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    std::fstream reader(fifo);  // both ways, so that no writer waits
+    EXPECT_EQ(Replace(fifo), ReplaceResult::CannotOpen);  // nobody reads it
+    std::fstream reader(fifo);                            // both ways, so that no writer waits
     const std::pair<std::string, ReplaceResult> cases[] = {{fifo, ReplaceResult::Written},
                                                            {"/dev/full", ReplaceResult::Failed},
                                                            {m_directory.Path(), ReplaceResult::CannotOpen},

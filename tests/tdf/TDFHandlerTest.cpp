@@ -22,7 +22,7 @@ TEST_F(TDFHandlerTest, GivesTheBytesOfACaptureWrittenElsewhere) {
         m_handler.GetSectionDataPosition(full.c_str(), name, 1, m_a, m_b);
         EXPECT_EQ(payload, Reference("full.tdf").substr(m_a, m_b));
         Save(name, 1, payload);
-        AppendSection(appended.c_str(), name, 1, payload);
+        AppendSection(appended, name, 1, payload);
     }
     EXPECT_EQ(ReadSection(full.c_str(), "DEVID", 1).substr(0, 16), "device=board-7\r\n");
     EXPECT_EQ(ReadWhole(m_file), Reference("full.tdf"));
@@ -57,8 +57,12 @@ TEST_F(TDFHandlerTest, KeepsTheRulesOfNamesPartsAndExtensions) {
     EXPECT_FALSE(m_handler.HasExtension(nullptr, "tdf") || m_handler.ISTDF(nullptr) || FileSize(nullptr) != 0);
 }
 
-TEST_F(TDFHandlerTest, ReadsAndWritesTheIdentifierOfAPipe) {
+TEST_F(TDFHandlerTest, ReadsAndWritesTheIdentifierOfAPipeAndWaitsForNobody) {
     ASSERT_EQ(::mkfifo(m_path, 0600), 0);
+    EXPECT_FALSE(m_handler.ISTDF(m_path));
+    EXPECT_EQ(AppendSection(m_file, "n", 1, "d"), SaveTarget::NotACapture);
+    EXPECT_EQ(ErrorOf([&] { m_handler.CreateTDFFile(m_path); }), "Could not create TDF file as specified.");
+    EXPECT_EQ(ErrorOf([&] { ReadSection(m_path, "n", 1); }), "Invalid TDF format.");
     const ZU_WEP::PosixFile other = ZU_WEP::PosixFile::Open(m_path, O_RDWR);  // both ends, so that nobody waits
     for (const char* bytes : {"TDF2", "TDF3"}) {
         ASSERT_TRUE(other.Write(bytes));
@@ -85,7 +89,6 @@ TEST_F(TDFHandlerTest, TellsEveryFailureInItsOwnWords) {
     };
     const Call create = [&](const char* p) { m_handler.CreateTDFFile(p); };
     const Call header = [&](const char* p) { m_handler.SaveSectionHeader(p, "n", 1, m_a); };
-    const Call append = [&](const char* p) { AppendSection(p, "n", 1, "d"); };
     const Call length = [&](const char* p) { m_handler.GetSectionDataLengthInBytes(p, "n", 1, m_a); };
     const Call position = [&](const char* p) { m_handler.GetSectionDataPosition(p, "n", 1, m_a, m_b); };
     char bytes[8];
@@ -97,10 +100,10 @@ TEST_F(TDFHandlerTest, TellsEveryFailureInItsOwnWords) {
         {"Null file name to create TDF.", nullptr, {create}},
         {"Could not create TDF file as specified.", dir, {create}},
         {"TDF file extension must be .tdf.", dat, {create, load(bytes, 8), position}},
-        {"File name passed to save file is not valid.", nullptr, {header, append, data(4, "d", 1)}},
+        {"File name passed to save file is not valid.", nullptr, {header, data(4, "d", 1)}},
         {"File name passed to load file is not valid.", "", {length}},
         {"File name passed to load is not valid.", "/none.tdf", {load(bytes, 8), position}},
-        {"Could not open TDF file as specified.", dir, {header, append, data(4, "d", 1)}},
+        {"Could not open TDF file as specified.", dir, {header, data(4, "d", 1)}},
         {"Section header offset to save data is not valid.", m_path, {data(3, nullptr, 1), data(4, "d", ~0u)}},
         {"No data to write TDF.", m_path, {data(4, nullptr, 1)}},
         {"Write I/O error - unable to determine section length.", m_path, {data(FileSize(m_path) - 3, "d", 1)}},

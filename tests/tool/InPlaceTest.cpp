@@ -22,6 +22,7 @@
 #include "tests/tool/ToolRun.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
+#include "trace/format/UnfinishedSection.h"
 
 namespace stmdcm {
 namespace {
@@ -237,6 +238,17 @@ TEST_F(InPlaceTest, ReplacesSeveralSectionsInTheirOrder) {
     EXPECT_TRUE(Container(m_file).IsWhole());
 }
 
+TEST_F(InPlaceTest, MendsWhatASaveOrALossOfPowerHasLeftAtTheEnd) {
+    const std::string bare = BareCapture(), common = MakeSection(kCommonSectionName, 1, "");
+    std::string unfinished = common + MakeSection(kStmSectionName, 1, "STM_ATB_Id = 5\n");
+    unfinished.replace(12, kUnfinishedName.size(), kUnfinishedName);
+    for (const std::string& left : {unfinished, unfinished.substr(0, 30), std::string(9, '\0'), std::string(5000, '\0'),
+                                    std::string("xy"), MakeSection("TRACE1", 1, "torn").substr(0, 20)}) {
+        WriteWhole(m_file, bare + left);
+        ExpectThatItCanBeChanged();
+    }
+}
+
 TEST_F(InPlaceTest, RefusesWhatCouldNotBeFoundOrWouldNotFit) {
     const std::string last = Reference("full.tdf");
     const auto sized = [&](std::uint64_t size) {
@@ -256,7 +268,6 @@ TEST_F(InPlaceTest, RefusesWhatCouldNotBeFoundOrWouldNotFit) {
     const std::pair<const char*, std::function<void()>> cases[] = {
         {"broken", [&] { WriteWhole(m_file, Reference("orphan-payload.tdf")); }},
         {"torn", [&] { WriteWhole(m_file, Reference("torn-payload.tdf")); }},
-        {"no header", [&] { WriteWhole(m_file, last + "xy"); }},
         {"length that lies", [&] { WriteWhole(m_file, Reference("short-length.tdf")); }},
         {"4 GiB", [&] { sized(MaxFileSize - 100); }},
         {"size limit", [&] { WriteWhole(m_file, last); }},

@@ -12,9 +12,8 @@
 #include "trace/dcm/ModificationTime.h"
 #include "trace/dcm/TraceEnvironment.h"
 #include "trace/format/ObjectFileSection.h"
+#include "trace/tdf/CaptureSave.h"
 #include "trace/tdf/OpenCapture.h"
-#include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/TDFHandler.h"
 
 namespace Zu::Wep::Trace {
 
@@ -39,12 +38,14 @@ CDeviceConfigManagerCommon::CDeviceConfigManagerCommon() : CDeviceConfigManagerC
 
 CDeviceConfigManagerCommon::CDeviceConfigManagerCommon(CPUInfo* cpu, CDeviceIdentifier* id)
     : m_cpuInfo(cpu), m_deviceIdentifier(id), m_factoryLibrary(nullptr, -1) {
+    TraceEnvironment::ManagerBegins();
     environment.Prepare();
 }
 
 CDeviceConfigManagerCommon::~CDeviceConfigManagerCommon() {
     DisconnectLiveSystem();
     ClearObjectFiles();
+    TraceEnvironment::ManagerEnds();
 }
 
 void CDeviceConfigManagerCommon::RegisterEventHandler(CDeviceConfigEvents* handler) { m_eventHandler = handler; }
@@ -62,41 +63,49 @@ bool CDeviceConfigManagerCommon::GetInfo(int& deviceId, int& cpuId, std::string&
 }
 
 bool CDeviceConfigManagerCommon::SaveCommonConfiguration(const std::string& fileName, eTraceDataFileType type) {
-    ZU_WEP::LockPatience patience;
-    return type == TRACE_DATA_FILE_TDF && SaveObjectFiles(fileName, patience);
+    if (type != TRACE_DATA_FILE_TDF) {
+        return false;
+    }
+    CaptureSave save(fileName);
+    LetHostSave(fileName, save);
+    return AppendObjectFiles(save, kCommonSectionName, kCommonSectionVersion);
 }
 
-bool CDeviceConfigManagerCommon::SaveObjectFiles(const std::string& fileName, ZU_WEP::LockPatience& patience) {
+void CDeviceConfigManagerCommon::LetHostSave(const std::string& fileName, CaptureSave& save) {
+    save.PrepareForHost();
     if (m_refreshObjectFiles) {
         GetLiveSystemObjectFiles();
     }
     if (m_deviceIdentifier != nullptr) {
         m_deviceIdentifier->SaveToFile(fileName, TRACE_DATA_FILE_TDF);
     }
-    return AppendObjectFiles(fileName.c_str(), kCommonSectionName, kCommonSectionVersion, patience);
 }
 
 bool CDeviceConfigManagerCommon::SaveConfigurationLocal(const char* fileName, [[maybe_unused]] eTraceDataFileType type,
                                                         const char* sectionName, int version) {
-    ZU_WEP::LockPatience patience;
-    return AppendObjectFiles(fileName, sectionName, version, patience);
+    const std::string path = fileName != nullptr ? fileName : "";
+    CaptureSave save(path);
+    return AppendObjectFiles(save, sectionName, version);
 }
 
-bool CDeviceConfigManagerCommon::AppendObjectFiles(const char* fileName, const char* sectionName, int version,
-                                                   ZU_WEP::LockPatience& patience) {
-    if (!TDFHandler().ISTDF(fileName)) {
+bool CDeviceConfigManagerCommon::AppendObjectFiles(CaptureSave& save, const char* sectionName, int version) {
+    if (save.Open() != SaveTarget::Capture) {
         return false;
     }
-    std::string payload;
+    save.Append({ObjectFilesSection(sectionName, version)});
+    return true;
+}
+
+SectionToSave CDeviceConfigManagerCommon::ObjectFilesSection(const char* name, int version) {
+    SectionToSave section{name != nullptr ? name : "", static_cast<std::uint32_t>(version), ""};
     for (std::size_t i = 0; i < m_objectFiles.size(); ++i) {
         m_objectFilePath.clear();  // without any use here, and meant so
         if (!m_objectFiles[i]->fileName.empty()) {
-            AppendObjectFileEntry(payload,
+            AppendObjectFileEntry(section.payload,
                                   {m_objectFileNames[i], m_objectFiles[i]->fileName, m_objectFiles[i]->timeStamp});
         }
     }
-    AppendSection(fileName, sectionName, static_cast<unsigned>(version), payload, patience);
-    return true;
+    return section;
 }
 
 bool CDeviceConfigManagerCommon::LoadCommonConfiguration(const std::string& fileName, eTraceDataFileType type) {

@@ -8,14 +8,15 @@
 #include "host/CDeviceIdentifier.h"
 #include "host/CPUInfo.h"
 #include "host/CTraceFactory.h"
-#include "source_utilities/FileLock.h"
 #include "source_utilities/uDll.h"
 #include "trace/dcm/CDeviceConfigManager.h"
 #include "trace/dcm/FILE_Info.h"
 
 namespace Zu::Wep::Trace {
 
+class CaptureSave;
 class OpenCapture;
+struct SectionToSave;
 
 /// The device-independent half of every manager: the object files of the target's CPUs, the section "DCM_COMMON"
 /// that keeps them in a capture (docs/object-files.md), and the connection to the live system.
@@ -57,8 +58,10 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
     void GetLiveSystemObjectFiles();
 
   protected:
-    /// The part of SaveCommonConfiguration for a capture. Locks are waited for as long as there is `patience`.
-    bool SaveObjectFiles(const std::string& fileName, ZU_WEP::LockPatience& patience);
+    /// What the host does for a save into that capture: its own part, and the live system's object files.
+    void LetHostSave(const std::string& fileName, CaptureSave& save);
+    /// The object files as a section; borrows the name.
+    SectionToSave ObjectFilesSection(const char* name, int version);
     /// The part of LoadCommonConfiguration for a capture, which is that file.
     bool LoadObjectFiles(const std::string& fileName, OpenCapture& capture);
 
@@ -76,7 +79,7 @@ class CDeviceConfigManagerCommon : public CDeviceConfigManager {
     bool m_refreshObjectFiles = false;
 
   private:
-    bool AppendObjectFiles(const char* fileName, const char* sectionName, int version, ZU_WEP::LockPatience& patience);
+    bool AppendObjectFiles(CaptureSave& save, const char* sectionName, int version);
     bool ReplaceObjectFiles(std::string_view payload);
     void AddObjectFile(std::string_view name, std::string_view fileName, std::int64_t timeStamp);
     void ClearObjectFiles();

@@ -18,9 +18,8 @@
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/SettingsText.h"
 #include "trace/format/StmSections.h"
+#include "trace/tdf/CaptureSave.h"
 #include "trace/tdf/OpenCapture.h"
-#include "trace/tdf/SectionAppender.h"
-#include "trace/tdf/TDFHandler.h"
 
 namespace Zu::Wep::Trace {
 
@@ -113,10 +112,8 @@ bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTra
 bool StmDeviceConfigManager::SaveConfiguration(const std::string& fileName, eTraceDataFileType type) {
     try {
         switch (type) {
-            case TRACE_DATA_FILE_TDF: {
-                ZU_WEP::LockPatience patience;
-                return SaveObjectFiles(fileName, patience) && SaveStmSection(fileName, patience);
-            }
+            case TRACE_DATA_FILE_TDF:
+                return SaveIntoCapture(fileName);
             case TRACE_DATA_FILE_LIVE:
             case TRACE_DATA_FILE_TYPE_2:
             case TRACE_DATA_FILE_LOCAL: {
@@ -197,19 +194,23 @@ void StmDeviceConfigManager::ReadRecords(const BlockText& blocks) {
 }
 
 bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
-    const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY);
+    const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::OpenAtOnce(path.c_str(), O_RDONLY);
     if (!file.IsOpen()) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: LoadSTMConfiguration fail to open file: %s", path.c_str());
         return false;
     }
     std::string content;
-    const bool isWhole = file.ReadToEnd(content);
+    const auto end = file.ReadToEnd(content, kMaxSettingsFileSize);
+    if (end == ZU_WEP::PosixFile::ReadEnd::Limit) {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s is longer than %zu bytes, the rest is not read", path.c_str(),
+                    kMaxSettingsFileSize);
+    }
     SettingsLog log(path);
     const SettingsText text(std::move(content), kFileLineLimits, Applier(), &log);
-    if (isWhole) {
+    if (end != ZU_WEP::PosixFile::ReadEnd::Failure) {
         ReadRecords(text.Blocks());
     }
-    return isWhole && text.IsClean();
+    return end == ZU_WEP::PosixFile::ReadEnd::EndOfFile && text.IsClean();
 }
 
 bool StmDeviceConfigManager::LoadSTMConfigurationLive(const std::string& name) {
@@ -252,17 +253,28 @@ bool StmDeviceConfigManager::SaveSTMConfigurationLive(const std::string& name) {
     return false;
 }
 
-bool StmDeviceConfigManager::SaveSTMConfigurationToTDF(const std::string& path) {
-    ZU_WEP::LockPatience patience;
-    return SaveStmSection(path, patience);
+SectionToSave StmDeviceConfigManager::ConfigurationSection() {
+    return {kStmSectionName, kStmSectionVersion, ConfigurationText()};
 }
 
-bool StmDeviceConfigManager::SaveStmSection(const std::string& path, ZU_WEP::LockPatience& patience) {
-    if (!TDFHandler().ISTDF(path.c_str())) {
-        return true;  // loading the same file fails: meant so
+bool StmDeviceConfigManager::SaveIntoCapture(const std::string& path) {
+    CaptureSave save(path);
+    LetHostSave(path, save);
+    if (save.Open() != SaveTarget::Capture) {
+        return false;
     }
+    save.Append({ObjectFilesSection(kCommonSectionName, kCommonSectionVersion), ConfigurationSection()});
+    return true;
+}
+
+bool StmDeviceConfigManager::SaveSTMConfigurationToTDF(const std::string& path) {
     try {
-        AppendSection(path.c_str(), kStmSectionName, kStmSectionVersion, ConfigurationText(), patience);
+        CaptureSave save(path);
+        const SaveTarget target = save.Open();
+        if (target != SaveTarget::Capture) {
+            return IsQuietlySaved(target);
+        }
+        save.Append({ConfigurationSection()});
         return true;
     } catch (const Vorn::vornErrorIF& error) {
         return FailFileWork(path, error);

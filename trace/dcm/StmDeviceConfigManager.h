@@ -60,7 +60,8 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     /// Keeps the error's text and logs it, since GetLastError tells nothing; gives false.
     bool FailFileWork(const std::string& fileName, const std::exception& error);
     std::string ConfigurationText();
-    bool SaveStmSection(const std::string& path, ZU_WEP::LockPatience& patience);
+    SectionToSave ConfigurationSection();
+    bool SaveIntoCapture(const std::string& path);
     bool LoadStmSections(const std::string& path, OpenCapture& capture);
     void ReadRecords(const BlockText& blocks);
     ApplyProperty Applier();

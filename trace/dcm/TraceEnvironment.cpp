@@ -1,7 +1,6 @@
 #include "trace/dcm/TraceEnvironment.h"
 
-#include <locale>
-#include <sstream>
+#include <atomic>
 
 #include "source_utilities/uEnvironment.h"
 #include "source_utilities/uLogSystem.h"
@@ -16,20 +15,27 @@ namespace Zu::Wep::Trace {
 
 namespace {
 
-template <typename Number>
-void AppendDecimal(std::string& text, Number number) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());  // a host's locale may put points between the digits
-    stream << number;
-    text += stream.str();
-}
-
 int LocalTimePart(int (*part)()) {
     uTime().GetLocal();
     return part();
 }
 
+std::atomic<int> managers{0};
+
+/// Unloading the library leaves no open log and no memory behind. A manager of a host that ends later still logs.
+struct LogEnd {
+    ~LogEnd() {
+        if (managers == 0) {
+            uLogSystem::End();
+        }
+    }
+} logEnd;
+
 }  // namespace
+
+void TraceEnvironment::ManagerBegins() noexcept { ++managers; }
+
+void TraceEnvironment::ManagerEnds() noexcept { --managers; }
 
 void TraceEnvironment::Prepare() noexcept {
     try {
@@ -56,7 +62,7 @@ void TraceEnvironment::FindDebugClient() {
         m_debugClient.clear();
     }
     if (m_debugClient.empty()) {
-        AppendDecimal(m_debugClient, static_cast<unsigned long>(uProcess::GetPid()));
+        m_debugClient = std::to_string(uProcess::GetPid());
         uEnvironment::SetVar(kDebugClientVariable, m_debugClient.c_str());
     }
 }
@@ -75,9 +81,9 @@ void TraceEnvironment::MakeDirectories() {
 
 void TraceEnvironment::NameLogFile() {
     m_logFileName = "zu_trace_log_";
-    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetMonth));  // counted from 0, and meant so
-    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetDay));
-    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetYear));
+    m_logFileName += std::to_string(LocalTimePart(&uTime::GetMonth));  // counted from 0, and meant so
+    m_logFileName += std::to_string(LocalTimePart(&uTime::GetDay));
+    m_logFileName += std::to_string(LocalTimePart(&uTime::GetYear));
     m_logFileName += "_" + m_debugClient + ".txt";
 }
 

@@ -13,6 +13,11 @@ class TraceEnvironment {
     /// leaves the rest undone, and the next manager tries again.
     void Prepare() noexcept;
 
+    /// Managers of this process that live, or begin to: each tells when it begins and when it ends. While there is one,
+    /// the log stays when the process, or the host's last use of the library, ends.
+    static void ManagerBegins() noexcept;
+    static void ManagerEnds() noexcept;
+
   private:
     void SetUp();
     void FindDebugClient();

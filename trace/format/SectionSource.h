@@ -15,6 +15,8 @@ class SectionSource {
     virtual ~SectionSource() = default;
     /// Gives the number of bytes read, fewer than `size` only at the end of the file; nothing on an error.
     virtual std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t size) = 0;
+    /// Where the first byte at or behind `offset` can be that is not zero: the source may know without reading.
+    virtual std::uint64_t NextData(std::uint64_t offset) { return offset; }
 };
 
 /// A descriptor as source; borrowed.
@@ -24,6 +26,7 @@ class FileSectionSource final : public SectionSource {
     std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t size) override {
         return m_file.ReadAt(offset, buffer, size);
     }
+    std::uint64_t NextData(std::uint64_t offset) override { return m_file.NextData(offset); }
 
   private:
     const ZU_WEP::PosixFile& m_file;

@@ -28,6 +28,8 @@ struct LineLimits {
 
 /// The limits of settings files. A capture's text has none.
 inline constexpr LineLimits kFileLineLimits{999, 126};
+/// In bytes; what is behind is not read.
+inline constexpr std::size_t kMaxSettingsFileSize = std::size_t{128} << 20;
 
 /// Applies one property; false when there is none of that name.
 using ApplyProperty = std::function<bool(std::string_view name, std::string_view value)>;

@@ -1,59 +1,187 @@
 #include "trace/tdf/ChainEnd.h"
 
-#include <cerrno>
+#include <algorithm>
+#include <array>
 #include <optional>
+
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
+#include "trace/format/UnfinishedSection.h"
 
 namespace Zu::Wep::Trace {
 
 namespace {
 
-/// The stated end of a section whose header the end of the file cuts off, when that lies behind the end of the file.
-std::optional<std::uint64_t> EndOfTornSection(SectionSource& source, std::uint64_t offset, std::uint64_t fileSize) {
-    char bytes[SectionHeader::LengthSize];
-    if (source.ReadAt(offset + SectionHeader::LengthOffset, bytes, sizeof bytes) != sizeof bytes) {
-        return std::nullopt;
-    }
-    const std::uint32_t length = DecodeSectionLength(bytes);
-    if (length > MaxSectionLength || offset + length <= fileSize) {
-        return std::nullopt;
-    }
-    return offset + length;
+/// What a disk writes whole; more than that a loss of power can tear.
+constexpr std::uint64_t kSectorSize = 512;
+
+bool IsOurs(const SectionInfo& section) {
+    return section.name == kCommonSection.name || section.name == kStmSection.name || IsUnfinishedName(section.name);
 }
+
+class EndFinder {
+  public:
+    EndFinder(SectionSource& source, std::uint64_t fileSize, ChainLock lock)
+        : m_source(source), m_fileSize(fileSize), m_mends(lock == ChainLock::Held) {}
+
+    ChainEnd Find() {
+        Walk();
+        if (m_end.stop == ScanStop::EndOfFile) {
+            EndBehindLast();
+        } else if (m_end.stop != ScanStop::ReadError && !EndAtZeros() && !EndBehindTorn() && !EndOverLostSector()) {
+            m_end.offset = m_fileSize;
+        }
+        return std::move(m_end);
+    }
+
+  private:
+    void Walk() {
+        SectionScanner scanner(m_source);
+        for (SectionInfo section; scanner.Next(section);) {
+            if (m_mends && m_isPending && section.Has(kStmSection)) {
+                m_end.names.push_back({m_last->offset + SectionHeader::Size, std::string(kCommonSection.name)});
+            }
+            m_isPending = IsUnfinishedName(section.name) && section.version == kCommonSectionVersion;
+            m_beforeLast = m_last ? m_last->offset : 0;
+            m_last = std::move(section);
+            section = {};
+        }
+        m_end.stop = scanner.Stop();
+        m_end.stopOffset = scanner.StopOffset();
+        m_end.lastSection = m_last ? m_last->offset : 0;
+    }
+
+    void EndAt(std::uint64_t offset) {
+        m_end.offset = offset;
+        m_end.reachable = true;
+    }
+
+    /// The section at `offset` gets the length that reaches to `end`, unless it has it.
+    void EndWithLength(std::uint64_t offset, std::uint32_t stated, std::uint64_t end) {
+        const auto length = static_cast<std::uint32_t>(end - offset);
+        if (length != stated) {
+            m_end.lengths.push_back({offset + SectionHeader::LengthOffset, EncodeSectionLength(length)});
+        }
+        m_end.lastSection = offset;
+        EndAt(end);
+    }
+
+    /// One of ours that is cut off loads as far as it goes, so it gets that length; one byte of payload stays, since an
+    /// empty one loads otherwise. Of a foreign one nothing is changed: what it states is there afterwards.
+    void EndBehindLast() {
+        if (m_mends && m_last && m_end.stopOffset > m_fileSize && IsOurs(*m_last)) {
+            EndWithLength(m_last->offset, m_last->length, std::max(m_fileSize, m_last->payloadOffset + 1));
+        } else {
+            EndAt(m_end.stopOffset);
+        }
+    }
+
+    /// A tail of zeros is space.
+    bool EndAtZeros() {
+        const bool canBe = m_end.stop == ScanStop::NoProgress || m_end.stop == ScanStop::TornHeader;
+        if (!m_mends || !canBe || !IsZero(m_end.stopOffset, m_fileSize)) {
+            return false;
+        }
+        if (m_last && m_last->offset == m_end.stopOffset) {  // the walk has taken the zeros for a section
+            m_end.lastSection = m_beforeLast;
+        }
+        EndAt(m_end.stopOffset);
+        return true;
+    }
+
+    /// The stated end of a section whose header the end of the file cuts off. One that has not even its length whole
+    /// gets the rest of it, so that it can be passed.
+    bool EndBehindTorn() {
+        if (m_end.stop != ScanStop::TornHeader) {
+            return false;
+        }
+        std::array<char, SectionHeader::LengthSize> bytes{};
+        const std::optional<std::size_t> count = Read(m_end.stopOffset, bytes.data(), bytes.size());
+        if (!count) {
+            return false;
+        }
+        std::uint32_t length = DecodeSectionLength(bytes.data());
+        if (*count < bytes.size()) {
+            if (length < SectionHeader::Size) {
+                length |= std::uint32_t{1} << (8 * *count);
+            }
+            m_end.lengths.push_back({m_end.stopOffset + *count, EncodeSectionLength(length).substr(*count)});
+        }
+        if (length > MaxSectionLength || m_end.stopOffset + length <= m_fileSize) {
+            m_end.lengths.clear();
+            return false;
+        }
+        EndAt(m_end.stopOffset + length);
+        return true;
+    }
+
+    /// What a loss of power leaves where not every sector of a save was written: a header of zeros, up to the end of
+    /// its sector, or a length field of an unfinished section that lies on the border of two. The section gets all that
+    /// is there.
+    bool EndOverLostSector() {
+        if (!m_mends) {
+            return false;
+        }
+        const std::uint64_t at = m_end.stopOffset;
+        const std::uint64_t sectorEnd = (at / kSectorSize + 1) * kSectorSize;
+        const bool isLost =
+            m_end.stop == ScanStop::NoProgress && IsZero(at, std::max(at + SectionHeader::Size, sectorEnd));
+        const bool isTorn =
+            m_last && IsUnfinishedName(m_last->name) &&
+            (m_last->length == 0 || m_last->offset % kSectorSize > kSectorSize - SectionHeader::LengthSize);
+        const std::uint64_t offset = isLost || !isTorn ? at : m_last->offset;
+        if ((!isLost && !isTorn) || m_fileSize - offset > MaxSectionLength) {
+            return false;
+        }
+        EndWithLength(offset, 0, m_fileSize);
+        return true;
+    }
+
+    /// False on a read error, which ends everything else.
+    bool IsZero(std::uint64_t begin, std::uint64_t end) {
+        std::array<char, std::size_t{16} << 10> bytes;
+        while ((begin = m_source.NextData(begin)) < end) {
+            const auto count = Read(begin, bytes.data(), std::min<std::uint64_t>(bytes.size(), end - begin));
+            if (!count || *count == 0 ||
+                std::any_of(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(*count),
+                            [](char byte) { return byte != 0; })) {
+                return false;
+            }
+            begin += *count;
+        }
+        return true;
+    }
+
+    std::optional<std::size_t> Read(std::uint64_t offset, char* buffer, std::size_t size) {
+        const auto count = m_source.ReadAt(offset, buffer, size);
+        if (!count) {
+            m_end.stop = ScanStop::ReadError;
+        }
+        return count;
+    }
+
+    SectionSource& m_source;
+    std::uint64_t m_fileSize;
+    bool m_mends;
+    bool m_isPending = false;  ///< the last section waits for its name
+    std::optional<SectionInfo> m_last;
+    std::uint64_t m_beforeLast = 0;
+    ChainEnd m_end;
+};
 
 }  // namespace
 
-ChainEnd FindChainEnd(SectionSource& source, ScanStop stop, std::uint64_t stopOffset, std::uint64_t fileSize) {
-    if (stop == ScanStop::EndOfFile) {
-        return {stopOffset, true};
-    }
-    if (stop == ScanStop::TornHeader) {
-        if (const auto end = EndOfTornSection(source, stopOffset, fileSize)) {
-            return {*end, true};
-        }
-    }
-    return {fileSize, false};
+ChainEnd FindChainEnd(SectionSource& source, std::uint64_t fileSize, ChainLock lock) {
+    return EndFinder(source, fileSize, lock).Find();
 }
 
-AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
-                      std::initializer_list<std::string_view> pieces) {
-    std::uint64_t size = 0;
-    for (const std::string_view piece : pieces) {
-        size += piece.size();
-    }
-    if (offset > MaxFileSize || size > MaxFileSize - offset) {
-        return AppendResult::TooLarge;
-    }
-    // A gap in front of the offset is filled by the same write, so no kill can leave it alone.
-    const bool written = file.Reserve(offset, size) && file.WriteAt(offset, pieces);
-    if (written && file.SyncData()) {
-        return AppendResult::Done;
-    }
-    const int error = errno;
-    if (file.Size().value_or(0) <= offset + size) {  // else another has written behind it, without the lock
-        file.Truncate(fileSize);
-    }
-    errno = error;
-    return written ? AppendResult::SyncFailed : AppendResult::WriteFailed;
+bool WriteFields(const ZU_WEP::PosixFile& file, const std::vector<FieldWrite>& fields) {
+    const auto write = [&](const FieldWrite& field) { return file.WriteAt(field.offset, {field.bytes}); };
+    return fields.empty() || (std::all_of(fields.begin(), fields.end(), write) && file.SyncData());
+}
+
+bool MendChain(const ZU_WEP::PosixFile& file, const ChainEnd& end) {
+    return WriteFields(file, end.names) && WriteFields(file, end.lengths);
 }
 
 }  // namespace Zu::Wep::Trace

@@ -1,36 +1,41 @@
 #pragma once
 
-// Appending behind the last section, as docs/tdf.md, "Saving", tells. Takes no lock: that is the caller's.
+// Where the chain of sections ends, and what of it is mended before something is appended, as docs/tdf.md, "Saving",
+// tells. Takes no lock: that is the caller's.
 
 #include <cstdint>
-#include <initializer_list>
-#include <string_view>
+#include <string>
+#include <vector>
 
 #include "trace/format/SectionScanner.h"
 
 namespace Zu::Wep::Trace {
 
-/// Where an appended section goes.
+/// Whether the file's lock is held: without it another may be writing what looks broken, so nothing is mended.
+enum class ChainLock { Held, NotHeld };
+
+struct FieldWrite {
+    std::uint64_t offset = 0;
+    std::string bytes;
+};
+
+/// Where an appended section goes, once what is to be written before is written.
 struct ChainEnd {
-    std::uint64_t offset = 0;  ///< can lie behind the end of the file, when the last section does
+    std::uint64_t offset = 0;  ///< behind the end of the file where the last section is; in front of a tail of zeros
     bool reachable = false;    ///< whether a search comes to a section there
+    std::uint64_t lastSection = 0;    ///< what a search finds behind this one now is none, once the chain is mended
+    std::vector<FieldWrite> names;    ///< saves interrupted in their last step get their name
+    std::vector<FieldWrite> lengths;  ///< the last section gets one that reaches to `offset`; one at most
+    ScanStop stop = ScanStop::None;   ///< why and where a search ends now; ReadError: nothing else is known
+    std::uint64_t stopOffset = 0;
 };
 
-/// `stop` and `stopOffset` are those of a walk that has come to its end. Where no search passes all sections, the end
-/// is that of the file.
-ChainEnd FindChainEnd(SectionSource& source, ScanStop stop, std::uint64_t stopOffset, std::uint64_t fileSize);
+ChainEnd FindChainEnd(SectionSource& source, std::uint64_t fileSize, ChainLock lock);
 
-enum class AppendResult {
-    Done,
-    TooLarge,     ///< it would end past MaxFileSize; not a byte was written
-    WriteFailed,  ///< also for want of space, and past the process's file-size limit
-    SyncFailed
-};
+/// Writes and syncs; `errno` tells a failure.
+bool WriteFields(const ZU_WEP::PosixFile& file, const std::vector<FieldWrite>& fields);
 
-/// Writes whole sections, `pieces`, at `offset`, a gap in front of it included, and syncs them. After a failure the
-/// file has its old size and bytes again, unless somebody else has made it longer still, and `errno` tells the reason,
-/// but for TooLarge.
-AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
-                      std::initializer_list<std::string_view> pieces);
+/// Mends the chain: every field.
+bool MendChain(const ZU_WEP::PosixFile& file, const ChainEnd& end);
 
 }  // namespace Zu::Wep::Trace

@@ -10,7 +10,7 @@ unsigned int FileSize(const char* path) {
     if (path == nullptr) {
         return 0;
     }
-    const auto file = ZU_WEP::PosixFile::Open(path, O_RDONLY);
+    const auto file = ZU_WEP::PosixFile::OpenAtOnce(path, O_RDONLY);
     return file.IsOpen() ? static_cast<unsigned int>(file.Size().value_or(0)) : 0;
 }
 

@@ -65,7 +65,7 @@ void OpenCapture::Refresh() {
 
 void OpenCapture::Open() {
     m_file.Close();  // first, so that one free descriptor is enough
-    m_file = ZU_WEP::PosixFile::Open(m_path.c_str(), O_RDONLY);
+    m_file = ZU_WEP::PosixFile::OpenAtOnce(m_path.c_str(), O_RDONLY);
     // Before a byte is read: what is read later is at least as new as this.
     m_hasIdentifier = m_file.IsOpen() && ::fstat(m_file.Descriptor(), &m_opened) == 0 && HasIdentifier(m_file);
 }

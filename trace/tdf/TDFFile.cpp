@@ -38,12 +38,13 @@ bool HasExtension(const char* path, const char* extension) {
 }
 
 bool CanOpenForReading(const char* path) {
-    return path != nullptr && *path != '\0' && PosixFile::Open(path, O_RDONLY).IsOpen();
+    return path != nullptr && *path != '\0' && PosixFile::OpenAtOnce(path, O_RDONLY).IsOpen();
 }
 
-bool HasIdentifier(const PosixFile& file) {
+std::optional<bool> ReadIdentifier(const PosixFile& file) {
     IdentifierBytes bytes{};
-    return IsIdentifier(bytes, file.Read(bytes.data(), bytes.size()));
+    const auto count = file.Read(bytes.data(), bytes.size());
+    return count ? std::optional(IsIdentifier(bytes, count)) : std::nullopt;
 }
 
 bool StillHasIdentifier(const PosixFile& file) {
@@ -54,13 +55,13 @@ bool StillHasIdentifier(const PosixFile& file) {
 void CheckPathToSave(const char* path) { TDFError::ThrowUnless(CanOpenForReading(path), TDFError::SaveName); }
 
 PosixFile OpenForUpdate(const char* path) {
-    PosixFile file = PosixFile::Open(path, O_RDWR);
+    PosixFile file = PosixFile::OpenAtOnce(path, O_RDWR);
     TDFError::ThrowUnless(file.IsOpen(), TDFError::Open);
     return file;
 }
 
 PosixFile OpenForReading(const char* path) {
-    PosixFile file = PosixFile::Open(path, O_RDONLY);
+    PosixFile file = PosixFile::OpenAtOnce(path, O_RDONLY);
     TDFError::ThrowUnless(file.IsOpen(), TDFError::Open);
     TDFError::ThrowUnless(HasIdentifier(file), TDFError::Format);
     return file;

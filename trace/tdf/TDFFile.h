@@ -18,8 +18,11 @@ bool HasExtension(const char* path, const char* extension);
 /// Whether the path names a file that can be opened for reading.
 bool CanOpenForReading(const char* path);
 
-/// Reads the identifier at the descriptor's position, the start of a file just opened: a pipe has no other.
-bool HasIdentifier(const ZU_WEP::PosixFile& file);
+/// Reads the identifier at the descriptor's position, the start of a file just opened: a pipe has no other. Gives
+/// whether it is there; nothing, and `errno`, when it can't be read.
+std::optional<bool> ReadIdentifier(const ZU_WEP::PosixFile& file);
+
+inline bool HasIdentifier(const ZU_WEP::PosixFile& file) { return ReadIdentifier(file).value_or(false); }
 
 /// Reads it again, from the start of the file, which can seek.
 bool StillHasIdentifier(const ZU_WEP::PosixFile& file);

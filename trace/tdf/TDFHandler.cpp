@@ -53,7 +53,7 @@ TDFHandler::~TDFHandler() = default;
 void TDFHandler::CreateTDFFile(const char* path) {
     ThrowUnless(path != nullptr, TDFError::CreateNullName);
     ThrowUnless(HasExtension(path, kTDFExtension), TDFError::Extension);
-    PosixFile file = PosixFile::Open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    PosixFile file = PosixFile::OpenAtOnce(path, O_WRONLY | O_CREAT | O_TRUNC);
     ThrowUnless(file.IsOpen(), TDFError::Create);
     ThrowUnless(file.Write(TDFIdentifier) && file.Close(), TDFError::WriteIdentifier);
 }
@@ -62,7 +62,7 @@ bool TDFHandler::ISTDF(const char* path) {
     if (!HasExtension(path, kTDFExtension)) {
         return false;
     }
-    const PosixFile file = PosixFile::Open(path, O_RDONLY);
+    const PosixFile file = PosixFile::OpenAtOnce(path, O_RDONLY);
     return file.IsOpen() && HasIdentifier(file);
 }
 

@@ -1,0 +1,45 @@
+#include "trace/tdf/AppendAt.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "trace/format/SectionLayout.h"
+
+namespace Zu::Wep::Trace {
+
+AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
+                      std::initializer_list<std::string_view> pieces) {
+    std::uint64_t size = 0;
+    for (const std::string_view piece : pieces) {
+        size += piece.size();
+    }
+    if (offset > MaxFileSize || size > MaxFileSize - offset) {
+        return AppendResult::TooLarge;
+    }
+    std::uint64_t done = 0;
+    // A gap in front of the offset is filled by the same write, so no kill can leave it alone.
+    if (file.Reserve(offset, size) && file.WriteAt(offset, pieces, &done) && file.SyncData()) {
+        return AppendResult::Done;
+    }
+    const int error = errno;
+    if (!CutBack(file, fileSize, offset, done) && done < size && done >= SectionHeader::Size) {
+        file.WriteAt(offset, {EncodeSectionLength(static_cast<std::uint32_t>(done))});  // what is behind is another's
+    }
+    errno = error;
+    return done == size ? AppendResult::SyncFailed : AppendResult::WriteFailed;
+}
+
+bool CutBack(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset, std::uint64_t written) {
+    const int error = errno;
+    const bool isOurs = file.Size() == std::max(fileSize, written > 0 ? offset + written : 0);
+    if (isOurs) {
+        file.Truncate(std::min(fileSize, offset));
+        if (offset < fileSize) {  // the zeros that were there
+            file.Truncate(fileSize);
+        }
+    }
+    errno = error;
+    return isOurs;
+}
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string_view>
+
+#include "source_utilities/PosixFile.h"
+
+namespace Zu::Wep::Trace {
+
+enum class AppendResult {
+    Done,
+    TooLarge,     ///< it would end past MaxFileSize; not a byte was written
+    WriteFailed,  ///< also for want of space, and past the process's file-size limit
+    SyncFailed
+};
+
+/// Writes whole sections, `pieces`, at `offset` by one gathered write, a gap in front of them included, and syncs them.
+/// `offset` is in front of the end of the file where zeros lie behind it. After a failure the file is cut back as
+/// CutBack tells, and `errno` tells the reason, but for TooLarge.
+AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
+                      std::initializer_list<std::string_view> pieces);
+
+/// Gives the file the old size and bytes again, of which `written` bytes at `offset` are new; false, and nothing done,
+/// where its size tells that another has written behind them. Keeps `errno`.
+bool CutBack(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset, std::uint64_t written);
+
+}  // namespace Zu::Wep::Trace

@@ -1,0 +1,174 @@
+#include "trace/tdf/CaptureSave.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "source_utilities/Log.h"
+#include "trace/format/UnfinishedSection.h"
+#include "trace/tdf/AppendAt.h"
+#include "trace/tdf/TDFError.h"
+#include "trace/tdf/TDFFile.h"
+
+namespace Zu::Wep::Trace {
+
+using TDFError::ThrowUnless;
+using ZU_WEP::ErrnoText;
+using ZU_WEP::FileLock;
+using ZU_WEP::PosixFile;
+
+namespace {
+
+ChainLock IsHeld(const FileLock& lock) { return lock.IsHeld() ? ChainLock::Held : ChainLock::NotHeld; }
+
+std::uint64_t SizeOf(const SectionToSave& section) {
+    return SectionHeader::Size + section.name.size() + section.payload.size();
+}
+
+/// A length that has wrapped around is of a section that is refused as too large.
+std::string StartOf(const SectionToSave& section) {
+    return EncodeSectionStart(static_cast<std::uint32_t>(SizeOf(section)), section.name, section.version);
+}
+
+bool IsUnwritable(int error) { return error == EACCES || error == EPERM || error == EROFS || error == ETXTBSY; }
+
+}  // namespace
+
+void CaptureSave::PrepareForHost() {
+    const PosixFile file = PosixFile::OpenAtOnce(m_path.c_str(), O_RDWR);
+    if (!file.IsOpen() || !HasExtension(m_path.c_str(), kTDFExtension) || !StillHasIdentifier(file)) {
+        return;
+    }
+    const FileLock lock(file, m_patience);
+    TellUnlocked(lock);
+    const auto size = file.Size();
+    if (lock.IsHeld() && size) {
+        FileSectionSource source(file);
+        MendChain(file, FindChainEnd(source, *size, ChainLock::Held));  // what fails here fails again in Append
+    }
+}
+
+SaveTarget CaptureSave::Open() {
+    if (!HasExtension(m_path.c_str(), kTDFExtension)) {
+        return SaveTarget::NotACapture;
+    }
+    const bool isWritable = Reopen(O_RDWR);
+    if (!isWritable && !(IsUnwritable(errno) && Reopen(O_RDONLY))) {
+        return CannotOpen(errno);
+    }
+    const auto hasIdentifier = ReadIdentifier(m_file);
+    if (!hasIdentifier && errno != EAGAIN && errno != EISDIR) {
+        ZU_WEP::Log(ZU_WEP::LogError, "%s: can't be read, nothing is saved: %s", m_path.c_str(),
+                    ErrnoText(errno).c_str());
+        return SaveTarget::CannotRead;
+    }
+    ThrowUnless(!hasIdentifier.value_or(false) || isWritable, TDFError::Open);
+    return hasIdentifier.value_or(false) ? SaveTarget::Capture : SaveTarget::NotACapture;
+}
+
+bool CaptureSave::Reopen(int flags) {
+    m_file = PosixFile::OpenAtOnce(m_path.c_str(), flags);
+    return m_file.IsOpen();
+}
+
+SaveTarget CaptureSave::CannotOpen(int error) const {
+    if (error == ENOENT || error == ENOTDIR) {
+        return SaveTarget::Absent;
+    }
+    if (error == EISDIR) {
+        return SaveTarget::NotACapture;
+    }
+    ZU_WEP::Log(ZU_WEP::LogError, "%s: can't be opened, nothing is saved: %s", m_path.c_str(),
+                ErrnoText(error).c_str());
+    return SaveTarget::CannotOpen;
+}
+
+void CaptureSave::TellUnlocked(const FileLock& lock) {
+    if (!lock.IsHeld() && !m_hasToldOfLock) {
+        m_hasToldOfLock = true;
+        ZU_WEP::Log(ZU_WEP::LogUnexpected, "%s: %s, saving without it", m_path.c_str(),
+                    m_patience.hasRunOut ? "another holds its lock and does not let go" : "its lock can't be had");
+    }
+}
+
+void CaptureSave::Append(const std::vector<SectionToSave>& sections) {
+    {
+        const FileLock lock(m_file, m_patience);
+        TellUnlocked(lock);
+        FindPlace(lock);
+        std::uint64_t span = 0;
+        for (const SectionToSave& section : sections) {
+            span += SizeOf(section);
+        }
+        ThrowUnless(m_offset <= MaxFileSize && span <= MaxFileSize - m_offset, TDFError::HeaderOffset);
+        if (sections.size() == 2 && span <= MaxSectionLength) {
+            AppendTogether(sections.front(), sections.back());
+        } else {
+            std::for_each(sections.begin(), sections.end(), [this](const SectionToSave& each) { AppendOne(each); });
+        }
+    }
+    ThrowUnless(m_file.Close(), TDFError::WriteCorrupted);
+}
+
+void CaptureSave::FindPlace(const FileLock& lock) {
+    m_fileSize = m_file.Size().value_or(0);
+    ThrowUnless(m_fileSize >= FirstSectionOffset, TDFError::HeaderOffset);
+    FileSectionSource source(m_file);
+    const ChainEnd end = FindChainEnd(source, m_fileSize, IsHeld(lock));
+    if (end.stop == ScanStop::ReadError) {
+        Fail(TDFError::ReadLength);
+    }
+    TellBroken(end);
+    if (!MendChain(m_file, end)) {
+        Fail(TDFError::WriteLength);
+    }
+    m_fileSize = std::max(m_fileSize, m_file.Size().value_or(0));  // the mending can have made it longer
+    m_offset = end.offset;
+}
+
+void CaptureSave::TellBroken(const ChainEnd& end) const {
+    if (!end.reachable) {
+        ZU_WEP::Log(ZU_WEP::LogError, "%s: no section behind offset %llu can be found: %s", m_path.c_str(),
+                    static_cast<unsigned long long>(end.stopOffset), ScanStopText(end.stop));
+    }
+}
+
+void CaptureSave::AppendOne(const SectionToSave& section) {
+    AppendPieces({StartOf(section), section.payload});
+    m_offset += SizeOf(section);
+    m_fileSize = std::max(m_fileSize, m_offset);
+}
+
+/// Until the first section has its true length and then its true name, a search passes both as one that nobody reads.
+void CaptureSave::AppendTogether(const SectionToSave& first, const SectionToSave& second) {
+    const std::uint64_t span = SizeOf(first) + SizeOf(second);
+    AppendPieces({EncodeSectionStart(static_cast<std::uint32_t>(span), kUnfinishedName, first.version), first.payload,
+                  StartOf(second), second.payload});
+    const auto length = static_cast<std::uint32_t>(SizeOf(first));
+    Finish({m_offset + SectionHeader::LengthOffset, EncodeSectionLength(length)}, span);
+    Finish({m_offset + SectionHeader::Size, std::string(first.name)}, span);
+}
+
+void CaptureSave::AppendPieces(std::initializer_list<std::string_view> pieces) {
+    const AppendResult result = AppendAt(m_file, m_fileSize, m_offset, pieces);
+    ThrowUnless(result != AppendResult::TooLarge, TDFError::HeaderOffset);
+    if (result != AppendResult::Done) {
+        Fail(result == AppendResult::SyncFailed ? TDFError::WriteCorrupted : TDFError::WriteData);
+    }
+}
+
+void CaptureSave::Finish(const FieldWrite& field, std::uint64_t written) {
+    if (!WriteFields(m_file, {field})) {
+        CutBack(m_file, m_fileSize, m_offset, written);
+        Fail(TDFError::WriteCorrupted);
+    }
+}
+
+void CaptureSave::Fail(const char* text) const {
+    const int error = errno;
+    ZU_WEP::Log(ZU_WEP::LogError, "%s: %s %s", m_path.c_str(), text, ErrnoText(error).c_str());
+    TDFError::Throw(text);
+}
+
+}  // namespace Zu::Wep::Trace
