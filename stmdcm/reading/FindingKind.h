@@ -18,7 +18,8 @@ struct FindingKind {
     const char* meaning;  ///< one sentence, also in docs/check.md
 };
 
-/// Every kind that `check` reports: F file, C container, T text, D text of DEVID, U use case, O object file.
+/// Every kind that `check` reports: F file, C container, T text, D text of DEVID, P value of a property, U use case, O
+/// object file.
 /// Error: data is lost or the load fails. Warning: doubtful. Note: worth knowing.
 inline constexpr FindingKind kFindingKinds[] = {
     {"F-UNREADABLE", Severity::Error, "The file can't be opened or read."},
@@ -76,6 +77,13 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"D-NO-VALUE", Severity::Note, "A line of DEVID has a key and no value."},
     {"D-OVERRIDDEN", Severity::Note, "DEVID sets a property that STMDECODERINFO sets to another value."},
 
+    {"P-CLOCK", Severity::Warning, "A clock is 0, negative, or stated with a rate that does not fit 32 bits."},
+    {"P-CLOCK-DEFAULT", Severity::Note, "A clock is at its default of 1 Hz."},
+    {"P-PINS", Severity::Warning, "No trace port has that number of pins."},
+    {"P-STP-VERSION", Severity::Warning, "There is no such version of STP."},
+    {"P-ATB-ID", Severity::Warning, "No trace source has that ATB id."},
+    {"P-HEAD-POINTER", Severity::Note, "A head pointer is set without the flag that it is present."},
+
     {"U-UNCLOSED", Severity::Error, "A block is not closed before the next one or the end of the text."},
     {"U-BLANK-IN-BLOCK", Severity::Error, "A blank line stands in a block."},
     {"U-NO-EQUALS", Severity::Error, "A line of a block has no \"=\"."},
@@ -94,6 +102,8 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"U-COUNTER-TWICE", Severity::Note, "Two counters of a use case have one number."},
     {"U-CUT-ON-SAVE", Severity::Warning, "A value is too long for a written line of 127 bytes."},
     {"U-DUPLICATE", Severity::Warning, "Two use cases of one kind have one job and module, or one source."},
+    {"U-IDENTICAL", Severity::Warning, "Two use cases of one kind are the same in every field."},
+    {"U-NO-COUNTER", Severity::Note, "An SC use case has no counter."},
     {"U-SOURCE", Severity::Warning, "The source of a PMI/CMI use case is not PMI, CMI0 or CMI1."},
     {"U-FORMULA-OPEN", Severity::Error, "A formula is not closed by \"$/\"."},
     {"U-FORMULA-LINE", Severity::Warning, "A line of a formula has no \"=\"."},

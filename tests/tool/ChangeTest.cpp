@@ -80,7 +80,7 @@ TEST_F(ChangeTest, EndsAsItShould) {
         const char* says;
         bool changes;
     } cases[] = {
-        {"full.tdf", "set $ STM_ATB_Id=9 STM_STP_Version=3", 0, "12  ->  9", true},
+        {"full.tdf", "set $ STM_ATB_Id=9 STM_STP_Version=1", 0, "12  ->  9", true},
         {"full.tdf", "set $ STM_ATB_Id=12", 0, "nothing to change", false},
         {"full.tdf", "set $ STM_ATB_Id=1 STM_ATB_Id=2", 2, "twice", false},
         {"full.tdf", "set $ STM_ATB_Id=x", 2, "a whole number", false},
@@ -98,6 +98,10 @@ TEST_F(ChangeTest, EndsAsItShould) {
         {"settings-unknown-key.txt", "set $ STM_ATB_Id=9", 3, "5  ->  9", true},
         {"settings-unknown-key.txt", "set $ STM_STP_Version=9", 1, "--force", false},
         {"settings-unknown-key.txt", "set $ STM_STP_Version=9 --force", 3, "line 3: STM_STP_Version", true},
+        {"full.tdf", "set $ STM_DTC_target_pins=77", 3, "trace ports have", true},
+        {"full.tdf", "set $ STM_DTC_target_clock_hz=0 --json", 3, "no clock runs", true},
+        {"settings.txt", "set $ STM_STP_Version=9", 3, "the versions 1 and 2", true},
+        {"settings.txt", "set $ STM_ATB_Id=300", 3, "the ids 1 to 111", true},
         {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings.txt $", 0, "job 3, module 8", true},
         {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings.txt $ --dry-run", 0, "would be changed", false},
         {"packed.tdf", "apply " STMDCM_TEST_DATA "/settings-unknown-key.txt $", 1, "--force", false},

@@ -21,9 +21,9 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
         const char* out;
         const char* error;
     } cases[] = {
-        {STMDCM_TEST_DATA "/settings.txt", 0, "settings.txt: nothing found", ""},
-        {STMDCM_TEST_DATA "/settings-packed.txt", 0, "settings-packed.txt: 3 notes", ""},
-        {kFull, 1, "full.tdf: 2 warnings, 3 notes", ""},
+        {STMDCM_TEST_DATA "/settings.txt", 0, "settings.txt: 1 note", ""},
+        {STMDCM_TEST_DATA "/settings-packed.txt", 0, "settings-packed.txt: 6 notes", ""},
+        {kFull, 1, "full.tdf: 2 warnings, 4 notes", ""},
         {std::string("--severity error ") + kFull, 0, "full.tdf: nothing found", ""},
         {std::string("/no/such/file ") + kUnknown, 4, "T-UNKNOWN-KEY line 2: \"STM_Colour\" is no property",
          "stmdcm: /no/such/file: there is no such file"},
