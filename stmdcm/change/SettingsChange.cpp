@@ -56,10 +56,9 @@ void RequireNothingElse(Reading& wanted, const std::string& text) {
     const bool loads = after.Read(text, kFileLineLimits);
     Fill(configuration, after);
     if (!Compare(wanted.configuration, configuration).empty() || (wanted.loads && !loads)) {
-        throw Failure(
-            fmt::format("{}: with the new values more of the text would be read otherwise than now; nothing "
-                        "was changed; stmdcm check tells what is odd about it",
-                        wanted.path));
+        throw Failure(wanted.path,
+                      "with the new values more of the text would be read otherwise than now; nothing "
+                      "was changed; stmdcm check tells what is odd about it");
     }
 }
 
@@ -81,8 +80,8 @@ ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment
         return result;
     }
     if (!result.doubts.empty() && !force) {
-        throw Failure(
-            fmt::format("{}: {}; --force adds a line in front that counts", path, fmt::join(result.doubts, "; ")));
+        throw Failure(path,
+                      fmt::format("{}; --force adds a line in front that counts", fmt::join(result.doubts, "; ")));
     }
     std::vector<std::string> losses = before.Losses();
     for (std::string& loss : losses) {  // kept as it is, and as unread
@@ -101,7 +100,7 @@ ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment
     const InterruptBlock block;  // or else the temporary file would be left
     if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
         const int error = errno;
-        throw Failure(fmt::format("{}: the file can't be written: {}", path, ZU_WEP::ErrnoText(error)));
+        throw Failure(path, fmt::format("the file can't be written: {}", ZU_WEP::ErrnoText(error)));
     }
     result.isWritten = true;
     return result;

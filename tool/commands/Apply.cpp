@@ -99,8 +99,7 @@ class Apply final : public Command {
         }
         parts.Narrow(PartNames(m_only), PartNames(m_except));
         if (parts.IsEmpty()) {
-            throw Failure(
-                fmt::format("{}: there is nothing in it of what is asked for, so nothing to apply", m_source));
+            throw Failure(m_source, "there is nothing in it of what is asked for, so nothing to apply");
         }
         return parts;
     }
