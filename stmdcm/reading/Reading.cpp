@@ -172,7 +172,8 @@ bool IsAboutReadSection(const Reading& reading, const Finding& finding) {
     return finding.place.offset && std::find(offsets.begin(), offsets.end(), *finding.place.offset) != offsets.end();
 }
 
-/// Whether something that the file says is not in what is read.
+}  // namespace
+
 bool IsLoss(const Reading& reading, const Finding& finding) {
     if (IsAboutText(*finding.kind)) {
         const bool isIgnored =
@@ -181,6 +182,8 @@ bool IsLoss(const Reading& reading, const Finding& finding) {
     }
     return finding.kind->severity == Severity::Error && IsAboutReadSection(reading, finding);
 }
+
+namespace {
 
 void Finish(Reading& reading) {
     if (reading.configuration.properties.empty()) {

@@ -14,6 +14,7 @@ namespace {
 const std::string kSc = "{\nid=1\njobid=1\n}\n";
 const std::string kSc2 = "{\nid=2\njobid=2\n}\n";
 const std::string kCpt = "{\ntype=CPT\nsid=1\n}\n";
+const std::string kText = "STM_ATB_Id = 7\n";
 const std::string kPmi = "{\ntype=PMI_CMI\nname=PMI\n}\n";
 
 struct Case {
@@ -138,6 +139,11 @@ const Case kTails[] = {
     {SectionBytes(std::string(4096, 'n'), 1, "") + SectionBytes("TRACE", 1, ""), "C-NAME-LIMIT C-UNREACHABLE"},
     {SectionBytes("a\xff", 1, ""), "C-NAME-ODD"},
     {SectionBytes("DEVID", 1, ""), "C-SHADOWED"},
+    {SectionBytes("DCM_COMMON", 1, "") + SectionBytes("STMDECODERINFO", 1, kText), "C-LATER-SAVES"},
+    {SectionBytes("DCM_COMMON", 1, ""), "C-LATER-SAVES C-NO-PAIR"},
+    {SectionBytes("DCM_COMMON", 2, "") + SectionBytes("DCM_COMMON", 2, ""), "C-OTHER-VERSION C-REPEATED"},
+    {SectionBytes("unfinished", 1, SectionBytes("STMDECODERINFO", 1, kText)), "C-UNFINISHED"},
+    {SectionBytes("DCM_nished", 1, "") + SectionBytes("STMDECODERINFO", 1, kText), "C-LATER-SAVES C-UNFINISHED"},
     {SectionBytes("DEVID", 2, ""), "C-OTHER-VERSION"},
     {SectionBytes("TRACE", 2, "") + SectionBytes("TRACE", 2, ""), "C-REPEATED"},
     {SectionBytes("DEVID", Retired(1), ""), "C-RETIRED"},

@@ -102,7 +102,7 @@ TEST_F(CheckKindsTest, SamplesGiveTheirIdentifiers) {
         {"settings-packed.txt", "T-FINAL-LINE-FEED P-CLOCK-DEFAULT"},
         {"settings-unknown-key.txt", "T-UNKNOWN-KEY T-NOT-READ T-NOT-SET"},
         {"settings.txt", ""},
-        {"shadowed.tdf", "C-SHADOWED C-OTHER-VERSION P-CLOCK-DEFAULT"},
+        {"shadowed.tdf", "C-LATER-SAVES C-NO-PAIR C-OTHER-VERSION P-CLOCK-DEFAULT"},
         {"short-length.tdf", "C-LENGTH-SHORT C-NAME-LIMIT C-UNREACHABLE C-NO-STM T-ZERO-BYTE D-NO-VALUE"},
         {"torn-header.tdf", "C-TORN-HEADER D-NO-VALUE D-OVERRIDDEN"},
         {"torn-payload.tdf", "C-TORN-PAYLOAD D-NO-VALUE D-OVERRIDDEN U-UNCLOSED U-FORMULA-OPEN"},
@@ -158,6 +158,10 @@ TEST_F(CheckKindsTest, TheDocumentListsTheKinds) {
         expected += "| `" + std::string(kind.id) + "` | " + SeverityName(kind.severity) + " | " + kind.meaning + " |\n";
     }
     EXPECT_EQ(listed, expected);
+    const std::string next = document.str().substr(document.str().find("## What to do next"));
+    for (const FindingKind& kind : kFindingKinds) {
+        EXPECT_EQ(next.find("`" + std::string(kind.id) + "`") != std::string::npos, kind.next != nullptr) << kind.id;
+    }
 }
 
 }  // namespace stmdcm
