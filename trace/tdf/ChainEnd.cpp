@@ -7,17 +7,22 @@ namespace Zu::Wep::Trace {
 
 namespace {
 
-/// The stated end of a section whose header the end of the file cuts off, when that lies behind the end of the file.
+/// The stated end of a section whose header or name the end of the file cuts off, when that lies behind the end of the
+/// file. Filled up with zeros, header and name must end there, too: what is put behind would become part of them.
 std::optional<std::uint64_t> EndOfTornSection(SectionSource& source, std::uint64_t offset, std::uint64_t fileSize) {
-    char bytes[SectionHeader::LengthSize];
-    if (source.ReadAt(offset + SectionHeader::LengthOffset, bytes, sizeof bytes) != sizeof bytes) {
+    char bytes[SectionHeader::Size] = {};
+    const auto held = source.ReadAt(offset, bytes, sizeof bytes);
+    if (!held || *held < SectionHeader::LengthSize) {
         return std::nullopt;
     }
-    const std::uint32_t length = DecodeSectionLength(bytes);
-    if (length > MaxSectionLength || offset + length <= fileSize) {
+    const SectionHeader header = DecodeSectionHeader(bytes);
+    const bool coversName = header.length >= SectionHeader::Size &&
+                            header.nameLength <= header.length - SectionHeader::Size &&
+                            header.nameLength <= MaxNameLength;
+    if (!coversName || header.length > MaxSectionLength || offset + header.length <= fileSize) {
         return std::nullopt;
     }
-    return offset + length;
+    return offset + header.length;
 }
 
 }  // namespace
