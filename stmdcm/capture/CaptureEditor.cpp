@@ -82,6 +82,11 @@ ChainEnd CaptureEditor::RequireReachableEnd() const {
                                   "not be found; nothing was changed",
                                   Container::kMaxSections));
     }
+    if (!end.reachable && m_container.Stop() == ScanStop::Wrap) {
+        throw Failure(m_file.Path(),
+                      "the capture reaches past 4 GiB, so nothing behind it could be found; nothing was changed")
+            .At(m_container.StopOffset());
+    }
     if (!end.reachable) {
         throw Failure(
             m_file.Path(),

@@ -28,7 +28,9 @@ bool IsIn(const Items& items, const Item& item) {
 /// What of a configuration the finding says to be missing.
 std::string PartOf(const Finding& finding) {
     if (!IsAboutText(*finding.kind)) {
-        return fmt::format("parts of {}", finding.place.section);
+        const std::string& section = finding.place.section;
+        return section.empty() ? fmt::format("parts of the section at {}", finding.place.offset.value_or(0))
+                               : "parts of " + section;
     }
     if (IsIn(kOtherValues, finding.kind)) {
         return "some values";
