@@ -245,45 +245,6 @@ TEST_F(ChangeTest, AppliesWhatTheSourceNamesAndIsAskedFor) {
     }
 }
 
-TEST_F(ChangeTest, ADryRunSaysWhatTheRunSays) {
-    const std::pair<const char*, std::function<std::string(std::string)>> damages[] = {
-        {"none", [](std::string bytes) { return bytes; }},
-        {"cut", [](std::string bytes) { return bytes.substr(0, bytes.size() - bytes.size() / 8); }},
-        {"zero byte", [](std::string bytes) { return bytes.replace(bytes.size() / 2, 1, 1, '\0'); }},
-        {"doubled", [](std::string bytes) { return bytes + bytes; }},
-        {"no header", [](std::string bytes) { return bytes + "xy"; }},
-    };
-    const char* const commands[] = {
-        "set $ STM_ATB_Id=9",
-        "set $ STM_STP_Version=9 --force",
-        "apply " STMDCM_TEST_DATA "/full.tdf $",
-        "apply " STMDCM_TEST_DATA "/settings-unknown-key.txt $ --force",
-        "restore $ 2",
-        "objects $ --update --accept-changed --map /opt/images/app0.out=" STMDCM_TEST_DATA "/settings.txt",
-    };
-    std::size_t changed = 0;
-    for (const auto& sample : std::filesystem::directory_iterator(STMDCM_TEST_DATA)) {
-        const std::string file = Temporary() / sample.path().filename();
-        for (const auto& [damage, make] : damages) {
-            const std::string before = make(ReadWhole(sample.path()));
-            for (std::string command : commands) {
-                command.replace(command.find('$'), 1, file);
-                SCOPED_TRACE(damage + (" " + command));
-                WriteWhole(file, before);
-                const Result tried = Run(command + " --json --dry-run");
-                EXPECT_EQ(ReadWhole(file), before);
-                const Result done = Run(command + " --json");
-                EXPECT_EQ(tried.status, done.status) << tried.error << done.error;
-                EXPECT_EQ(tried.error, done.error);
-                const std::regex differs(R"re("(written|dry_run)": (true|false))re");
-                EXPECT_EQ(std::regex_replace(tried.out, differs, ""), std::regex_replace(done.out, differs, ""));
-                changed += ReadWhole(file) != before ? 1U : 0U;
-            }
-        }
-    }
-    EXPECT_GT(changed, 50U);
-}
-
 TEST_F(ChangeTest, JsonSaysWhatTheTextSays) {
     const std::string file = Copy("shadowed.tdf");
     const std::string text = Run("history " + file).out;
