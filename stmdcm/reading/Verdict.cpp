@@ -53,6 +53,9 @@ std::vector<std::string> MissingOfLoaded(const Reading& reading) {
             missing.push_back(std::move(part));
         }
     }
+    if (reading.findings.Count(Kind("F-TOO-LARGE")) > 0) {
+        missing.emplace_back("what is behind 128 MiB");
+    }
     if (const std::size_t count = reading.findings.Count(Kind("O-MISSING")); count > 0) {
         missing.push_back(Counted(count, "program image") + " on this machine");
     }
