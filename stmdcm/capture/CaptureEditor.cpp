@@ -99,7 +99,12 @@ void CaptureEditor::RequireReachableEnd() const {
                                   "not be found; nothing was changed",
                                   Container::kMaxSections));
     }
-    if (!m_end.reachable || m_container.Stop() == ScanStop::ReadError) {
+    if (!m_end.reachable && m_container.Stop() == ScanStop::Wrap) {
+        throw Failure(m_file.Path(),
+                      "the capture reaches past 4 GiB, so nothing behind it could be found; nothing was changed")
+            .At(m_container.StopOffset());
+    }
+    if (!m_end.reachable) {
         throw Failure(
             m_file.Path(),
             fmt::format(

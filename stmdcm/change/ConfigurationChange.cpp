@@ -7,6 +7,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/reading/ConfigurationReader.h"
+#include "stmdcm/reading/Plausibility.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 
@@ -73,7 +74,9 @@ ConfigurationChange::Plan ConfigurationChange::Make(const Container& capture, Mi
 
 std::string ConfigurationChange::Change(Reading& reading, ChangeResult& result) const {
     const Configuration before = std::exchange(reading.configuration, {});
+    const StmProperties old = reading.settings->properties;
     m_edit(*reading.settings);
+    result.warnings = NewWarnings(old, reading.settings->properties);
     reading.configuration.objectFiles = m_objectFiles.value_or(before.objectFiles);
     Fill(reading.configuration, *reading.settings);
     result.changes = Compare(before, reading.configuration);

@@ -15,10 +15,11 @@ namespace stmdcm {
 /// What a change did to one file.
 struct ChangeResult {
     std::string path;
-    std::vector<Difference> changes = {};  ///< left as it was, right as it is to be
-    std::vector<std::string> doubts = {};  ///< sentences: what of the old configuration is not in the new one
-    bool isNew = false;                    ///< there was no configuration
-    bool isWritten = false;                ///< false where nothing changes, and after a dry run
+    std::vector<Difference> changes = {};    ///< left as it was, right as it is to be
+    std::vector<std::string> doubts = {};    ///< sentences: what of the old configuration is not in the new one
+    std::vector<std::string> warnings = {};  ///< sentences: values of the new one that no target has
+    bool isNew = false;                      ///< there was no configuration
+    bool isWritten = false;                  ///< false where nothing changes, and after a dry run
 
     bool HasChanges() const { return isNew || !changes.empty(); }
 };

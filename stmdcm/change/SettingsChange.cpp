@@ -14,6 +14,7 @@
 #include "stmdcm/capture/LockedFile.h"
 #include "stmdcm/change/SettingsEdit.h"
 #include "stmdcm/reading/ConfigurationReader.h"
+#include "stmdcm/reading/Plausibility.h"
 #include "stmdcm/reading/Words.h"
 #include "trace/format/StmPropertyTable.h"
 
@@ -47,21 +48,17 @@ void SetOne(const Assignment& assignment, const StmProperties& before, SettingsE
         {"property", row.name, "value", isNamed ? std::optional(words(old)) : std::nullopt, words(assignment.value)});
 }
 
-/// Throws Failure unless `text` is read as `before` with what was set.
-void RequireNothingElse(Reading& before, const std::vector<Assignment>& assignments, const std::string& text) {
-    for (const Assignment& assignment : assignments) {
-        assignment.ApplyTo(before.settings->properties);
-    }
-    Fill(before.configuration, *before.settings);
+/// Throws Failure unless `text` is read as `wanted`.
+void RequireNothingElse(Reading& wanted, const std::string& text) {
+    Fill(wanted.configuration, *wanted.settings);
     Settings after;
     Configuration configuration;
     const bool loads = after.Read(text, kFileLineLimits);
     Fill(configuration, after);
-    if (!Compare(before.configuration, configuration).empty() || (before.loads && !loads)) {
-        throw Failure(
-            fmt::format("{}: with the new values more of the text would be read otherwise than now; nothing "
-                        "was changed; stmdcm check tells what is odd about it",
-                        before.path));
+    if (!Compare(wanted.configuration, configuration).empty() || (wanted.loads && !loads)) {
+        throw Failure(wanted.path,
+                      "with the new values more of the text would be read otherwise than now; nothing "
+                      "was changed; stmdcm check tells what is odd about it");
     }
 }
 
@@ -83,22 +80,27 @@ ChangeResult SetInSettings(const std::string& path, const std::vector<Assignment
         return result;
     }
     if (!result.doubts.empty() && !force) {
-        throw Failure(
-            fmt::format("{}: {}; --force adds a line in front that counts", path, fmt::join(result.doubts, "; ")));
+        throw Failure(path,
+                      fmt::format("{}; --force adds a line in front that counts", fmt::join(result.doubts, "; ")));
     }
     std::vector<std::string> losses = before.Losses();
     for (std::string& loss : losses) {  // kept as it is, and as unread
         result.doubts.push_back(std::move(loss));
     }
     const std::string text = edit.Text();
-    RequireNothingElse(before, assignments, text);
+    const StmProperties old = before.settings->properties;
+    for (const Assignment& assignment : assignments) {
+        assignment.ApplyTo(before.settings->properties);
+    }
+    result.warnings = NewWarnings(old, before.settings->properties);
+    RequireNothingElse(before, text);
     if (mode == ChangeMode::DryRun) {
         return result;
     }
     const InterruptBlock block;  // or else the temporary file would be left
     if (ZU_WEP::ReplaceFile(path, [&] { return text; }) != ZU_WEP::ReplaceResult::Written) {
         const int error = errno;
-        throw Failure(fmt::format("{}: the file can't be written: {}", path, ZU_WEP::ErrnoText(error)));
+        throw Failure(path, fmt::format("the file can't be written: {}", ZU_WEP::ErrnoText(error)));
     }
     result.isWritten = true;
     return result;

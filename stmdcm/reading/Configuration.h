@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,6 +29,8 @@ struct Counter {
     std::uint32_t number = 0;
     std::string text;
 
+    auto operator<=>(const Counter&) const = default;
+
     template <class Visitor>
     void Visit(Visitor&& visit) const {
         visit(Field{"number"}, number);
@@ -41,6 +44,8 @@ struct Formula {
     std::string unit;
     std::uint32_t tagNumber = 0;
     std::uint32_t outputMask = 0;
+
+    auto operator<=>(const Formula&) const = default;
 
     template <class Visitor>
     void Visit(Visitor&& visit) const {
@@ -68,6 +73,7 @@ struct ScUsecase {
     std::vector<Formula> formulas;
 
     std::string Key() const;
+    auto operator<=>(const ScUsecase&) const = default;
 
     /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
     template <class Self, class Visitor>
@@ -100,6 +106,7 @@ struct CptUsecase {
     std::uint32_t dataOptions = 0;
 
     std::string Key() const;
+    auto operator<=>(const CptUsecase&) const = default;
 
     /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
     template <class Self, class Visitor>
@@ -126,6 +133,7 @@ struct PmiUsecase {
     std::uint32_t sampleWindow = 0;
 
     std::string Key() const { return source; }
+    auto operator<=>(const PmiUsecase&) const = default;
 
     /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
     template <class Self, class Visitor>

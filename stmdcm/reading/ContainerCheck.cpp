@@ -37,6 +37,12 @@ const WantedSection* WantedOf(std::string_view name) {
     return found == kWantedSections.end() ? nullptr : &*found;
 }
 
+/// Whether SaveFindings tells of it.
+bool IsOfSave(std::string_view name, std::uint32_t version) {
+    const WantedSection* const wanted = WantedOf(name);
+    return wanted != nullptr && version == wanted->version && wanted->name != std::string_view(kDeviceSectionName);
+}
+
 /// What a stop is called that is not the end of the file.
 const FindingKind* KindOf(ScanStop stop) {
     switch (stop) {
@@ -81,6 +87,7 @@ void ContainerCheck::Run() {
         return;
     }
     TellStop();
+    m_saves.Tell(m_container.Stop() == ScanStop::EndOfFile, m_findings);
     TellMissingAndEmpty();
 }
 
@@ -101,6 +108,7 @@ void ContainerCheck::CheckSection(const Section& section) {
     }
     CheckLength(section, place);
     CheckUse(section, name, place);
+    m_saves.Take(section, Compared(name));
     NoteWanted(section, name, place);
 }
 
@@ -124,8 +132,10 @@ void ContainerCheck::CheckUse(const Section& section, const std::string& name, c
         m_findings.Add(Kind("C-RETIRED"), place,
                        fmt::format("version {} was taken out of use by an edit", LiveVersion(section.version)),
                        "not read");
-    } else if (section.use == SectionUse::Shadowed) {
-        m_findings.Add(WantedOf(name) != nullptr ? Kind("C-SHADOWED") : Kind("C-REPEATED"), place,
+    } else if (section.use == SectionUse::Shadowed && !IsOfSave(name, section.version)) {
+        const WantedSection* const wanted = WantedOf(name);
+        const bool isWanted = wanted != nullptr && section.version == wanted->version;
+        m_findings.Add(isWanted ? Kind("C-SHADOWED") : Kind("C-REPEATED"), place,
                        fmt::format("there is an older section of this name and version {}", section.version),
                        "the older one is read, this one is not");
     }

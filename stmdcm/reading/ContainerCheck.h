@@ -8,6 +8,7 @@
 
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/reading/Findings.h"
+#include "stmdcm/reading/SaveFindings.h"
 
 namespace stmdcm {
 
@@ -56,6 +57,7 @@ class ContainerCheck {
 
     const Container& m_container;
     Findings& m_findings;
+    SaveFindings m_saves;
     std::array<const Section*, 3> m_found{};
 };
 

@@ -11,43 +11,72 @@ enum class Severity { Note, Warning, Error };
 
 const char* SeverityName(Severity severity);
 
+/// What a command that mends a finding asks of the file, each with all before it.
+enum class Needs {
+    Nothing,
+    WholeCapture,  ///< the row of sections leads to the end of the file
+    Device,        ///< and there is a device identification
+    Configuration  ///< and a configuration; of a settings file that alone
+};
+
+struct NextStep {
+    const char* command;
+    Needs needs;
+};
+
+inline constexpr NextStep kRecover{"recover", Needs::Nothing};
+inline constexpr NextStep kSplit{"recover --split", Needs::WholeCapture};  ///< what is missing lies in another section
+inline constexpr NextStep kRestore{"restore", Needs::WholeCapture};
+inline constexpr NextStep kApply{"apply", Needs::Device};
+inline constexpr NextStep kMap{"objects --map", Needs::Configuration};
+inline constexpr NextStep kSet{"set", Needs::Configuration};
+
 /// One kind of finding. Identifiers are stable: scripts match them.
 struct FindingKind {
     const char* id;
     Severity severity;
-    const char* meaning;  ///< one sentence, also in docs/check.md
+    const char* meaning;               ///< one sentence, also in docs/check.md
+    const NextStep* next = nullptr;    ///< what mends it, nullptr for nothing
+    const NextStep* orElse = nullptr;  ///< where that does not work
 };
 
-/// Every kind that `check` reports: F file, C container, T text, D text of DEVID, U use case, O object file.
+/// Every kind that `check` reports: F file, C container, T text, D text of DEVID, P value of a property, U use case, O
+/// object file.
 /// Error: data is lost or the load fails. Warning: doubtful. Note: worth knowing.
 inline constexpr FindingKind kFindingKinds[] = {
     {"F-UNREADABLE", Severity::Error, "The file can't be opened or read."},
     {"F-EMPTY", Severity::Error, "The file is empty."},
-    {"F-NO-CAPTURE", Severity::Error, "A capture does not begin with \"TDF2\"."},
+    {"F-NO-CAPTURE", Severity::Error, "A capture does not begin with \"TDF2\".", &kRecover},
     {"F-EXTENSION", Severity::Error, "The name of a capture does not end in \".tdf\"."},
     {"F-TOO-LARGE", Severity::Error, "A settings file is longer than 128 MiB, and what is behind is not read."},
 
     {"C-OVER-4GIB", Severity::Error, "The capture is longer than 4 GiB - 1, which its offsets can't express."},
-    {"C-TORN-HEADER", Severity::Error, "The file ends within the header or name of a section."},
-    {"C-TORN-PAYLOAD", Severity::Error, "A section reaches past the end of the file."},
-    {"C-TRAILING-BYTES", Severity::Warning, "One to three bytes at the end are no header."},
-    {"C-LENGTH-ZERO", Severity::Error, "A section states the length 0."},
-    {"C-LENGTH-SHORT", Severity::Error, "A section states a length that does not cover its own header and name."},
+    {"C-TORN-HEADER", Severity::Error, "The file ends within the header or name of a section.", &kRecover},
+    {"C-TORN-PAYLOAD", Severity::Error, "A section reaches past the end of the file.", &kRecover},
+    {"C-TRAILING-BYTES", Severity::Warning, "One to three bytes at the end are no header.", &kRecover},
+    {"C-LENGTH-ZERO", Severity::Error, "A section states the length 0.", &kRecover},
+    {"C-LENGTH-SHORT", Severity::Error, "A section states a length that does not cover its own header and name.",
+     &kRecover},
     {"C-LENGTH-LIMIT", Severity::Error, "A section is longer than 128 MiB."},
     {"C-NAME-LIMIT", Severity::Error, "A section's name is longer than 4095 bytes."},
     {"C-PAST-4GIB", Severity::Error, "A section ends past 4 GiB - 1."},
-    {"C-UNREACHABLE", Severity::Error, "A section stands behind the place where a search ends."},
+    {"C-UNREACHABLE", Severity::Error, "A section stands behind the place where a search ends.", &kRecover},
     {"C-NAME-ODD", Severity::Warning, "A section's name has bytes that are not printable ASCII."},
-    {"C-SHADOWED", Severity::Warning, "A section of the configuration has an older one of its name and version."},
+    {"C-SHADOWED", Severity::Warning, "A section DEVID has an older one."},
+    {"C-LATER-SAVES", Severity::Warning, "Later saves do not count, because an earlier one does.", &kRestore},
+    {"C-UNFINISHED", Severity::Warning, "A save was interrupted, and a reader passes over what there is of it."},
+    {"C-NO-PAIR", Severity::Warning, "One of the two sections of a save is there without the other."},
     {"C-OTHER-VERSION", Severity::Warning, "A section of the configuration has a version other than 1."},
     {"C-REPEATED", Severity::Note, "Another section has an older one of its name and version."},
     {"C-RETIRED", Severity::Note, "An edit took a section out of use; it is kept as history."},
     {"C-TOO-MANY", Severity::Warning, "There are more than 1,000,000 sections; the rest was not looked at."},
-    {"C-NO-COMMON", Severity::Error, "There is no section DCM_COMMON of version 1 that a search finds."},
-    {"C-NO-DEVID", Severity::Error, "There is no section DEVID of version 1 that a search finds."},
-    {"C-NO-STM", Severity::Error, "There is no section STMDECODERINFO of version 1 that a search finds."},
+    {"C-NO-COMMON", Severity::Error, "There is no section DCM_COMMON of version 1 that a search finds.", &kSplit,
+     &kApply},
+    {"C-NO-DEVID", Severity::Error, "There is no section DEVID of version 1 that a search finds.", &kSplit},
+    {"C-NO-STM", Severity::Error, "There is no section STMDECODERINFO of version 1 that a search finds.", &kSplit,
+     &kApply},
     {"C-EMPTY-DEVID", Severity::Error, "The section DEVID that a search finds is empty."},
-    {"C-EMPTY-STM", Severity::Error, "The section STMDECODERINFO that a search finds is empty."},
+    {"C-EMPTY-STM", Severity::Error, "The section STMDECODERINFO that a search finds is empty.", &kApply},
 
     {"T-UNKNOWN-KEY", Severity::Error, "A line sets something that is no property."},
     {"T-NO-VALUE", Severity::Error, "A line among the properties has no value."},
@@ -76,6 +105,13 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"D-NO-VALUE", Severity::Note, "A line of DEVID has a key and no value."},
     {"D-OVERRIDDEN", Severity::Note, "DEVID sets a property that STMDECODERINFO sets to another value."},
 
+    {"P-CLOCK", Severity::Warning, "A clock is 0, negative, or stated with a rate that does not fit 32 bits.", &kSet},
+    {"P-CLOCK-DEFAULT", Severity::Note, "A clock is at its default of 1 Hz.", &kSet},
+    {"P-PINS", Severity::Warning, "No trace port has that number of pins.", &kSet},
+    {"P-STP-VERSION", Severity::Warning, "There is no such version of STP.", &kSet},
+    {"P-ATB-ID", Severity::Warning, "No trace source has that ATB id.", &kSet},
+    {"P-HEAD-POINTER", Severity::Note, "A head pointer is set without the flag that it is present."},
+
     {"U-UNCLOSED", Severity::Error, "A block is not closed before the next one or the end of the text."},
     {"U-BLANK-IN-BLOCK", Severity::Error, "A blank line stands in a block."},
     {"U-NO-EQUALS", Severity::Error, "A line of a block has no \"=\"."},
@@ -94,6 +130,8 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"U-COUNTER-TWICE", Severity::Note, "Two counters of a use case have one number."},
     {"U-CUT-ON-SAVE", Severity::Warning, "A value is too long for a written line of 127 bytes."},
     {"U-DUPLICATE", Severity::Warning, "Two use cases of one kind have one job and module, or one source."},
+    {"U-IDENTICAL", Severity::Warning, "Two use cases of one kind are the same in every field."},
+    {"U-NO-COUNTER", Severity::Note, "An SC use case has no counter."},
     {"U-SOURCE", Severity::Warning, "The source of a PMI/CMI use case is not PMI, CMI0 or CMI1."},
     {"U-FORMULA-OPEN", Severity::Error, "A formula is not closed by \"$/\"."},
     {"U-FORMULA-LINE", Severity::Warning, "A line of a formula has no \"=\"."},
@@ -101,8 +139,8 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"U-FORMULA-TAG", Severity::Warning, "A formula's tag number is guessed from text that does not state one."},
 
     {"O-TRUNCATED", Severity::Error, "An object file's entry runs past the payload."},
-    {"O-MISSING", Severity::Warning, "An object file can't be opened on this machine."},
-    {"O-CHANGED", Severity::Warning, "An object file has another modification time than was recorded."},
+    {"O-MISSING", Severity::Warning, "An object file can't be opened on this machine.", &kMap},
+    {"O-CHANGED", Severity::Warning, "An object file has another modification time than was recorded.", &kMap},
     {"O-EMPTY-PATH", Severity::Warning, "An object file is recorded without a path."},
     {"O-DUPLICATE", Severity::Warning, "Two object files are recorded under one name."},
 };

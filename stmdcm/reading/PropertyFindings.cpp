@@ -35,14 +35,17 @@ void PropertyFindings::OnZeroByte(std::size_t line, std::size_t length) {
 
 void PropertyFindings::OnProperty(std::size_t line, const PropertyLine& property) {
     const StmProperty* const row = FindStmProperty(property.name);
-    std::size_t& setOnLine = m_setOnLine[static_cast<std::size_t>(row - kStmProperties.data())];
+    const auto index = static_cast<std::size_t>(row - kStmProperties.data());
+    std::size_t& setOnLine = m_setOnLine[index];
     if (setOnLine != 0) {
         Add(Kind("T-DUPLICATE"), line, fmt::format("{} was set on line {} already", property.name, setOnLine),
             "the last one counts");
     }
     setOnLine = line;
+    m_fits[index] = true;
     for (Finding& finding :
          CheckValue(ShapeOf(row->conversion), property.name, std::string(property.value), m_place.AtLine(line))) {
+        m_fits[index] = m_fits[index] && finding.kind != &Kind("T-NUMBER-WRAPPED");
         m_findings.Add(std::move(finding));
     }
     if (m_kind == TextKind::DeviceId) {
@@ -162,6 +165,11 @@ void PropertyFindings::TellWhyEnded(std::size_t rest) {
         Add(Kind("T-UNKNOWN-KEY"), m_end.line, fmt::format("{} is no property", Quoted(key)),
             "it is not set, and the properties end here");
     }
+}
+
+std::optional<Origin> PropertyFindings::OriginOf(std::size_t index) const {
+    const std::size_t line = m_setOnLine[index];
+    return Origin{m_place.AtLine(line), line == 0 || m_fits[index]};
 }
 
 std::size_t PropertyFindings::CountSet() const {

@@ -2,10 +2,12 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "stmdcm/reading/Findings.h"
+#include "stmdcm/reading/Plausibility.h"
 #include "trace/format/BlockLines.h"
 #include "trace/format/StmPropertyTable.h"
 
@@ -36,6 +38,8 @@ class PropertyFindings final : public Zu::Wep::Trace::TextReporter {
 
     /// The line that set the property last, 0 for none; in the order of the table.
     std::size_t SetOnLine(std::size_t index) const { return m_setOnLine[index]; }
+    /// Where that is, and whether the text of the value fits; the place of the text for none.
+    std::optional<Origin> OriginOf(std::size_t index) const;
     std::size_t CountSet() const;
 
   private:
@@ -55,6 +59,7 @@ class PropertyFindings final : public Zu::Wep::Trace::TextReporter {
     Place m_place;
     Findings& m_findings;
     std::array<std::size_t, Zu::Wep::Trace::kStmProperties.size()> m_setOnLine{};
+    std::array<bool, Zu::Wep::Trace::kStmProperties.size()> m_fits{};  ///< of what was set
     End m_end;
     bool m_hasPacked = false;
     std::size_t m_unread = 0;  ///< lines that are not blank

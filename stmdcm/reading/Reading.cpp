@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <map>
 #include <utility>
 
 #include "stmdcm/Failure.h"
@@ -18,7 +17,9 @@
 #include "stmdcm/reading/ContainerCheck.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
 #include "stmdcm/reading/PayloadLosses.h"
+#include "stmdcm/reading/Plausibility.h"
 #include "stmdcm/reading/PropertyFindings.h"
+#include "stmdcm/reading/UsecaseFindings.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/SectionLayout.h"
 #include "trace/tdf/TDFHandler.h"
@@ -40,55 +41,21 @@ std::string Sentence(const Finding& finding) {
     return fmt::format("{}{}{}; {}", place, place.empty() ? "" : ": ", finding.what, finding.effect);
 }
 
-template <class Usecases, class KeyOf>
-void TellDuplicates(const Usecases& usecases, const std::vector<std::size_t>& lines, const char* name,
-                    const char* effect, const Place& place, Findings& findings, KeyOf keyOf) {
-    std::map<std::string, std::size_t> known;
-    for (std::size_t i = 0; i < usecases.size(); ++i) {
-        const std::string key = keyOf(usecases[i]);
-        if (const auto [first, isNew] = known.emplace(key, lines[i]); !isNew) {
-            findings.Add(Kind("U-DUPLICATE"), place.AtLine(lines[i]),
-                         fmt::format("a {} use case of {} stands on line {} already", name, key, first->second),
-                         effect);
-        }
-    }
-}
-
-/// What is odd about the use cases that were read.
-void TellUsecases(const Settings& settings, const BlockFindings& read, const Place& place, Findings& findings) {
-    const auto jobAndModule = [](const auto& usecase) {
-        return fmt::format("job {}, module {}", usecase.GetJobNum(), usecase.GetModuleId());
-    };
-    const auto source = [](const auto& usecase) { return fmt::format("source {}", Quoted(usecase.GetModuleName())); };
-    constexpr char kBothRemoved[] = "both are kept, and removing a job removes both";
-    constexpr char kFirstGiven[] = "both are kept, and asked for its source a reader gives the first";
-    const auto& pmiLines = read.Of(UsecaseKind::Pmi).openers;
-    TellDuplicates(settings.sc.Usecases(), read.Of(UsecaseKind::Sc).openers, NamesOf(UsecaseKind::Sc).name,
-                   kBothRemoved, place, findings, jobAndModule);
-    TellDuplicates(settings.cpt.Usecases(), read.Of(UsecaseKind::Cpt).openers, NamesOf(UsecaseKind::Cpt).name,
-                   kBothRemoved, place, findings, jobAndModule);
-    TellDuplicates(settings.pmi.Usecases(), pmiLines, NamesOf(UsecaseKind::Pmi).name, kFirstGiven, place, findings,
-                   source);
-    for (std::size_t i = 0; i < settings.pmi.Usecases().size(); ++i) {
-        const std::string_view name = settings.pmi.Usecases()[i].GetModuleName();
-        if (std::find(kSourceNames.begin(), kSourceNames.end(), name) == kSourceNames.end()) {
-            findings.Add(Kind("U-SOURCE"), place.AtLine(pmiLines[i]),
-                         fmt::format("{} is no PMI/CMI source", Quoted(name)), "kept, but no host can ask for it");
-        }
-    }
-}
-
 /// Gives whether the text is clean.
 bool ReadTextInto(std::string text, const LineLimits& limits, const Place& place, PropertyFindings& properties,
-                  Settings& settings, Findings& findings) {
+                  Reading& reading) {
+    Settings& settings = *reading.settings;
+    Findings& findings = reading.findings;
     const SettingsText read(std::move(text), limits, settings.Applier(), &properties);
     properties.Finish(read.Blocks());
     BlockFindings blocks(read.Blocks(), place, findings);
     settings.ReadRecords(read.Blocks(), &blocks);
-    TellUsecases(settings, blocks, place, findings);
+    Fill(reading.configuration, settings);
+    TellUsecases(reading.configuration, blocks, place, findings);
     CheckStructure(read.Blocks(), blocks, place, findings);
-    if (properties.CountSet() == 0 && settings.sc.GetNumUsecases() == 0 && settings.cpt.GetNumUsecases() == 0 &&
-        settings.pmi.GetNumUsecases() == 0) {
+    const Configuration& configuration = reading.configuration;
+    if (properties.CountSet() == 0 && configuration.sc.empty() && configuration.cpt.empty() &&
+        configuration.pmi.empty()) {
         findings.Add(Kind("T-NOTHING"), place, "the text sets no property and holds no use case",
                      "everything stays as the reader has it, but for its use cases, which are gone");
     }
@@ -108,9 +75,13 @@ class Reader {
                            fmt::format("the first {} are read, and loading gives false", kMaxSettingsFileSize));
         }
         PropertyFindings properties(TextKind::File, {}, m_findings);
-        const bool isClean = ReadTextInto(file.Read(0, kMaxSettingsFileSize), kFileLineLimits, {}, properties,
-                                          *m_reading.settings, m_findings);
+        const bool isClean =
+            ReadTextInto(file.Read(0, kMaxSettingsFileSize), kFileLineLimits, {}, properties, m_reading);
         m_reading.loads = isClean && !isTooLarge;
+        TellDoubtfulValues(
+            m_reading.settings->properties,
+            [&](std::size_t i) { return properties.SetOnLine(i) == 0 ? std::nullopt : properties.OriginOf(i); },
+            m_findings);
         m_reading.isLoaded = m_reading.hasSettings = m_findings.Count(Kind("T-NOTHING")) == 0;
     }
 
@@ -152,7 +123,19 @@ class Reader {
         }
         const Place place = PlaceOf(sections, Wanted::Stm);
         PropertyFindings textFindings(TextKind::Section, place, m_findings);
-        ReadTextInto(*stm, LineLimits{}, place, textFindings, *m_reading.settings, m_findings);
+        ReadTextInto(*stm, LineLimits{}, place, textFindings, m_reading);
+        TellDoubtfulValues(
+            m_reading.settings->properties,
+            [&](std::size_t i) {
+                const bool isOfDevice = textFindings.SetOnLine(i) == 0 && deviceFindings.SetOnLine(i) != 0;
+                return (isOfDevice ? deviceFindings : textFindings).OriginOf(i);
+            },
+            m_findings);
+        TellOverridden(sections, before, deviceFindings, textFindings);
+    }
+
+    void TellOverridden(const ContainerCheck& sections, const StmProperties& before,
+                        const PropertyFindings& deviceFindings, const PropertyFindings& textFindings) {
         for (std::size_t i = 0; i < kStmProperties.size(); ++i) {
             const std::int32_t old = NumberOf(before, kStmProperties[i]);
             const std::int32_t now = NumberOf(m_reading.settings->properties, kStmProperties[i]);
@@ -191,17 +174,26 @@ bool IsAboutReadSection(const Reading& reading, const Finding& finding) {
     return finding.place.offset && std::find(offsets.begin(), offsets.end(), *finding.place.offset) != offsets.end();
 }
 
-/// Whether something that the file says is not in what is read.
+}  // namespace
+
 bool IsLoss(const Reading& reading, const Finding& finding) {
     if (IsAboutText(*finding.kind)) {
         const bool isIgnored =
             std::find(std::begin(kIgnoredText), std::end(kIgnoredText), finding.kind) != std::end(kIgnoredText);
         return isIgnored || finding.kind->severity == Severity::Error;
     }
-    return finding.kind->severity == Severity::Error && IsAboutReadSection(reading, finding);
+    // One that ends past 4 GiB is read itself: what is behind it can't be found.
+    return finding.kind->severity == Severity::Error && finding.kind != &Kind("C-PAST-4GIB") &&
+           IsAboutReadSection(reading, finding);
 }
 
-void Finish(Reading& reading) { Fill(reading.configuration, *reading.settings); }
+namespace {
+
+void Finish(Reading& reading) {
+    if (reading.configuration.properties.empty()) {
+        Fill(reading.configuration, *reading.settings);
+    }
+}
 
 }  // namespace
 
@@ -339,7 +331,7 @@ std::vector<std::string> PayloadLosses(const Place& place, const std::string& pa
         ReadObjectFiles(payload, place, reading.findings);
     } else {
         PropertyFindings properties(TextKind::Section, place, reading.findings);
-        ReadTextInto(payload, LineLimits{}, place, properties, *reading.settings, reading.findings);
+        ReadTextInto(payload, LineLimits{}, place, properties, reading);
     }
     return reading.Losses();
 }

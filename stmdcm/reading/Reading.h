@@ -58,6 +58,9 @@ struct Reading {
     void RequireSettings() const;
 };
 
+/// Whether the finding tells of something that the file says and that is not in what is read.
+bool IsLoss(const Reading& reading, const Finding& finding);
+
 /// Reads a capture or a settings file. Throws Failure, with the file's name, where KindOf does or the file can't be
 /// read.
 Reading Read(const std::string& path);

@@ -49,7 +49,7 @@ RecoveryPlan RecoveryPlanner::Make() {
 void RecoveryPlanner::RequireSplits() const {
     for (const std::uint64_t offset : m_splits) {
         if (!m_rules.SectionAt(offset)) {
-            throw Failure(fmt::format("{}: no section begins at offset {}", m_file.Path(), offset));
+            throw Failure(m_file.Path(), fmt::format("no section begins at offset {}", offset));
         }
     }
 }

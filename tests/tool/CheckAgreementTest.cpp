@@ -214,7 +214,7 @@ TEST_F(CheckAgreementTest, WhatAManagerSavesIsClean) {
 
 TEST_F(CheckAgreementTest, AValueIsCutOnSavingWhereItSays) {
     CaptureParts parts;
-    parts.settings += "{\nname=" + std::string(200, 'n') + "\n}\n";
+    parts.settings += "{\n#1=a\nname=" + std::string(200, 'n') + "\n}\n";
     WriteWhole(m_directory / "long.tdf", parts.Bytes());
     Manager manager(m_plugin, "core");
     ASSERT_TRUE(manager.Load(m_directory / "long.tdf", TRACE_DATA_FILE_TDF));

@@ -14,6 +14,7 @@ namespace {
 const std::string kSc = "{\nid=1\njobid=1\n}\n";
 const std::string kSc2 = "{\nid=2\njobid=2\n}\n";
 const std::string kCpt = "{\ntype=CPT\nsid=1\n}\n";
+const std::string kText = "STM_ATB_Id = 7\n";
 const std::string kPmi = "{\ntype=PMI_CMI\nname=PMI\n}\n";
 
 struct Case {
@@ -26,8 +27,8 @@ const Case kLooseTexts[] = {
     {"", "F-EMPTY"},
     {" \n", "T-NOTHING T-FINAL-LINE-FEED T-NOT-SET"},
     {"STM_ATB_Id = 1", "T-NOT-SET"},
-    {"STM_ATB_Id = 1\nSTM_Colour = 3\nSTM_STP_Version = 4\n", "T-UNKNOWN-KEY T-NOT-READ T-NOT-SET"},
-    {"STM_ATB_Id = 1\n\nSTM_STP_Version = 4\n" + kSc, "T-BLANK-LINE T-NOT-READ T-NOT-SET"},
+    {"STM_ATB_Id = 1\nSTM_Colour = 3\nSTM_STP_Version = 2\n", "T-UNKNOWN-KEY T-NOT-READ T-NOT-SET"},
+    {"STM_ATB_Id = 1\n\nSTM_STP_Version = 2\n" + kSc, "T-BLANK-LINE T-NOT-READ T-NOT-SET"},
 };
 
 const Case kTexts[] = {
@@ -39,14 +40,24 @@ const Case kTexts[] = {
     {"STM_ATB_Id =\n" + kSc, "T-NO-VALUE"},
     {"type=SC\n" + kSc, "T-UNKNOWN-KEY"},
     {"STM_ATB_Id 1 MHz\n" + kSc, "T-NO-EQUALS T-EXTRA-FIELD T-DUPLICATE"},
-    {"STM_ATB_Id = word\n" + kSc, "T-DUPLICATE T-NOT-A-NUMBER"},
-    {"STM_ATB_Id = 0x10\n" + kSc, "T-DUPLICATE T-PARTLY-NUMBER"},
+    {"STM_ATB_Id = word\n" + kSc, "T-DUPLICATE T-NOT-A-NUMBER P-ATB-ID"},
+    {"STM_ATB_Id = 0x10\n" + kSc, "T-DUPLICATE T-PARTLY-NUMBER P-ATB-ID"},
     {"STM_DTC_target_clock_hz = 2.5\n" + kSc, "T-DUPLICATE T-PARTLY-NUMBER"},
     {"STM_DTC_target_clock_hz = 2.5e8\n" + kSc, "T-DUPLICATE"},
-    {"STM_DTC_target_clock_hz = inf\n" + kSc, "T-DUPLICATE T-NUMBER-WRAPPED"},
+    {"STM_DTC_target_clock_hz = inf\n" + kSc, "T-DUPLICATE T-NUMBER-WRAPPED P-CLOCK"},
+    {"STM_DTC_target_clock_hz = 99999999999\n" + kSc, "T-DUPLICATE T-NUMBER-WRAPPED P-CLOCK"},
     {"HEAD_Pointer_0 = 4294967296\n" + kSc, "T-DUPLICATE T-NUMBER-WRAPPED"},
-    {"HEAD_Pointer_0 = 4294967295\n" + kSc, "T-DUPLICATE T-NUMBER-SIGN"},
-    {"HEAD_Pointer_0 = -2147483648\n" + kSc, "T-DUPLICATE"},
+    {"HEAD_Pointer_0 = 4294967295\n" + kSc, "T-DUPLICATE T-NUMBER-SIGN P-HEAD-POINTER"},
+    {"HEAD_Pointer_0 = -2147483648\n" + kSc, "T-DUPLICATE P-HEAD-POINTER"},
+    {"STM_DTC_target_clock_hz = 0\n" + kSc, "T-DUPLICATE P-CLOCK"},
+    {"STM_DTC_target_clock_hz = 1\n" + kSc, "T-DUPLICATE P-CLOCK-DEFAULT"},
+    {"STM_DTC_fprocess_clock_hz = 3e9\n" + kSc, "T-DUPLICATE T-NUMBER-SIGN P-CLOCK"},
+    {"STM_DTC_target_pins = 77\n" + kSc, "T-DUPLICATE P-PINS"},
+    {"STM_STP_Version = 9\n" + kSc, "T-DUPLICATE P-STP-VERSION"},
+    {"STM_ATB_Id = 300\n" + kSc, "T-DUPLICATE P-ATB-ID"},
+    {"STM_ATB_Id = 111\n" + kSc, "T-DUPLICATE"},
+    {"STM_ATB_Id = 112\nSTM_ATB_Id = 1\n" + kSc, "T-DUPLICATE"},
+    {"HEAD_Pointer_1 = 5\n" + kSc, "T-DUPLICATE P-HEAD-POINTER"},
     {"STM_data_flip = 00\n" + kSc, "T-DUPLICATE T-NOT-0-OR-1"},
     {"STM_ATB_Id = 1" + std::string(1000, ' ') + "\r\n" + kSc, "T-DUPLICATE"},
     {"STM_ATB_Id = 1" + std::string(1000, ' ') + "x\n" + kSc, "T-DUPLICATE T-LINE-CUT"},
@@ -81,8 +92,11 @@ const Case kTexts[] = {
     {"{\n#x=a\n}\n", "T-NOT-A-NUMBER"},
     {"{\nsuppress=2\nsw=4294967295\njobid=4294967295\n}\n", "T-NUMBER-SIGN T-NOT-0-OR-1"},
     {"{\nname=a\rb\n}\n", ""},
-    {kSc + kSc, "U-DUPLICATE"},
-    {kPmi + kPmi, "U-DUPLICATE"},
+    {kSc + "{\nid=1\njobid=1\nsw=7\n}\n", "U-DUPLICATE"},
+    {kPmi + "{\ntype=PMI_CMI\nname=PMI\nsw=7\n}\n", "U-DUPLICATE"},
+    {kSc + kSc, "U-IDENTICAL"},
+    {kCpt + kCpt, "U-IDENTICAL"},
+    {kPmi + kPmi, "U-IDENTICAL"},
     {"{\ntype=PMI_CMI\nname=CMI2\n}\n", "U-SOURCE"},
     {"{\n/$\nformula=#0:10\n$/\n}\n", ""},
     {"{\n/$\nformula=10\nx\n$/\n}\n", "U-FORMULA-LINE U-FORMULA-TAG"},
@@ -103,6 +117,7 @@ const Case kSections[] = {
 const Case kDeviceTexts[] = {
     {"board=7\n\nSTM_ATB_Id = 1\n", ""},
     {"lonely\nSTM_ATB_Id = 9\n", "D-NO-VALUE D-OVERRIDDEN"},
+    {"STM_ATB_Id = 300\nSTM_STP_Version = 1\n", "D-OVERRIDDEN"},
 };
 
 const Case kCommons[] = {
@@ -124,6 +139,11 @@ const Case kTails[] = {
     {SectionBytes(std::string(4096, 'n'), 1, "") + SectionBytes("TRACE", 1, ""), "C-NAME-LIMIT C-UNREACHABLE"},
     {SectionBytes("a\xff", 1, ""), "C-NAME-ODD"},
     {SectionBytes("DEVID", 1, ""), "C-SHADOWED"},
+    {SectionBytes("DCM_COMMON", 1, "") + SectionBytes("STMDECODERINFO", 1, kText), "C-LATER-SAVES"},
+    {SectionBytes("DCM_COMMON", 1, ""), "C-LATER-SAVES C-NO-PAIR"},
+    {SectionBytes("DCM_COMMON", 2, "") + SectionBytes("DCM_COMMON", 2, ""), "C-OTHER-VERSION C-REPEATED"},
+    {SectionBytes("unfinished", 1, SectionBytes("STMDECODERINFO", 1, kText)), "C-UNFINISHED"},
+    {SectionBytes("DCM_nished", 1, "") + SectionBytes("STMDECODERINFO", 1, kText), "C-LATER-SAVES C-UNFINISHED"},
     {SectionBytes("DEVID", 2, ""), "C-OTHER-VERSION"},
     {SectionBytes("TRACE", 2, "") + SectionBytes("TRACE", 2, ""), "C-REPEATED"},
     {SectionBytes("DEVID", Retired(1), ""), "C-RETIRED"},

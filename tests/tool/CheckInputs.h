@@ -12,22 +12,25 @@
 
 namespace stmdcm {
 
-/// The identifiers of what was found, each once, in the order of the table; but for that of blocks which leave fields
-/// out, as nearly all here do.
+/// The identifiers of what was found, each once, in the order of the table; but for those of what nearly all texts here
+/// have: blocks that leave fields and counters out.
 inline std::string Identifiers(const Reading& report) {
     std::string identifiers;
     for (const FindingKind& kind : kFindingKinds) {
-        if (report.findings.Count(kind) > 0 && &kind != &Kind("U-NOT-SET")) {
+        const bool isUsual = &kind == &Kind("U-NOT-SET") || &kind == &Kind("U-NO-COUNTER");
+        if (report.findings.Count(kind) > 0 && !isUsual) {
             identifiers += (identifiers.empty() ? "" : " ") + std::string(kind.id);
         }
     }
     return identifiers;
 }
 
-/// The lines of all properties, with their defaults.
+/// The lines of all properties, with their defaults but for the clocks.
 inline std::string AllProperties() {
+    Zu::Wep::Trace::StmProperties properties;
+    properties.traceClockHz = properties.targetClockHz = 1000000;
     std::string text;
-    Zu::Wep::Trace::AppendPropertyLines({}, text);
+    Zu::Wep::Trace::AppendPropertyLines(properties, text);
     return text;
 }
 

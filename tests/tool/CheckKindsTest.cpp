@@ -88,21 +88,21 @@ TEST_F(CheckKindsTest, SamplesGiveTheirIdentifiers) {
         std::string expected;
     } cases[] = {
         {"empty-decoder.tdf", "C-EMPTY-STM"},
-        {"empty-devid.tdf", "C-EMPTY-DEVID"},
+        {"empty-devid.tdf", "C-EMPTY-DEVID P-CLOCK-DEFAULT"},
         {"empty.tdf", "C-NO-COMMON C-NO-DEVID C-NO-STM"},
         {"full.tdf", "D-NO-VALUE D-OVERRIDDEN O-MISSING"},
         {"huge-length.tdf", "C-LENGTH-LIMIT C-UNREACHABLE C-NO-DEVID C-NO-STM"},
         {"malformed-common.tdf", "O-TRUNCATED O-MISSING"},
         {"no-devid.tdf", "C-NO-DEVID"},
         {"orphan-payload.tdf", "C-LENGTH-LIMIT C-UNREACHABLE C-NO-STM D-NO-VALUE"},
-        {"packed.tdf", ""},
+        {"packed.tdf", "P-CLOCK-DEFAULT"},
         {"settings-crlf.txt", ""},
-        {"settings-long-line.txt", "T-NOT-SET T-NUMBER-WRAPPED T-LINE-CUT"},
-        {"settings-not-a-number.txt", "T-NOT-SET T-NOT-A-NUMBER T-NUMBER-WRAPPED"},
-        {"settings-packed.txt", "T-FINAL-LINE-FEED"},
+        {"settings-long-line.txt", "T-NOT-SET T-NUMBER-WRAPPED T-LINE-CUT P-ATB-ID"},
+        {"settings-not-a-number.txt", "T-NOT-SET T-NOT-A-NUMBER T-NUMBER-WRAPPED P-PINS P-ATB-ID"},
+        {"settings-packed.txt", "T-FINAL-LINE-FEED P-CLOCK-DEFAULT"},
         {"settings-unknown-key.txt", "T-UNKNOWN-KEY T-NOT-READ T-NOT-SET"},
         {"settings.txt", ""},
-        {"shadowed.tdf", "C-SHADOWED C-OTHER-VERSION"},
+        {"shadowed.tdf", "C-LATER-SAVES C-NO-PAIR C-OTHER-VERSION P-CLOCK-DEFAULT"},
         {"short-length.tdf", "C-LENGTH-SHORT C-NAME-LIMIT C-UNREACHABLE C-NO-STM T-ZERO-BYTE D-NO-VALUE"},
         {"torn-header.tdf", "C-TORN-HEADER D-NO-VALUE D-OVERRIDDEN"},
         {"torn-payload.tdf", "C-TORN-PAYLOAD D-NO-VALUE D-OVERRIDDEN U-UNCLOSED U-FORMULA-OPEN"},
@@ -132,7 +132,7 @@ TEST_F(CheckKindsTest, RepeatedFindingsAreCounted) {
 
 TEST_F(CheckKindsTest, PlacesNameSectionOffsetAndLine) {
     CaptureParts parts;
-    parts.settings += "{\nid=1\nsw=word\n}\n";
+    parts.settings += "{\nid=1\nsw=word\n#1=a\n}\n";
     const Reading report = Check("place.tdf", parts.Bytes());
     const auto findings = report.findings.Sorted();
     ASSERT_EQ(findings.size(), 2U);
@@ -158,6 +158,10 @@ TEST_F(CheckKindsTest, TheDocumentListsTheKinds) {
         expected += "| `" + std::string(kind.id) + "` | " + SeverityName(kind.severity) + " | " + kind.meaning + " |\n";
     }
     EXPECT_EQ(listed, expected);
+    const std::string next = document.str().substr(document.str().find("## What to do next"));
+    for (const FindingKind& kind : kFindingKinds) {
+        EXPECT_EQ(next.find("`" + std::string(kind.id) + "`") != std::string::npos, kind.next != nullptr) << kind.id;
+    }
 }
 
 }  // namespace stmdcm

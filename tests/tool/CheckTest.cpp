@@ -1,16 +1,35 @@
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
 
 #include "stmdcm/reading/FindingKind.h"
+#include "tests/support/ScratchDir.h"
+#include "tests/tool/CheckInputs.h"
 #include "tests/tool/ToolRun.h"
 
 namespace stmdcm {
 
 namespace {
 
+namespace fs = std::filesystem;
+using stmdcm_test::WriteWhole;
 using CheckTest = ToolRun;
 
 constexpr char kFull[] = STMDCM_TEST_DATA "/full.tdf";
 constexpr char kUnknown[] = STMDCM_TEST_DATA "/settings-unknown-key.txt";
+
+/// With what a user puts in the place of the words in capitals.
+std::string Filled(std::string command) {
+    const std::pair<std::string, std::string> words[] = {
+        {"GOOD", STMDCM_TEST_DATA "/settings.txt"}, {"OLD=NEW", "/none=."}, {"NAME=VALUE", "STM_ATB_Id=5"}};
+    for (const auto& [word, value] : words) {
+        if (const auto at = command.find(word); at != std::string::npos) {
+            command.replace(at, word.size(), value);
+        }
+    }
+    return command;
+}
 
 }  // namespace
 
@@ -21,10 +40,11 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
         const char* out;
         const char* error;
     } cases[] = {
-        {STMDCM_TEST_DATA "/settings.txt", 0, "settings.txt: nothing found", ""},
-        {STMDCM_TEST_DATA "/settings-packed.txt", 0, "settings-packed.txt: 3 notes", ""},
-        {kFull, 1, "full.tdf: 2 warnings, 3 notes", ""},
-        {std::string("--severity error ") + kFull, 0, "full.tdf: nothing found", ""},
+        {STMDCM_TEST_DATA "/settings.txt", 0, "settings.txt: loads; 1 note", ""},
+        {STMDCM_TEST_DATA "/settings-packed.txt", 0,
+         "settings-packed.txt: loads, but the host is told that it failed; 6 notes", ""},
+        {kFull, 1, "full.tdf: loads, but without 2 program images on this machine; 2 warnings, 4 notes", ""},
+        {std::string("--severity error ") + kFull, 0, "machine; nothing found", ""},
         {std::string("/no/such/file ") + kUnknown, 4, "T-UNKNOWN-KEY line 2: \"STM_Colour\" is no property",
          "stmdcm: /no/such/file: there is no such file"},
         {std::string("/no/such/file ") + kUnknown, 4, "2 files: 3 errors, 1 note", "/no/such/file"},
@@ -56,16 +76,75 @@ TEST_F(CheckTest, JsonSaysWhatTheTextSays) {
     ASSERT_EQ(document.at("files").size(), 4U);
     EXPECT_TRUE(document.at("files")[3].at("kind").is_null());
     for (const auto& file : document.at("files")) {
-        EXPECT_NE(text.find(file.at("path").get<std::string>() + ": "), std::string::npos);
+        EXPECT_NE(text.find(file.at("path").get<std::string>() + ": " + file.at("verdict").get<std::string>()),
+                  std::string::npos);
         for (const auto& finding : file.at("findings")) {
             EXPECT_NE(text.find(finding.at("id").get<std::string>()), std::string::npos) << finding;
             EXPECT_NE(text.find(": " + finding.at("what").get<std::string>() + "\n"), std::string::npos) << finding;
             EXPECT_NE(text.find("reader: " + finding.at("reader").get<std::string>() + "\n"), std::string::npos);
+            const auto& next = finding.at("next");
+            EXPECT_TRUE(next.is_null() || text.find("next: " + next.get<std::string>() + "\n") != std::string::npos);
             EXPECT_TRUE(finding.at("offset").is_null() || finding.at("offset").is_string());
         }
     }
     const auto list = nlohmann::json::parse(Run("check --list --json").out);
     EXPECT_EQ(list.at("kinds").size(), std::size(kFindingKinds));
+}
+
+/// The commands are run as they are named, by a shell, with the words in capitals filled in.
+TEST_F(CheckTest, TheNextCommandWorks) {
+    const std::string device = SectionBytes("DEVID", 1, "board=7\n");
+    const std::string images = SectionBytes("DCM_COMMON", 1, ObjectFileEntryBytes("a", "/none/a", 1));
+    const std::string text = SectionBytes("STMDECODERINFO", 1, AllProperties());
+    const std::string odd = SectionBytes("STMDECODERINFO", 1, AllProperties() + "STM_ATB_Id = 300\n");
+    const std::string good = SectionBytes("DCM_COMMON", 1, "") + text;
+    const auto trace = [](const std::string& swallowed) {
+        return SectionBytes("TRACE", 1, "abc", static_cast<std::int64_t>(swallowed.size()));
+    };
+    const struct {
+        const char* finding;
+        std::string bytes;
+        const char* next;  ///< what the command begins with; empty: there is none
+    } cases[] = {
+        {"F-NO-CAPTURE", "TDFx" + device + good, "recover "},
+        {"F-NO-CAPTURE", "nothing that is a section", ""},
+        {"C-TORN-HEADER", "TDF2" + device + good + "12345", "recover "},
+        {"C-TORN-HEADER", "TDF2 is it", ""},
+        {"C-LENGTH-ZERO", "TDF2" + device + SectionBytes("Z", 1, "", -13) + good, "recover "},
+        {"C-NO-DEVID", "TDF2" + trace(device) + device + good, "recover --split 24 "},
+        {"C-NO-STM", "TDF2" + device + trace(good) + good, "recover --split 49 --split 71 "},
+        {"C-NO-DEVID", "TDF2" + good, ""},
+        {"C-NO-COMMON", "TDF2" + device, "apply "},
+        {"C-NO-STM", "TDF2" + images, ""},
+        {"C-EMPTY-STM", "TDF2" + device + images + SectionBytes("STMDECODERINFO", 1, ""), "apply "},
+        {"C-LATER-SAVES", "TDF2" + device + good + odd, "restore "},
+        {"O-MISSING", "TDF2" + device + images + text, "objects "},
+        {"O-MISSING", "TDF2" + images, ""},
+        {"P-ATB-ID", "TDF2" + device + images + odd, "set "},
+        {"P-ATB-ID", "TDF2" + device + images + odd + "12345", ""},
+    };
+    const std::string script = (Home() / "next").string();
+    const auto shell = [&](const std::string& line) {
+        WriteWhole(script, "cd " + Home().string() + "; stmdcm() { \"" STMDCM_TOOL "\" \"$@\"; }\n" + line + "\n");
+        return Shell("sh " + script);
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.finding) + " " + c.next);
+        WriteWhole(Home() / "it's $HOME.tdf", c.bytes);
+        const auto document = nlohmann::json::parse(shell("stmdcm check --json it*.tdf").out);
+        std::string next = "not found";
+        for (const auto& finding : document.at("files")[0].at("findings")) {
+            if (finding.at("id") == c.finding) {
+                next = finding.at("next").is_null() ? "" : finding.at("next").get<std::string>();
+            }
+        }
+        EXPECT_TRUE(*c.next == '\0' ? next.empty() : next.starts_with("stmdcm " + std::string(c.next))) << next;
+        if (!next.empty()) {
+            const Result result = shell("touch -d @1 a; " + Filled(next));
+            EXPECT_TRUE(result.status == 0 || result.status == 3) << next << "\n" << result.error;
+            EXPECT_EQ(fs::remove(Home() / "NEW.tdf"), next.starts_with("stmdcm recover")) << next;
+        }
+    }
 }
 
 }  // namespace stmdcm

@@ -115,10 +115,13 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
 TEST_F(HelpTest, AFailureIsADocumentToo) {
     const std::string file = (Temporary() / "none.tdf").string();
     const std::string settings = STMDCM_TEST_DATA "/settings.txt";
+    const std::string full = STMDCM_TEST_DATA "/full.tdf";
+    const std::string broken = STMDCM_TEST_DATA "/settings-unknown-key.txt";
     const struct {
         std::string command;
         std::string arguments;
         int status = 1;
+        std::string about = {};  ///< another file than the one that is not there
     } cases[] = {
         {"show", file},
         {"sections", file},
@@ -131,6 +134,9 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
         {"history", file},
         {"restore", file + " 1"},
         {"live", "--cpu Core_0 --scenario " + file},
+        {"recover", "--plan --split 7 " + full, 1, full},
+        {"set", broken + " STM_STP_Version=2", 1, broken},
+        {"apply", "--only objects " + settings + " " + file, 1, settings},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.command);
@@ -139,9 +145,10 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
         const auto document = nlohmann::json::parse(result.out);
         EXPECT_EQ(document.at("command"), c.command);
         const auto& failure = document.at("failure");
-        EXPECT_EQ(failure.at("file"), file);
+        const std::string about = c.about.empty() ? file : c.about;
+        EXPECT_EQ(failure.at("file"), about);
         EXPECT_TRUE(failure.at("offset").is_null());
-        EXPECT_EQ(result.error, "stmdcm: " + file + ": " + failure.at("cause").get<std::string>() + "\n");
+        EXPECT_EQ(result.error, "stmdcm: " + about + ": " + failure.at("cause").get<std::string>() + "\n");
         ExpectNothingLeft();
     }
 }

@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <nlohmann/json.hpp>
+#include <regex>
 #include <set>
 
+#include "stmdcm/change/History.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/TraceHome.h"
@@ -14,8 +17,10 @@
 #include "tests/tool/Accident.h"
 #include "tests/tool/CheckInputs.h"
 #include "tests/tool/CommandHere.h"
+#include "tests/tool/Damage.h"
 #include "tests/tool/SectionList.h"
 #include "tests/tool/ToolRun.h"
+#include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmPropertyTable.h"
 #include "trace/format/StmSections.h"
 
@@ -117,16 +122,83 @@ class NothingInSilenceTest : public ToolRun {
         ExpectAnswer(reading, {"diff", path, path});
         ExpectAnswer(reading, {"convert", path, other}, fits);
         fs::remove(other);
-        ExpectAnswer(reading, {"convert", path, other, "--force"}, fits);
+        if (ExpectAnswer(reading, {"convert", path, other, "--force"}, fits) == 0) {
+            EXPECT_EQ(Differences(reading, other), "");
+        }
         fs::remove(other);
         ExpectAnswer(reading, {"apply", path, m_good, "--dry-run"});
-        ExpectAnswer(reading, {"apply", path, m_good, "--force"});
+        if (ExpectAnswer(reading, {"apply", path, m_good, "--force"}) == 0 && isCapture) {
+            EXPECT_EQ(Differences(reading, m_good), "");
+        }
         WriteWhole(m_good, CaptureParts{}.Bytes());
-        ExpectAnswer(reading, {"set", path, "STM_ATB_Id=99"});
+        if (ExpectAnswer(reading, {"set", path, "STM_ATB_Id=99"}) == 0) {
+            EXPECT_EQ(Differences(reading, path), reading.settings->properties.atbId == 99 ? "" : "STM_ATB_Id ");
+        }
         WriteWhole(path, bytes);
         if (isCapture) {
             ExpectRecovered(reading);
         }
+    }
+
+    /// Of those that ask for the sections: what ends well has told or given all that a search finds.
+    void ExpectAllSections(const std::string& path) {
+        const Result sections = m_tool.Run({"sections", "--json", path});
+        const Result history = m_tool.Run({"history", "--json", path});
+        const Result objects = m_tool.Run({"objects", "--json", path});
+        const Reading reading = CheckFile(path);
+        const bool isCapture = ReadWhole(path).starts_with(TDFIdentifier);
+        ExpectDocument(sections, "sections", isCapture ? Container(path).Sections().size() : 0);
+        ExpectDocument(history, "configurations", isCapture ? History(Container(path)).Entries().size() : 0);
+        ExpectDocument(objects, "object_files", reading.configuration.objectFiles.size());
+        for (const char* name : {kCommonSectionName, kDeviceSectionName, kStmSectionName}) {
+            const Result payload = m_tool.Run({"extract", path, name});
+            EXPECT_EQ(payload.error.empty(), payload.status == 0);
+            if (payload.status != 0) {
+                continue;
+            }
+            const Container capture(path);
+            if (const Section* const section = capture.Find(name, 1)) {  // else it was one of another version
+                EXPECT_EQ(payload.out, capture.ReadPayload(*section, 0, section->PayloadLength()));
+                EXPECT_FALSE(capture.IsTorn(*section));
+            }
+        }
+    }
+
+    static void ExpectDocument(const Result& result, const char* key, std::size_t count) {
+        const auto document = nlohmann::json::parse(result.out);
+        EXPECT_EQ(document.contains("failure"), result.status == 1 && !document.contains(key)) << result.out;
+        EXPECT_TRUE(result.status != 0 || document.at(key).size() == count) << result.out;
+    }
+
+    /// A dry run says what the run says, and leaves the file alone. Gives how many of them changed it then.
+    std::size_t ExpectDryRuns(const std::string& path) {
+        const std::string bytes = ReadWhole(path);
+        const Command commands[] = {
+            {"set", path, "STM_ATB_Id=9"},
+            {"set", path, "STM_STP_Version=9", "--force"},
+            {"apply", STMDCM_TEST_DATA "/full.tdf", path},
+            {"apply", STMDCM_TEST_DATA "/settings-unknown-key.txt", path, "--force"},
+            {"restore", path, "2"},
+            {"objects", path, "--update", "--accept-changed", "--map",
+             "/opt/images/app0.out=" STMDCM_TEST_DATA "/settings.txt"},
+        };
+        std::size_t changed = 0;
+        for (Command command : commands) {
+            command.emplace_back("--json");
+            SCOPED_TRACE(fmt::format("{}", fmt::join(command, " ")));
+            Command dry = command;
+            dry.emplace_back("--dry-run");
+            const Result tried = m_tool.Run(dry);
+            EXPECT_EQ(ReadWhole(path), bytes);
+            const Result done = m_tool.Run(command);
+            EXPECT_EQ(tried.status, done.status) << tried.error << done.error;
+            EXPECT_EQ(tried.error, done.error);
+            static const std::regex kDiffers(R"re("(written|dry_run)": (true|false))re");
+            EXPECT_EQ(std::regex_replace(tried.out, kDiffers, ""), std::regex_replace(done.out, kDiffers, ""));
+            changed += ReadWhole(path) != bytes ? 1U : 0U;
+            WriteWhole(path, bytes);
+        }
+        return changed;
     }
 
     /// What a host holds after loading.
@@ -152,7 +224,7 @@ class NothingInSilenceTest : public ToolRun {
     }
 
     /// A command that `fits` loses nothing of a file that is whole.
-    void ExpectAnswer(const Reading& reading, const Command& command, bool fits = true) {
+    int ExpectAnswer(const Reading& reading, const Command& command, bool fits = true) {
         const Result result = Answer(command);
         SCOPED_TRACE(fmt::format("{} ends {}: {}", command[0], result.status, result.error));
         const std::vector<std::string> notRead = NotRead(reading);
@@ -161,6 +233,21 @@ class NothingInSilenceTest : public ToolRun {
             EXPECT_EQ(result.status, 0);
             EXPECT_EQ(result.error, "");
         }
+        return result.status;
+    }
+
+    /// The fields in which a file's properties and use cases are not what was read, and its program images where it has
+    /// any; each with a blank behind it.
+    static std::string Differences(const Reading& reading, const std::string& path) {
+        Reading now = stmdcm::Read(path);
+        if (reading.kind != now.kind) {
+            now.configuration.objectFiles = reading.configuration.objectFiles;
+        }
+        std::string fields;
+        for (const Difference& difference : Compare(reading.configuration, now.configuration)) {
+            fields += difference.item + " ";
+        }
+        return fields;
     }
 
     /// The result may hold less than the file, or more.
@@ -173,6 +260,10 @@ class NothingInSilenceTest : public ToolRun {
             ExpectDoubt(result, NotRead(kept));
             EXPECT_TRUE(result.status == 3 || (NotRead(reading).empty() && kept.findings.Count(Severity::Error) == 0));
             EXPECT_TRUE(result.status == 0 || !IsClean(reading));
+            if (result.status == 0) {
+                EXPECT_EQ(Differences(reading, recovered), "");
+                EXPECT_EQ(SectionList(ReadWhole(recovered)).size(), SectionList(ReadWhole(reading.path)).size());
+            }
             fs::remove(recovered);
         }
     }
@@ -207,6 +298,21 @@ TEST_F(NothingInSilenceTest, EveryCommandTellsWhatIsNotRead) {
             ExpectTold(Path(input.name));
         }
     }
+}
+
+TEST_F(NothingInSilenceTest, WhateverBecomesOfAFileByDamage) {
+    std::size_t changed = 0;
+    for (const fs::path& sample : std::set<fs::path>(fs::directory_iterator(STMDCM_TEST_DATA), {})) {
+        const std::string path = Path(sample.filename());
+        for (const Damaged& damaged : Damages(ReadWhole(sample))) {
+            SCOPED_TRACE(fmt::format("{}: {}", sample.filename().string(), damaged.what));
+            WriteWhole(path, damaged.bytes);
+            ExpectTold(path);
+            ExpectAllSections(path);
+            changed += ExpectDryRuns(path);
+        }
+    }
+    EXPECT_GT(changed, 50U);
 }
 
 /// `check` is not its own judge: where a host gets something else than before, there is something to find.

@@ -28,7 +28,8 @@ ExitStatus StatusOf(const Reading& reading) {
 }
 
 ExitStatus StatusOf(const ChangeResult& result) {
-    return result.HasChanges() && !result.doubts.empty() ? ExitStatus::Doubtful : ExitStatus::Done;
+    const bool isDoubtful = !result.doubts.empty() || !result.warnings.empty();
+    return result.HasChanges() && isDoubtful ? ExitStatus::Doubtful : ExitStatus::Done;
 }
 
 ExitStatus StatusOf(const ImageList& list) {

@@ -58,7 +58,7 @@ class Apply final : public Command {
             "holds any, its use cases; a capture names everything, its program images (objects) too. Each capture "
             "keeps "
             "its old configuration as history. Goes on after a capture that can't be changed, and ends with status 1 "
-            "then.\n\nExample:\n"
+            "then; with 3 when something was not read, or a changed value is one that no target has.\n\nExample:\n"
             "  stmdcm apply good.tdf run1.tdf run2.tdf run3.tdf --except objects");
     }
 
@@ -101,8 +101,7 @@ class Apply final : public Command {
         }
         parts.Narrow(PartNames(m_only), PartNames(m_except));
         if (parts.IsEmpty()) {
-            throw Failure(
-                fmt::format("{}: there is nothing in it of what is asked for, so nothing to apply", m_source));
+            throw Failure(m_source, "there is nothing in it of what is asked for, so nothing to apply");
         }
         return parts;
     }

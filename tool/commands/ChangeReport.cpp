@@ -41,16 +41,15 @@ std::string Text(const ChangeResult& result, const Palette& palette) {
 }
 
 Json Document(const ChangeResult& result) {
-    return {{"file", result.path},
-            {"changes", JsonRenderer::Differences(result.changes)},
-            {"new", result.isNew},
-            {"written", result.isWritten},
-            {"doubts", result.doubts}};
+    return {{"file", result.path},     {"changes", JsonRenderer::Differences(result.changes)},
+            {"new", result.isNew},     {"written", result.isWritten},
+            {"doubts", result.doubts}, {"warnings", result.warnings}};
 }
 
 void Diagnose(const ChangeResult& result, const Console& console) {
     if (result.HasChanges()) {
         console.Diagnose(result.path, result.doubts);
+        console.Diagnose(result.path, result.warnings);
     }
 }
 

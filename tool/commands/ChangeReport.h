@@ -19,7 +19,7 @@ std::string Item(const Difference& change);
 std::string Text(const ChangeResult& result, const Palette& palette);
 Json Document(const ChangeResult& result);
 
-/// The doubts of a result that changes something.
+/// The doubts and warnings of a result that changes something.
 void Diagnose(const ChangeResult& result, const Console& console);
 
 }  // namespace ChangeReport

@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <span>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/PluginReading.h"
+#include "stmdcm/reading/Verdict.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/commands/NextCommand.h"
 #include "tool/output/GuardedHome.h"
 #include "tool/render/Table.h"
 
@@ -29,7 +32,7 @@ constexpr Style kSeverityStyles[] = {Style::Quiet, Style::Notable, Style::Bad};
 
 Style StyleOf(const FindingKind& kind) { return kSeverityStyles[static_cast<std::size_t>(kind.severity)]; }
 
-Json ToJson(const Finding& finding) {
+Json ToJson(const Finding& finding, const std::string& next) {
     const Place& place = finding.place;
     return {{"id", finding.kind->id},
             {"severity", SeverityName(finding.kind->severity)},
@@ -37,7 +40,8 @@ Json ToJson(const Finding& finding) {
             {"offset", place.offset ? Json(std::to_string(*place.offset)) : nullptr},
             {"line", place.line != 0 ? Json(place.line) : nullptr},
             {"what", finding.what},
-            {"reader", finding.effect}};
+            {"reader", finding.effect},
+            {"next", JsonRenderer::OrNull(next)}};
 }
 
 /// Tells the kinds of findings.
@@ -108,8 +112,10 @@ struct CheckReport {
     }
 
     std::string FileText(const Reading& file, const Palette& palette) const {
-        std::string text =
-            fmt::format("{}: {}\n", palette.Paint(Style::Heading, stmdcm::Shown(file.path)), CountsInWords({&file, 1}));
+        std::string text = fmt::format("{}: {}; {}\n", palette.Paint(Style::Heading, stmdcm::Shown(file.path)),
+                                       Escaped(VerdictOn(file).sentence), CountsInWords({&file, 1}));
+        const NextCommands next(file, NextCommands::LongNames::AsFile);
+        std::set<std::string> named;
         const auto tell = [&](const FindingKind& kind, const std::string& place, const std::string& what) {
             text += fmt::format("  {} {}{}{}: {}\n", palette.Paint(StyleOf(kind), SeverityName(kind.severity)), kind.id,
                                 place.empty() ? "" : " ", place, what);
@@ -117,6 +123,9 @@ struct CheckReport {
         for (const Finding& finding : Shown(file)) {
             tell(*finding.kind, InWords(finding.place), finding.what);
             text += fmt::format("      reader: {}\n", finding.effect);
+            if (const std::string command = next.For(*finding.kind); !command.empty() && named.insert(command).second) {
+                text += fmt::format("      next: {}\n", command);
+            }
         }
         EachUntold(file, [&](const FindingKind& kind, std::size_t count) {
             tell(kind, "", fmt::format("{} more of this kind", count));
@@ -136,12 +145,14 @@ struct CheckReport {
     }
 
     Json FileDocument(const Reading& file) const {
-        Json object = {{"path", file.path},
-                       {"kind", file.kind ? Json(KindName(*file.kind)) : nullptr},
-                       {"findings", Json::array()},
+        const Verdict verdict = VerdictOn(file);
+        const NextCommands next(file);
+        Json object = {{"path", file.path},           {"kind", file.kind ? Json(KindName(*file.kind)) : nullptr},
+                       {"loads", verdict.loads},      {"missing", verdict.missing},
+                       {"verdict", verdict.sentence}, {"findings", Json::array()},
                        {"more", Json::array()}};
         for (const Finding& finding : Shown(file)) {
-            object["findings"].push_back(ToJson(finding));
+            object["findings"].push_back(ToJson(finding, next.For(*finding.kind)));
         }
         EachUntold(file, [&](const FindingKind& kind, std::size_t count) {
             object["more"].push_back({{"id", kind.id}, {"count", count}});

@@ -135,8 +135,9 @@ class SectionsReport {
             text +=
                 fmt::format("There are more than {} sections; those behind are not listed.\n", Container::kMaxSections);
         } else if (m_container.Stop() != ScanStop::EndOfFile) {
-            text += fmt::format("Every search ends at offset {}: {}. Try check and recover.\n",
-                                m_container.StopOffset(), ScanStopText(m_container.Stop()));
+            text += fmt::format("Every search ends at offset {}: {}. Try check{}.\n", m_container.StopOffset(),
+                                ScanStopText(m_container.Stop()),
+                                m_container.Stop() == ScanStop::Wrap ? "" : " and recover");
         }
         if (!m_container.HasMore() && m_container.TrailingLength() > 0) {
             text += fmt::format("{} from offset {} on belong to no section.\n",

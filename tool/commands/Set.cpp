@@ -47,8 +47,8 @@ class Set final : public Command {
         app.footer(
             "A capture is changed in place: nothing of it is copied, and the old configuration stays in it, see "
             "\"history\" and \"restore\". Ends with status 3 when the old configuration had parts that no reader "
-            "reads; "
-            "they are not in the new one. A settings file keeps every line as it is, but for the values that change; a "
+            "reads, which are not in the new one, and for a value that no target has. A settings file keeps every line "
+            "as it is, but for the values that change; a "
             "property that it does not name gets a line behind the others.\n\nExample:\n"
             "  stmdcm set capture.tdf STM_DTC_target_clock_hz=1.25GHz STM_VornLib_Import=yes");
     }

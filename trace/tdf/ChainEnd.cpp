@@ -95,23 +95,26 @@ class EndFinder {
         if (m_end.stop != ScanStop::TornHeader) {
             return false;
         }
-        std::array<char, SectionHeader::LengthSize> bytes{};
+        std::array<char, SectionHeader::Size> bytes{};
         const std::optional<std::size_t> count = Read(m_end.stopOffset, bytes.data(), bytes.size());
         if (!count) {
             return false;
         }
-        std::uint32_t length = DecodeSectionLength(bytes.data());
-        if (*count < bytes.size()) {
-            if (length < SectionHeader::Size) {
-                length |= std::uint32_t{1} << (8 * *count);
-            }
-            m_end.lengths.push_back({m_end.stopOffset + *count, EncodeSectionLength(length).substr(*count)});
+        SectionHeader header = DecodeSectionHeader(bytes.data());
+        if (*count < SectionHeader::LengthSize && header.length < SectionHeader::Size) {
+            header.length |= std::uint32_t{1} << (8 * *count);
         }
-        if (length > MaxSectionLength || m_end.stopOffset + length <= m_fileSize) {
-            m_end.lengths.clear();
+        // Filled up with zeros, header and name must end there, too: what is put behind would become part of them.
+        const bool coversName = header.length >= SectionHeader::Size &&
+                                header.nameLength <= header.length - SectionHeader::Size &&
+                                header.nameLength <= MaxNameLength;
+        if (!coversName || header.length > MaxSectionLength || m_end.stopOffset + header.length <= m_fileSize) {
             return false;
         }
-        EndAt(m_end.stopOffset + length);
+        if (*count < SectionHeader::LengthSize) {
+            m_end.lengths.push_back({m_end.stopOffset + *count, EncodeSectionLength(header.length).substr(*count)});
+        }
+        EndAt(m_end.stopOffset + header.length);
         return true;
     }
 
