@@ -9,13 +9,6 @@ using stmdcm_test::largestAllocation;
 class SamplesTest : public ManagerTest {
   protected:
     SamplesTest() { ResetLog(); }
-    std::vector<std::string> Files() {
-        std::vector<std::string> files;
-        for (const auto& entry : std::filesystem::directory_iterator(STMDCM_TEST_DATA)) {
-            files.push_back(entry.path().filename());
-        }
-        return files;
-    }
     bool LoadAny(const std::string& path) {
         return m_manager->LoadConfiguration(path, path.ends_with(".tdf") ? TRACE_DATA_FILE_TDF : TRACE_DATA_FILE_LOCAL);
     }
@@ -117,37 +110,29 @@ TEST_F(SamplesTest, OnlyASectionThatStatesToBeEmptyFailsTheLoad) {
     }
 }
 
-TEST_F(SamplesTest, AnyTruncationLoadsWithinItsBounds) {
-    const std::string path = m_home / "cut.tdf";
-    for (const std::string& file : Files()) {
-        const std::string name = file.ends_with(".tdf") ? path : m_home / "cut.txt";
-        const std::string whole = ReadWhole(Sample(file));
-        WriteWhole(name, whole);
-        for (std::size_t length = whole.size(); length-- > 0;) {
-            std::filesystem::resize_file(name, length);
+/// The stated lengths reach 128 MiB and, wrapped, 4 GiB; the text may be copied while it grows.
+TEST_F(SamplesTest, AnyTruncationAndAnyFlippedByteLoadsWithinItsBounds) {
+    for (const auto& sample : std::filesystem::directory_iterator(STMDCM_TEST_DATA)) {
+        const std::string bytes = ReadWhole(sample.path());
+        const std::string path = Write("damaged" + sample.path().extension().string(), bytes);
+        std::fstream stream(path);
+        const auto load = [&](const std::string& what, std::size_t at) {
             largestAllocation = 0;
-            LoadAny(name);
-            // The stated lengths reach 128 MiB and, wrapped, 4 GiB; the text may be copied while it grows.
-            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * length) << file << " cut to " << length;
-        }
-    }
-}
-
-TEST_F(SamplesTest, AnyFlippedByteLoads) {
-    for (const std::string& file : Files()) {
-        const std::string name = file.ends_with(".tdf") ? m_home / "flip.tdf" : m_home / "flip.txt";
-        const std::string bytes = ReadWhole(Sample(file));
-        WriteWhole(name, bytes);
-        std::fstream stream(name);
+            LoadAny(path);
+            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * bytes.size()) << sample << what << at;
+        };
         const auto put = [&stream](std::size_t at, char byte) {
             stream.seekp(static_cast<std::streamoff>(at)).put(byte).flush();
         };
-        for (std::size_t i = 0; i<bytes.size(); i += bytes.size()> 4096 ? 7 : 1) {
+        const std::size_t step = bytes.size() > 4096 ? 7 : 1;
+        for (std::size_t i = 0; i < bytes.size(); i += step) {
             put(i, static_cast<char>(~bytes[i]));
-            largestAllocation = 0;
-            LoadAny(name);
-            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * bytes.size()) << file << " flipped at " << i;
+            load(" flipped at ", i);
             put(i, bytes[i]);
+        }
+        for (std::size_t length = bytes.size(); length-- > 0;) {
+            std::filesystem::resize_file(path, length);
+            load(" cut to ", length);
         }
     }
 }
