@@ -15,12 +15,7 @@ class SamplesTest : public ManagerTest {
 };
 
 TEST_F(SamplesTest, EachLoadsToWhatItsWriterSays) {
-    const struct {
-        const char* file;
-        bool result;
-        int atbId;
-        std::vector<unsigned> useCases;
-    } cases[] = {
+    const std::tuple<const char*, bool, int, std::vector<unsigned>> cases[] = {
         {"full.tdf", true, 12, {2, 1, 2}},
         {"packed.tdf", true, 7, {1, 1, 1}},
         {"malformed-common.tdf", true, 12, {0, 0, 0}},
@@ -42,11 +37,11 @@ TEST_F(SamplesTest, EachLoadsToWhatItsWriterSays) {
         {"settings-unknown-key.txt", false, 5, {0, 0, 0}},
         {"settings-long-line.txt", false, -1, {2, 0, 0}},
     };
-    for (const auto& test : cases) {
+    for (const auto& [file, result, atbId, useCases] : cases) {
         m_manager = Make();
-        EXPECT_EQ(LoadAny(Sample(test.file)), test.result) << test.file;
-        EXPECT_EQ(Number("STM_ATB_Id"), test.atbId) << test.file;
-        EXPECT_EQ(UseCases(), test.useCases) << test.file;
+        EXPECT_EQ(LoadAny(Sample(file)), result) << file;
+        EXPECT_EQ(Number("STM_ATB_Id"), atbId) << file;
+        EXPECT_EQ(UseCases(), useCases) << file;
     }
     EXPECT_TRUE(LoadAny(Sample("settings-not-a-number.txt")));
     EXPECT_EQ(Number("STM_ATB_Id"), 0);

@@ -28,12 +28,11 @@ TEST_F(DiffTest, ComparesWhatHostsLoad) {
     };
     for (const auto& c : cases) {
         const std::string arguments = "diff " + base + " " + Write("other", c.text);
+        ExpectTold(arguments, {{"", c.status, ""}});
         const Result shown = Run(arguments);
-        EXPECT_EQ(shown.status, c.status) << c.text;
-        EXPECT_EQ(shown.error, "");
         const Json document = RunJson(arguments);
         EXPECT_EQ(document.at("equal"), c.status == 0);
-        EXPECT_FALSE(document.at("object_files_compared").get<bool>());
+        EXPECT_EQ(document.at("object_files_compared"), false);
         ASSERT_EQ(document.at("differences").size(), c.difference.empty() ? 0U : 1U);
         for (const Json& difference : document.at("differences")) {
             const auto text = [&](const char* key) {

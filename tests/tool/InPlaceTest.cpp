@@ -214,16 +214,6 @@ TEST_F(InPlaceTest, HistoryGivesBackTheBytes) {
               1);
 }
 
-TEST_F(InPlaceTest, ReplacesSeveralSectionsInTheirOrder) {
-    WriteWhole(m_file, Reference("full.tdf"));
-    CaptureEditor(m_file).Replace(
-        {{kCommonSectionName, 1, "new objects"}, {"ADDED", 3, ""}, {kStmSectionName, 1, "new"}});
-    EXPECT_EQ(PayloadsOf(m_file)[2], "new objects");
-    EXPECT_EQ(PayloadsOf(m_file)[3], "new");
-    EXPECT_NE(Container(m_file).Find("ADDED", 3), nullptr);
-    EXPECT_TRUE(Container(m_file).IsWhole());
-}
-
 TEST_F(InPlaceTest, RefusesWhatCouldNotBeFoundOrWouldNotFit) {
     const std::string last = Reference("full.tdf");
     const auto sized = [&](std::uint64_t size) {

@@ -82,14 +82,4 @@ TEST_F(ShowTest, SaysWhatIsWrong) {
     EXPECT_EQ(Run("show").status, 2);
 }
 
-TEST_F(ShowTest, ACutCaptureIsNeverShownAsWhole) {
-    const std::string whole = Content(Sample("full.tdf"));
-    const Json expected = Configuration(Sample("full.tdf"));
-    for (std::size_t size = whole.find("DCM_COMMON") - 12; size < whole.size(); size += 37) {
-        const std::string path = Write("cut.tdf", whole.substr(0, size));
-        const Result result = Run("show --json " + path);
-        EXPECT_TRUE(result.status != 0 || Json::parse(result.out).at("configuration") == expected) << size;
-    }
-}
-
 }  // namespace stmdcm

@@ -86,8 +86,7 @@ TEST(BlockText, ValuesAreTakenLeniently) {
         {"#12=abc", "#12=abc"},
         {"#x=abc", "#0=abc"},
         {"sid=3", "id=0"},
-        {"suppress=x", "suppress=0"},
-    };
+        {"suppress=x", "suppress=0"}};
     for (const auto& [read, written] : cases) {
         const Records records(std::string("{\n") + read + "\n}\n");
         EXPECT_NE(Export(records.sc).find(std::string("\n") + written + "\n"), std::string::npos) << read;
