@@ -168,6 +168,8 @@ TEST_F(Plugin, ManagerTable) {
     EXPECT_TRUE(Set("STM_data_flip", 256) && Set("STM_VornLib_Import", 256));  // not 0, but its first byte is
     EXPECT_EQ(Get("STM_data_flip").bytes[0], 1);
     EXPECT_EQ(Get("STM_VornLib_Import").bytes[0], 0);
+    EXPECT_TRUE(Set("STM_VornLib_Import", 2));
+    EXPECT_EQ(Get("STM_VornLib_Import").bytes[0], 1);
     EXPECT_EQ(Get("STM_VornLib_Import").text, "untouched");
 
     const auto* head = static_cast<const ManagerHead*>(m_manager);
