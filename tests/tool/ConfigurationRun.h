@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "tests/tool/TextLines.h"
 #include "tests/tool/ToolRun.h"
 
 namespace stmdcm {
@@ -17,6 +17,18 @@ struct ToldCase {
     int status;
     std::string sentence;  ///< empty: nothing is said
 };
+
+/// Whether a line of `text` holds `first` and behind it `second`.
+inline bool HasLineWith(const std::string& text, const std::string& first, const std::string& second) {
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        const std::size_t place = line.find(first);
+        if (place != std::string::npos && line.find(second, place + first.size()) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
 
 /// A user who works with captures and settings files, in the temporary directory.
 class ConfigurationRun : public ToolRun {
