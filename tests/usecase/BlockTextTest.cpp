@@ -28,17 +28,6 @@ TEST(BlockText, CapturedBlocksComeBackByteForByte) {
     }
 }
 
-TEST(BlockText, TextCutAtAnyByteGivesTheBlocksBeforeTheCut) {
-    const std::string blocks = CapturedBlocks("settings.txt");
-    const Records full(blocks);
-    for (std::size_t length = 0; length < blocks.size(); ++length) {
-        const Records cut(blocks.substr(0, length));
-        EXPECT_TRUE(Export(full.cpt).starts_with(Export(cut.cpt))) << length;
-        EXPECT_TRUE(Export(full.pmi).starts_with(Export(cut.pmi))) << length;
-        EXPECT_LE(cut.sc.GetNumUsecases(), 2U) << length;
-    }
-}
-
 TEST(BlockText, FaultsEndTheBlockOrTheScan) {
     const std::string good = "{\nid=1\n}\n";
     const std::string name = "name=" + std::string(250, 'x');  // The longest line that is read.
