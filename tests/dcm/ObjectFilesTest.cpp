@@ -55,10 +55,7 @@ class ObjectFilesTest : public ManagerTest {
     ObjectFilesTest() { m_manager->RegisterEventHandler(&m_events); }
 
     std::string Image(const std::string& name, std::int64_t modified) {
-        const std::string path = Write(name, "image");
-        const timespec times[2] = {{modified, 0}, {modified, 0}};
-        ::utimensat(AT_FDCWD, path.c_str(), times, 0);
-        return path;
+        return stmdcm_test::WriteDated(m_home / name, modified);
     }
     static std::string Payload(const Entries& entries) {
         std::string payload;

@@ -1,5 +1,3 @@
-#include <utime.h>
-
 #include "tests/sim/LiveTest.h"
 
 namespace Zu::Wep::Trace {
@@ -7,10 +5,6 @@ namespace {
 
 class LiveObjectFiles : public LiveTest {
   protected:
-    void Program(std::time_t modified) {
-        const utimbuf times{modified, modified};
-        ::utime(Write("a.out", "program").c_str(), &times);
-    }
     static std::string Running(const std::string& cpu, const std::string& file, const std::string& more = "") {
         return R"({"name": ")" + cpu + R"(", "object_file": ")" + file + "\"" + more + "}";
     }
@@ -35,7 +29,7 @@ class LiveObjectFiles : public LiveTest {
 };
 
 TEST_F(LiveObjectFiles, AreBroughtUpToDateByEachQuestion) {
-    Program(1700000000);
+    stmdcm_test::WriteDated(m_file, 1700000000);
     Connect(Running("core0", m_file) + "," + Running("core1", m_file) + "," +
             Running("core", "/none.out", R"(, "object_file_fails": {"with": "nothing", "times": 1})"));
     EXPECT_TRUE(m_live->GetObjectFile("core1", m_answer));
@@ -44,14 +38,14 @@ TEST_F(LiveObjectFiles, AreBroughtUpToDateByEachQuestion) {
                                 "M     DCM: live system CPU = core1; OutFile=" + m_file,
                                 "M     DCM: live system CPU = core; OutFile="}));
     EXPECT_EQ(Known(), "core0=a.out@1700000000 core1=a.out@1700000000 core=@0 ");
-    Program(1700000005);
+    stmdcm_test::WriteDated(m_file, 1700000005);
     EXPECT_TRUE(m_live->GetObjectFile("core", m_answer));  // the exact name goes before core0, which contains it
     EXPECT_EQ(m_answer, "/none.out");
     EXPECT_EQ(Known(), "core0=a.out@1700000005 core1=a.out@1700000005 core=none.out@0 ");
 }
 
 TEST_F(LiveObjectFiles, AHostErrorAboutAFileEndsTheRefreshAndAnyOtherReachesTheCaller) {
-    Program(7);
+    stmdcm_test::WriteDated(m_file, 7);
     Connect(Running("core0", m_file) + "," +
                 Running("core1", m_file, R"(, "object_file_fails": {"with": "vornError", "times": 1})") + "," +
                 Running("core2", m_file, R"(, "object_file_fails": {"with": "std", "times": 1})"),

@@ -52,10 +52,7 @@ struct ImagesTest : testing::Test {
     std::string Image(const std::string& name, std::int64_t modified = kRecorded) {
         const std::string path = m_directory / name;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        WriteWhole(path, "image");
-        const timespec times[2] = {{modified, 0}, {modified, 0}};
-        EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-        return path;
+        return stmdcm_test::WriteDated(path, modified);
     }
     /// A capture with one image, recorded at that path.
     void Record(const std::string& path) {

@@ -1,7 +1,4 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <random>
 #include <set>
@@ -18,6 +15,7 @@ namespace stmdcm {
 
 using namespace Zu::Wep::Trace;
 using stmdcm_test::ReadWhole;
+using stmdcm_test::WriteWhole;
 
 namespace {
 
@@ -39,8 +37,8 @@ struct Recovered {
 class RecoveryTest : public testing::Test {
   protected:
     Recovered Recover(const std::string& damaged, const RecoveryPlanner::Offsets& splits = {}) const {
-        EXPECT_TRUE(m_damaged.file.Truncate(0) && m_damaged.file.WriteAt(0, {damaged}));
-        const CaptureFile file(m_damaged.path, CaptureFile::Identifier::Optional);
+        WriteWhole(m_directory / "damaged.tdf", damaged);
+        const CaptureFile file(m_directory / "damaged.tdf", CaptureFile::Identifier::Optional);
         RecoveryPlanner planner(
             file, [](std::uint64_t) {}, splits);
         Recovered result{planner.Make(), {}};
@@ -74,8 +72,8 @@ class RecoveryTest : public testing::Test {
         StringSink sink;
         WriteRecovery(file, result.plan, payloads, sink, [](std::uint64_t) {});
         result.bytes = std::move(sink.bytes);
-        EXPECT_TRUE(m_result.file.Truncate(0) && m_result.file.WriteAt(0, {result.bytes}));
-        CheckRecovery(m_result.path, result.plan);
+        WriteWhole(m_directory / "result.tdf", result.bytes);
+        CheckRecovery(m_directory / "result.tdf", result.plan);
     }
 
     static std::string Sentences(const Recovered& result) {
@@ -100,20 +98,7 @@ class RecoveryTest : public testing::Test {
         }
     }
 
-    /// In memory: there are tens of thousands of damaged files.
-    struct MemoryFile {
-        MemoryFile() {}  // its own, so that clang takes one that is const
-        ~MemoryFile() { ::close(descriptor); }
-        MemoryFile(const MemoryFile&) = delete;
-        MemoryFile& operator=(const MemoryFile&) = delete;
-
-        const int descriptor = ::memfd_create("capture", MFD_CLOEXEC);
-        const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-        const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDWR);
-    };
-
-    const MemoryFile m_damaged;
-    const MemoryFile m_result;
+    const stmdcm_test::ScratchDir m_directory{"/dev/shm"};  // in memory: there are tens of thousands of damaged files
     mutable std::size_t m_rounds = 0;
 };
 
