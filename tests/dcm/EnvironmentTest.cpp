@@ -1,6 +1,5 @@
 #include <ctime>
 #include <locale>
-#include <sstream>
 
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/AllocationWatch.h"
@@ -18,12 +17,9 @@ class EnvironmentTest : public testing::Test {
     }
     static std::string LogFileName(const std::string& process) {
         const std::time_t now = std::time(nullptr);
-        std::tm local{};
-        ::localtime_r(&now, &local);
-        std::ostringstream name;
-        name.imbue(std::locale::classic());
-        name << "zu_trace_log_" << local.tm_mon << local.tm_mday << local.tm_year + 1900 << '_' << process << ".txt";
-        return name.str();
+        const std::tm& local = *std::localtime(&now);
+        return "zu_trace_log_" + std::to_string(local.tm_mon) + std::to_string(local.tm_mday) +
+               std::to_string(local.tm_year + 1900) + '_' + process + ".txt";
     }
     void SetUp() override {
         ::setenv("HOME", m_home.Path().c_str(), 1);

@@ -12,12 +12,11 @@
 #include "source_utilities/PosixFile.h"
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/AllocationWatch.h"
-#include "tests/support/AppendSection.h"
 #include "tests/support/KillAtSyscall.h"
+#include "tests/tool/SectionList.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 #include "trace/tdf/OpenCapture.h"
-#include "trace/tdf/TDFHandler.h"
 
 namespace Zu::Wep::Trace {
 namespace {
@@ -52,30 +51,32 @@ struct LoadingIdentifier : CDeviceIdentifier {
 
 class ObjectFilesTest : public ManagerTest {
   protected:
+    using Entries = std::vector<ObjectFileEntry>;
+    using Lines = std::vector<std::string>;
+
     ObjectFilesTest() { m_manager->RegisterEventHandler(&m_events); }
 
     std::string Image(const std::string& name, std::int64_t modified) {
-        const std::string path = Write(name, "image");
-        const timespec times[2] = {{modified, 0}, {modified, 0}};
-        ::utimensat(AT_FDCWD, path.c_str(), times, 0);
-        return path;
+        return stmdcm_test::WriteDated(m_home / name, modified);
     }
-    void LoadEntries(const std::vector<ObjectFileEntry>& entries, std::size_t lost = 0) {
-        TDFHandler().CreateTDFFile((m_home / "o.tdf").c_str());
+    static std::string Payload(const Entries& entries) {
         std::string payload;
         for (const auto& entry : entries) {
             AppendObjectFileEntry(payload, entry);
         }
-        AppendSection(m_home / "o.tdf", kCommonSectionName, 1, payload);
-        std::filesystem::resize_file(m_home / "o.tdf", std::filesystem::file_size(m_home / "o.tdf") - lost);
-        EXPECT_TRUE(m_manager->LoadCommonConfiguration(m_home / "o.tdf", TRACE_DATA_FILE_TDF));
+        return payload;
+    }
+    void LoadEntries(const Entries& entries, std::size_t lost = 0) {
+        const std::string bytes = "TDF2" + stmdcm::MakeSection(kCommonSectionName, 1, Payload(entries));
+        const std::string path = Write("o.tdf", bytes.substr(0, bytes.size() - lost));
+        EXPECT_TRUE(m_manager->LoadCommonConfiguration(path, TRACE_DATA_FILE_TDF));
     }
     /// Name, file and time of every entry, as saving writes them.
-    std::vector<std::string> Saved() {
-        TDFHandler().CreateTDFFile((m_home / "s.tdf").c_str());
-        EXPECT_TRUE(m_manager->SaveCommonConfiguration(m_home / "s.tdf", TRACE_DATA_FILE_TDF));
-        std::vector<std::string> result;
-        for (const auto& entry : ParseObjectFileEntries(OpenCapture(m_home / "s.tdf").Read(kCommonSection)).entries) {
+    Lines Saved() {
+        const std::string path = Write("s.tdf", "TDF2");
+        EXPECT_TRUE(m_manager->SaveCommonConfiguration(path, TRACE_DATA_FILE_TDF));
+        Lines result;
+        for (const auto& entry : ParseObjectFileEntries(OpenCapture(path).Read(kCommonSection)).entries) {
             result.push_back(entry.name + " " + entry.fileName.substr(entry.fileName.rfind('/') + 1) + " " +
                              std::to_string(entry.timeStamp));
         }
@@ -86,22 +87,18 @@ class ObjectFilesTest : public ManagerTest {
     /// Writes a capture of `wanted`, each behind twenty others and in front of a younger one of its name. Gives the
     /// offset behind the last of them.
     static std::size_t WriteAmongOthers(const std::string& path, const Sections& wanted) {
+        const std::string other = stmdcm::MakeSection("TRACE", 1, std::string(100, 't'));
         std::string bytes(TDFIdentifier);
         std::size_t end = 0;
-        const auto append = [&bytes](const std::string& name, const std::string& payload) {
-            const std::size_t length = SectionHeader::Size + name.size() + payload.size();
-            bytes += EncodeSectionStart(static_cast<std::uint32_t>(length), name, 1) + payload;
-        };
         for (const auto& [name, payload] : wanted) {
             for (int i = 0; i < 20; ++i) {
-                append("TRACE", std::string(100, 't'));
+                bytes += other;
             }
-            append(name, payload);
+            bytes += stmdcm::MakeSection(name, 1, payload);
             end = bytes.size();
-            append(name, "STM_ATB_Id = 8\n");
+            bytes += stmdcm::MakeSection(name, 1, "STM_ATB_Id = 8\n");
         }
-        append("BEHIND", std::string(100, 't'));
-        WriteWhole(path, bytes);
+        WriteWhole(path, bytes + other);
         return end;
     }
     /// Writes a file, and gives its bytes as they are shared with it.
@@ -155,8 +152,8 @@ TEST_F(ObjectFilesTest, AsksAtMostOnceAndStopsWithoutAnAnswer) {
         m_events.answers[test.entry.fileName] = test.answer;
         m_events.asked.clear();
         LoadEntries({test.entry, {"d", later, 5}});
-        std::vector<std::string> asked{test.asked, test.goesOn ? "changed " + later : ""};
-        std::vector<std::string> saved{test.saved, test.goesOn ? "d later 400" : "d later 5"};
+        Lines asked{test.asked, test.goesOn ? "changed " + later : ""};
+        Lines saved{test.saved, test.goesOn ? "d later 400" : "d later 5"};
         std::erase(asked, "");
         std::erase(saved, "");
         EXPECT_EQ(m_events.asked, asked) << test.what;
@@ -173,40 +170,31 @@ TEST_F(ObjectFilesTest, AHandlerMayCallTheManager) {
     }
     const auto replace = [&] { LoadEntries({{"r", image, 100}, {"s", later, 400}}); };
     const auto keep = [&] { LoadEntries({}); };
-    const auto add = [&] {
-        for (const char* name : {"u", "v", "w"}) {  // the list moves while it grows
-            Find(name);
-        }
-    };
-    const struct {
-        std::function<void()> inside;
-        bool goesOn;
-        std::vector<std::string> saved;
-    } cases[] = {{replace, false, {"r image 100", "s later 400"}},
-                 {keep, true, {"c changed 200", "d later 400"}},
-                 {add, true, {"c changed 200", "d later 400", "u image 100", "v image 100", "w image 100"}}};
-    for (const auto& test : cases) {
-        for (const ObjectFileEntry& first : {ObjectFileEntry{"c", missing, 200}, ObjectFileEntry{"c", changed, 1}}) {
-            m_events.inside = test.inside;
+    const auto add = [&] { Find("u"), Find("v"), Find("w"); };  // the list moves while it grows
+    const std::tuple<std::function<void()>, bool, Lines> cases[] = {
+        {replace, false, {"r image 100", "s later 400"}},
+        {keep, true, {"c changed 200", "d later 400"}},
+        {add, true, {"c changed 200", "d later 400", "u image 100", "v image 100", "w image 100"}}};
+    for (const auto& [inside, goesOn, saved] : cases) {
+        for (const ObjectFileEntry& first : Entries{{"c", missing, 200}, {"c", changed, 1}}) {
+            m_events.inside = inside;
             m_events.asked.clear();
             LoadEntries({first, {"d", later, 5}});
             std::erase_if(m_events.asked, [](const auto& question) { return question.find(" for ") != question.npos; });
             EXPECT_EQ(m_events.asked[0].substr(8), first.fileName);
-            EXPECT_EQ(m_events.asked.size(), test.goesOn ? 2U : 1U);
-            EXPECT_EQ(Saved(), test.saved);
+            EXPECT_EQ(m_events.asked.size(), goesOn ? 2U : 1U);
+            EXPECT_EQ(Saved(), saved);
         }
     }
     m_events.inside = replace;
     EXPECT_EQ(Find("x"), image);
-    EXPECT_EQ(Saved(), (std::vector<std::string>{"r image 100", "s later 400", "x image 100"}));
+    EXPECT_EQ(Saved(), (Lines{"r image 100", "s later 400", "x image 100"}));
 }
 
 TEST_F(ObjectFilesTest, ALoadOpensTheCaptureOnceAndReadsEachHeaderOnce) {
     const std::string path = m_home / "many.tdf", image = Image("image", 100);
-    std::string unchanged, missing;
-    AppendObjectFileEntry(unchanged, {"c", image, 100});
-    AppendObjectFileEntry(missing, {"c", "/none", 1});
-    for (const std::string& objectFiles : {std::string(), unchanged, missing}) {
+    const std::string missing = Payload({{"c", "/none", 1}});
+    for (const std::string& objectFiles : {std::string(), Payload({{"c", image, 100}}), missing}) {
         Sections wanted{{kCommonSectionName, objectFiles},
                         {kDeviceSectionName, "serial = 1\n"},
                         {kStmSectionName, "STM_ATB_Id = 7\n"}};
@@ -215,9 +203,9 @@ TEST_F(ObjectFilesTest, ALoadOpensTheCaptureOnceAndReadsEachHeaderOnce) {
             int opened = 0;
             std::map<std::uint64_t, int> read;  // how often, by offset
             const auto note = [&](pid_t child, const auto& info) {
-                const auto* arguments = info.entry.args;
-                opened += info.entry.nr == SYS_openat && stmdcm_test::IsTextAt(child, arguments[1], path) ? 1 : 0;
-                if (info.entry.nr == SYS_pread64) {
+                const auto& [nr, arguments] = info.entry;
+                opened += nr == SYS_openat && stmdcm_test::IsTextAt(child, arguments[1], path) ? 1 : 0;
+                if (nr == SYS_pread64) {
                     ++read[arguments[3]];
                 }
             };
@@ -238,10 +226,7 @@ TEST_F(ObjectFilesTest, AHostMayChangeTheCaptureThatIsLoaded) {
     std::string changed = old;
     changed.replace(old.rfind("STM_ATB_Id = 12"), 15, "STM_ATB_Id = 34");
     char* mapped = nullptr;  // written before the load: what is written to it later changes no time
-    const struct {
-        const char* what;
-        std::function<void()> inside;
-    } cases[] = {
+    const std::pair<const char*, std::function<void()>> cases[] = {
         {"nothing", [] {}},
         {"rewritten", [&] { std::copy(changed.begin(), changed.end(), mapped); }},
         {"rewritten as no capture", [&] { mapped[0] = 'X'; }},
@@ -251,40 +236,37 @@ TEST_F(ObjectFilesTest, AHostMayChangeTheCaptureThatIsLoaded) {
         {"replaced by a directory", [&] { std::filesystem::remove(path) && ::mkdir(path.c_str(), 0700); }},
         {"removed", [&] { std::filesystem::remove(path); }},
     };
-    for (const auto& test : cases) {
+    for (const auto& [what, inside] : cases) {
         for (const bool fromHandler : {true, false}) {
+            SCOPED_TRACE(what);
             std::filesystem::remove(path);
             mapped = WriteMapped(path, old);
             LoadingIdentifier identifier;
             StmDeviceConfigManager loading(&m_cpu, &identifier), fresh(&m_cpu, nullptr);
             loading.RegisterEventHandler(fromHandler ? &m_events : nullptr);
-            (fromHandler ? m_events.inside : identifier.inside) = test.inside;
+            (fromHandler ? m_events.inside : identifier.inside) = inside;
             TakeLog();
             const bool result = loading.LoadConfiguration(path, TRACE_DATA_FILE_TDF);
-            const std::vector<std::string> log = TakeLog();
-            EXPECT_EQ(result, fresh.LoadSTMConfigurationFromTDF(path)) << test.what;
-            EXPECT_EQ(log, TakeLog()) << test.what;
-            EXPECT_EQ(Text(loading), Text(fresh)) << test.what;
+            const Lines log = TakeLog();
+            EXPECT_EQ(result, fresh.LoadSTMConfigurationFromTDF(path));
+            EXPECT_EQ(log, TakeLog());
+            EXPECT_EQ(Text(loading), Text(fresh));
             ::munmap(mapped, old.size());
         }
     }
 }
 
 TEST_F(ObjectFilesTest, ALongListCostsWhatItsBytesCost) {
-    for (const std::string& name : {std::string(), std::string(20, 'n')}) {
-        for (const std::size_t count : {1'000U, 4'000U, 16'000U}) {
-            std::string payload;
-            for (std::size_t i = 0; i < count; ++i) {
-                AppendObjectFileEntry(payload, {name, "", 0});
-            }
-            AppendObjectFileEntry(payload, {"last", "/last", 0});
-            const std::string path = m_home / "long.tdf";
-            TDFHandler().CreateTDFFile(path.c_str());
-            AppendSection(path, kCommonSectionName, 1, payload);
+    for (const std::size_t length : {0U, 20U}) {
+        for (const std::size_t count : {1'000U, 16'000U}) {
+            Entries entries(count, {std::string(length, 'n'), "", 0});
+            entries.push_back({"last", "/last", 0});
+            const std::string payload = Payload(entries);
+            const std::string path = Write("long.tdf", "TDF2" + stmdcm::MakeSection(kCommonSectionName, 1, payload));
             m_manager = Make();
             stmdcm_test::allocatedBytes = 0;
             EXPECT_TRUE(m_manager->LoadCommonConfiguration(path, TRACE_DATA_FILE_TDF));
-            EXPECT_LE(stmdcm_test::allocatedBytes, 40 * payload.size()) << count << " of " << name;
+            EXPECT_LE(stmdcm_test::allocatedBytes, 40 * payload.size()) << count << " of " << length;
             EXPECT_EQ(Find("last"), "/last");
         }
     }
@@ -293,7 +275,7 @@ TEST_F(ObjectFilesTest, ALongListCostsWhatItsBytesCost) {
 TEST_F(ObjectFilesTest, WithoutAHandlerAMissingFileLosesItsPath) {
     m_manager->RegisterEventHandler(nullptr);
     LoadEntries({{"c", "/none", 1}, {"d", "/none/too", 2}});
-    EXPECT_EQ(Saved(), (std::vector<std::string>{"d too 2"}));
+    EXPECT_EQ(Saved(), Lines{"d too 2"});
     LoadEntries({});  // an empty section keeps the list
     EXPECT_EQ(Find("d"), "/none/too");
     EXPECT_EQ(Find("GOLD"), "/none/too");  // its last letter, in any case, is good enough
@@ -307,15 +289,13 @@ TEST_F(ObjectFilesTest, ThreeMatchRulesThenThePrompt) {
         m_events.answers[std::string("/") + name] = "";
     }
     LoadEntries({{"core1", "/core1", 1}, {"dsp2", "/dsp2", 1}, {"ctrlM", "/ctrlM", 1}, {"ore", "/ore", 1}});
-    const struct {
-        const char *name, *file;
-    } cases[] = {{"ore", "/ore"}, {"sp", "/dsp2"}, {"CORE1", ""}, {"arm", "/ctrlM"}, {"", ""}, {"video", ""}};
-    for (const auto& test : cases) {
-        EXPECT_EQ(Find(test.name), test.file) << test.name;  // "core1" has lost its path to the check
+    for (const auto& [name, file] :
+         {std::pair("ore", "/ore"), {"sp", "/dsp2"}, {"CORE1", ""}, {"arm", "/ctrlM"}, {"", ""}, {"video", ""}}) {
+        EXPECT_EQ(Find(name), file) << name;  // "core1" has lost its path to the check
     }
     m_events.asked.clear();
     EXPECT_EQ(Find("x"), "none");
-    EXPECT_EQ(m_events.asked, (std::vector<std::string>{"missing Application for x"}));
+    EXPECT_EQ(m_events.asked, Lines{"missing Application for x"});
     m_events.answers["Application for x"] = image;
     EXPECT_EQ(Find("x"), image);
     EXPECT_EQ(Saved().back(), "x image 100");
@@ -328,8 +308,8 @@ TEST_F(ObjectFilesTest, OtherFilesAreRefused) {
     EXPECT_THROW(m_manager->LoadCommonConfiguration(Sample("empty.tdf"), TRACE_DATA_FILE_TDF), Vorn::vornErrorIF);
     TakeLog();
     EXPECT_FALSE(Load(Sample("empty.tdf")));
-    EXPECT_EQ(TakeLog(), (std::vector<std::string>{"    E STM Device DCM: " + Sample("empty.tdf") +
-                                                   ": Section size cannot be located in the file."}));
+    EXPECT_EQ(TakeLog(),
+              Lines{"    E STM Device DCM: " + Sample("empty.tdf") + ": Section size cannot be located in the file."});
 }
 
 }  // namespace

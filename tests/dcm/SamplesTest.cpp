@@ -9,25 +9,13 @@ using stmdcm_test::largestAllocation;
 class SamplesTest : public ManagerTest {
   protected:
     SamplesTest() { ResetLog(); }
-    std::vector<std::string> Files() {
-        std::vector<std::string> files;
-        for (const auto& entry : std::filesystem::directory_iterator(STMDCM_TEST_DATA)) {
-            files.push_back(entry.path().filename());
-        }
-        return files;
-    }
     bool LoadAny(const std::string& path) {
         return m_manager->LoadConfiguration(path, path.ends_with(".tdf") ? TRACE_DATA_FILE_TDF : TRACE_DATA_FILE_LOCAL);
     }
 };
 
 TEST_F(SamplesTest, EachLoadsToWhatItsWriterSays) {
-    const struct {
-        const char* file;
-        bool result;
-        int atbId;
-        std::vector<unsigned> useCases;
-    } cases[] = {
+    const std::tuple<const char*, bool, int, std::vector<unsigned>> cases[] = {
         {"full.tdf", true, 12, {2, 1, 2}},
         {"packed.tdf", true, 7, {1, 1, 1}},
         {"malformed-common.tdf", true, 12, {0, 0, 0}},
@@ -49,11 +37,11 @@ TEST_F(SamplesTest, EachLoadsToWhatItsWriterSays) {
         {"settings-unknown-key.txt", false, 5, {0, 0, 0}},
         {"settings-long-line.txt", false, -1, {2, 0, 0}},
     };
-    for (const auto& test : cases) {
+    for (const auto& [file, result, atbId, useCases] : cases) {
         m_manager = Make();
-        EXPECT_EQ(LoadAny(Sample(test.file)), test.result) << test.file;
-        EXPECT_EQ(Number("STM_ATB_Id"), test.atbId) << test.file;
-        EXPECT_EQ(UseCases(), test.useCases) << test.file;
+        EXPECT_EQ(LoadAny(Sample(file)), result) << file;
+        EXPECT_EQ(Number("STM_ATB_Id"), atbId) << file;
+        EXPECT_EQ(UseCases(), useCases) << file;
     }
     EXPECT_TRUE(LoadAny(Sample("settings-not-a-number.txt")));
     EXPECT_EQ(Number("STM_ATB_Id"), 0);
@@ -117,37 +105,29 @@ TEST_F(SamplesTest, OnlyASectionThatStatesToBeEmptyFailsTheLoad) {
     }
 }
 
-TEST_F(SamplesTest, AnyTruncationLoadsWithinItsBounds) {
-    const std::string path = m_home / "cut.tdf";
-    for (const std::string& file : Files()) {
-        const std::string name = file.ends_with(".tdf") ? path : m_home / "cut.txt";
-        const std::string whole = ReadWhole(Sample(file));
-        WriteWhole(name, whole);
-        for (std::size_t length = whole.size(); length-- > 0;) {
-            std::filesystem::resize_file(name, length);
+/// The stated lengths reach 128 MiB and, wrapped, 4 GiB; the text may be copied while it grows.
+TEST_F(SamplesTest, AnyTruncationAndAnyFlippedByteLoadsWithinItsBounds) {
+    for (const auto& sample : std::filesystem::directory_iterator(STMDCM_TEST_DATA)) {
+        const std::string bytes = ReadWhole(sample.path());
+        const std::string path = Write("damaged" + sample.path().extension().string(), bytes);
+        std::fstream stream(path);
+        const auto load = [&](const std::string& what, std::size_t at) {
             largestAllocation = 0;
-            LoadAny(name);
-            // The stated lengths reach 128 MiB and, wrapped, 4 GiB; the text may be copied while it grows.
-            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * length) << file << " cut to " << length;
-        }
-    }
-}
-
-TEST_F(SamplesTest, AnyFlippedByteLoads) {
-    for (const std::string& file : Files()) {
-        const std::string name = file.ends_with(".tdf") ? m_home / "flip.tdf" : m_home / "flip.txt";
-        const std::string bytes = ReadWhole(Sample(file));
-        WriteWhole(name, bytes);
-        std::fstream stream(name);
+            LoadAny(path);
+            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * bytes.size()) << sample << what << at;
+        };
         const auto put = [&stream](std::size_t at, char byte) {
             stream.seekp(static_cast<std::streamoff>(at)).put(byte).flush();
         };
-        for (std::size_t i = 0; i<bytes.size(); i += bytes.size()> 4096 ? 7 : 1) {
+        const std::size_t step = bytes.size() > 4096 ? 7 : 1;
+        for (std::size_t i = 0; i < bytes.size(); i += step) {
             put(i, static_cast<char>(~bytes[i]));
-            largestAllocation = 0;
-            LoadAny(name);
-            EXPECT_LE(largestAllocation, 64 * 1024 + 4 * bytes.size()) << file << " flipped at " << i;
+            load(" flipped at ", i);
             put(i, bytes[i]);
+        }
+        for (std::size_t length = bytes.size(); length-- > 0;) {
+            std::filesystem::resize_file(path, length);
+            load(" cut to ", length);
         }
     }
 }

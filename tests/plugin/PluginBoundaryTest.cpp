@@ -5,13 +5,11 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -54,38 +52,26 @@ struct ManagerHead {
     void *factory, *server;
 };
 
-/// Two tables made by hand: what a host's own compiler would lay out.
-struct Host {
-    std::array<void*, 3> identifierTable, eventsTable;
-    void* identifier = identifierTable.data();
-    void* events = eventsTable.data();
-    static inline std::string calls;
+std::string calls;
 
-    static bool Save(void*, const std::string& name, int type) { return Note("save", name, type); }
-    static bool Load(void*, const std::string& name, int type) { return Note("load", name, type); }
-    static void Ask(void*, const std::string& file, bool changed, std::string&) { Note("ask", file, changed); }
-    static bool Note(const char* what, const std::string& name, int number) {
-        std::ostringstream line;
-        line << what << ' ' << name.substr(name.rfind('/') + 1) << ' ' << number << '\n';
-        calls += line.str();
-        return false;
-    }
-    Host() : identifierTable{Address(&Save), Address(&Load)}, eventsTable{Address(&Ask)} { calls.clear(); }
-    template <class Function>
-    static void* Address(Function function) {
-        return reinterpret_cast<void*>(function);
-    }
+bool Note(const char* what, const std::string& name, int number) {
+    calls += what + (' ' + name.substr(name.rfind('/') + 1)) + ' ' + std::to_string(number) + '\n';
+    return false;
+}
+
+/// What a host brings, as its own compiler lays it out.
+struct Identifier {
+    virtual bool Save(const std::string& name, int type) { return Note("save", name, type); }
+    virtual bool Load(const std::string& name, int type) { return Note("load", name, type); }
+};
+struct Events {
+    virtual void Ask(const std::string& file, bool changed, std::string&) { Note("ask", file, changed); }
 };
 
-enum ManagerSlot : std::size_t {
-    DeletingDestructor = 1,
-    RegisterEvents,
-    GetInfo,
-    LoadLive,
-    Load,
-    Save,
-    GetProperty,
-    GetObjectFile,
+// The slots of a manager's table.
+enum : std::size_t { DeletingDestructor = 1, RegisterEvents, GetInfo, LoadLive, Load, Save, GetProperty };
+enum : std::size_t {
+    GetObjectFile = 8,
     GetLastError,
     SetProperty,
     SaveAll,
@@ -106,7 +92,8 @@ class Plugin : public testing::Test {
         if (m_library == nullptr) {
             throw std::runtime_error(::dlerror());
         }
-        m_manager = Create(&m_cpu, &m_host.identifier);
+        m_manager = Create(&m_cpu, &m_identifier);
+        calls.clear();
     }
     ~Plugin() override { Call<void>("DestroyDeviceConfigManager", m_manager); }
 
@@ -119,6 +106,11 @@ class Plugin : public testing::Test {
         Value value;
         EXPECT_TRUE((Slot<bool, const std::string&, Value&>(m_manager, GetProperty, name, value))) << name;
         return value;
+    }
+    bool Set(const std::string& name, std::int32_t number) {
+        Value value;
+        value.integer = number;
+        return Slot<bool, const std::string&, Value&>(m_manager, SetProperty, name, value);
     }
     bool File(std::size_t slot, const std::string& path, int type) {
         return Slot<bool, const std::string&>(m_manager, slot, path, type);
@@ -133,7 +125,8 @@ class Plugin : public testing::Test {
         static const stmdcm_test::ScratchDir home;
         return home;
     }
-    Host m_host;
+    Identifier m_identifier;
+    Events m_events;
     Cpu m_cpu{"Core_0/Cluster", 11, 12, 13};
     void* m_library = nullptr;
     void* m_manager = nullptr;
@@ -189,7 +182,7 @@ TEST_F(Plugin, ExportsTheTwoFunctionsAndTheContainerOnly) {
 }
 
 TEST_F(Plugin, NullIsNoManager) {
-    EXPECT_EQ(Create(nullptr, &m_host.identifier), nullptr);
+    EXPECT_EQ(Create(nullptr, &m_identifier), nullptr);
     Call<void>("DestroyDeviceConfigManager", static_cast<void*>(nullptr));
     Slot<void>(Create(&m_cpu, nullptr), DeletingDestructor);
 }
@@ -200,26 +193,25 @@ TEST_F(Plugin, ManagerTable) {
     EXPECT_TRUE((Slot<bool, int&, int&, std::string&>(m_manager, GetInfo, first, last, name)));
     EXPECT_EQ(std::tie(first, last, name), std::make_tuple(11, 13, "Core_0/Cluster"));
 
-    Slot<void, void*>(m_manager, RegisterEvents, &m_host.events);
+    Slot<void, void*>(m_manager, RegisterEvents, &m_events);
     EXPECT_TRUE(File(Load, Capture(), 0));
-    EXPECT_EQ(Host::calls, "ask app0.out 0\nload a.tdf 0\n");
+    EXPECT_EQ(calls, "ask app0.out 0\nload a.tdf 0\n");
     EXPECT_EQ(Get("HEAD_Pointer_0").integer, -2147483647 - 1);
     EXPECT_EQ(Get("STM_ATB_Id").type, 2);
     EXPECT_EQ(Get("CycleModeDelta").type, 5);
     EXPECT_EQ((Slot<std::string>(m_manager, GetLastError)), "");
 
-    Value value;
-    value.integer = 256;  // not 0, but its first byte is
-    EXPECT_TRUE((Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_data_flip", value)));
-    EXPECT_TRUE((Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_VornLib_Import", value)));
+    EXPECT_TRUE(Set("STM_data_flip", 256) && Set("STM_VornLib_Import", 256));  // not 0, but its first byte is
     EXPECT_EQ(Get("STM_data_flip").bytes[0], 1);
     EXPECT_EQ(Get("STM_VornLib_Import").bytes[0], 0);
+    EXPECT_TRUE(Set("STM_VornLib_Import", 2));
+    EXPECT_EQ(Get("STM_VornLib_Import").bytes[0], 1);
     EXPECT_EQ(Get("STM_VornLib_Import").text, "untouched");
 
     const auto* head = static_cast<const ManagerHead*>(m_manager);
     EXPECT_EQ(head->cpu, &m_cpu);
-    EXPECT_EQ(head->identifier, &m_host.identifier);
-    EXPECT_EQ(head->events, &m_host.events);
+    EXPECT_EQ(head->identifier, &m_identifier);
+    EXPECT_EQ(head->events, &m_events);
     EXPECT_EQ(head->names, (std::vector<std::string>{"core0", "core1"}));
     EXPECT_EQ(head->files.at(1)->path, "/opt/images/app1.out");
     EXPECT_EQ(head->files.at(1)->stamp, 1700000001);
@@ -232,14 +224,10 @@ TEST_F(Plugin, ManagerTable) {
 }
 
 TEST_F(Plugin, SettingsFileOfTheCpuThroughTheTable) {
-    Host::calls.clear();
-    Value value;
-    value.integer = 77;
-    Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_ATB_Id", value);
+    EXPECT_TRUE(Set("STM_ATB_Id", 77));
     Slot<void>(m_manager, SaveAll);
-    EXPECT_EQ(Host::calls, "save Core_0-Cluster-STMCfg.txt 4\n");
-    value.integer = 78;
-    Slot<bool, const std::string&, Value&>(m_manager, SetProperty, "STM_ATB_Id", value);
+    EXPECT_EQ(calls, "save Core_0-Cluster-STMCfg.txt 4\n");
+    EXPECT_TRUE(Set("STM_ATB_Id", 78));
     Slot<void>(m_manager, RetrieveAll);
     EXPECT_EQ(Get("STM_ATB_Id").integer, 77);
     EXPECT_TRUE(File(Save, "x", 2));
@@ -266,12 +254,8 @@ TEST_F(Plugin, RecordsAndUseCases) {
     const Formula* formula = Slot<Formula*>(sc, 17, 0U);
     EXPECT_EQ(formula->unit, "MB/s");
     EXPECT_EQ(std::pair(formula->tag, formula->mask), std::pair(10U, 1U));
-    void* cpt = Slot<void*>(Slot<void*>(m_manager, CptRecord), 6, 0U);
-    EXPECT_EQ(Slot<unsigned>(cpt, 13), 333000000U);
-    EXPECT_TRUE(Slot<bool>(cpt, 11, 7));
-    void* pmi = Slot<void*>(m_manager, PmiRecord);
-    EXPECT_EQ(Slot<unsigned>(Slot<void*>(pmi, 6, 2U), 7), 512U);
-    EXPECT_EQ(Slot<void*>(pmi, 6, 1U), nullptr);
+    EXPECT_EQ(Slot<unsigned>(Slot<void*>(Slot<void*>(m_manager, CptRecord), 6, 0U), 13), 333000000U);
+    EXPECT_EQ(Slot<unsigned>(Slot<void*>(Slot<void*>(m_manager, PmiRecord), 6, 2U), 7), 512U);
 }
 
 }  // namespace

@@ -44,27 +44,21 @@ std::string WrongType(int type) {  // the device clock's too
            std::to_string(type) + ". Expecting either integer or double,";
 }
 
-class AttributeTable : public LiveTest {
-  protected:
-    /// Loads what answers so to every query; the properties were all the same before.
-    void LoadLive(const char* answer, const AnswerText& text) {
-        std::string attributes;
-        for (const Row& row : kRows) {
-            attributes += (attributes.empty() ? "\"" : ",\"") + std::string(row.attribute) + "\": {" + answer +
-                          ", \"text\": \"" + text.text + "\"}";
-            m_live->ExtractValue(row.property, std::to_string(text.before));
-        }
-        m_live->SaveAllConfiguration();
-        PlayAttributes(attributes);
-        Renew();
-        EXPECT_TRUE(m_live->LoadConfigurationLive());
-    }
-};
+using AttributeTable = LiveTest;
 
 TEST_F(AttributeTable, EveryAnswerToEveryAttribute) {
     for (std::size_t answer = 0; answer <= kThrows; ++answer) {
         for (const AnswerText& text : kTexts) {
-            LoadLive(kAnswers[answer], text);
+            std::string attributes;
+            for (const Row& row : kRows) {
+                attributes += (attributes.empty() ? "\"" : ",\"") + std::string(row.attribute) + "\": {" +
+                              kAnswers[answer] + ", \"text\": \"" + text.text + "\"}";
+                m_live->ExtractValue(row.property, std::to_string(text.before));
+            }
+            m_live->SaveAllConfiguration();
+            PlayAttributes(attributes);
+            Renew();
+            EXPECT_TRUE(m_live->LoadConfigurationLive());
             Lines log = kConnected;
             for (const Row& row : kRows) {
                 const char outcome = row.outcomes[answer];
@@ -94,14 +88,11 @@ TEST_F(AttributeTable, AQueryThatSetsNoTypeHasTheTypeOfTheOneBefore) {
                       "ETB Head Pointer 0": {"text": "11"})");
     EXPECT_TRUE(m_live->LoadConfigurationLive());
     EXPECT_EQ(TakeLiveLog().at(3), WrongType(7));
-    const std::pair<const char*, int> expected[] = {{"STM_DTC_fprocess_clock_hz", 1},
-                                                    {"STM_DTC_target_pins", 9},
-                                                    {"STM_data_flip", 0},
-                                                    {"HEAD_Present_0", 1},  // its text too is that of the query before
-                                                    {"HEAD_Pointer_0", 11}};
-    for (const auto& [property, value] : expected) {
-        EXPECT_EQ(Get(property), value) << property;
-    }
+    EXPECT_EQ(Get("STM_DTC_fprocess_clock_hz"), 1);
+    EXPECT_EQ(Get("STM_DTC_target_pins"), 9);
+    EXPECT_EQ(Get("STM_data_flip"), 0);
+    EXPECT_EQ(Get("HEAD_Present_0"), 1);  // its text too is that of the query before
+    EXPECT_EQ(Get("HEAD_Pointer_0"), 11);
 }
 
 }  // namespace

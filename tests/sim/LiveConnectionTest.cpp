@@ -1,6 +1,10 @@
+#include <malloc.h>
+
 #include <chrono>
+#include <set>
 
 #include "tests/sim/LiveTest.h"
+#include "trace/dcm/DeviceConfigManager.h"
 
 namespace Zu::Wep::Trace {
 namespace {
@@ -52,28 +56,58 @@ TEST_F(LiveConnection, MayBeTriedAgainAfterEachFailure) {
     const Lines server{kLoading, kServerDone};
     const Lines factoryThrows{kLoading, kCreating, "    E STM DCM: Exception in creating trace factory object "};
     const Lines serverThrows{kLoading, kCreating, "    E STM DCM: Exception in creating Channel Server "};
-    struct {
-        const char* fault;
-        Lines log, logAfter;
-    } const cases[] = {
-        {R"("unknown": 1)", factoryThrows, kConnected},
-        {R"("factory_fails": {"with": "vornError"})", factoryThrows, kConnected},
-        {R"("factory_fails": {"with": "int"})", factoryThrows, kConnected},
-        {R"("factory_fails": {"with": "nothing"})", {kLoading, kCreating}, kConnected},
-        {R"("server_fails": {"with": "vornError", "times": 1})", serverThrows, server},
-        {R"("server_fails": {"with": "int", "times": 1})", serverThrows, server},
-        {R"("server_fails": {"with": "nothing", "times": 1})", kConnected, server},
+    const std::tuple<const char*, Lines, Lines> cases[] = {
+        {R"("unknown": 1,)", factoryThrows, kConnected},
+        {R"("factory_fails": {"with": "vornError"},)", factoryThrows, kConnected},
+        {R"("factory_fails": {"with": "int"},)", factoryThrows, kConnected},
+        {R"("factory_fails": {"with": "nothing"},)", {kLoading, kCreating}, kConnected},
+        {R"("server_fails": {"with": "vornError", "times": 1},)", serverThrows, server},
+        {R"("server_fails": {"with": "int", "times": 1},)", serverThrows, server},
+        {R"("server_fails": {"with": "nothing", "times": 1},)", kConnected, server},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.fault);
+    for (const auto& [fault, log, logAfter] : cases) {
+        SCOPED_TRACE(fault);
         Renew();
-        PlayAttributes("", one.fault + std::string(","));
+        PlayAttributes("", fault);
         EXPECT_FALSE(m_live->LoadConfigurationLive());
-        EXPECT_EQ(TakeLiveLog(), one.log);
+        EXPECT_EQ(TakeLiveLog(), log);
         PlayAttributes("");
         EXPECT_TRUE(m_live->ConnectLiveSystem());
-        EXPECT_EQ(TakeLiveLog(), one.logAfter);
+        EXPECT_EQ(TakeLiveLog(), logAfter);
     }
+}
+
+/// The mapped libraries and the number of open descriptors.
+std::set<std::string> Held() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    std::set<std::string> held{std::to_string(std::distance(descriptors, {})) + " descriptors"};
+    std::istringstream maps(ReadWhole("/proc/self/maps"));
+    for (std::string line; std::getline(maps, line);) {
+        held.insert(line.find(".so") == line.npos ? "" : line.substr(line.rfind('/') + 1));
+    }
+    return held;
+}
+
+TEST_F(LiveConnection, AThousandLiveLoadsLeaveNothingBehind) {
+    ::setenv("STMDCM_SCENARIO", STMDCM_SCENARIOS "/example.json", 1);
+    ::unsetenv("STMDCM_SCENARIO_LOG");
+    ZU_WEP::uLogSystem::GetLogSystem()->SetLoggingLevel(0);
+    const auto load = [&](int times) {
+        for (int i = 0; i < times && !HasFailure(); ++i) {
+            auto* manager = static_cast<CDeviceConfigManager*>(CreateDeviceConfigManager(&m_cpu, nullptr));
+            EXPECT_TRUE(manager->LoadConfigurationLive());
+            EXPECT_TRUE(Held().contains("libTraceFactory.so"));
+            DestroyDeviceConfigManager(manager);
+        }
+    };
+    load(100);  // until the heap keeps what it keeps
+    const std::set<std::string> held = Held();
+    EXPECT_FALSE(held.contains("libTraceFactory.so"));
+    const std::size_t memory = ::mallinfo2().uordblks;
+    load(1000);
+    EXPECT_EQ(Held(), held);
+    // Less than the smallest leak in each cycle. A sanitizer's heap tells nothing here and looks for leaks itself.
+    EXPECT_LE(::mallinfo2().uordblks, memory + 16'384);
 }
 
 TEST_F(LiveConnection, ASlowTargetIsWaitedFor) {
@@ -98,6 +132,20 @@ TEST_F(LiveConnection, TheFactoryIsGivenBackBehindAServerOnly) {
         Calls().ends_with("DestroyChannelServer 0 throws\n"
                           "DestroyTraceFactory with 1 channel servers left\nlibrary unloaded\n"));
 }
+
+// Each of these two runs with another library in the place of the simulator's.
+struct OtherLibraries : LiveTest {
+    void ExpectAtEachAttempt(const Lines& log) {
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            EXPECT_FALSE(m_live->LoadConfigurationLive());
+            EXPECT_EQ(TakeLiveLog(), log);
+        }
+    }
+};
+
+TEST_F(OtherLibraries, NoFactory) { ExpectAtEachAttempt({kLoading, "    E STM DCM: Cannot get Trace Facotry Dll "}); }
+
+TEST_F(OtherLibraries, NoLibrary) { ExpectAtEachAttempt({kLoading}); }
 
 }  // namespace
 }  // namespace Zu::Wep::Trace

@@ -1,5 +1,3 @@
-#include <utime.h>
-
 #include "tests/sim/LiveTest.h"
 
 namespace Zu::Wep::Trace {
@@ -7,13 +5,8 @@ namespace {
 
 class LiveObjectFiles : public LiveTest {
   protected:
-    void Program(std::time_t modified) {
-        const utimbuf times{modified, modified};
-        ::utime(Write("a.out", "program").c_str(), &times);
-    }
-    static std::string Running(const std::string& cpu, const std::string& file, const std::string& fault = "") {
-        return R"({"name": ")" + cpu + R"(", "object_file": ")" + file + R"(")" +
-               (fault.empty() ? "" : R"(, "object_file_fails": {)" + fault + "}") + "}";
+    static std::string Running(const std::string& cpu, const std::string& file, const std::string& more = "") {
+        return R"({"name": ")" + cpu + R"(", "object_file": ")" + file + "\"" + more + "}";
     }
     void Connect(const std::string& cpus, const std::string& more = "") {
         Play(cpus, more);
@@ -36,25 +29,26 @@ class LiveObjectFiles : public LiveTest {
 };
 
 TEST_F(LiveObjectFiles, AreBroughtUpToDateByEachQuestion) {
-    Program(1700000000);
+    stmdcm_test::WriteDated(m_file, 1700000000);
     Connect(Running("core0", m_file) + "," + Running("core1", m_file) + "," +
-            Running("core", "/none.out", R"("with": "nothing", "times": 1)"));
+            Running("core", "/none.out", R"(, "object_file_fails": {"with": "nothing", "times": 1})"));
     EXPECT_TRUE(m_live->GetObjectFile("core1", m_answer));
     EXPECT_EQ(m_answer, m_file);
     EXPECT_EQ(TakeLog(), (Lines{"M     DCM: live system CPU = core0; OutFile=" + m_file,
                                 "M     DCM: live system CPU = core1; OutFile=" + m_file,
                                 "M     DCM: live system CPU = core; OutFile="}));
     EXPECT_EQ(Known(), "core0=a.out@1700000000 core1=a.out@1700000000 core=@0 ");
-    Program(1700000005);
+    stmdcm_test::WriteDated(m_file, 1700000005);
     EXPECT_TRUE(m_live->GetObjectFile("core", m_answer));  // the exact name goes before core0, which contains it
     EXPECT_EQ(m_answer, "/none.out");
     EXPECT_EQ(Known(), "core0=a.out@1700000005 core1=a.out@1700000005 core=none.out@0 ");
 }
 
 TEST_F(LiveObjectFiles, AHostErrorAboutAFileEndsTheRefreshAndAnyOtherReachesTheCaller) {
-    Program(7);
-    Connect(Running("core0", m_file) + "," + Running("core1", m_file, R"("with": "vornError", "times": 1)") + "," +
-                Running("core2", m_file, R"("with": "std", "times": 1)"),
+    stmdcm_test::WriteDated(m_file, 7);
+    Connect(Running("core0", m_file) + "," +
+                Running("core1", m_file, R"(, "object_file_fails": {"with": "vornError", "times": 1})") + "," +
+                Running("core2", m_file, R"(, "object_file_fails": {"with": "std", "times": 1})"),
             R"("list_fails": {"with": "vornError", "times": 1},)");
     EXPECT_THROW(m_live->GetObjectFile("core0", m_answer), Vorn::vornErrorIF);  // from the list
     EXPECT_EQ(Known(), "");

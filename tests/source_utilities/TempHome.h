@@ -1,31 +1,18 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
+#include <gmock/gmock.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
+#include "tests/support/ScratchDir.h"
 
 /// Each test works in an empty directory that is also its HOME.
 class TempHome : public testing::Test {
   protected:
     TempHome() {
-        std::string name = std::filesystem::temp_directory_path() / "utilities-XXXXXX";
-        m_home = mkdtemp(name.data());
         std::filesystem::current_path(m_home);
         setenv("HOME", m_home.c_str(), 1);
     }
-    ~TempHome() override {
-        std::filesystem::current_path("/");
-        std::filesystem::remove_all(m_home);
-    }
+    ~TempHome() override { std::filesystem::current_path("/"); }
 
-    static std::string Contents(const std::filesystem::path& file) {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-    std::filesystem::path m_home;
+    stmdcm_test::ScratchDir m_directory;
+    const std::filesystem::path m_home = m_directory.Path();
 };

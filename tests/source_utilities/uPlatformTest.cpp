@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <future>
@@ -34,20 +33,19 @@ TEST_F(uFileTest, WritesSeeksAndReads) {
     EXPECT_TRUE(file.IsEof() && !file.IsError());
     EXPECT_TRUE(file.SetPosition(&end) && file.WriteString("three") && file.SeekToEnd());
     EXPECT_TRUE(file.Flush());
-    EXPECT_EQ(Contents("f"), "one\n22\nthree");
+    EXPECT_EQ(stmdcm_test::ReadWhole("f"), "one\n22\nthree");
     EXPECT_TRUE(file.Erase() && file.IsOpen() && file.WriteString("new") && file.Close());
-    EXPECT_EQ(Contents("f"), "new");
+    EXPECT_EQ(stmdcm_test::ReadWhole("f"), "new");
     EXPECT_FALSE(file.Open(nullptr, "r") || file.IsOpen() || file.Open());
 }
 
 TEST_F(uFileTest, IsNotInheritedAndKeepsTheMode) {
     for (const char* mode : {"a+", "w", "wb,ccs=UTF-8", "r+,ccs=UTF-8"}) {
         const auto work = [mode] {  // in a child, since the C library keeps what it converts characters with
-            const int next = open(".", O_RDONLY | O_CLOEXEC);
+            const int next = dup(STDIN_FILENO);
             close(next);
             uFile file;
-            const bool isOpen = file.Open("f", mode) && file.GetOpenMode() == mode;
-            return isOpen && fcntl(next, F_GETFD) == FD_CLOEXEC ? 0 : 1;
+            return file.Open("f", mode) && file.GetOpenMode() == mode && fcntl(next, F_GETFD) == FD_CLOEXEC ? 0 : 1;
         };
         EXPECT_EQ(stmdcm_test::RunInChild(work), 0) << mode;
     }
@@ -110,9 +108,7 @@ TEST(uProcess, ChildOfAMissingProgramReturnsZero) {
     const pid_t parent = getpid();
     const auto child = static_cast<pid_t>(uProcess::InvokeProcess("/no such program", nullptr, false));
     if (getpid() != parent) _exit(child == 0 ? 42 : 1);
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(WEXITSTATUS(status), 42);
+    EXPECT_EQ(stmdcm_test::WaitForChild(child), 42);
 }
 
 TEST(uMutex, BelongsToItsThreadUntilUnlockedAsOften) {

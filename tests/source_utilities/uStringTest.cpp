@@ -24,16 +24,13 @@ TEST(uString, ReadsNumbers) {
     EXPECT_EQ(uString::ToDouble("0x10"), 10);
 }
 
-TEST(uString, ReadsNumbersTheSameInAnyLocale) {
+TEST(uString, ReadsBooleansAndNumbersTheSameInAnyLocale) {
     struct Comma : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }
     };
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Comma));
     EXPECT_EQ(uString::ToDouble("1.25"), 1.25);
     std::locale::global(before);
-}
-
-TEST(uString, ReadsBooleans) {
     for (const char* text : {"true", "TRUE", "True"}) EXPECT_TRUE(uString::ToBool(text));
     for (const char* text : {"false", "FALSE", "False"}) EXPECT_FALSE(uString::ToBool(text));
 }

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -45,6 +49,14 @@ inline std::string ReadWhole(const std::string& path) {
 
 inline void WriteWhole(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+/// Writes a file that was modified at that time, in seconds since 1970.
+inline std::string WriteDated(const std::string& path, std::int64_t modified) {
+    WriteWhole(path, "image");
+    const timespec times[2] = {{modified, 0}, {modified, 0}};
+    ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+    return path;
 }
 
 }  // namespace stmdcm_test

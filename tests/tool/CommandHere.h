@@ -1,8 +1,5 @@
 #pragma once
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -21,41 +18,11 @@ class CommandHere {
         for (const std::string& argument : arguments) {
             argv.push_back(argument.c_str());
         }
-        Stream out(STDOUT_FILENO);
-        Stream error(STDERR_FILENO);
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
         const int status = static_cast<int>(CommandLine(kCommands).Run(static_cast<int>(argv.size()), argv.data()));
-        std::fflush(stdout);
-        return {status, out.Take(), error.Take()};
+        return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
     }
-
-  private:
-    /// Sends a descriptor into memory for as long as it lives.
-    class Stream {
-      public:
-        explicit Stream(int descriptor)
-            : m_descriptor(descriptor), m_old(::dup(descriptor)), m_memory(::memfd_create("stream", MFD_CLOEXEC)) {
-            std::fflush(stdout);
-            ::dup2(m_memory, m_descriptor);
-        }
-        Stream(const Stream&) = delete;
-        Stream& operator=(const Stream&) = delete;
-        ~Stream() {
-            ::dup2(m_old, m_descriptor);
-            ::close(m_old);
-            ::close(m_memory);
-        }
-
-        std::string Take() const {
-            std::string text(static_cast<std::size_t>(::lseek(m_memory, 0, SEEK_END)), '\0');
-            text.resize(static_cast<std::size_t>(::pread(m_memory, text.data(), text.size(), 0)));
-            return text;
-        }
-
-      private:
-        int m_descriptor;
-        int m_old;
-        int m_memory;
-    };
 };
 
 }  // namespace stmdcm

@@ -28,16 +28,15 @@ TEST_F(DiffTest, ComparesWhatHostsLoad) {
     };
     for (const auto& c : cases) {
         const std::string arguments = "diff " + base + " " + Write("other", c.text);
+        ExpectTold(arguments, {{"", c.status, ""}});
         const Result shown = Run(arguments);
-        EXPECT_EQ(shown.status, c.status) << c.text;
-        EXPECT_EQ(shown.error, "");
         const Json document = RunJson(arguments);
         EXPECT_EQ(document.at("equal"), c.status == 0);
-        EXPECT_FALSE(document.at("object_files_compared").get<bool>());
+        EXPECT_EQ(document.at("object_files_compared"), false);
         ASSERT_EQ(document.at("differences").size(), c.difference.empty() ? 0U : 1U);
         for (const Json& difference : document.at("differences")) {
             const auto text = [&](const char* key) {
-                return difference.at(key).is_null() ? std::string() : difference.at(key).get<std::string>();
+                return difference.at(key).is_null() ? "" : difference.at(key).get<std::string>();
             };
             EXPECT_EQ(text("item") + "|" + text("field") + "|" + text("left") + "|" + text("right"), c.difference);
             EXPECT_TRUE(HasLineWith(shown.out, text("item"), text("left"))) << shown.out;
@@ -61,16 +60,12 @@ TEST_F(DiffTest, ObjectFilesAreComparedBetweenCapturesAlone) {
 TEST_F(DiffTest, EqualityIsDoubtfulWhereNotAllWasRead) {
     const std::string base = Write("base", kSettings);
     const std::string doubtful = Write("doubtful", std::string(kSettings) + "Unknown = 1\n");
-    for (const ToldCase& c : std::vector<ToldCase>{
-             {base + " " + base, 0, ""},
-             {base + " " + doubtful, 3, "\"Unknown\" is no property"},
-             {base + " /no/such", 4, "/no/such: there is no such file"},
-             {Sample("no-devid.tdf") + " " + base, 4, "no section DEVID"},
-             {Sample("empty-devid.tdf") + " " + base, 4, "the section holds nothing"},
-             {base, 2, "RIGHT is required"},
-         }) {
-        ExpectTold("diff " + c.arguments, c.status, c.sentence);
-    }
+    ExpectTold("diff ", {{base + " " + base, 0, ""},
+                         {base + " " + doubtful, 3, "\"Unknown\" is no property"},
+                         {base + " /no/such", 4, "/no/such: there is no such file"},
+                         {Sample("no-devid.tdf") + " " + base, 4, "no section DEVID"},
+                         {Sample("empty-devid.tdf") + " " + base, 4, "the section holds nothing"},
+                         {base, 2, "RIGHT is required"}});
 }
 
 }  // namespace stmdcm

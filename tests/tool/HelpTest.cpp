@@ -1,7 +1,6 @@
-#include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tests/tool/ToolRun.h"
+#include "tests/tool/ConfigurationRun.h"
 #include "tool/cli/CommandLine.h"
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/Syntax.h"
@@ -11,7 +10,9 @@ namespace stmdcm {
 
 namespace {
 
-using HelpTest = ToolRun;
+using HelpTest = ConfigurationRun;
+using testing::HasSubstr;
+using testing::StartsWith;
 
 std::vector<std::string> Lines(const std::string& text) {
     std::vector<std::string> lines;
@@ -24,11 +25,10 @@ std::vector<std::string> Lines(const std::string& text) {
 
 bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
-/// The end of a command's help.
+/// The end of a command's help, without its title.
 std::string Example(const CLI::App& command) {
-    const std::string footer = command.get_footer();
-    const std::size_t place = footer.rfind("Example:");
-    return place == std::string::npos ? "" : footer.substr(place);
+    const std::string title = "Example:", footer = title + command.get_footer();
+    return footer.substr(footer.rfind(title) + title.size());
 }
 
 void ExpectNarrow(const std::string& help) {
@@ -40,37 +40,31 @@ void ExpectNarrow(const std::string& help) {
 
 }  // namespace
 
-TEST_F(HelpTest, EveryCommandIsOneLineAndHasAnExample) {
+TEST_F(HelpTest, TellsOfEveryCommandAndOptionAndGoesToStandardOutput) {
     const CommandLine commandLine(kCommands);
-    const std::string program = Run("--help").out;
-    ExpectNarrow(program);
+    const Result program = Run("--help");
+    EXPECT_EQ(std::pair(program.status, program.error), std::pair(0, std::string()));
+    EXPECT_EQ(Run("-h").out, program.out);
+    EXPECT_TRUE(Contains(program.out, "Exit status:\n  0  ") && Contains(program.out, "NO_COLOR"));
+    EXPECT_FALSE(Contains(program.out, "help-man"));
+    ExpectNarrow(program.out);
     for (const CLI::App* command : commandLine.Syntax().get_subcommands({})) {
         SCOPED_TRACE(command->get_name());
-        const std::string example = Example(*command);
-        EXPECT_TRUE(example.starts_with("Example:\n  ") && Contains(example, "stmdcm " + command->get_name()));
-        EXPECT_NE(command->get_description(), "");
         const std::string help = command->help();
+        EXPECT_THAT(Example(*command), StartsWith("\n  "));
+        EXPECT_THAT(Example(*command), HasSubstr("stmdcm " + command->get_name()));
+        EXPECT_NE(command->get_description(), "");
+        EXPECT_THAT(help, HasSubstr("Usage: " + Usage(*command) + "\n"));
         ExpectNarrow(help);
-        EXPECT_TRUE(Contains(help, "Usage: " + Usage(*command) + "\n")) << help;
         for (const CLI::Option* option : VisibleOptions(*command)) {
-            EXPECT_TRUE(Contains(help, Signature(*option))) << help;
+            EXPECT_THAT(help, HasSubstr(Signature(*option)));
         }
     }
     for (const CLI::App* command : VisibleCommands(commandLine.Syntax())) {
-        EXPECT_TRUE(Contains(program, " " + command->get_description() + "\n")) << "too long: " << command->get_name();
-        EXPECT_TRUE(Contains(program, "\n  " + command->get_name() + " "));
+        EXPECT_THAT(program.out, HasSubstr(" " + command->get_description() + "\n")) << "too long";
+        EXPECT_THAT(program.out, HasSubstr("\n  " + command->get_name() + " "));
     }
-}
-
-TEST_F(HelpTest, TellsOfStatusesAndEnvironmentAndGoesToStandardOutput) {
-    for (const char* arguments : {"--help", "-h", "completion --help"}) {
-        const Result result = Run(arguments);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.error, "");
-        EXPECT_EQ(Contains(result.out, "Exit status:\n  0  "), !Contains(arguments, "completion"));
-    }
-    EXPECT_TRUE(Contains(Run("--help").out, "NO_COLOR"));
-    EXPECT_FALSE(Contains(Run("--help").out, "help-man"));
+    EXPECT_EQ(Contains(Run("completion --help").out, "Exit status:"), false);
 }
 
 TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
@@ -113,39 +107,35 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
 }
 
 TEST_F(HelpTest, AFailureIsADocumentToo) {
-    const std::string file = (Temporary() / "none.tdf").string();
-    const std::string settings = STMDCM_TEST_DATA "/settings.txt";
+    const std::string file = Path("none.tdf");
     const std::string full = STMDCM_TEST_DATA "/full.tdf";
+    const std::string settings = STMDCM_TEST_DATA "/settings.txt";
     const std::string broken = STMDCM_TEST_DATA "/settings-unknown-key.txt";
-    const struct {
-        std::string command;
-        std::string arguments;
-        int status = 1;
-        std::string about = {};  ///< another file than the one that is not there
-    } cases[] = {
-        {"show", file},
-        {"sections", file},
-        {"recover", file + " -o " + file + "2.tdf"},
-        {"set", file + " STM_ATB_Id=1"},
-        {"apply", file + " " + settings},
-        {"convert", file + " " + settings + "2"},
-        {"diff", file + " " + settings, 4},
-        {"objects", file},
-        {"history", file},
-        {"restore", file + " 1"},
-        {"live", "--cpu Core_0 --scenario " + file},
-        {"recover", "--plan --split 7 " + full, 1, full},
-        {"set", broken + " STM_STP_Version=2", 1, broken},
-        {"apply", "--only objects " + settings + " " + file, 1, settings},
+    ::setenv("F", file.c_str(), 1);
+    const std::pair<std::string, std::string> cases[] = {
+        // the command line, and the file that it fails for
+        {"show $F", file},
+        {"sections $F", file},
+        {"recover $F -o ${F}2.tdf", file},
+        {"set $F STM_ATB_Id=1", file},
+        {"apply $F " + settings, file},
+        {"convert $F settings", file},
+        {"diff $F $F", file},
+        {"objects $F", file},
+        {"history $F", file},
+        {"restore $F 1", file},
+        {"live --cpu 0 --scenario $F", file},
+        {"recover --plan --split 7 " + full, full},
+        {"set " + broken + " STM_STP_Version=2", broken},
+        {"apply --only objects " + settings + " $F", settings},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.command);
-        const Result result = Run(c.command + " --json " + c.arguments);
-        EXPECT_EQ(result.status, c.status);
-        const auto document = nlohmann::json::parse(result.out);
-        EXPECT_EQ(document.at("command"), c.command);
-        const auto& failure = document.at("failure");
-        const std::string about = c.about.empty() ? file : c.about;
+    for (const auto& [line, about] : cases) {
+        SCOPED_TRACE(line);
+        const Result result = Run("--json " + line);
+        EXPECT_EQ(result.status, line.starts_with("diff") ? 4 : 1);
+        const Json document = Json::parse(result.out);
+        EXPECT_EQ(document.at("command"), line.substr(0, line.find(' ')));
+        const Json& failure = document.at("failure");
         EXPECT_EQ(failure.at("file"), about);
         EXPECT_TRUE(failure.at("offset").is_null());
         EXPECT_EQ(result.error, "stmdcm: " + about + ": " + failure.at("cause").get<std::string>() + "\n");
@@ -154,7 +144,7 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
 }
 
 TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
-    const std::string full = STMDCM_TEST_DATA "/full.tdf";
+    const std::string full = Sample("full.tdf");
     const auto run = [&](const std::string& arguments) { return Shell("sh -c '" STMDCM_TOOL " " + arguments + "'"); };
     for (const std::string& arguments :
          {std::string("--help"), std::string("--version"), std::string("show --help"), std::string("help-man"),
@@ -163,43 +153,38 @@ TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
         SCOPED_TRACE(arguments);
         const Result result = run(arguments + " >/dev/full");
         EXPECT_EQ(result.status, 1);
-        EXPECT_TRUE(result.error.starts_with("stmdcm: standard output can't be written: ")) << result.error;
+        EXPECT_THAT(result.error, StartsWith("stmdcm: standard output can't be written: "));
     }
     // A file must not take the place of a closed descriptor.
-    const std::string output = (Temporary() / "payload").string();
-    const std::string extract = "extract " + full + " TRACE0 --progress --force -o " + output;
+    const std::string extract = "extract " + full + " TRACE0 --progress --force -o " + Path("payload");
     ASSERT_EQ(run(extract).status, 0);
-    const auto size = std::filesystem::file_size(output);
+    const std::string payload = Content(Path("payload"));
     for (const std::string closed : {" 0<&-", " 1>&-", " 2>&-", " 0<&- 1>&- 2>&-"}) {
         SCOPED_TRACE(closed);
         EXPECT_EQ(run("show /none" + closed).status, 1);
         EXPECT_EQ(run(extract + closed).status, 0);
-        EXPECT_EQ(std::filesystem::file_size(output), size);
+        EXPECT_EQ(Content(Path("payload")), payload);
     }
 }
 
 TEST_F(HelpTest, TheManualPageSaysWhatTheHelpSays) {
-    const std::string page = Run("help-man").out;
+    std::string plain = Run("help-man").out;
     const CommandLine commandLine(kCommands);
-    std::string plain;
-    for (const std::string& line : Lines(page)) {
-        EXPECT_TRUE(line[0] != '.' || Contains(" .TH .SH .SS .TP .PP .nf .fi .B ", " " + line.substr(0, 3) + " ") ||
-                    line.starts_with(".B "))
-            << line;
-        plain += line + "\n";
+    for (const std::string& line : Lines(plain)) {
+        EXPECT_TRUE(line[0] != '.' || Contains(".TH.SH.SS.TP.PP.nf.fi.B ", line.substr(0, 3))) << line;
     }
     for (std::size_t dash = 0; (dash = plain.find("\\-")) != std::string::npos;) {
         plain.erase(dash, 1);
     }
     for (const CLI::App* command : VisibleCommands(commandLine.Syntax())) {
-        EXPECT_TRUE(Contains(plain, ".SS " + Usage(*command) + "\n" + command->get_description() + ".\n"));
+        EXPECT_THAT(plain, HasSubstr(".SS " + Usage(*command) + "\n" + command->get_description() + ".\n"));
         for (const CLI::Option* positional : Positionals(*command)) {
-            EXPECT_TRUE(Contains(plain, ".B " + Signature(*positional) + "\n" + positional->get_description() + "\n"));
+            EXPECT_THAT(plain, HasSubstr(".B " + Signature(*positional) + "\n" + positional->get_description() + "\n"));
         }
-        EXPECT_TRUE(Contains(plain, Example(*command).substr(std::string("Example:").size())));
+        EXPECT_THAT(plain, HasSubstr(Example(*command)));
     }
-    for (const char* title : {"EXIT STATUS", "ENVIRONMENT", "FILES", "SEE ALSO"}) {
-        EXPECT_TRUE(Contains(page, std::string(".SH ") + title + "\n")) << title;
+    for (const std::string title : {"EXIT STATUS", "ENVIRONMENT", "FILES", "SEE ALSO"}) {
+        EXPECT_THAT(plain, HasSubstr(".SH " + title + "\n"));
     }
     if (Shell("command -v groff").status != 0) {
         GTEST_SKIP() << "groff is not installed";

@@ -18,14 +18,10 @@ using stmdcm_test::ReadWhole;
 using stmdcm_test::WriteWhole;
 
 TEST(PathMappingTest, MapsWholeNames) {
-    const struct {
-        std::vector<const char*> mappings;
-        const char* path;
-        const char* mapped;  ///< null: not mapped
-    } cases[] = {
+    const std::tuple<std::vector<const char*>, const char*, const char*> cases[] = {
         {{"/a/b=/n"}, "/a/b/c.out", "/n/c.out"},
-        {{"/a/b=/n"}, "/a/bc/c.out", nullptr},
-        {{"/a/b=/n"}, "/x/a/b/c.out", nullptr},
+        {{"/a/b=/n"}, "/a/bc/c.out", "none"},
+        {{"/a/b=/n"}, "/x/a/b/c.out", "none"},
         {{"/a/b/=/n/"}, "/a/b/c.out", "/n/c.out"},
         {{"/a/b/c.out=/n/d.out"}, "/a/b/c.out", "/n/d.out"},
         {{"/a=/n"}, "/a", "/n"},
@@ -36,15 +32,11 @@ TEST(PathMappingTest, MapsWholeNames) {
         {{"/a=/n", "/a/b=/m"}, "/a/b/c.out", "/m/c.out"},
         {{"/a/b=/m", "/a=/n"}, "/a/b/c.out", "/m/c.out"},
         {{"/a=/n", "/a=/m"}, "/a/c.out", "/n/c.out"},
-        {{"/a=/x/../n"}, "/a/c.out", "/n/c.out"},
-    };
-    for (const auto& c : cases) {
+        {{"/a=/x/../n"}, "/a/c.out", "/n/c.out"}};
+    for (const auto& [texts, path, mapped] : cases) {
         std::vector<PathMapping> mappings;
-        for (const char* text : c.mappings) {
-            mappings.push_back(PathMapping::Parse(text));
-        }
-        EXPECT_EQ(MapPath(mappings, c.path).value_or("none"), c.mapped == nullptr ? "none" : c.mapped)
-            << c.mappings.front() << " " << c.path;
+        std::transform(texts.begin(), texts.end(), std::back_inserter(mappings), &PathMapping::Parse);
+        EXPECT_EQ(MapPath(mappings, path).value_or("none"), mapped) << texts.front() << " " << path;
     }
     for (const char* text : {"", "=", "/a=", "=/n", "/a"}) {
         EXPECT_THROW(PathMapping::Parse(text), Failure) << text;
@@ -60,10 +52,7 @@ struct ImagesTest : testing::Test {
     std::string Image(const std::string& name, std::int64_t modified = kRecorded) {
         const std::string path = m_directory / name;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        WriteWhole(path, "image");
-        const timespec times[2] = {{modified, 0}, {modified, 0}};
-        EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-        return path;
+        return stmdcm_test::WriteDated(path, modified);
     }
     /// A capture with one image, recorded at that path.
     void Record(const std::string& path) {

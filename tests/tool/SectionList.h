@@ -41,4 +41,10 @@ inline std::string MakeSection(const std::string& name, std::uint32_t version, c
     return Zu::Wep::Trace::EncodeSectionStart(static_cast<std::uint32_t>(length), name, version) + payload;
 }
 
+/// A capture whose section at that place states another end.
+inline std::string Stating(std::string capture, const Zu::Wep::Trace::SectionInfo& section, std::uint64_t end) {
+    return capture.replace(section.offset, Zu::Wep::Trace::SectionHeader::LengthSize,
+                           Zu::Wep::Trace::EncodeSectionLength(static_cast<std::uint32_t>(end - section.offset)));
+}
+
 }  // namespace stmdcm

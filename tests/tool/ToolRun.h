@@ -5,9 +5,9 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
+
+#include "tests/support/ScratchDir.h"
 
 namespace stmdcm {
 
@@ -22,12 +22,9 @@ class ToolRun : public testing::Test {
 
   protected:
     ToolRun() {
-        std::string name = (std::filesystem::temp_directory_path() / "tool-test-XXXXXX").string();
-        m_root = ::mkdtemp(name.data());
         std::filesystem::create_directory(Home());
         std::filesystem::create_directory(Temporary());
     }
-    ~ToolRun() override { std::filesystem::remove_all(m_root); }
 
     std::filesystem::path Home() const { return m_root / "home"; }
     std::filesystem::path Temporary() const { return m_root / "tmp"; }
@@ -38,12 +35,12 @@ class ToolRun : public testing::Test {
     /// Runs another program on that machine.
     Result Shell(const std::string& line) const {
         const std::string home = Home().string();
-        const std::string command = "HOME=" + home + " TMPDIR=" + Temporary().string() +
-                                    " ZU_TRACE_LOGGING=6 ZU_TRACE_LOGGING_DIR=" + home +
-                                    " ZU_TRACE_SETTINGS_DIR=" + home + " " + line + " >" + (m_root / "out").string() +
-                                    " 2>" + (m_root / "error").string();
+        const std::string command =
+            "HOME=" + home + " TMPDIR=" + Temporary().string() + " ZU_TRACE_LOGGING=6 ZU_TRACE_LOGGING_DIR=" + home +
+            " ZU_TRACE_SETTINGS_DIR=" + home + " " + line + " >" + (m_root / "out") + " 2>" + (m_root / "error");
         const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read(m_root / "out"), Read(m_root / "error")};
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, stmdcm_test::ReadWhole(m_root / "out"),
+                stmdcm_test::ReadWhole(m_root / "error")};
     }
 
     void ExpectNothingLeft() const {
@@ -52,12 +49,7 @@ class ToolRun : public testing::Test {
     }
 
   private:
-    static std::string Read(const std::filesystem::path& path) {
-        std::ifstream in(path);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-    std::filesystem::path m_root;
+    stmdcm_test::ScratchDir m_root;
 };
 
 }  // namespace stmdcm

@@ -59,9 +59,10 @@ TEST(Record, RemovalKeepsTheOthersWhole) {
 template <class Record>
 void ExpectEveryFailureToldAndNothingLost(const std::string& text) {
     using Operation = void (*)(Record&, std::istringstream&);
-    for (const Operation operation : {Operation([](Record&record, auto&in) { record.RetrieveAllRecords(in); }),
-                                      Operation([](Record&record, auto&) { record.RemoveUsecase(1); }),
-                                      Operation([](Record&record, auto&) { record.CleaupUsecases(true); })}) {
+    const Operation operations[] = {[](Record& record, auto& in) { record.RetrieveAllRecords(in); },
+                                    [](Record& record, auto&) { record.RemoveUsecase(1); },
+                                    [](Record& record, auto&) { record.CleaupUsecases(true); }};
+    for (const Operation operation : operations) {
         bool failed = true;
         for (std::size_t n = 0; failed; ++n) {
             Record record;

@@ -11,16 +11,17 @@ namespace {
 using stmdcm_test::Slot;
 
 void CheckBaseOperations(void* usecase, unsigned id = 17, const char* probe = "probe", int job = 3) {
-    Slot<void>(usecase, 0, 17U);
-    Slot<void>(usecase, 2, "mod");
-    Slot<void>(usecase, 4, "probe");
-    Slot<void>(usecase, 6, 1000U);
-    Slot<void>(usecase, 8, 3);
+    const auto setAndGet = [usecase](std::size_t slot, auto value) {
+        Slot<void>(usecase, slot, value);
+        return Slot<decltype(value)>(usecase, slot + 1);
+    };
+    EXPECT_EQ(setAndGet(0, 17U), id);
+    EXPECT_STREQ(setAndGet(2, "mod"), "mod");
+    EXPECT_STREQ(setAndGet(4, "probe"), probe);
+    EXPECT_EQ(setAndGet(6, 1000U), 1000U);
+    EXPECT_EQ(setAndGet(8, 3), job);
     EXPECT_EQ(Slot<unsigned>(usecase, 1), id);
     EXPECT_STREQ(Slot<const char*>(usecase, 3), "mod");
-    EXPECT_STREQ(Slot<const char*>(usecase, 5), probe);
-    EXPECT_EQ(Slot<unsigned>(usecase, 7), 1000U);
-    EXPECT_EQ(Slot<int>(usecase, 9), job);
 }
 
 TEST(TableOrder, ScUsecase) {

@@ -13,7 +13,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "tests/differential/InputMaker.h"
+#include "fuzz/differential/InputMaker.h"
 #include "trace/dcm/DeviceConfigManager.h"
 #include "trace/dcm/StmDeviceConfigManager.h"
 
