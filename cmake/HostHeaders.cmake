@@ -18,6 +18,7 @@ set(stmdcm_host_headers
   trace/dcm/DeviceConfigManager.h
   trace/dcm/FILE_Info.h
   trace/dcm/StmDeviceConfigManager.h
+  trace/format/BlockField.h
   trace/format/BlockLines.h
   trace/format/BlockReader.h
   trace/format/BlockWriter.h
@@ -38,8 +39,10 @@ set(stmdcm_host_headers
   trace/usecase/PMIUsecaseRecord.h
   trace/usecase/PMIUsecaseRecordIF.h
   trace/usecase/UsecaseInfo.h
+  trace/usecase/UsecaseInfoBase.h
   trace/usecase/UsecaseInfoIF.h
   trace/usecase/UsecaseInfoIFBase.h
+  trace/usecase/UsecaseLog.h
   trace/usecase/UsecaseRecord.h
   trace/usecase/UsecaseRecordBase.h
   trace/usecase/UsecaseRecordIF.h

@@ -1,18 +1,15 @@
 #include "trace/usecase/UsecaseInfo.h"
 
-#include "trace/format/BlockField.h"
-#include "trace/usecase/UsecaseLog.h"
-
 namespace Zu::Wep::Trace {
 namespace {
 
-constexpr BlockField<FormulaInfo> FormulaFieldTable[] = {
+constexpr BlockField<FormulaInfo> kFormulaFieldTable[] = {
     {"name", &FormulaInfo::name},
     {"formula", &FormulaInfo::formula},
     {"unit", &FormulaInfo::unit},
     {"ofmask", &FormulaInfo::ofmask},
 };
-constexpr std::span<const BlockField<FormulaInfo>> FormulaFields = FormulaFieldTable;
+constexpr std::span<const BlockField<FormulaInfo>> kFormulaFields = kFormulaFieldTable;
 
 // The number in the three characters behind the first ":", or in the first three characters where there is none.
 std::uint32_t TagNumber(std::string_view formula) {
@@ -27,7 +24,7 @@ bool AcceptsFirstLine(std::string_view line) {
 
 void WriteFormula(std::string& out, const FormulaInfo& formula, BlockWriteReporter& reporter) {
     AppendBlockLine(out, kFormulaOpen);
-    WriteFields(out, formula, FormulaFields, reporter);
+    WriteFields(out, formula, kFormulaFields, reporter);
     AppendBlockLine(out, kFormulaClose);
 }
 
@@ -37,10 +34,6 @@ Item* ItemAt(std::vector<Item>& items, unsigned int index) {
 }
 
 }  // namespace
-
-UsecaseInfo::UsecaseInfo() = default;
-
-UsecaseInfo::~UsecaseInfo() = default;
 
 UsecaseInfo& UsecaseInfo::operator=(const UsecaseInfo& other) {
     // Copies first: the source may be this object, whose lists then double as any other's would.
@@ -90,15 +83,7 @@ std::span<const BlockField<UsecaseInfo>> UsecaseInfo::Fields() {
     return fields;
 }
 
-std::vector<std::string_view> UsecaseInfo::Keys() { return KeysOf(Fields()); }
-
-std::vector<std::string_view> UsecaseInfo::FormulaKeys() { return KeysOf(FormulaFields); }
-
-int UsecaseInfo::DoExport(std::string& out) const {
-    UsecaseLog log;
-    Export(out, log);
-    return 0;
-}
+std::vector<std::string_view> UsecaseInfo::FormulaKeys() { return KeysOf(kFormulaFields); }
 
 void UsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
     AppendBlockLine(out, kBlockOpen);
@@ -112,11 +97,6 @@ void UsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
         WriteFormula(out, formula, reporter);
     }
     AppendBlockLine(out, kBlockClose);
-}
-
-int UsecaseInfo::DoImport(const char* line, std::istringstream& in) {
-    BlockLines lines(kKind, in);
-    return Import(line, lines);
 }
 
 int UsecaseInfo::Import(std::string_view line, BlockLines& in) {
@@ -159,14 +139,14 @@ LineResult UsecaseInfo::ReadFormula(std::string_view& line, BlockLines& in) {
 int UsecaseInfo::ReadFormulaLines(std::string_view& line, BlockLines& in) {
     FormulaInfo formula;
     constexpr bool kIsInFormula = true;
-    int result = StoreLine(formula, FormulaFields, line, in, kIsInFormula);
+    int result = StoreLine(formula, kFormulaFields, line, in, kIsInFormula);
     if (result != 0) {
         return result;
     }
     bool isOpen = true;
     while (isOpen && in.Next(line)) {
         isOpen = line != kFormulaClose;
-        result = isOpen ? StoreLine(formula, FormulaFields, line, in, kIsInFormula) : 0;
+        result = isOpen ? StoreLine(formula, kFormulaFields, line, in, kIsInFormula) : 0;
         if (result < 0) {
             return result;
         }
@@ -178,11 +158,6 @@ int UsecaseInfo::ReadFormulaLines(std::string_view& line, BlockLines& in) {
     formula.tagNumber = TagNumber(formula.formula);
     m_formulas.push_back(std::move(formula));
     return 0;
-}
-
-int UsecaseInfo::SearchForNextUsecase(const char* line, std::istringstream& in) {
-    BlockLines lines(kKind, in);
-    return SearchForNextBlock(line, lines);
 }
 
 }  // namespace Zu::Wep::Trace

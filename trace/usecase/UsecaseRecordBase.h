@@ -38,6 +38,11 @@ class UsecaseRecordBase : public RecordIF {
         return index < m_usecases.size() ? &m_usecases[index] : nullptr;
     }
 
+    Interface* GetAUsecaseInfo() override {
+        s_shared.CleanUp();
+        return &s_shared;
+    }
+
     int SaveAllRecords(std::string& out) const override {
         int result = 0;
         for (const Info& usecase : m_usecases) {
@@ -88,6 +93,9 @@ class UsecaseRecordBase : public RecordIF {
     }
 
     std::vector<Info> m_usecases;
+
+  private:
+    inline static Info s_shared;
 };
 
 }  // namespace Zu::Wep::Trace
