@@ -42,7 +42,7 @@ void PropertyFindings::OnProperty(std::size_t line, const PropertyLine& property
     }
     setOnLine = line;
     for (Finding& finding :
-         CheckValue(ShapeOf(row->conversion), property.name, std::string(property.value), m_place.AtLine(line))) {
+         CheckValue(row->shape, property.name, std::string(property.value), m_place.AtLine(line))) {
         m_findings.Add(std::move(finding));
     }
     if (m_kind == TextKind::DeviceId) {

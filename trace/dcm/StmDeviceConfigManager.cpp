@@ -158,14 +158,12 @@ void StmDeviceConfigManager::OutputParametersToBuffer(std::string& out) {
 bool StmDeviceConfigManager::ExtractValue(const std::string& name, const std::string& value) {
     ZU_WEP::Log(ZU_WEP::LogInformation, "STM Device DCM: ExtractValue: name=\"%s\", value=\"%s\"", name.c_str(),
                 value.c_str());
-    const StmProperty* property = FindStmProperty(name);
-    if (property == nullptr) {
+    const bool isProperty = SetFromText(m_properties, name, value);
+    if (!isProperty) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: extracting fail: name = %s, value = %s", name.c_str(),
                     value.c_str());
-        return false;
     }
-    SetFromText(m_properties, *property, value);
-    return true;
+    return isProperty;
 }
 
 void StmDeviceConfigManager::PackOneLineMetaData(std::string& out, char* line) { UnfoldPackedBlock(out, line); }
