@@ -17,28 +17,22 @@ using Zu::Wep::Trace::SectionScanner;
 
 namespace {
 
-/// As much of a name as a search compares.
-std::string_view Compared(std::string_view name) { return name.substr(0, name.find('\0')); }
-
 std::uint64_t Hash(std::string_view name, std::uint32_t version) {
-    return std::hash<std::string_view>{}(Compared(name)) ^ (version * 0x9E3779B97F4A7C15U);
+    return std::hash<std::string_view>{}(ComparedName(name)) ^ (version * 0x9E3779B97F4A7C15U);
 }
 
 }  // namespace
 
 const char* SectionUseText(SectionUse use) {
-    switch (use) {
-        case SectionUse::Read:
-            return "read";
-        case SectionUse::Shadowed:
-            return "shadowed";
-        case SectionUse::Retired:
-            return "retired";
-        case SectionUse::Unreachable:
-            return "unreachable";
-    }
-    return "";
+    constexpr const char* kTexts[] = {"read", "shadowed", "retired", "unreachable"};
+    return kTexts[static_cast<std::size_t>(use)];
 }
+
+bool IsPlausibleName(std::string_view name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
+std::string_view ComparedName(std::string_view name) { return name.substr(0, name.find('\0')); }
 
 std::uint64_t Section::PayloadOffset() const { return offset + SectionHeader::Size + nameLength; }
 
@@ -93,7 +87,7 @@ void Container::MarkGroup(const Key* begin, const Key* end) {
     for (const Key* key = begin; key != end; ++key) {
         Section& section = m_sections[key->index];
         const std::string name = Name(section);
-        std::pair entry(std::string(Compared(name)), section.version);
+        std::pair entry(std::string(ComparedName(name)), section.version);
         if (std::find(found.begin(), found.end(), entry) != found.end()) {
             section.use = SectionUse::Shadowed;
         } else {
@@ -107,7 +101,7 @@ std::string Container::Name(const Section& section) const {
 }
 
 bool Container::HasName(const Section& section, std::string_view name) const {
-    return section.nameLength >= Compared(name).size() && Compared(Name(section)) == Compared(name);
+    return section.nameLength >= ComparedName(name).size() && ComparedName(Name(section)) == ComparedName(name);
 }
 
 const Section* Container::Find(std::string_view name, std::uint32_t version) const {

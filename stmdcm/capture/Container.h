@@ -23,6 +23,11 @@ enum class SectionUse : std::uint8_t {
 /// "read", "shadowed", "retired", "unreachable".
 const char* SectionUseText(SectionUse use);
 
+/// One that a writer would give: ASCII, no control characters and no blanks at all.
+bool IsPlausibleName(std::string_view name);
+/// As much of a name as a search compares.
+std::string_view ComparedName(std::string_view name);
+
 /// A section without its name, which Container::Name gives.
 struct Section {
     std::uint64_t offset = 0;      ///< of the header's first byte

@@ -61,17 +61,8 @@ bool IsLogged(const std::vector<PluginMessage>& messages, std::string_view start
 /// The constant part of a text for printf.
 std::string_view UpToFormat(std::string_view text) { return text.substr(0, text.find('%')); }
 
-std::string AfterFailure(const LiveAttribute& attribute) {
-    switch (attribute.onFailure) {
-        case OnFailure::SetOne:
-            return "is 1 instead";
-        case OnFailure::SetFalse:
-            return "is no instead";
-        case OnFailure::Keep:
-            break;
-    }
-    return "is what it was before";
-}
+/// By what becomes of the property.
+constexpr const char* kAfterFailure[] = {"is what it was before", "is 1 instead", "is no instead"};
 
 std::vector<std::string> CpuNames(const std::vector<PluginMessage>& messages) {
     std::vector<std::string> names;
@@ -128,7 +119,8 @@ void LiveConfiguration::AddAttributeDoubts(const std::vector<PluginMessage>& mes
         for (const LiveAttribute& attribute : kLiveAttributes) {
             if (message.StartsWith(fmt::sprintf(kFailureText, attribute.loggedName))) {
                 doubts.push_back(fmt::format("the target does not tell \"{}\": {} {}", attribute.name,
-                                             attribute.property->name, AfterFailure(attribute)));
+                                             attribute.property->name,
+                                             kAfterFailure[static_cast<std::size_t>(attribute.onFailure)]));
                 asked = &attribute + 1;
             } else if (attribute.valueText != nullptr && message.StartsWith(UpToFormat(attribute.valueText))) {
                 asked = &attribute + 1;

@@ -44,15 +44,8 @@ ObjectFile::State ObjectFile::DiskState() const {
 }
 
 const char* ObjectFile::DiskStateName() const {
-    switch (DiskState()) {
-        case State::Present:
-            return "same time, not proven";
-        case State::Changed:
-            return "changed";
-        case State::Missing:
-            break;
-    }
-    return "missing";
+    constexpr const char* kNames[] = {"same time, not proven", "changed", "missing"};
+    return kNames[static_cast<std::size_t>(DiskState())];
 }
 
 }  // namespace stmdcm

@@ -25,15 +25,9 @@ constexpr std::size_t kMaxShownName = 64;
 
 constexpr char kNothingIsRead[] = "loading fails, and nothing is read";
 
-std::string_view Compared(std::string_view name) { return name.substr(0, name.find('\0')); }
-
-bool IsOdd(std::string_view name) {
-    return std::any_of(name.begin(), name.end(), [](char c) { return c <= ' ' || c > '~'; });
-}
-
 const WantedSection* WantedOf(std::string_view name) {
     const auto found = std::find_if(kWantedSections.begin(), kWantedSections.end(),
-                                    [name](const WantedSection& wanted) { return Compared(name) == wanted.name; });
+                                    [name](const WantedSection& wanted) { return ComparedName(name) == wanted.name; });
     return found == kWantedSections.end() ? nullptr : &*found;
 }
 
@@ -88,7 +82,7 @@ void ContainerCheck::Run() {
 void ContainerCheck::CheckSection(const Section& section) {
     const std::string name = m_container.Name(section);
     const Place place{InWords(Unit::None, std::string_view(name).substr(0, kMaxShownName)), section.offset};
-    const bool isOdd = IsOdd(name);
+    const bool isOdd = !name.empty() && !IsPlausibleName(name);
     if (section.use == SectionUse::Unreachable) {
         if (section.offset != m_container.StopOffset() && !isOdd && !section.IsTooShort()) {
             TellUnreachable(place);

@@ -41,8 +41,7 @@ void PropertyFindings::OnProperty(std::size_t line, const PropertyLine& property
             "the last one counts");
     }
     setOnLine = line;
-    for (Finding& finding :
-         CheckValue(row->shape, property.name, std::string(property.value), m_place.AtLine(line))) {
+    for (Finding& finding : CheckValue(row->shape, property.name, std::string(property.value), m_place.AtLine(line))) {
         m_findings.Add(std::move(finding));
     }
     if (m_kind == TextKind::DeviceId) {

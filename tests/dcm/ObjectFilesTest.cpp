@@ -73,10 +73,11 @@ class ObjectFilesTest : public ManagerTest {
         TDFHandler().CreateTDFFile((m_home / "s.tdf").c_str());
         EXPECT_TRUE(m_manager->SaveCommonConfiguration(m_home / "s.tdf", TRACE_DATA_FILE_TDF));
         std::vector<std::string> result;
-        for (const auto& entry : ParseObjectFileEntries(OpenCapture(m_home / "s.tdf").Read(kCommonSection)).entries) {
-            result.push_back(entry.name + " " + entry.fileName.substr(entry.fileName.rfind('/') + 1) + " " +
-                             std::to_string(entry.timeStamp));
-        }
+        const std::string payload = OpenCapture(m_home / "s.tdf").Read(kCommonSection);
+        ReadObjectFileEntries(payload, [&](auto name, auto file, std::int64_t timeStamp) {
+            const std::string base(file.substr(file.rfind('/') + 1));
+            result.push_back(std::string(name) + " " + base + " " + std::to_string(timeStamp));
+        });
         return result;
     }
     using Sections = std::vector<std::pair<std::string, std::string>>;
@@ -124,9 +125,10 @@ TEST_F(ObjectFilesTest, EntryBytes) {
     AppendObjectFileEntry(payload, {"core0", "/x/a.out", 1700000000});
     EXPECT_EQ(payload, std::string("core0\0/x/a.out\0\x00\xF1\x53\x65\0\0\0\0", 23));
     for (std::size_t length = 0; length < payload.size(); ++length) {  // after one whole entry, any part of another
-        const auto found = ParseObjectFileEntries(payload + payload.substr(0, length));
-        EXPECT_EQ(found.entries.size(), 1U);
-        EXPECT_EQ(found.complete, length == 0);
+        int count = 0;
+        const auto take = [&count](auto /*name*/, auto /*fileName*/, std::int64_t /*timeStamp*/) { ++count; };
+        EXPECT_EQ(ReadObjectFileEntries(payload + payload.substr(0, length), take), length == 0);
+        EXPECT_EQ(count, 1);
     }
 }
 

@@ -59,10 +59,6 @@ std::vector<Candidate> Properties(const std::string& value) {
     return candidates;
 }
 
-bool IsPrintable(const std::string& name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
-}
-
 /// None of a file that is no capture: a completion is no place for a diagnostic.
 std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals) {
     std::set<std::string> names;
@@ -70,7 +66,7 @@ std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals)
         const Container container(positionals.empty() ? "" : positionals.back());
         for (const Section& section : container.Sections()) {
             const std::string name = container.Name(section);
-            if (IsPrintable(name) && names.size() < kMostSections) {
+            if (IsPlausibleName(name) && names.size() < kMostSections) {
                 names.insert(name);
             }
         }

@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <limits>
@@ -14,7 +15,6 @@
 #include "tool/commands/CommandTable.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
-#include "tool/output/StandardOutput.h"
 
 namespace stmdcm {
 
@@ -33,6 +33,17 @@ std::string Doubt(const CaptureFile& file, const Section& section) {
     }
     return {};
 }
+
+/// Takes bytes that are no text, which would confuse a terminal.
+class BinaryOutput final : public ByteSink {
+  public:
+    BinaryOutput() {
+        if (::isatty(STDOUT_FILENO) == 1) {
+            throw Failure("binary data does not go to a terminal; use -o FILE, or a pipe", Failure::Kind::Request);
+        }
+    }
+    void Write(std::string_view bytes) override { Console::Print(bytes); }
+};
 
 /// As a walk of the sections lists it.
 std::optional<Section> ListedAt(std::uint64_t offset, const Container& container) {
@@ -147,7 +158,7 @@ class Extract final : public Command {
 
     void Copy(const CaptureFile& file, const Section& section) const {
         if (m_output.empty() || m_output == "-") {
-            StandardOutput output;
+            BinaryOutput output;
             CopyTo(output, file, section);
         } else {
             OutputFile output(m_output, m_force, {m_file});

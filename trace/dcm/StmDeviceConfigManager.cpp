@@ -13,7 +13,6 @@
 #include "source_utilities/ReplaceFile.h"
 #include "trace/dcm/EnvironmentVariables.h"
 #include "trace/dcm/PropertyValue.h"
-#include "trace/dcm/SettingsLog.h"
 #include "trace/dcm/TraceEnvironment.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/SettingsText.h"
@@ -32,6 +31,17 @@ constexpr char kSettingsExtension[] = ".dcm";
 constexpr char kConstantProperty[] = "CycleModeDelta";  ///< always true, never stored
 
 TraceEnvironment environment;  // beside the one of the common half, which every manager prepares first: meant so
+
+/// Tells the log what of a settings text is not read (docs/log.md).
+struct SettingsLog final : TextReporter {
+    explicit SettingsLog(const std::string& name) : source(name) {}
+    void OnLineCut(std::size_t line, std::size_t /*length*/, std::size_t limit) override {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s line %zu is longer than %zu characters, the rest is skipped",
+                    source.c_str(), line, limit);
+    }
+
+    const std::string& source;
+};
 
 std::string ConfigFileName(const CPUInfo* cpu) {
     if (cpu == nullptr) {

@@ -1,8 +1,5 @@
 #include "trace/dcm/TraceEnvironment.h"
 
-#include <locale>
-#include <sstream>
-
 #include "source_utilities/uEnvironment.h"
 #include "source_utilities/uLogSystem.h"
 #include "source_utilities/uProcess.h"
@@ -16,17 +13,9 @@ namespace Zu::Wep::Trace {
 
 namespace {
 
-template <typename Number>
-void AppendDecimal(std::string& text, Number number) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());  // a host's locale may put points between the digits
-    stream << number;
-    text += stream.str();
-}
-
-int LocalTimePart(int (*part)()) {
+std::string LocalTimePart(int (*part)()) {
     uTime().GetLocal();
-    return part();
+    return std::to_string(part());
 }
 
 }  // namespace
@@ -56,7 +45,7 @@ void TraceEnvironment::FindDebugClient() {
         m_debugClient.clear();
     }
     if (m_debugClient.empty()) {
-        AppendDecimal(m_debugClient, static_cast<unsigned long>(uProcess::GetPid()));
+        m_debugClient = std::to_string(static_cast<unsigned long>(uProcess::GetPid()));
         uEnvironment::SetVar(kDebugClientVariable, m_debugClient.c_str());
     }
 }
@@ -75,9 +64,9 @@ void TraceEnvironment::MakeDirectories() {
 
 void TraceEnvironment::NameLogFile() {
     m_logFileName = "zu_trace_log_";
-    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetMonth));  // counted from 0, and meant so
-    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetDay));
-    AppendDecimal(m_logFileName, LocalTimePart(&uTime::GetYear));
+    m_logFileName += LocalTimePart(&uTime::GetMonth);  // counted from 0 (docs/log.md)
+    m_logFileName += LocalTimePart(&uTime::GetDay);
+    m_logFileName += LocalTimePart(&uTime::GetYear);
     m_logFileName += "_" + m_debugClient + ".txt";
 }
 
