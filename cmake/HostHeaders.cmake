@@ -47,5 +47,6 @@ set(stmdcm_host_headers
   trace/usecase/UsecaseRecordBase.h
   trace/usecase/UsecaseRecordIF.h
   trace/usecase/UsecaseRecordIFBase.h
+  trace/usecase/UsecaseRecords.h
   trace/usecase/eCTDataOption.h
 )

@@ -112,6 +112,12 @@ const Section* Container::Find(std::string_view name, std::uint32_t version) con
     return found == m_sections.end() ? nullptr : &*found;
 }
 
+const Section* Container::At(std::uint64_t offset) const {
+    const auto found = std::lower_bound(m_sections.begin(), m_sections.end(), offset,
+                                        [](const Section& section, std::uint64_t at) { return section.offset < at; });
+    return found != m_sections.end() && found->offset == offset ? &*found : nullptr;
+}
+
 std::uint64_t Container::TrailingOffset() const {
     if (m_sections.empty()) {
         return std::min(FirstSectionOffset, Size());
@@ -124,10 +130,8 @@ std::uint64_t Container::HeldPayload(const Section& section) const {
     return m_file.Held(section.PayloadOffset(), section.PayloadLength());
 }
 
-std::string Container::ReadPayload(const Section& section, std::uint64_t from, std::uint64_t length) const {
-    const std::uint64_t held = HeldPayload(section);
-    const std::uint64_t begin = std::min(from, held);
-    return m_file.Read(section.PayloadOffset() + begin, std::min(length, held - begin));
+std::string Container::ReadPayload(const Section& section) const {
+    return m_file.Read(section.PayloadOffset(), HeldPayload(section));
 }
 
 }  // namespace stmdcm

@@ -53,11 +53,6 @@ std::string WhyNotConnected(const std::vector<PluginMessage>& messages) {
     return "the trace factory gives no channel server; check that the target is connected";
 }
 
-bool IsLogged(const std::vector<PluginMessage>& messages, std::string_view start) {
-    return std::any_of(messages.begin(), messages.end(),
-                       [start](const PluginMessage& message) { return message.StartsWith(start); });
-}
-
 /// The constant part of a text for printf.
 std::string_view UpToFormat(std::string_view text) { return text.substr(0, text.find('%')); }
 
@@ -103,7 +98,8 @@ LiveConfiguration LiveConfiguration::Load(PluginSession& session, Manager& manag
     if (!isConnected) {
         throw Failure(WhyNotConnected(messages));
     }
-    if (IsLogged(messages, kNoDriver)) {
+    if (std::any_of(messages.begin(), messages.end(),
+                    [](const PluginMessage& message) { return message.StartsWith(kNoDriver); })) {
         FailWithoutDriver(session, manager);
     }
     live.AddAttributeDoubts(messages);

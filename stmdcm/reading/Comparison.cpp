@@ -40,7 +40,7 @@ class Flattener {
     template <class T>
     void operator()(const Field& field, const std::vector<T>& items) const {
         for (std::size_t i = 0; i < items.size(); ++i) {
-            items[i].Visit(Flattener(m_out, fmt::format("{}{}[{}].", m_prefix, field.name, i)));
+            VisitFields(items[i], Flattener(m_out, fmt::format("{}{}[{}].", m_prefix, field.name, i)));
         }
     }
 
@@ -52,7 +52,7 @@ class Flattener {
 template <class Item>
 FieldTexts Flatten(const Item& item) {
     FieldTexts texts;
-    item.Visit(Flattener(texts));
+    VisitFields(item, Flattener(texts));
     return texts;
 }
 
@@ -78,7 +78,7 @@ class Comparer {
     }
 
     template <class Item>
-    void CompareItems(const char* kind, const std::vector<Item>& left, const std::vector<Item>& right) {
+    void CompareItems(const std::string& kind, const std::vector<Item>& left, const std::vector<Item>& right) {
         std::multimap<std::string, const Item*> unmatched;
         for (const Item& item : right) {
             unmatched.emplace(item.Key(), &item);  // Equal keys stay in their order.
@@ -98,7 +98,8 @@ class Comparer {
     }
 
   private:
-    void CompareFields(const char* kind, const std::string& item, const FieldTexts& left, const FieldTexts& right) {
+    void CompareFields(const std::string& kind, const std::string& item, const FieldTexts& left,
+                       const FieldTexts& right) {
         for (const auto& [name, text] : left) {
             const FieldText* other = Find(right, name);
             if (other == nullptr || other->exact != text.exact) {
@@ -128,9 +129,9 @@ std::string Difference::Sentence(const std::string& path) const {
 std::vector<Difference> Compare(const Configuration& left, const Configuration& right) {
     Comparer comparer;
     comparer.CompareProperties(left.properties, right.properties);
-    comparer.CompareItems("SC use case", left.sc, right.sc);
-    comparer.CompareItems("CPT use case", left.cpt, right.cpt);
-    comparer.CompareItems("PMI/CMI use case", left.pmi, right.pmi);
+    Configuration::ForEachKind([&](auto kind, auto list) {
+        comparer.CompareItems(fmt::format("{} use case", NamesOf(kind).name), left.*list, right.*list);
+    });
     comparer.CompareItems("object file", left.objectFiles, right.objectFiles);
     return comparer.Take();
 }

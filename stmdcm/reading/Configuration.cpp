@@ -32,9 +32,7 @@ std::uint32_t DataOptionsOf(const CTUsecaseInfoIF& usecase) {
     return options;
 }
 
-std::string ScUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
-
-std::string CptUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
+std::string MonitorUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
 
 ObjectFile::State ObjectFile::DiskState() const {
     if (!modified) {

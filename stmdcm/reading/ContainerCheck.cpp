@@ -178,18 +178,12 @@ void ContainerCheck::TellLostIn(std::string_view bytes, std::uint64_t offset) {
         const std::string start = EncodeSectionStart(0, wanted.name, wanted.version).substr(SectionHeader::LengthSize);
         for (auto at = bytes.find(start); at != std::string_view::npos; at = bytes.find(start, at + 1)) {
             const std::uint64_t header = offset + at - SectionHeader::LengthSize;
-            if (at >= SectionHeader::LengthSize && header > m_container.StopOffset() && !IsListed(header)) {
+            if (at >= SectionHeader::LengthSize && header > m_container.StopOffset() &&
+                m_container.At(header) == nullptr) {
                 TellUnreachable({wanted.name, header});
             }
         }
     }
-}
-
-bool ContainerCheck::IsListed(std::uint64_t offset) const {
-    const auto& sections = m_container.Sections();
-    const auto found = std::lower_bound(sections.begin(), sections.end(), offset,
-                                        [](const Section& section, std::uint64_t at) { return section.offset < at; });
-    return found != sections.end() && found->offset == offset;
 }
 
 void ContainerCheck::TellUnreachable(const Place& place) {

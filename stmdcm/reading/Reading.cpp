@@ -17,7 +17,6 @@
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/ContainerCheck.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
-#include "stmdcm/reading/PayloadLosses.h"
 #include "stmdcm/reading/PropertyFindings.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/SectionLayout.h"
@@ -85,7 +84,7 @@ bool ReadTextInto(std::string text, const LineLimits& limits, const Place& place
     const SettingsText read(std::move(text), limits, settings.Applier(), &properties);
     properties.Finish(read.Blocks());
     BlockFindings blocks(read.Blocks(), place, findings);
-    settings.ReadRecords(read.Blocks(), &blocks);
+    settings.Read(read.Blocks(), &blocks);
     TellUsecases(settings, blocks, place, findings);
     CheckStructure(read.Blocks(), blocks, place, findings);
     if (properties.CountSet() == 0 && settings.sc.GetNumUsecases() == 0 && settings.cpt.GetNumUsecases() == 0 &&
@@ -177,7 +176,7 @@ class Reader {
             return std::nullopt;
         }
         m_reading.readSections.push_back(section->offset);
-        return container.ReadPayload(*section, 0, section->PayloadLength());
+        return container.ReadPayload(*section);
     }
 
     Reading& m_reading;

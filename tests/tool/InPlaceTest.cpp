@@ -45,7 +45,7 @@ Payloads PayloadsOf(const std::string& path) {
     std::size_t i = 0;
     for (const char* name : {"TRACE0", kDeviceSectionName, kCommonSectionName, kStmSectionName}) {
         if (const Section* section = capture.Find(name, 1)) {
-            payloads[i] = capture.ReadPayload(*section, 0, section->PayloadLength());
+            payloads[i] = capture.ReadPayload(*section);
         }
         ++i;
     }

@@ -14,6 +14,7 @@ namespace {
 
 constexpr ValueSyntax kConfigurationFile{ValueKind::File, ".tdf .txt .dcm"};
 
+/// What stands for a value. A SECTION is one in the file that is named in front of it.
 struct Row {
     std::string_view placeholder;
     ValueSyntax syntax;

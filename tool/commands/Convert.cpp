@@ -58,8 +58,7 @@ class Convert final : public Command {
         const Reading source = Read(m_from);
         source.RequireSettings();
         RequireWhole(source, m_force);
-        Configuration expected = source.configuration;
-        expected.objectFiles.clear();
+        const Configuration expected = source.configuration.WithoutObjectFiles();
         const std::string text = source.settings->Text();
         const bool isCapture = KindOfName(m_to) == ConfigurationKind::Capture;
         const std::vector<Difference> differences =

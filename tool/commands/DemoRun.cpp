@@ -72,7 +72,7 @@ void AddPmiUsecase(PMIUsecaseRecordIF& record) {
 std::string Payload(const std::string& path, const char* name) {
     const Container capture(path);
     const Section* section = capture.Find(name, kHostSectionVersion);
-    return section == nullptr ? "" : capture.ReadPayload(*section, 0, section->PayloadLength());
+    return section == nullptr ? "" : capture.ReadPayload(*section);
 }
 
 class DemoRun {

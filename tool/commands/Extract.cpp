@@ -45,14 +45,6 @@ class BinaryOutput final : public ByteSink {
     void Write(std::string_view bytes) override { Console::Print(bytes); }
 };
 
-/// As a walk of the sections lists it.
-std::optional<Section> ListedAt(std::uint64_t offset, const Container& container) {
-    const auto& sections = container.Sections();
-    const auto found = std::find_if(sections.begin(), sections.end(),
-                                    [offset](const Section& section) { return section.offset == offset; });
-    return found == sections.end() ? std::nullopt : std::optional(*found);
-}
-
 /// One section's payload, byte for byte.
 class Extract final : public Command {
   public:
@@ -125,9 +117,11 @@ class Extract final : public Command {
     /// Also one that no walk comes to, such as those that recover lists.
     Section ChooseAtOffset(const CaptureFile& file) const {
         const HeaderRules rules(file);
-        auto section = file.HasIdentifier() ? ListedAt(*m_offset, Container(m_file)) : std::nullopt;
-        if (!section) {
-            section = rules.SectionAt(*m_offset);
+        std::optional<Section> section = rules.SectionAt(*m_offset);
+        if (file.HasIdentifier()) {
+            const Container container(m_file);
+            const Section* listed = container.At(*m_offset);
+            section = listed != nullptr ? *listed : section;
         }
         if (!section) {
             throw Failure(m_file, fmt::format("no section begins at offset {}; list them with sections or recover "

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <type_traits>
 #include <utility>
 
 #include "host/vorn/vornError.h"
@@ -30,7 +29,8 @@ constexpr char kConfigFileNameEnd[] = "-STMCfg.txt";
 constexpr char kSettingsExtension[] = ".dcm";
 constexpr char kConstantProperty[] = "CycleModeDelta";  ///< always true, never stored
 
-TraceEnvironment environment;  // beside the one of the common half, which every manager prepares first: meant so
+/// Beside that of the common half, which every manager prepares first: each has its own (trace/dcm/TraceEnvironment.h).
+TraceEnvironment environment;
 
 /// Tells the log what of a settings text is not read (docs/log.md).
 struct SettingsLog final : TextReporter {
@@ -76,7 +76,7 @@ bool StmDeviceConfigManager::GetProperty(const std::string& name, ConfigProperty
     }
     const StmProperty* property = FindStmProperty(name);
     if (property == nullptr) {
-        // "Proerty" is spelled so.
+        // Readers of logs know it by this spelling (docs/log.md).
         ZU_WEP::Log(ZU_WEP::LogError, "STM Local DCM: GetProperty failed Proerty Name = %s.", name.c_str());
         return false;
     }
@@ -95,11 +95,11 @@ bool StmDeviceConfigManager::SetSTMProperty(const std::string& name, ConfigPrope
 
 std::string StmDeviceConfigManager::GetLastError() const { return {}; }
 
-UsecaseRecord* StmDeviceConfigManager::GetUsecaseRecord() { return &m_usecaseRecord; }
+UsecaseRecord* StmDeviceConfigManager::GetUsecaseRecord() { return &m_usecases.sc; }
 
-CTUsecaseRecord* StmDeviceConfigManager::GetCTUsecaseRecord() { return &m_ctUsecaseRecord; }
+CTUsecaseRecord* StmDeviceConfigManager::GetCTUsecaseRecord() { return &m_usecases.cpt; }
 
-PMIUsecaseRecord* StmDeviceConfigManager::GetPMIUsecaseRecord() { return &m_pmiUsecaseRecord; }
+PMIUsecaseRecord* StmDeviceConfigManager::GetPMIUsecaseRecord() { return &m_usecases.pmi; }
 
 bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTraceDataFileType type) {
     switch (type) {
@@ -132,7 +132,7 @@ bool StmDeviceConfigManager::SaveConfiguration(const std::string& fileName, eTra
             case TRACE_DATA_FILE_LOCAL: {
                 const std::string path = SettingsPath(fileName);
                 if (m_deviceIdentifier != nullptr) {
-                    m_deviceIdentifier->SaveToFile(path, TRACE_DATA_FILE_LOCAL);  // whatever `type` is: meant so
+                    m_deviceIdentifier->SaveToFile(path, TRACE_DATA_FILE_LOCAL);  // host/CDeviceIdentifier.h
                 }
                 return SaveSTMConfigurationLive(path);
             }
@@ -154,9 +154,7 @@ void StmDeviceConfigManager::RetrieveAllConfiguration() {
     if (!m_retrievalEnabled || m_cpuInfo == nullptr) {
         return;
     }
-    m_usecaseRecord.CleaupUsecases(false);
-    m_ctUsecaseRecord.CleaupUsecases(false);
-    m_pmiUsecaseRecord.CleaupUsecases(false);
+    m_usecases.ForEach([](auto& record) { record.CleaupUsecases(false); });
     LoadConfiguration(ConfigFileName(m_cpuInfo), TRACE_DATA_FILE_LIVE);
 }
 
@@ -187,21 +185,8 @@ bool StmDeviceConfigManager::FailFileWork(const std::string& fileName, const std
 std::string StmDeviceConfigManager::ConfigurationText() {
     std::string text;
     OutputParametersToBuffer(text);
-    m_usecaseRecord.SaveAllRecords(text);
-    m_ctUsecaseRecord.SaveAllRecords(text);
-    m_pmiUsecaseRecord.SaveAllRecords(text);
+    m_usecases.ForEach([&text](const auto& record) { record.SaveAllRecords(text); });
     return text;
-}
-
-void StmDeviceConfigManager::ReadRecords(const BlockText& blocks) {
-    const auto read = [&blocks](auto& record) {
-        BlockLines lines(std::remove_reference_t<decltype(record)>::kKind, blocks, nullptr);
-        record.CleaupUsecases(false);
-        record.Retrieve(lines);
-    };
-    read(m_usecaseRecord);
-    read(m_ctUsecaseRecord);
-    read(m_pmiUsecaseRecord);
 }
 
 bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
@@ -215,7 +200,7 @@ bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
     SettingsLog log(path);
     const SettingsText text(std::move(content), kFileLineLimits, Applier(), &log);
     if (isWhole) {
-        ReadRecords(text.Blocks());
+        m_usecases.Read(text.Blocks(), nullptr);
     }
     return isWhole && text.IsClean();
 }
@@ -225,7 +210,7 @@ bool StmDeviceConfigManager::LoadSTMConfigurationLive(const std::string& name) {
         return false;
     }
     std::string path = SettingsPath(name);
-    if (path.find(kSettingsExtension) == std::string::npos) {  // anywhere in the path, the directory too: meant so
+    if (path.find(kSettingsExtension) == std::string::npos) {  // anywhere, in the directory too (docs/settings-text.md)
         path += kSettingsExtension;
     }
     return LoadSTMConfiguration(path);
@@ -267,7 +252,7 @@ bool StmDeviceConfigManager::SaveSTMConfigurationToTDF(const std::string& path) 
 
 bool StmDeviceConfigManager::SaveStmSection(const std::string& path, ZU_WEP::LockPatience& patience) {
     if (!TDFHandler().ISTDF(path.c_str())) {
-        return true;  // loading the same file fails: meant so
+        return true;  // loading the same file fails (docs/host-guide.md)
     }
     try {
         AppendSection(path.c_str(), kStmSectionName, kStmSectionVersion, ConfigurationText(), patience);
@@ -289,7 +274,7 @@ bool StmDeviceConfigManager::LoadStmSections(const std::string& path, OpenCaptur
     try {
         ReadDeviceText(capture.Read(kDeviceSection), Applier(), nullptr);
         const SettingsText text(capture.Read(kStmSection), LineLimits{}, Applier(), nullptr);
-        ReadRecords(text.Blocks());
+        m_usecases.Read(text.Blocks(), nullptr);
         return true;
     } catch (const Vorn::vornErrorIF& error) {
         return FailFileWork(path, error);

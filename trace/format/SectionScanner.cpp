@@ -63,7 +63,7 @@ bool SectionScanner::ReadSectionAtOffset(SectionInfo& info) {
     info.length = header.length;
     info.version = header.version;
     info.payloadOffset = m_offset + SectionHeader::Size + header.nameLength;
-    // Meant to wrap around for a length that is below the header.
+    // Wraps around for a length below the header: a reader takes the rest of the file then (docs/tdf.md).
     info.payloadLength = header.length - static_cast<std::uint32_t>(SectionHeader::Size) - header.nameLength;
     info.reachable = m_stop == ScanStop::None;
     return true;

@@ -62,7 +62,7 @@ inline constexpr std::array kStmProperties = {
     IntegerProperty("STM_ATB_Id", &StmProperties::atbId),
     // Alone among the flags hosts set it by the union's boolean byte (docs/host-guide.md).
     FlagProperty("STM_VornLib_Import", &StmProperties::vornLibImport, ValueShape::Flag, FlagSource::BooleanByte),
-    IntegerProperty("CTSET_EVEVT_GROUP_NUM", &StmProperties::ctsetEventGroupNum),  // the name is spelled so
+    IntegerProperty("CTSET_EVEVT_GROUP_NUM", &StmProperties::ctsetEventGroupNum),  // hosts know it by this spelling
 };
 
 /// The property called exactly `name`, or null.

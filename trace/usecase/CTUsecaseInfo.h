@@ -22,8 +22,10 @@ class CTUsecaseInfo : public UsecaseInfoBase<CTUsecaseInfo, CTUsecaseInfoIF> {
     unsigned int GetSampleWindow() const override { return m_sampleWindow; }
     void SetJobNum(int job) override { m_jobNum = job; }
     int GetJobNum() const override { return m_jobNum; }
-    void SetDataOptions(eCTDataOption option, bool enable) override;
-    bool IsOptionEnabled(eCTDataOption option) const override;
+    void SetDataOptions(eCTDataOption option, bool enable) override {
+        m_dataOptions = enable ? m_dataOptions | Bit(option) : m_dataOptions & ~Bit(option);
+    }
+    bool IsOptionEnabled(eCTDataOption option) const override { return (m_dataOptions & Bit(option)) != 0; }
     void SetClockRate(unsigned int rate) override { m_clockRate = rate; }
     unsigned int GetClockRate() const override { return m_clockRate; }
     void SetDividFactor(unsigned int factor) override { m_dividFactor = factor; }
@@ -34,11 +36,25 @@ class CTUsecaseInfo : public UsecaseInfoBase<CTUsecaseInfo, CTUsecaseInfoIF> {
     /// Sets every field to its default.
     void CleanUp() { *this = CTUsecaseInfo(); }
 
-    static std::span<const BlockField<CTUsecaseInfo>> Fields();
+    /// In the order of the block's lines.
+    static std::span<const BlockField<CTUsecaseInfo>> Fields() {
+        static constexpr BlockField<CTUsecaseInfo> fields[] = {
+            {"sid", &CTUsecaseInfo::m_moduleId},    {"name", &CTUsecaseInfo::m_moduleName},
+            {"jobid", &CTUsecaseInfo::m_jobNum},    {"probe", &CTUsecaseInfo::m_probeName},
+            {"sw", &CTUsecaseInfo::m_sampleWindow}, {"cr", &CTUsecaseInfo::m_clockRate},
+            {"df", &CTUsecaseInfo::m_dividFactor},  {"mode", &CTUsecaseInfo::m_moduleMode},
+            {"do", &CTUsecaseInfo::m_dataOptions},
+        };
+        return fields;
+    }
 
     static constexpr UsecaseKind kKind = UsecaseKind::Cpt;
 
   private:
+    static std::uint32_t Bit(eCTDataOption option) {
+        return std::uint32_t{1} << (static_cast<std::uint32_t>(option) & 31U);
+    }
+
     // Other defaults than those of an SC use case (docs/use-case-blocks.md).
     std::uint32_t m_moduleId = 0;
     std::string m_moduleName;

@@ -17,7 +17,14 @@ class PMIUsecaseInfo : public UsecaseInfoBase<PMIUsecaseInfo, UsecaseInfoIFBase>
   public:
     PMIUsecaseInfo() = default;
     PMIUsecaseInfo(const PMIUsecaseInfo& other) = default;
-    PMIUsecaseInfo& operator=(const PMIUsecaseInfo& other);
+    /// Without the job-number field, which nothing reads: hosts get -1 whatever it holds.
+    PMIUsecaseInfo& operator=(const PMIUsecaseInfo& other) {
+        if (this != &other) {
+            m_moduleName = other.m_moduleName;
+            m_sampleWindow = other.m_sampleWindow;
+        }
+        return *this;
+    }
 
     void SetModuleId(unsigned int /*id*/) override {}
     unsigned int GetModuleId() const override { return std::numeric_limits<std::uint32_t>::max(); }
@@ -32,9 +39,19 @@ class PMIUsecaseInfo : public UsecaseInfoBase<PMIUsecaseInfo, UsecaseInfoIFBase>
     virtual ~PMIUsecaseInfo() = default;
 
     /// Sets every field to its default.
-    void CleanUp();
+    void CleanUp() {
+        *this = PMIUsecaseInfo();
+        m_jobNum = -1;
+    }
 
-    static std::span<const BlockField<PMIUsecaseInfo>> Fields();
+    /// In the order of the block's lines.
+    static std::span<const BlockField<PMIUsecaseInfo>> Fields() {
+        static constexpr BlockField<PMIUsecaseInfo> fields[] = {
+            {"name", &PMIUsecaseInfo::m_moduleName},
+            {"sw", &PMIUsecaseInfo::m_sampleWindow},
+        };
+        return fields;
+    }
 
     static constexpr UsecaseKind kKind = UsecaseKind::Pmi;
 

@@ -35,31 +35,6 @@ Item* ItemAt(std::vector<Item>& items, unsigned int index) {
 
 }  // namespace
 
-UsecaseInfo& UsecaseInfo::operator=(const UsecaseInfo& other) {
-    // Copies first: the source may be this object, whose lists then double as any other's would.
-    const std::vector<_CounterLineInfo> counters = other.m_counters;
-    const std::vector<FormulaInfo> formulas = other.m_formulas;
-    m_moduleId = other.m_moduleId;
-    m_moduleName = other.m_moduleName;
-    m_sampleWindow = other.m_sampleWindow;
-    m_jobNum = other.m_jobNum;
-    m_suppress = other.m_suppress;
-    m_counters.insert(m_counters.end(), counters.begin(), counters.end());
-    m_formulas.insert(m_formulas.end(), formulas.begin(), formulas.end());
-    return *this;
-}
-
-void UsecaseInfo::CleanUp() {
-    m_moduleId = 0;
-    m_moduleName.clear();
-    m_probeName.clear();
-    m_counters.clear();
-    m_formulas.clear();
-    m_sampleWindow = 0;
-    m_jobNum = -1;
-    m_suppress = false;
-}
-
 void UsecaseInfo::AddCounter(const _CounterLineInfo* counter) { m_counters.push_back(*counter); }
 
 void UsecaseInfo::AddFormula(const char* name, const char* formula, const char* unit, unsigned int ofmask) {
@@ -73,15 +48,6 @@ unsigned int UsecaseInfo::GetNumFormulars() const { return static_cast<unsigned 
 _CounterLineInfo* UsecaseInfo::GetCounterInfo(unsigned int index) { return ItemAt(m_counters, index); }
 
 FormulaInfo* UsecaseInfo::GetFormula(unsigned int index) { return ItemAt(m_formulas, index); }
-
-std::span<const BlockField<UsecaseInfo>> UsecaseInfo::Fields() {
-    static constexpr BlockField<UsecaseInfo> fields[] = {
-        {"id", &UsecaseInfo::m_moduleId},     {"name", &UsecaseInfo::m_moduleName},
-        {"jobid", &UsecaseInfo::m_jobNum},    {"probe", &UsecaseInfo::m_probeName},
-        {"sw", &UsecaseInfo::m_sampleWindow}, {"suppress", &UsecaseInfo::m_suppress},
-    };
-    return fields;
-}
 
 std::vector<std::string_view> UsecaseInfo::FormulaKeys() { return KeysOf(kFormulaFields); }
 

@@ -82,6 +82,7 @@ class UsecaseRecordBase : public RecordIF {
     }
 
     const std::vector<Info>& Usecases() const { return m_usecases; }
+    void CopyFrom(const UsecaseRecordBase& other) { std::vector<Info>(other.m_usecases).swap(m_usecases); }
 
   protected:
     /// All stay where they are when memory runs out.
