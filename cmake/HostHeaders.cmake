@@ -7,6 +7,7 @@ set(stmdcm_host_headers
   host/CTraceFactory.h
   host/eTraceDataFileType.h
   host/vorn/vornError.h
+  source_utilities/ErrnoText.h
   source_utilities/FileLock.h
   source_utilities/PosixFile.h
   source_utilities/uDll.h
