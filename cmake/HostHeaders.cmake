@@ -7,6 +7,7 @@ set(stmdcm_host_headers
   host/CTraceFactory.h
   host/eTraceDataFileType.h
   host/vorn/vornError.h
+  source_utilities/ErrnoText.h
   source_utilities/FileLock.h
   source_utilities/PosixFile.h
   source_utilities/uDll.h
@@ -18,6 +19,7 @@ set(stmdcm_host_headers
   trace/dcm/DeviceConfigManager.h
   trace/dcm/FILE_Info.h
   trace/dcm/StmDeviceConfigManager.h
+  trace/format/BlockField.h
   trace/format/BlockLines.h
   trace/format/BlockReader.h
   trace/format/BlockWriter.h
@@ -38,11 +40,14 @@ set(stmdcm_host_headers
   trace/usecase/PMIUsecaseRecord.h
   trace/usecase/PMIUsecaseRecordIF.h
   trace/usecase/UsecaseInfo.h
+  trace/usecase/UsecaseInfoBase.h
   trace/usecase/UsecaseInfoIF.h
   trace/usecase/UsecaseInfoIFBase.h
+  trace/usecase/UsecaseLog.h
   trace/usecase/UsecaseRecord.h
   trace/usecase/UsecaseRecordBase.h
   trace/usecase/UsecaseRecordIF.h
   trace/usecase/UsecaseRecordIFBase.h
+  trace/usecase/UsecaseRecords.h
   trace/usecase/eCTDataOption.h
 )

@@ -11,7 +11,8 @@ namespace Zu::Wep::Trace {
 /// Borrowed by the managers for their whole life and never deleted by them. Results are not looked at.
 class CDeviceIdentifier {
   public:
-    /// Called before a manager writes its sections (a capture) or its text (a settings file) to `fileName`.
+    /// Called before a manager writes its sections (a capture) or its text (a settings file) to `fileName`. `type` is
+    /// TRACE_DATA_FILE_TDF for a capture and TRACE_DATA_FILE_LOCAL for every settings file.
     virtual bool SaveToFile(const std::string& fileName, eTraceDataFileType type) = 0;
 
     /// Called after a manager has read the object-file list of the capture `fileName`.

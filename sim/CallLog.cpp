@@ -2,10 +2,10 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "sim/StdioFile.h"
+#include "source_utilities/ErrnoText.h"
 
 namespace stmdcm_sim {
 
@@ -16,7 +16,7 @@ void CallLog::Write(const std::string& line) {
     }
     const StdioFile file = OpenStdioFile(path, "a");
     if (file == nullptr || std::fputs((line + "\n").c_str(), file.get()) < 0 || std::fflush(file.get()) != 0) {
-        std::fprintf(stderr, "libTraceFactory: %s: %s\n", path, std::strerror(errno));
+        std::fprintf(stderr, "libTraceFactory: %s: %s\n", path, ZU_WEP::ErrnoText(errno).c_str());
     }
 }
 

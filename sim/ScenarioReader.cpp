@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <set>
 
 #include "host/CChannelDriver.h"
@@ -10,6 +9,7 @@
 #include "sim/JsonNode.h"
 #include "sim/ScenarioPlace.h"
 #include "sim/StdioFile.h"
+#include "source_utilities/ErrnoText.h"
 
 namespace stmdcm_sim {
 
@@ -22,7 +22,7 @@ constexpr std::int64_t kLongestDelay = 60'000;
 constexpr std::int64_t kMostFailures = 1'000'000;
 
 [[noreturn]] void RefuseFile(const std::string& path) {
-    throw vornError(path + ": " + std::strerror(errno), vornError::Severity_Error);
+    throw vornError(path + ": " + ZU_WEP::ErrnoText(errno), vornError::Severity_Error);
 }
 
 std::string ReadFile(const std::string& path) {

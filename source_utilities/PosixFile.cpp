@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -77,8 +76,6 @@ std::vector<iovec> Remainder(std::initializer_list<std::string_view> pieces, std
 bool SyncResult(int result) { return result == 0 || errno == EINVAL || errno == ENOTSUP; }
 
 }  // namespace
-
-std::string ErrnoText(int error) { return std::generic_category().message(error); }
 
 PosixFile::PosixFile(PosixFile&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
 

@@ -9,10 +9,9 @@
 #include <string>
 #include <string_view>
 
-namespace ZU_WEP {
+#include "source_utilities/ErrnoText.h"
 
-/// An `errno` value in words.
-std::string ErrnoText(int error);
+namespace ZU_WEP {
 
 /// Owns a file descriptor; close-on-exec. Every operation repeats what a signal interrupted, carries partial transfers
 /// on to their end, and leaves `errno` set when it reports failure (false, or no value). Offsets and sizes are in

@@ -28,28 +28,22 @@ class CaptureSource final : public Zu::Wep::Trace::SectionSource {
     const CaptureFile& m_file;
 };
 
-/// As much of a name as a search compares.
-std::string_view Compared(std::string_view name) { return name.substr(0, name.find('\0')); }
-
 std::uint64_t Hash(std::string_view name, std::uint32_t version) {
-    return std::hash<std::string_view>{}(Compared(name)) ^ (version * 0x9E3779B97F4A7C15U);
+    return std::hash<std::string_view>{}(ComparedName(name)) ^ (version * 0x9E3779B97F4A7C15U);
 }
 
 }  // namespace
 
 const char* SectionUseText(SectionUse use) {
-    switch (use) {
-        case SectionUse::Read:
-            return "read";
-        case SectionUse::Shadowed:
-            return "shadowed";
-        case SectionUse::Retired:
-            return "retired";
-        case SectionUse::Unreachable:
-            return "unreachable";
-    }
-    return "";
+    constexpr const char* kTexts[] = {"read", "shadowed", "retired", "unreachable"};
+    return kTexts[static_cast<std::size_t>(use)];
 }
+
+bool IsPlausibleName(std::string_view name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
+std::string_view ComparedName(std::string_view name) { return name.substr(0, name.find('\0')); }
 
 std::uint64_t Section::PayloadOffset() const { return offset + SectionHeader::Size + nameLength; }
 
@@ -104,7 +98,7 @@ void Container::MarkGroup(const Key* begin, const Key* end) {
     for (const Key* key = begin; key != end; ++key) {
         Section& section = m_sections[key->index];
         const std::string name = Name(section);
-        std::pair entry(std::string(Compared(name)), section.version);
+        std::pair entry(std::string(ComparedName(name)), section.version);
         if (std::find(found.begin(), found.end(), entry) != found.end()) {
             section.use = SectionUse::Shadowed;
         } else {
@@ -118,7 +112,7 @@ std::string Container::Name(const Section& section) const {
 }
 
 bool Container::HasName(const Section& section, std::string_view name) const {
-    return section.nameLength >= Compared(name).size() && Compared(Name(section)) == Compared(name);
+    return section.nameLength >= ComparedName(name).size() && ComparedName(Name(section)) == ComparedName(name);
 }
 
 const Section* Container::Find(std::string_view name, std::uint32_t version) const {
@@ -127,6 +121,12 @@ const Section* Container::Find(std::string_view name, std::uint32_t version) con
     };
     const auto found = std::find_if(m_sections.begin(), m_sections.end(), isWanted);
     return found == m_sections.end() ? nullptr : &*found;
+}
+
+const Section* Container::At(std::uint64_t offset) const {
+    const auto found = std::lower_bound(m_sections.begin(), m_sections.end(), offset,
+                                        [](const Section& section, std::uint64_t at) { return section.offset < at; });
+    return found != m_sections.end() && found->offset == offset ? &*found : nullptr;
 }
 
 std::uint64_t Container::TrailingOffset() const {
@@ -141,10 +141,8 @@ std::uint64_t Container::HeldPayload(const Section& section) const {
     return m_file.Held(section.PayloadOffset(), section.PayloadLength());
 }
 
-std::string Container::ReadPayload(const Section& section, std::uint64_t from, std::uint64_t length) const {
-    const std::uint64_t held = HeldPayload(section);
-    const std::uint64_t begin = std::min(from, held);
-    return m_file.Read(section.PayloadOffset() + begin, std::min(length, held - begin));
+std::string Container::ReadPayload(const Section& section) const {
+    return m_file.Read(section.PayloadOffset(), HeldPayload(section));
 }
 
 }  // namespace stmdcm

@@ -23,6 +23,11 @@ enum class SectionUse : std::uint8_t {
 /// "read", "shadowed", "retired", "unreachable".
 const char* SectionUseText(SectionUse use);
 
+/// One that a writer would give: ASCII, no control characters and no blanks at all.
+bool IsPlausibleName(std::string_view name);
+/// As much of a name as a search compares.
+std::string_view ComparedName(std::string_view name);
+
 /// A section without its name, which Container::Name gives.
 struct Section {
     std::uint64_t offset = 0;      ///< of the header's first byte
@@ -67,6 +72,9 @@ class Container {
     /// The section that a reader gets; nullptr for none.
     const Section* Find(std::string_view name, std::uint32_t version) const;
 
+    /// The listed section that begins there; nullptr for none.
+    const Section* At(std::uint64_t offset) const;
+
     /// Why and where a search ends.
     Zu::Wep::Trace::ScanStop Stop() const { return m_stop; }
     std::uint64_t StopOffset() const { return m_stopOffset; }
@@ -81,8 +89,8 @@ class Container {
     std::uint64_t HeldPayload(const Section& section) const;
     /// The file ends before the section does.
     bool IsTorn(const Section& section) const { return section.End() > Size(); }
-    /// As many of `length` payload bytes, from the payload's byte `from` on, as there are.
-    std::string ReadPayload(const Section& section, std::uint64_t from, std::uint64_t length) const;
+    /// As much of the payload as the file holds.
+    std::string ReadPayload(const Section& section) const;
 
   private:
     /// What tells a section from others: a hash of name and version, and its place in the list.

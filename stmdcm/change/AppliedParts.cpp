@@ -17,18 +17,6 @@ namespace {
 
 constexpr const char* kGroups[] = {"properties", "usecases", "objects"};
 
-bool HoldsUsecases(const Configuration& configuration) {
-    return !configuration.sc.empty() || !configuration.cpt.empty() || !configuration.pmi.empty();
-}
-
-template <class Record>
-void CopyRecord(const Record& from, Record& to) {
-    to.CleaupUsecases(false);
-    for (const auto& usecase : from.Usecases()) {
-        to.AddUsecase(&usecase);
-    }
-}
-
 }  // namespace
 
 PartNames::PartNames(const std::vector<std::string>& words) : m_words(words.begin(), words.end()) {
@@ -56,7 +44,7 @@ AppliedParts AppliedParts::NamedBy(const Reading& source) {
             parts.properties.insert(row.name);
         }
     }
-    parts.usecases = HoldsUsecases(source.configuration);
+    parts.usecases = source.configuration.UsecaseCount() > 0;
     return parts;
 }
 
@@ -76,9 +64,7 @@ ConfigurationChange AppliedParts::ChangeTo(const Reading& source) const {
             Assignment{name, NumberOf(source.settings->properties, RequireProperty(name))}.ApplyTo(settings.properties);
         }
         if (parts.usecases) {
-            CopyRecord(source.settings->sc, settings.sc);
-            CopyRecord(source.settings->cpt, settings.cpt);
-            CopyRecord(source.settings->pmi, settings.pmi);
+            settings.CopyFrom(*source.settings);
         }
     };
     return objects ? ConfigurationChange(edit, source.configuration.objectFiles) : ConfigurationChange(edit);

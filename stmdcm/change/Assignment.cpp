@@ -140,12 +140,7 @@ const StmProperty& RequireProperty(const std::string& name) {
 }
 
 void Assignment::ApplyTo(Zu::Wep::Trace::StmProperties& properties) const {
-    const StmProperty& property = RequireProperty(name);
-    if (property.integer != nullptr) {
-        properties.*property.integer = value;
-    } else {
-        properties.*property.flag = value != 0;
-    }
+    SetNumber(properties, RequireProperty(name), value);
 }
 
 Assignment Assignment::Parse(const std::string& text) {

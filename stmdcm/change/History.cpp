@@ -9,7 +9,7 @@
 #include "stmdcm/capture/Retired.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
-#include "stmdcm/reading/PayloadLosses.h"
+#include "stmdcm/reading/Reading.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 
@@ -47,9 +47,7 @@ History::History(const Container& container) : m_container(container) {
     }
 }
 
-std::string History::Payload(const HistoryEntry& entry) const {
-    return m_container.ReadPayload(entry.section, 0, entry.section.PayloadLength());
-}
+std::string History::Payload(const HistoryEntry& entry) const { return m_container.ReadPayload(entry.section); }
 
 const HistoryEntry& History::At(std::size_t number) const {
     if (number == 0 || number > m_entries.size()) {
@@ -82,7 +80,7 @@ Configuration History::Read(const HistoryEntry& entry) const {
     }
     Settings settings;
     if (const Section* device = m_container.Find(kDeviceSectionName, kDeviceSectionVersion)) {
-        settings.ReadDevice(m_container.ReadPayload(*device, 0, device->PayloadLength()));
+        settings.ReadDevice(m_container.ReadPayload(*device));
     }
     settings.Read(Payload(entry));
     Fill(configuration, settings);

@@ -1,15 +1,20 @@
 #pragma once
 
 #include <string>
-#include <string_view>
+#include <vector>
+
+#include "stmdcm/capture/CaptureEditor.h"
+#include "stmdcm/reading/Reading.h"
+#include "trace/format/StmSections.h"
 
 namespace stmdcm {
 
-/// The bytes of a capture that holds a device identification alone: a manager can save into it.
-std::string EmptyCapture();
+/// The bytes of a capture that holds these sections and nothing else.
+std::string NewCapture(const std::vector<NewSection>& sections);
 
-/// The bytes of a capture that holds a configuration and nothing else; `settings` is its settings text, `images` the
-/// payload of its list of object files (docs/object-files.md).
-std::string NewCapture(std::string_view settings, std::string_view images = {});
+/// A device identification, without which a manager loads nothing.
+inline NewSection DeviceSection(std::string_view text = kNoDeviceText) {
+    return {Zu::Wep::Trace::kDeviceSectionName, Zu::Wep::Trace::kDeviceSectionVersion, std::string(text)};
+}
 
 }  // namespace stmdcm

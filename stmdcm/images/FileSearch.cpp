@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
 
 namespace stmdcm {
@@ -29,7 +30,7 @@ void FileSearch::LookBelow(const std::string& directory) {
     const fs::path root = fs::canonical(directory, error);
     fs::recursive_directory_iterator place(root, fs::directory_options::skip_permission_denied, error);
     if (error) {
-        throw Failure(directory, fmt::format("there is no directory to search: {}", error.message()));
+        throw Failure(directory, fmt::format("there is no directory to search: {}", ZU_WEP::ErrnoText(error.value())));
     }
     for (; place != fs::recursive_directory_iterator(); place.increment(error)) {
         if (++m_entries > kMaxEntries) {

@@ -43,15 +43,8 @@ void Choose(const std::vector<std::string>& paths, ImageAnswer& answer) {
 }  // namespace
 
 const char* ImageAnswer::HowName() const {
-    switch (how) {
-        case How::Recorded:
-            return "recorded";
-        case How::Mapped:
-            return "map";
-        case How::Searched:
-            break;
-    }
-    return "search";
+    constexpr const char* kNames[] = {"recorded", "map", "search"};
+    return kNames[static_cast<std::size_t>(how)];
 }
 
 ImageAnswer ImageFinder::Map(const ObjectFile& file) const {

@@ -19,7 +19,7 @@ std::string ReadPayload(const Container& capture) {
         throw Failure(capture.Path(),
                       fmt::format("there is no section {}, so no list of program images", kCommonSectionName));
     }
-    return capture.ReadPayload(*section, 0, section->PayloadLength());
+    return capture.ReadPayload(*section);
 }
 
 ImageList MakeList(const std::string& path, const std::string& payload, ImageFinder& finder) {

@@ -56,7 +56,7 @@ std::vector<ObjectFile> ObjectFilesHeldBy(const Manager& manager, const std::vec
 
 std::string SaveIntoCapture(const PluginSession& session, Manager& manager) {
     std::string path = session.WorkingFile("saved.tdf");
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << EmptyCapture();
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << NewCapture({DeviceSection()});
     if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
         throw Failure(path, "the plug-in can't save the configuration");
     }

@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <fstream>
 #include <string>
-#include <system_error>
 #include <vector>
 
+#include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
 
 namespace stmdcm {
@@ -41,8 +41,8 @@ std::vector<std::string> ProgramArguments() {
         throw Failure("/proc/self/cmdline", "this program can't be started again: its arguments can't be read");
     }
     ::execv("/proc/self/exe", pointers.data());
-    throw Failure(fmt::format("this program can't be started again to set {}: {}", kVariable,
-                              std::generic_category().message(errno)));
+    throw Failure(
+        fmt::format("this program can't be started again to set {}: {}", kVariable, ZU_WEP::ErrnoText(errno)));
 }
 
 }  // namespace

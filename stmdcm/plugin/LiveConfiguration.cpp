@@ -1,6 +1,7 @@
 #include "stmdcm/plugin/LiveConfiguration.h"
 
 #include <fmt/format.h>
+#include <fmt/printf.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>
@@ -11,7 +12,6 @@
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
 #include "trace/dcm/LiveAttributeTable.h"
-#include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm {
 
@@ -53,32 +53,11 @@ std::string WhyNotConnected(const std::vector<PluginMessage>& messages) {
     return "the trace factory gives no channel server; check that the target is connected";
 }
 
-bool IsLogged(const std::vector<PluginMessage>& messages, std::string_view start) {
-    return std::any_of(messages.begin(), messages.end(),
-                       [start](const PluginMessage& message) { return message.StartsWith(start); });
-}
-
 /// The constant part of a text for printf.
 std::string_view UpToFormat(std::string_view text) { return text.substr(0, text.find('%')); }
 
-std::string PropertyName(const LiveAttribute& attribute) {
-    const auto row = std::find_if(kStmProperties.begin(), kStmProperties.end(), [&](const StmProperty& property) {
-        return attribute.flag != nullptr ? property.flag == attribute.flag : property.integer == attribute.integer;
-    });
-    return row == kStmProperties.end() ? std::string() : row->name;
-}
-
-std::string AfterFailure(const LiveAttribute& attribute) {
-    switch (attribute.onFailure) {
-        case OnFailure::SetOne:
-            return "is 1 instead";
-        case OnFailure::SetFalse:
-            return "is no instead";
-        case OnFailure::Keep:
-            break;
-    }
-    return "is what it was before";
-}
+/// By what becomes of the property.
+constexpr const char* kAfterFailure[] = {"is what it was before", "is 1 instead", "is no instead"};
 
 std::vector<std::string> CpuNames(const std::vector<PluginMessage>& messages) {
     std::vector<std::string> names;
@@ -119,7 +98,8 @@ LiveConfiguration LiveConfiguration::Load(PluginSession& session, Manager& manag
     if (!isConnected) {
         throw Failure(WhyNotConnected(messages));
     }
-    if (IsLogged(messages, kNoDriver)) {
+    if (std::any_of(messages.begin(), messages.end(),
+                    [](const PluginMessage& message) { return message.StartsWith(kNoDriver); })) {
         FailWithoutDriver(session, manager);
     }
     live.AddAttributeDoubts(messages);
@@ -133,9 +113,10 @@ void LiveConfiguration::AddAttributeDoubts(const std::vector<PluginMessage>& mes
     const LiveAttribute* asked = kLiveAttributes.data();
     for (const PluginMessage& message : messages) {
         for (const LiveAttribute& attribute : kLiveAttributes) {
-            if (message.StartsWith(attribute.failureText)) {
+            if (message.StartsWith(fmt::sprintf(kFailureText, attribute.loggedName))) {
                 doubts.push_back(fmt::format("the target does not tell \"{}\": {} {}", attribute.name,
-                                             PropertyName(attribute), AfterFailure(attribute)));
+                                             attribute.property->name,
+                                             kAfterFailure[static_cast<std::size_t>(attribute.onFailure)]));
                 asked = &attribute + 1;
             } else if (attribute.valueText != nullptr && message.StartsWith(UpToFormat(attribute.valueText))) {
                 asked = &attribute + 1;
@@ -145,7 +126,7 @@ void LiveConfiguration::AddAttributeDoubts(const std::vector<PluginMessage>& mes
             doubts.push_back(
                 fmt::format("the target tells \"{}\" in a type that is none of a clock's: {} is what it was "
                             "before",
-                            asked->name, PropertyName(*asked)));
+                            asked->name, asked->property->name));
         }
     }
 }

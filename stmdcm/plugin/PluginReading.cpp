@@ -22,9 +22,8 @@ std::vector<std::string> DifferencesThroughPlugin(const Plugin& plugin, const Re
     if (!reading.isLoaded) {
         return sentences;
     }
-    Configuration own = reading.configuration;
-    own.objectFiles.clear();
-    for (const Difference& difference : Compare(own, ReadConfiguration(manager))) {
+    for (const Difference& difference :
+         Compare(reading.configuration.WithoutObjectFiles(), ReadConfiguration(manager))) {
         sentences.push_back(difference.Sentence(fmt::format("{} through {}", reading.path, plugin.Path().string())));
     }
     return sentences;

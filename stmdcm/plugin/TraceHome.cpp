@@ -7,6 +7,7 @@
 #include <string>
 #include <system_error>
 
+#include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
 #include "trace/dcm/EnvironmentVariables.h"
 
@@ -26,8 +27,7 @@ fs::path MakeTemporary() {
     }
     std::string path = (directory / "stmdcm-XXXXXX").string();
     if (::mkdtemp(path.data()) == nullptr) {
-        throw Failure(path,
-                      fmt::format("a temporary directory can't be made: {}", std::generic_category().message(errno)));
+        throw Failure(path, fmt::format("a temporary directory can't be made: {}", ZU_WEP::ErrnoText(errno)));
     }
     return fs::canonical(path);
 }
@@ -36,8 +36,9 @@ fs::path MakeKept(const fs::path& directory) {
     std::error_code error;
     fs::create_directories(directory, error);
     if (!fs::is_directory(directory)) {
-        throw Failure(directory.string(), fmt::format("the directory can't be made: {}",
-                                                      error ? error.message() : "there is a file of that name"));
+        throw Failure(directory.string(),
+                      fmt::format("the directory can't be made: {}",
+                                  error ? ZU_WEP::ErrnoText(error.value()) : "there is a file of that name"));
     }
     if (!fs::is_empty(directory)) {
         throw Failure(directory.string(), "the directory is not empty; name a new one");
@@ -52,7 +53,7 @@ void MakeHome(const fs::path& path) {
         ::unsetenv(variable);
     }
     if (::setenv("HOME", path.c_str(), 1) != 0) {
-        throw Failure(fmt::format("HOME can't be set: {}", std::generic_category().message(errno)));
+        throw Failure(fmt::format("HOME can't be set: {}", ZU_WEP::ErrnoText(errno)));
     }
 }
 

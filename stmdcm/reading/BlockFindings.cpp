@@ -1,8 +1,10 @@
 #include "stmdcm/reading/BlockFindings.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "stmdcm/reading/ValueCheck.h"
@@ -36,45 +38,24 @@ bool StatesTag(std::string_view formula) {
     return digits > 0 && digits <= kTagLength;
 }
 
-const FindingKind& KindOf(BlockFault fault, std::string_view text) {
+/// What a fault is called, and in words.
+std::pair<const FindingKind*, std::string> Describe(BlockFault fault, std::string_view text) {
     switch (fault) {
         case BlockFault::TextEnds:
-            return Kind("U-UNCLOSED");
+            return {&Kind("U-UNCLOSED"), "the text ends before the block is closed"};
         case BlockFault::BlankLine:
-            return Kind("U-BLANK-IN-BLOCK");
+            return {&Kind("U-BLANK-IN-BLOCK"), "a blank line before the block is closed"};
         case BlockFault::LineTooLong:
-            return Kind("U-LINE-LENGTH");
+            return {&Kind("U-LINE-LENGTH"), fmt::format("the line has {} characters", text.size())};
         case BlockFault::NoEquals:
             break;
     }
-    return text.starts_with('{') ? Kind("U-UNCLOSED") : Kind("U-NO-EQUALS");
+    return {text.starts_with('{') ? &Kind("U-UNCLOSED") : &Kind("U-NO-EQUALS"),
+            fmt::format("{} has no \"=\"", Quoted(text))};
 }
 
-std::string InWords(BlockFault fault, std::string_view text) {
-    switch (fault) {
-        case BlockFault::TextEnds:
-            return "the text ends before the block is closed";
-        case BlockFault::BlankLine:
-            return "a blank line before the block is closed";
-        case BlockFault::LineTooLong:
-            return fmt::format("the line has {} characters", text.size());
-        case BlockFault::NoEquals:
-            break;
-    }
-    return fmt::format("{} has no \"=\"", Quoted(text));
-}
-
-std::vector<std::string_view> KeysOf(UsecaseKind kind) {
-    switch (kind) {
-        case UsecaseKind::Sc:
-            return UsecaseInfo::Keys();
-        case UsecaseKind::Cpt:
-            return CTUsecaseInfo::Keys();
-        case UsecaseKind::Pmi:
-            break;
-    }
-    return PMIUsecaseInfo::Keys();
-}
+/// By kind.
+constexpr std::vector<std::string_view> (*kKeysOf[])() = {UsecaseInfo::Keys, CTUsecaseInfo::Keys, PMIUsecaseInfo::Keys};
 
 }  // namespace
 
@@ -185,7 +166,7 @@ void BlockFindings::OnFormulaEnded(std::size_t line, FormulaEnd how) {
 
 void BlockFindings::OnBlockRead(UsecaseKind kind, std::size_t /*line*/) {
     if (!m_keys.empty() || m_formulaOpener > m_opener) {  // an empty block is told as such
-        TellUnset("block", m_opener, m_keys, KeysOf(kind));
+        TellUnset("block", m_opener, m_keys, kKeysOf[static_cast<std::size_t>(kind)]());
     }
     KindReading& reading = m_readings[static_cast<std::size_t>(kind)];
     reading.openers.push_back(m_opener);
@@ -201,7 +182,8 @@ void BlockFindings::OnBlockDropped(UsecaseKind kind, std::size_t line, BlockFaul
     if (fault == BlockFault::BlankLine && line == m_lastLine) {
         fault = BlockFault::TextEnds;
     }
-    AddFault(KindOf(fault, text), fault == BlockFault::TextEnds ? m_opener : line, InWords(fault, text),
+    auto [called, words] = Describe(fault, text);
+    AddFault(*called, fault == BlockFault::TextEnds ? m_opener : line, std::move(words),
              fmt::format("the {0} use case from line {1} is dropped, and no {0} use case behind it is read",
                          NamesOf(kind).name, m_opener));
     TellFaults();
@@ -215,14 +197,11 @@ void BlockFindings::OnBlocksEnd(UsecaseKind kind, std::size_t line, BlocksEnd wh
 
 void BlockFindings::TellUnset(const char* what, std::size_t line, const Trail& trail,
                               const std::vector<std::string_view>& keys) {
-    std::string names;
-    for (const std::string_view key : keys) {
-        if (!trail.contains(key)) {
-            names += fmt::format("{}{}", names.empty() ? "" : ", ", key);
-        }
-    }
-    if (!names.empty()) {
-        Add(Kind("U-NOT-SET"), line, fmt::format("the {} does not set {}", what, names), "each has its default");
+    std::vector<std::string_view> unset;
+    std::copy_if(keys.begin(), keys.end(), std::back_inserter(unset), [&](auto key) { return !trail.contains(key); });
+    if (!unset.empty()) {
+        Add(Kind("U-NOT-SET"), line, fmt::format("the {} does not set {}", what, fmt::join(unset, ", ")),
+            "each has its default");
     }
 }
 

@@ -61,7 +61,7 @@ class BlockFindings final : public Zu::Wep::Trace::TextReporter {
     Place m_place;
     Findings& m_findings;
     std::size_t m_lastLine = 0;  ///< of the text
-    std::array<KindReading, 3> m_readings;
+    std::array<KindReading, Zu::Wep::Trace::kUsecaseKinds.size()> m_readings;
     std::set<std::size_t> m_ends;
 
     // Of the block that is being read:

@@ -52,8 +52,8 @@ class StructureCheck {
             }
         }
         TellStray();
-        for (const UsecaseKind kind : {UsecaseKind::Sc, UsecaseKind::Cpt, UsecaseKind::Pmi}) {
-            TellBlankEnd(kind);
+        for (std::size_t kind = 0; kind < kUsecaseKinds.size(); ++kind) {
+            TellBlankEnd(static_cast<UsecaseKind>(kind));
         }
     }
 
@@ -112,9 +112,9 @@ class StructureCheck {
 
     void TellEmpty(const Line& opener) {
         std::string kinds;
-        for (const UsecaseKind kind : {UsecaseKind::Sc, UsecaseKind::Cpt, UsecaseKind::Pmi}) {
-            if (m_read.Of(kind).met.contains(opener.number)) {
-                kinds += fmt::format("{}{}", kinds.empty() ? "" : ", ", NamesOf(kind).name);
+        for (std::size_t kind = 0; kind < kUsecaseKinds.size(); ++kind) {
+            if (m_read.Of(static_cast<UsecaseKind>(kind)).met.contains(opener.number)) {
+                kinds += fmt::format("{}{}", kinds.empty() ? "" : ", ", kUsecaseKinds[kind].name);
             }
         }
         if (kinds.empty()) {
@@ -155,7 +155,7 @@ class StructureCheck {
     Findings& m_findings;
     std::vector<Line> m_stray;  ///< between the blocks, not told yet
     bool m_hasStrayKey = false;
-    std::array<std::vector<std::size_t>, 3> m_lost;
+    std::array<std::vector<std::size_t>, kUsecaseKinds.size()> m_lost;
 };
 
 }  // namespace

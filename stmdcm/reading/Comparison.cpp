@@ -42,7 +42,7 @@ class Flattener {
     template <class T>
     void operator()(const Field& field, const std::vector<T>& items) const {
         for (std::size_t i = 0; i < items.size(); ++i) {
-            items[i].Visit(Flattener(m_out, fmt::format("{}{}[{}].", m_prefix, field.name, i)));
+            VisitFields(items[i], Flattener(m_out, fmt::format("{}{}[{}].", m_prefix, field.name, i)));
         }
     }
 
@@ -54,7 +54,7 @@ class Flattener {
 template <class Item>
 FieldTexts Flatten(const Item& item) {
     FieldTexts texts;
-    item.Visit(Flattener(texts));
+    VisitFields(item, Flattener(texts));
     return texts;
 }
 
@@ -92,7 +92,7 @@ class Comparer {
     }
 
     template <class Item>
-    void CompareItems(const char* kind, const std::vector<Item>& left, const std::vector<Item>& right) {
+    void CompareItems(const std::string& kind, const std::vector<Item>& left, const std::vector<Item>& right) {
         std::multimap<std::string, const Item*> unmatched;
         for (const Item& item : right) {
             unmatched.emplace(item.Key(), &item);  // Equal keys stay in their order.
@@ -112,7 +112,8 @@ class Comparer {
     }
 
   private:
-    void CompareFields(const char* kind, const std::string& item, const FieldTexts& left, const FieldTexts& right) {
+    void CompareFields(const std::string& kind, const std::string& item, const FieldTexts& left,
+                       const FieldTexts& right) {
         const FieldIndex leftIndex(left), rightIndex(right);
         for (const auto& [name, text] : left) {
             const FieldText* other = rightIndex.Find(name);
@@ -143,9 +144,9 @@ std::string Difference::Sentence(const std::string& path) const {
 std::vector<Difference> Compare(const Configuration& left, const Configuration& right) {
     Comparer comparer;
     comparer.CompareProperties(left.properties, right.properties);
-    comparer.CompareItems("SC use case", left.sc, right.sc);
-    comparer.CompareItems("CPT use case", left.cpt, right.cpt);
-    comparer.CompareItems("PMI/CMI use case", left.pmi, right.pmi);
+    Configuration::ForEachKind([&](auto kind, auto list) {
+        comparer.CompareItems(fmt::format("{} use case", NamesOf(kind).name), left.*list, right.*list);
+    });
     comparer.CompareItems("object file", left.objectFiles, right.objectFiles);
     return comparer.Take();
 }

@@ -32,9 +32,7 @@ std::uint32_t DataOptionsOf(const CTUsecaseInfoIF& usecase) {
     return options;
 }
 
-std::string ScUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
-
-std::string CptUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
+std::string MonitorUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
 
 ObjectFile::State ObjectFile::DiskState() const {
     if (!modified) {
@@ -44,15 +42,8 @@ ObjectFile::State ObjectFile::DiskState() const {
 }
 
 const char* ObjectFile::DiskStateName() const {
-    switch (DiskState()) {
-        case State::Present:
-            return "same time, not proven";
-        case State::Changed:
-            return "changed";
-        case State::Missing:
-            break;
-    }
-    return "missing";
+    constexpr const char* kNames[] = {"same time, not proven", "changed", "missing"};
+    return kNames[static_cast<std::size_t>(DiskState())];
 }
 
 }  // namespace stmdcm

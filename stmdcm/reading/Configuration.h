@@ -7,13 +7,14 @@
 #include <vector>
 
 #include "stmdcm/reading/Field.h"
+#include "trace/format/UsecaseKind.h"
 #include "trace/usecase/CTUsecaseInfoIF.h"
 #include "trace/usecase/UsecaseInfoIF.h"
 
 namespace stmdcm {
 
-// A configuration as plain values. Each item lists its fields once, in `Walk`; reading, showing, JSON and comparing all
-// walk that list. `Key` says which item of another configuration is the same one.
+// A configuration as plain values. Each item lists its fields once, in `Visit` or `Walk`; reading, showing, JSON and
+// comparing all go through that list. `Key` says which item of another configuration is the same one.
 
 struct Property {
     std::string name;
@@ -62,20 +63,20 @@ std::vector<Counter> CountersOf(Zu::Wep::Trace::UsecaseInfoIF& usecase);
 std::vector<Formula> FormulasOf(Zu::Wep::Trace::UsecaseInfoIF& usecase);
 std::uint32_t DataOptionsOf(const Zu::Wep::Trace::CTUsecaseInfoIF& usecase);
 
-struct ScUsecase {
+// A use case lists its fields for `visit(field, value, getter)`: how it is called, what it is, and where a use case of
+// the plug-in has it.
+
+/// What SC and CPT use cases have in common.
+struct MonitorUsecase {
     std::int32_t job = -1;  ///< negative: none
     std::uint32_t moduleId = 0;
     std::string moduleName;
     std::string probe;
     std::uint32_t sampleWindow = 0;
-    bool suppress = false;
-    std::vector<Counter> counters;
-    std::vector<Formula> formulas;
 
     std::string Key() const;
-    auto operator<=>(const ScUsecase&) const = default;
+    auto operator<=>(const MonitorUsecase&) const = default;
 
-    /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
     template <class Self, class Visitor>
     static void Walk(Self& self, Visitor&& visit) {
         visit(Field{"job", Unit::Job}, self.job, &Zu::Wep::Trace::UsecaseInfoIFBase::GetJobNum);
@@ -83,48 +84,40 @@ struct ScUsecase {
         visit(Field{"name"}, self.moduleName, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleName);
         visit(Field{"probe"}, self.probe, &Zu::Wep::Trace::UsecaseInfoIFBase::GetProbeName);
         visit(Field{"sample_window"}, self.sampleWindow, &Zu::Wep::Trace::UsecaseInfoIFBase::GetSampleWindow);
+    }
+};
+
+struct ScUsecase : MonitorUsecase {
+    bool suppress = false;
+    std::vector<Counter> counters;
+    std::vector<Formula> formulas;
+
+    auto operator<=>(const ScUsecase&) const = default;
+
+    template <class Self, class Visitor>
+    static void Walk(Self& self, Visitor&& visit) {
+        MonitorUsecase::Walk(self, visit);
         visit(Field{"suppress"}, self.suppress, &Zu::Wep::Trace::UsecaseInfoIF::GetSuppress);
         visit(Field{"counters"}, self.counters, CountersOf);
         visit(Field{"formulas"}, self.formulas, FormulasOf);
     }
-
-    template <class Visitor>
-    void Visit(Visitor&& visit) const {
-        Walk(*this, [&](const Field& field, const auto& value, const auto&) { visit(field, value); });
-    }
 };
 
-struct CptUsecase {
-    std::int32_t job = -1;  ///< negative: none
-    std::uint32_t moduleId = 0;
-    std::string moduleName;
-    std::string probe;
-    std::uint32_t sampleWindow = 0;
+struct CptUsecase : MonitorUsecase {
     std::uint32_t clockRate = 0;
     std::uint32_t divideFactor = 0;
     std::uint32_t mode = 0;
     std::uint32_t dataOptions = 0;
 
-    std::string Key() const;
     auto operator<=>(const CptUsecase&) const = default;
 
-    /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
     template <class Self, class Visitor>
     static void Walk(Self& self, Visitor&& visit) {
-        visit(Field{"job", Unit::Job}, self.job, &Zu::Wep::Trace::UsecaseInfoIFBase::GetJobNum);
-        visit(Field{"module_id"}, self.moduleId, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleId);
-        visit(Field{"name"}, self.moduleName, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleName);
-        visit(Field{"probe"}, self.probe, &Zu::Wep::Trace::UsecaseInfoIFBase::GetProbeName);
-        visit(Field{"sample_window"}, self.sampleWindow, &Zu::Wep::Trace::UsecaseInfoIFBase::GetSampleWindow);
+        MonitorUsecase::Walk(self, visit);
         visit(Field{"clock_rate", Unit::Hertz}, self.clockRate, &Zu::Wep::Trace::CTUsecaseInfoIF::GetClockRate);
         visit(Field{"divide_factor"}, self.divideFactor, &Zu::Wep::Trace::CTUsecaseInfoIF::GetDividFactor);
         visit(Field{"mode"}, self.mode, &Zu::Wep::Trace::CTUsecaseInfoIF::GetModuleMode);
         visit(Field{"data_options", Unit::Mask}, self.dataOptions, DataOptionsOf);
-    }
-
-    template <class Visitor>
-    void Visit(Visitor&& visit) const {
-        Walk(*this, [&](const Field& field, const auto& value, const auto&) { visit(field, value); });
     }
 };
 
@@ -135,18 +128,22 @@ struct PmiUsecase {
     std::string Key() const { return source; }
     auto operator<=>(const PmiUsecase&) const = default;
 
-    /// `visit(field, value, getter)`: how it is called, what it is, and where a use case has it.
     template <class Self, class Visitor>
     static void Walk(Self& self, Visitor&& visit) {
         visit(Field{"source"}, self.source, &Zu::Wep::Trace::UsecaseInfoIFBase::GetModuleName);
         visit(Field{"sample_window"}, self.sampleWindow, &Zu::Wep::Trace::UsecaseInfoIFBase::GetSampleWindow);
     }
-
-    template <class Visitor>
-    void Visit(Visitor&& visit) const {
-        Walk(*this, [&](const Field& field, const auto& value, const auto&) { visit(field, value); });
-    }
 };
+
+/// `visit(field, value)` for each field of an item.
+template <class Item, class Visitor>
+void VisitFields(const Item& item, Visitor&& visit) {
+    if constexpr (requires { item.Visit(visit); }) {
+        item.Visit(visit);
+    } else {
+        Item::Walk(item, [&](const Field& field, const auto& value, const auto&) { visit(field, value); });
+    }
+}
 
 /// An object (program) file as recorded, and how it is now.
 struct ObjectFile {
@@ -177,6 +174,25 @@ struct Configuration {
     std::vector<CptUsecase> cpt;
     std::vector<PmiUsecase> pmi;
     std::vector<ObjectFile> objectFiles;
+
+    /// Calls `visit(kind, list)` with the member that holds the use cases of each kind.
+    template <class Visitor>
+    static void ForEachKind(Visitor&& visit) {
+        visit(Zu::Wep::Trace::UsecaseKind::Sc, &Configuration::sc);
+        visit(Zu::Wep::Trace::UsecaseKind::Cpt, &Configuration::cpt);
+        visit(Zu::Wep::Trace::UsecaseKind::Pmi, &Configuration::pmi);
+    }
+    std::size_t UsecaseCount() const {
+        std::size_t count = 0;
+        ForEachKind([&](auto /*kind*/, auto list) { count += (this->*list).size(); });
+        return count;
+    }
+    /// What a settings file, and the plug-in's interfaces, can tell of it.
+    Configuration WithoutObjectFiles() const {
+        Configuration others = *this;
+        others.objectFiles.clear();
+        return others;
+    }
 };
 
 }  // namespace stmdcm

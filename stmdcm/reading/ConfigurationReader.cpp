@@ -9,7 +9,7 @@ namespace stmdcm {
 using namespace Zu::Wep::Trace;
 
 Unit UnitOf(const StmProperty& property) {
-    if (property.conversion == TextConversion::Clock) {
+    if (property.shape == ValueShape::Clock) {
         return Unit::Hertz;
     }
     return std::string_view(property.name).starts_with("HEAD_Pointer_") ? Unit::Address : Unit::None;

@@ -25,15 +25,9 @@ constexpr std::size_t kMaxShownName = 64;
 
 constexpr char kNothingIsRead[] = "loading fails, and nothing is read";
 
-std::string_view Compared(std::string_view name) { return name.substr(0, name.find('\0')); }
-
-bool IsOdd(std::string_view name) {
-    return std::any_of(name.begin(), name.end(), [](char c) { return c <= ' ' || c > '~'; });
-}
-
 const WantedSection* WantedOf(std::string_view name) {
     const auto found = std::find_if(kWantedSections.begin(), kWantedSections.end(),
-                                    [name](const WantedSection& wanted) { return Compared(name) == wanted.name; });
+                                    [name](const WantedSection& wanted) { return ComparedName(name) == wanted.name; });
     return found == kWantedSections.end() ? nullptr : &*found;
 }
 
@@ -94,7 +88,7 @@ void ContainerCheck::Run() {
 void ContainerCheck::CheckSection(const Section& section) {
     const std::string name = m_container.Name(section);
     const Place place{InWords(Unit::None, std::string_view(name).substr(0, kMaxShownName)), section.offset};
-    const bool isOdd = IsOdd(name);
+    const bool isOdd = !name.empty() && !IsPlausibleName(name);
     if (section.use == SectionUse::Unreachable) {
         if (section.offset != m_container.StopOffset() && !isOdd && !section.IsTooShort()) {
             TellUnreachable(place);
@@ -108,7 +102,7 @@ void ContainerCheck::CheckSection(const Section& section) {
     }
     CheckLength(section, place);
     CheckUse(section, name, place);
-    m_saves.Take(section, Compared(name));
+    m_saves.Take(section, ComparedName(name));
     NoteWanted(section, name, place);
 }
 
@@ -193,18 +187,12 @@ void ContainerCheck::TellLostIn(std::string_view bytes, std::uint64_t offset) {
         const std::string start = EncodeSectionStart(0, wanted.name, wanted.version).substr(SectionHeader::LengthSize);
         for (auto at = bytes.find(start); at != std::string_view::npos; at = bytes.find(start, at + 1)) {
             const std::uint64_t header = offset + at - SectionHeader::LengthSize;
-            if (at >= SectionHeader::LengthSize && header > m_container.StopOffset() && !IsListed(header)) {
+            if (at >= SectionHeader::LengthSize && header > m_container.StopOffset() &&
+                m_container.At(header) == nullptr) {
                 TellUnreachable({wanted.name, header});
             }
         }
     }
-}
-
-bool ContainerCheck::IsListed(std::uint64_t offset) const {
-    const auto& sections = m_container.Sections();
-    const auto found = std::lower_bound(sections.begin(), sections.end(), offset,
-                                        [](const Section& section, std::uint64_t at) { return section.offset < at; });
-    return found != sections.end() && found->offset == offset;
 }
 
 void ContainerCheck::TellUnreachable(const Place& place) {

@@ -51,7 +51,6 @@ class ContainerCheck {
     void TellTornHeader(std::uint64_t offset);
     void TellLost(std::uint64_t begin);
     void TellLostIn(std::string_view bytes, std::uint64_t offset);
-    bool IsListed(std::uint64_t offset) const;
     void TellUnreachable(const Place& place);
     void TellMissingAndEmpty();
 

@@ -18,15 +18,8 @@ std::size_t IndexOf(const FindingKind& kind) { return static_cast<std::size_t>(&
 }  // namespace
 
 const char* SeverityName(Severity severity) {
-    switch (severity) {
-        case Severity::Note:
-            return "note";
-        case Severity::Warning:
-            return "warning";
-        case Severity::Error:
-            return "error";
-    }
-    return "";
+    constexpr const char* kNames[] = {"note", "warning", "error"};
+    return kNames[static_cast<std::size_t>(severity)];
 }
 
 std::string InWords(const Place& place) {

@@ -40,12 +40,10 @@ void CheckOnDisk(const ObjectFile& entry, const Place& place, Findings& findings
 }  // namespace
 
 bool ParseObjectFiles(std::string_view payload, std::vector<ObjectFile>& files) {
-    const auto list = Zu::Wep::Trace::ParseObjectFileEntries(payload);
-    for (const auto& entry : list.entries) {
-        files.push_back(
-            {entry.name, entry.fileName, entry.timeStamp, Zu::Wep::Trace::ModificationTime(entry.fileName)});
-    }
-    return list.complete;
+    return Zu::Wep::Trace::ReadObjectFileEntries(payload, [&](auto name, auto path, std::int64_t recorded) {
+        const std::string file(path);
+        files.push_back({std::string(name), file, recorded, Zu::Wep::Trace::ModificationTime(file)});
+    });
 }
 
 std::vector<ObjectFile> ReadObjectFiles(std::string_view payload, const Place& place, Findings& findings) {

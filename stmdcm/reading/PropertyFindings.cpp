@@ -43,8 +43,7 @@ void PropertyFindings::OnProperty(std::size_t line, const PropertyLine& property
     }
     setOnLine = line;
     m_fits[index] = true;
-    for (Finding& finding :
-         CheckValue(ShapeOf(row->conversion), property.name, std::string(property.value), m_place.AtLine(line))) {
+    for (Finding& finding : CheckValue(row->shape, property.name, std::string(property.value), m_place.AtLine(line))) {
         m_fits[index] = m_fits[index] && finding.kind != &Kind("T-NUMBER-WRAPPED");
         m_findings.Add(std::move(finding));
     }

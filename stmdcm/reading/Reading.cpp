@@ -16,7 +16,6 @@
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/ContainerCheck.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
-#include "stmdcm/reading/PayloadLosses.h"
 #include "stmdcm/reading/Plausibility.h"
 #include "stmdcm/reading/PropertyFindings.h"
 #include "stmdcm/reading/UsecaseFindings.h"
@@ -49,7 +48,7 @@ bool ReadTextInto(std::string text, const LineLimits& limits, const Place& place
     const SettingsText read(std::move(text), limits, settings.Applier(), &properties);
     properties.Finish(read.Blocks());
     BlockFindings blocks(read.Blocks(), place, findings);
-    settings.ReadRecords(read.Blocks(), &blocks);
+    settings.Read(read.Blocks(), &blocks);
     Fill(reading.configuration, settings);
     TellUsecases(reading.configuration, blocks, place, findings);
     CheckStructure(read.Blocks(), blocks, place, findings);
@@ -161,7 +160,7 @@ class Reader {
             return std::nullopt;
         }
         m_reading.readSections.push_back(section->offset);
-        return container.ReadPayload(*section, 0, section->PayloadLength());
+        return container.ReadPayload(*section);
     }
 
     Reading& m_reading;

@@ -71,6 +71,10 @@ Reading Read(const Container& capture);
 /// Throws Failure, with what is not read, for a file of which parts are not, unless `force`.
 void RequireWhole(const Reading& source, bool force);
 
+/// What of the payload of a configuration section, DCM_COMMON or STMDECODERINFO, is not read once the section is in
+/// force: in sentences, as `Reading::Losses` has them. `place` names the section and its offset.
+std::vector<std::string> PayloadLosses(const Place& place, const std::string& payload);
+
 /// Reads any file, taken for what its first bytes and its name say, or as `forced`. A file that can't be read is a
 /// finding.
 Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forced = {});

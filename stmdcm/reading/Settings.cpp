@@ -16,28 +16,15 @@ void Settings::ReadDevice(std::string_view text, TextReporter* reporter) { ReadD
 
 bool Settings::Read(std::string text, const LineLimits& limits) {
     const SettingsText settings(std::move(text), limits, Applier(), nullptr);
-    ReadRecords(settings.Blocks());
+    Read(settings.Blocks(), nullptr);
     return settings.IsClean();
 }
 
-void Settings::ReadRecords(const BlockText& blocks, TextReporter* reporter) {
-    const auto read = [&](auto& record) {
-        record.CleaupUsecases(false);
-        BlockLines lines(record.kKind, blocks, reporter);
-        record.Retrieve(lines);
-    };
-    read(sc);
-    read(cpt);
-    read(pmi);
-}
-
-std::string Settings::Text() const {
+std::string Settings::Text() {
     std::string text;
     BlockWriteReporter nobody;
     AppendPropertyLines(properties, text);
-    sc.Save(text, nobody);
-    cpt.Save(text, nobody);
-    pmi.Save(text, nobody);
+    ForEach([&](const auto& record) { record.Save(text, nobody); });
     return text;
 }
 

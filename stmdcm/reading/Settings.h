@@ -4,15 +4,13 @@
 #include <string_view>
 
 #include "trace/format/SettingsText.h"
-#include "trace/usecase/CTUsecaseRecord.h"
-#include "trace/usecase/PMIUsecaseRecord.h"
-#include "trace/usecase/UsecaseRecord.h"
+#include "trace/usecase/UsecaseRecords.h"
 
 namespace stmdcm {
 
 /// The properties and use cases of a configuration, as a manager holds them: its settings text to and from memory. Not
 /// copyable, since records are not.
-struct Settings {
+struct Settings : Zu::Wep::Trace::UsecaseRecords {
     /// The properties that a device identification sets.
     void ReadDevice(std::string_view text, Zu::Wep::Trace::TextReporter* reporter = nullptr);
     /// What a settings text sets, property by property; the use cases are replaced. Gives what a host's load of a
@@ -20,15 +18,12 @@ struct Settings {
     bool Read(std::string text, const Zu::Wep::Trace::LineLimits& limits = {});
     /// The two steps of that, for who wants to hear what is met.
     Zu::Wep::Trace::ApplyProperty Applier();
-    void ReadRecords(const Zu::Wep::Trace::BlockText& blocks, Zu::Wep::Trace::TextReporter* reporter = nullptr);
+    using UsecaseRecords::Read;
 
     /// The text that a manager writes.
-    std::string Text() const;
+    std::string Text();
 
     Zu::Wep::Trace::StmProperties properties;
-    Zu::Wep::Trace::UsecaseRecord sc;
-    Zu::Wep::Trace::CTUsecaseRecord cpt;
-    Zu::Wep::Trace::PMIUsecaseRecord pmi;
 };
 
 }  // namespace stmdcm

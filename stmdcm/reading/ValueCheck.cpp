@@ -12,8 +12,6 @@
 
 namespace stmdcm {
 
-using Zu::Wep::Trace::ClockFromText;
-using Zu::Wep::Trace::IntegerFromText;
 using Zu::Wep::Trace::ValueShape;
 
 namespace {
@@ -58,27 +56,6 @@ bool IsFlag(ValueShape shape) {
     return shape == ValueShape::Flag || shape == ValueShape::NumericFlag || shape == ValueShape::LongFlag;
 }
 
-/// What the reader keeps, in words.
-std::string Reading(ValueShape shape, const std::string& value) {
-    switch (shape) {
-        case ValueShape::Signed:
-            return fmt::format("{}", IntegerFromText(value.c_str()));
-        case ValueShape::Unsigned:
-            return fmt::format("{}", static_cast<std::uint32_t>(IntegerFromText(value.c_str())));
-        case ValueShape::Clock:
-            return fmt::format("{}", ClockFromText(value.c_str()));
-        case ValueShape::Flag:
-            return value == "0" ? "0" : "1";
-        case ValueShape::NumericFlag:
-            return IntegerFromText(value.c_str()) == 0 ? "0" : "1";
-        case ValueShape::LongFlag:
-            return std::strtol(value.c_str(), nullptr, 10) == 0 ? "0" : "1";
-        case ValueShape::Text:
-            break;
-    }
-    return value;
-}
-
 /// The kind of each fault, and what is wrong in words.
 std::vector<std::pair<const FindingKind*, const char*>> Faults(ValueShape shape, const std::string& value) {
     if (shape == ValueShape::Text) {
@@ -110,9 +87,12 @@ std::vector<std::pair<const FindingKind*, const char*>> Faults(ValueShape shape,
 
 std::vector<Finding> CheckValue(ValueShape shape, std::string_view key, const std::string& value, const Place& place) {
     std::vector<Finding> findings;
+    const std::int32_t number = Zu::Wep::Trace::NumberFromText(shape, value);
+    const std::int64_t reading =
+        shape == ValueShape::Unsigned ? static_cast<std::uint32_t>(number) : std::int64_t{number};
     for (const auto& [kind, fault] : Faults(shape, value)) {
-        findings.push_back({kind, place, fmt::format("{} = {} {}", key, Quoted(value), fault),
-                            fmt::format("reads as {}", Reading(shape, value))});
+        findings.push_back(
+            {kind, place, fmt::format("{} = {} {}", key, Quoted(value), fault), fmt::format("reads as {}", reading)});
     }
     return findings;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <ctime>
+#include <utility>
 #include <vector>
 
 namespace stmdcm {
@@ -14,8 +15,6 @@ namespace {
 std::string PropertyValueInWords(const Property& property, std::int32_t value) {
     return property.isFlag ? InWords(Unit::None, value != 0) : InWords(property.unit, value);
 }
-
-std::string Address(std::int64_t value) { return fmt::format("{:#010x}", static_cast<std::uint32_t>(value)); }
 
 struct Character {
     std::size_t length;
@@ -57,7 +56,7 @@ std::string InWords(Unit unit, std::int64_t value) {
         case Unit::Hertz:
             return Frequency(value);
         case Unit::Address:
-            return Address(value);
+            return fmt::format("{:#010x}", static_cast<std::uint32_t>(value));
         case Unit::Mask:
             return fmt::format("{:#x}", value);
         case Unit::Job:
@@ -123,25 +122,14 @@ std::string InWords(const Property& property) { return PropertyValueInWords(prop
 std::string DefaultInWords(const Property& property) { return PropertyValueInWords(property, property.defaultValue); }
 
 std::string Frequency(std::int64_t hertz) {
-    struct Prefix {
-        std::int64_t factor;
-        int decimals;
-        const char* name;
-    };
-    constexpr Prefix kPrefixes[] = {{1'000'000'000, 9, "GHz"}, {1'000'000, 6, "MHz"}, {1'000, 3, "kHz"}};
-    const std::int64_t magnitude = hertz < 0 ? -hertz : hertz;
-    const auto* prefix = std::find_if(std::begin(kPrefixes), std::end(kPrefixes),
-                                      [magnitude](const Prefix& row) { return magnitude >= row.factor; });
-    if (prefix == std::end(kPrefixes)) {
-        return fmt::format("{} Hz", hertz);
+    constexpr std::pair<std::int64_t, const char*> kPrefixes[] = {
+        {1'000'000'000, "GHz"}, {1'000'000, "MHz"}, {1'000, "kHz"}};
+    for (const auto& [factor, name] : kPrefixes) {
+        if (hertz >= factor || hertz <= -factor) {
+            return fmt::format("{} {}", static_cast<double>(hertz) / static_cast<double>(factor), name);
+        }
     }
-    std::string digits =
-        fmt::format("{}.{:0{}}", magnitude / prefix->factor, magnitude % prefix->factor, prefix->decimals);
-    digits.erase(digits.find_last_not_of('0') + 1);
-    if (digits.back() == '.') {
-        digits.pop_back();
-    }
-    return fmt::format("{}{} {}", hertz < 0 ? "-" : "", digits, prefix->name);
+    return fmt::format("{} Hz", hertz);
 }
 
 std::string SizeInWords(std::uint64_t bytes) {

@@ -18,10 +18,6 @@ bool IsWantedName(std::string_view name) { return name == kCommonSectionName || 
 
 bool IsTextSection(std::string_view name) { return name == kDeviceSectionName || name == kStmSectionName; }
 
-bool IsPlausibleName(std::string_view name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
-}
-
 std::optional<Section> HeaderRules::HeaderAt(std::uint64_t offset) const {
     char bytes[SectionHeader::Size];
     if (m_file.Held(offset, sizeof bytes) < sizeof bytes || m_file.ReadAt(offset, bytes, sizeof bytes) < sizeof bytes) {

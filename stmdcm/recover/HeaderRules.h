@@ -15,8 +15,6 @@ inline constexpr std::uint32_t kWantedVersion = 1;
 bool IsWantedName(std::string_view name);
 /// Whether the section holds lines of text: one that was cut off within a line would be read wrongly.
 bool IsTextSection(std::string_view name);
-/// ASCII, no control characters and no blanks at all.
-bool IsPlausibleName(std::string_view name);
 
 /// What is found without a chain that leads there has a shorter name than the format allows: long ones are met by
 /// chance in data.

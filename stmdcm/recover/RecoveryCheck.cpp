@@ -44,12 +44,9 @@ void TellMismatch(const CaptureFile& result, RecoveryPlan& plan) {
     }
     const bool isAtEnd = scanner.Stop() == ScanStop::EndOfFile && scanner.StopOffset() == result.Size();
     if (result.Size() != plan.ResultSize() || count > plan.SectionCount() || (isAtEnd && count < plan.SectionCount())) {
-        plan.remarks.Add({RemarkKind::Mismatch,
-                          0,
-                          0,
-                          {},
-                          "the result does not hold the sections that were written; has the file been changed "
-                          "meanwhile? Try again"});
+        plan.remarks.Add(RemarkKind::Mismatch,
+                         "the result does not hold the sections that were written; has the file been changed "
+                         "meanwhile? Try again");
     }
 }
 
@@ -74,13 +71,11 @@ void TellErrors(const Findings& findings, RecoveryPlan& plan) {
     for (const FindingKind& kind : kFindingKinds) {
         const std::size_t count = findings.Count(kind);
         if (isTold(kind) && count > Findings::kMaxOfKind) {
-            plan.remarks.Add(
-                {RemarkOf(kind),
-                 0,
-                 0,
-                 {},
-                 fmt::format("check finds in the result {} more of {}", count - Findings::kMaxOfKind, kind.id),
-                 kind.id});
+            const std::size_t more = count - Findings::kMaxOfKind;
+            plan.remarks.Add({.kind = RemarkOf(kind),
+                              .section = {},
+                              .sentence = fmt::format("check finds in the result {} more of {}", more, kind.id),
+                              .finding = kind.id});
         }
     }
 }

@@ -5,6 +5,7 @@
 
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/recover/Remarks.h"
+#include "trace/format/SectionLayout.h"
 
 namespace stmdcm {
 
@@ -26,11 +27,12 @@ struct RecoveryPlan {
     std::vector<Repair> repaired;
     std::vector<Extent> overLimit;
     std::uint64_t wholeCount = 0;  ///< sections in `whole` and `overLimit`
+    std::uint64_t keptBytes = 0;   ///< of all these sections, as they are in the result
     std::uint64_t droppedBytes = 0;
     Remarks remarks;
 
     std::uint64_t SectionCount() const { return wholeCount + repaired.size(); }
-    std::uint64_t ResultSize() const;
+    std::uint64_t ResultSize() const { return Zu::Wep::Trace::FirstSectionOffset + keptBytes; }
     /// Nothing was lost and nothing is doubtful.
     bool IsGood() const { return remarks.DoubtCount() == 0; }
 };

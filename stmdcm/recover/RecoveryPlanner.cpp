@@ -138,15 +138,15 @@ bool RecoveryPlanner::TakesOrphan(const Section& section, std::uint64_t end) con
 void RecoveryPlanner::Keep(const Section& section) {
     const std::string name = m_rules.NameOf(section);
     if (!name.empty() && !IsPlausibleName(name)) {
-        m_plan.remarks.Add({RemarkKind::OddName, section.offset, section.length, InWords(Unit::None, name),
-                            "the section's name is not one that a writer would give; it was kept as it is"});
+        Tell(RemarkKind::OddName, section, section.length,
+             "the section's name is not one that a writer would give; it was kept as it is");
     }
     const bool isOverLimit = section.length > MaxSectionLength;
     if (isOverLimit) {
-        m_plan.remarks.Add({RemarkKind::OverLimit, section.offset, section.length, InWords(Unit::None, name),
-                            fmt::format("the section is longer than {} bytes, so no reader finds it; it was put last, "
-                                        "in front of nothing",
-                                        MaxSectionLength)});
+        Tell(RemarkKind::OverLimit, section, section.length,
+             fmt::format("the section is longer than {} bytes, so no reader finds it; it was put last, in front of "
+                         "nothing",
+                         MaxSectionLength));
     }
     LookInside(section, section.End());
     auto& extents = isOverLimit ? m_plan.overLimit : m_plan.whole;
@@ -156,6 +156,12 @@ void RecoveryPlanner::Keep(const Section& section) {
         extents.push_back({section.offset, section.length});
     }
     ++m_plan.wholeCount;
+    m_plan.keptBytes += section.length;
+}
+
+void RecoveryPlanner::Tell(RemarkKind kind, const Section& section, std::uint64_t length, std::string sentence) {
+    m_plan.remarks.Add(
+        {kind, section.offset, length, InWords(Unit::None, m_rules.NameOf(section)), std::move(sentence)});
 }
 
 /// A length that is too great can lead on as if nothing was wrong.
@@ -167,22 +173,18 @@ void RecoveryPlanner::LookInside(const Section& section, std::uint64_t end) {
         return;
     }
     m_inner.Tell(section, end, m_isWhole, [&](const Section& inner) {
-        m_plan.remarks.Add({RemarkKind::HiddenSection, inner.offset, m_file.Held(inner.offset, inner.length),
-                            InWords(Unit::None, m_rules.NameOf(inner)),
-                            fmt::format("the section at offset {} holds what looks like this one; either its length "
-                                        "is wrong, or this is data; --split {} takes this one out",
-                                        section.offset, inner.offset)});
+        Tell(RemarkKind::HiddenSection, inner, m_file.Held(inner.offset, inner.length),
+             fmt::format("the section at offset {} holds what looks like this one; either its length is wrong, or this "
+                         "is data; --split {} takes this one out",
+                         section.offset, inner.offset));
     });
 }
 
 void RecoveryPlanner::Split(const Section& section, std::uint64_t end) {
-    m_plan.remarks.Add({RemarkKind::Split, section.offset, end - section.offset,
-                        InWords(Unit::None, m_rules.NameOf(section)),
-                        fmt::format("the section states the length {}; it was corrected to {}, up to the section that "
-                                    "was split off",
-                                    section.length, end - section.offset)});
-    m_plan.repaired.push_back({section, static_cast<std::uint32_t>(end - section.offset)});
-    LookInside(section, end);
+    Tell(RemarkKind::Split, section, end - section.offset,
+         fmt::format("the section states the length {}; it was corrected to {}, up to the section that was split off",
+                     section.length, end - section.offset));
+    Shorten(section, end);
 }
 
 void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {
@@ -190,20 +192,24 @@ void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {
     const bool isLast = end == m_file.Size();
     const std::uint64_t kept = isLast && IsTextSection(name) ? EndOfWholeLines(section) : end;
     if (isLast && section.End() > end) {
-        m_plan.remarks.Add({RemarkKind::CutShort, section.offset, end - section.offset, InWords(Unit::None, name),
-                            fmt::format("the file ends within the section: {} of {} payload bytes are there",
-                                        end - section.PayloadOffset(), section.PayloadLength())});
+        Tell(RemarkKind::CutShort, section, end - section.offset,
+             fmt::format("the file ends within the section: {} of {} payload bytes are there",
+                         end - section.PayloadOffset(), section.PayloadLength()));
     } else {
-        m_plan.remarks.Add(
-            {RemarkKind::LengthCorrected, section.offset, end - section.offset, InWords(Unit::None, name),
+        Tell(RemarkKind::LengthCorrected, section, end - section.offset,
              fmt::format("the section states the length {}, which can't be true; it was corrected to {}, up to {}",
-                         section.length, kept - section.offset, isLast ? "the end of the file" : "the next section")});
+                         section.length, kept - section.offset, isLast ? "the end of the file" : "the next section"));
     }
-    m_plan.repaired.push_back({section, static_cast<std::uint32_t>(kept - section.offset)});
-    LookInside(section, kept);
+    Shorten(section, kept);
     if (kept < end) {
         Drop(kept, end, fmt::format("are the part of a line at the end of section {}", name));
     }
+}
+
+void RecoveryPlanner::Shorten(const Section& section, std::uint64_t end) {
+    m_plan.repaired.push_back({section, static_cast<std::uint32_t>(end - section.offset)});
+    m_plan.keptBytes += m_plan.repaired.back().length;
+    LookInside(section, end);
 }
 
 std::uint64_t RecoveryPlanner::EndOfWholeLines(const Section& section) const {

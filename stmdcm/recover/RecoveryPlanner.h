@@ -45,7 +45,10 @@ class RecoveryPlanner {
     void Repair(const Section& section, std::uint64_t end);
     void Split(const Section& section, std::uint64_t end);
     void Drop(std::uint64_t offset, std::uint64_t end, const std::string& why);
+    /// It goes into the result with this end.
+    void Shorten(const Section& section, std::uint64_t end);
     void LookInside(const Section& section, std::uint64_t end);
+    void Tell(RemarkKind kind, const Section& section, std::uint64_t length, std::string sentence);
     std::uint64_t EndOfWholeLines(const Section& section) const;
     void CheckEffort() const;
 

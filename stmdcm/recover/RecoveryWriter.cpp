@@ -46,11 +46,7 @@ class Writer {
     }
 
   private:
-    /// A search compares up to a zero byte.
-    bool IsOfConfiguration(const Section& section) const {
-        const std::string name = m_rules.NameOf(section);
-        return IsWantedName(std::string_view(name).substr(0, name.find('\0')));
-    }
+    bool IsOfConfiguration(const Section& section) const { return IsWantedName(ComparedName(m_rules.NameOf(section))); }
 
     const CaptureFile& m_from;
     HeaderRules m_rules;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace stmdcm {
@@ -44,6 +45,8 @@ class Remarks {
     static constexpr std::size_t kMaxListed = 100'000;
 
     void Add(Remark remark);
+    /// One about the whole file.
+    void Add(RemarkKind kind, std::string sentence) { Add({kind, 0, 0, {}, std::move(sentence)}); }
     const std::vector<Remark>& Listed() const { return m_listed; }
     std::size_t Count() const { return m_count; }
     /// Without those that are no doubt.

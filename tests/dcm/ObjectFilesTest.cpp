@@ -76,10 +76,11 @@ class ObjectFilesTest : public ManagerTest {
         const std::string path = Write("s.tdf", "TDF2");
         EXPECT_TRUE(m_manager->SaveCommonConfiguration(path, TRACE_DATA_FILE_TDF));
         Lines result;
-        for (const auto& entry : ParseObjectFileEntries(OpenCapture(path).Read(kCommonSection)).entries) {
-            result.push_back(entry.name + " " + entry.fileName.substr(entry.fileName.rfind('/') + 1) + " " +
-                             std::to_string(entry.timeStamp));
-        }
+        const std::string payload = OpenCapture(path).Read(kCommonSection);
+        ReadObjectFileEntries(payload, [&](auto name, auto file, std::int64_t timeStamp) {
+            const std::string base(file.substr(file.rfind('/') + 1));
+            result.push_back(std::string(name) + " " + base + " " + std::to_string(timeStamp));
+        });
         return result;
     }
     using Sections = std::vector<std::pair<std::string, std::string>>;
@@ -123,9 +124,10 @@ TEST_F(ObjectFilesTest, EntryBytes) {
     AppendObjectFileEntry(payload, {"core0", "/x/a.out", 1700000000});
     EXPECT_EQ(payload, std::string("core0\0/x/a.out\0\x00\xF1\x53\x65\0\0\0\0", 23));
     for (std::size_t length = 0; length < payload.size(); ++length) {  // after one whole entry, any part of another
-        const auto found = ParseObjectFileEntries(payload + payload.substr(0, length));
-        EXPECT_EQ(found.entries.size(), 1U);
-        EXPECT_EQ(found.complete, length == 0);
+        int count = 0;
+        const auto take = [&count](auto /*name*/, auto /*fileName*/, std::int64_t /*timeStamp*/) { ++count; };
+        EXPECT_EQ(ReadObjectFileEntries(payload + payload.substr(0, length), take), length == 0);
+        EXPECT_EQ(count, 1);
     }
 }
 

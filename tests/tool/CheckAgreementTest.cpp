@@ -3,10 +3,10 @@
 #include <filesystem>
 
 #include "fuzz/differential/InputMaker.h"
+#include "stmdcm/change/NewCapture.h"
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/Plugin.h"
-#include "stmdcm/plugin/TraceDataFile.h"
 #include "stmdcm/plugin/TraceHome.h"
 #include "stmdcm/reading/Comparison.h"
 #include "stmdcm/reading/ConfigurationReader.h"
@@ -102,9 +102,7 @@ TEST_F(CheckAgreementTest, OnInputsMadeByChance) {
 
 TEST_F(CheckAgreementTest, WhatAManagerSavesIsClean) {
     const std::string path = m_directory / "saved.tdf";
-    TraceDataFile container(m_plugin);
-    container.Create(path);
-    container.AppendSection(path, "DEVID", 1, "board=7\n");
+    WriteWhole(path, NewCapture({DeviceSection("board=7\n")}));
     Manager manager(m_plugin, "core");
     ASSERT_TRUE(manager.Load(STMDCM_TEST_DATA "/settings.txt", TRACE_DATA_FILE_LOCAL));
     ASSERT_TRUE(manager.Save(path, TRACE_DATA_FILE_TDF));

@@ -44,9 +44,7 @@ Payloads PayloadsOf(const std::string& path) {
     Payloads payloads;
     for (const char* name : {"TRACE0", kDeviceSectionName, kCommonSectionName, kStmSectionName}) {
         const Section* section = capture.Find(name, 1);
-        payloads.push_back(section == nullptr
-                               ? std::nullopt
-                               : std::optional(capture.ReadPayload(*section, 0, section->PayloadLength())));
+        payloads.push_back(section == nullptr ? std::nullopt : std::optional(capture.ReadPayload(*section)));
     }
     return payloads;
 }

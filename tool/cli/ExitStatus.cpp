@@ -8,15 +8,10 @@
 namespace stmdcm {
 
 ExitStatus StatusOf(const Failure& failure, ExitStatus ofWork) {
-    switch (failure.Reason()) {
-        case Failure::Kind::Request:
-            return ExitStatus::Usage;
-        case Failure::Kind::Output:
-            return ExitStatus::Failed;
-        case Failure::Kind::Work:
-            break;
+    if (failure.Reason() == Failure::Kind::Request) {
+        return ExitStatus::Usage;
     }
-    return ofWork;
+    return failure.Reason() == Failure::Kind::Output ? ExitStatus::Failed : ofWork;
 }
 
 ExitStatus StatusOf(const std::vector<std::string>& doubts) {

@@ -74,20 +74,20 @@ std::vector<std::string> CommandNames(const CLI::App& app) {
     return names;
 }
 
-void AddOptionNames(const CLI::App& app, std::vector<std::string>& names) {
+std::vector<std::string> OptionNames(const CLI::App& app) {
+    std::vector<std::string> names;
     for (const CLI::Option* option : VisibleOptions(app)) {
         const std::vector<std::string> own = Names(*option);
         names.insert(names.end(), own.begin(), own.end());
     }
+    return names;
 }
 
 std::string UnknownOption(const std::string& word, const CLI::App& app) {
     const std::string name = word.substr(0, word.find('='));
-    std::vector<std::string> names;
-    AddOptionNames(app, names);
+    std::vector<std::string> names = OptionNames(app);
     if (const CLI::App* command = Chosen(app)) {
-        std::vector<std::string> own;
-        AddOptionNames(*command, own);
+        const std::vector<std::string> own = OptionNames(*command);
         if (std::find(own.begin(), own.end(), name) != own.end()) {
             return fmt::format("the option {} belongs behind the command {}", name, command->get_name());
         }

@@ -14,6 +14,7 @@ namespace {
 
 constexpr ValueSyntax kConfigurationFile{ValueKind::File, ".tdf .txt .dcm"};
 
+/// What stands for a value. A SECTION is one in the file that is named in front of it.
 struct Row {
     std::string_view placeholder;
     ValueSyntax syntax;
@@ -59,10 +60,6 @@ std::vector<Candidate> Properties(const std::string& value) {
     return candidates;
 }
 
-bool IsPrintable(const std::string& name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
-}
-
 /// None of a file that is no capture: a completion is no place for a diagnostic.
 std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals) {
     std::set<std::string> names;
@@ -70,7 +67,7 @@ std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals)
         const Container container(positionals.empty() ? "" : positionals.back());
         for (const Section& section : container.Sections()) {
             const std::string name = container.Name(section);
-            if (IsPrintable(name) && names.size() < kMostSections) {
+            if (IsPlausibleName(name) && names.size() < kMostSections) {
                 names.insert(name);
             }
         }

@@ -15,15 +15,8 @@ struct ValueSyntax {
     std::string_view extensions;  ///< of the files that fit, with blanks between them; empty: every file does
 };
 
-/// Told by the choices of the value, and else by what stands for it:
-///
-///   CAPTURE               a file .tdf
-///   FILE, SETTINGS        a capture or a settings file; a positional without a type name is such a one too
-///   OUT                   any file
-///   FILE.so, FILE.json    a file of that extension
-///   DIR                   a directory
-///   NAME=VALUE            a property and its value
-///   SECTION               the name of a section in the file that is named in front of it
+/// Told by the choices of the value, and else by what stands for it (the table in the source). A positional without a
+/// type name is a capture or a settings file.
 ValueSyntax ValueSyntaxOf(const CLI::Option& option);
 
 struct Candidate {

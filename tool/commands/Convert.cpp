@@ -8,8 +8,11 @@
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/ConfigurationFile.h"
+#include "trace/format/ObjectFileSection.h"
 
 namespace stmdcm {
+
+using namespace Zu::Wep::Trace;
 
 namespace {
 
@@ -55,12 +58,11 @@ class Convert final : public Command {
         const Reading source = Read(m_from);
         source.RequireSettings();
         RequireWhole(source, m_force);
-        Configuration expected = source.configuration;
-        expected.objectFiles.clear();
+        const Configuration expected = source.configuration.WithoutObjectFiles();
         const std::string text = source.settings->Text();
         const bool isCapture = KindOfName(m_to) == ConfigurationKind::Capture;
         const std::vector<Difference> differences =
-            WriteConfiguration(m_to, isCapture ? NewCapture(text) : text, expected, m_force, {m_from});
+            WriteConfiguration(m_to, isCapture ? CaptureOf(text) : text, expected, m_force, {m_from});
 
         ConvertReport report{m_from, m_to, *source.kind, source.Sentences()};
         AddLosses(source, report.lost);
@@ -73,6 +75,12 @@ class Convert final : public Command {
     }
 
   private:
+    static std::string CaptureOf(const std::string& text) {
+        return NewCapture({DeviceSection(),
+                           {kCommonSectionName, kCommonSectionVersion, ""},
+                           {kStmSectionName, kStmSectionVersion, text}});
+    }
+
     void CheckKinds() const {
         if (KindOfName(m_to) != ConfigurationKind::Capture) {
             return;

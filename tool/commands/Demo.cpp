@@ -47,8 +47,7 @@ std::string VerdictText(const DemoOutcome& outcome, const Palette& palette) {
     if (outcome.Passed()) {
         return palette.Paint(Style::Good, "EQUAL") +
                fmt::format(": {} properties, {} use cases and {} object files, field by field\n",
-                           reloaded.properties.size(), reloaded.sc.size() + reloaded.cpt.size() + reloaded.pmi.size(),
-                           reloaded.objectFiles.size());
+                           reloaded.properties.size(), reloaded.UsecaseCount(), reloaded.objectFiles.size());
     }
     std::string text = palette.Paint(Style::Bad, "DIFFERENT") +
                        fmt::format(": {} differences (saved / reloaded)\n", outcome.differences.size()) +

@@ -10,11 +10,10 @@
 #include <utility>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/change/NewCapture.h"
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Installation.h"
 #include "stmdcm/plugin/Manager.h"
-#include "stmdcm/plugin/TraceDataFile.h"
-#include "trace/format/StmSections.h"
 
 namespace stmdcm {
 
@@ -27,7 +26,7 @@ constexpr char kShippedCapture[] = "full.tdf";
 
 // The sections that a host writes itself.
 constexpr char kTraceSection[] = "TRACE0";
-constexpr unsigned kTraceSectionVersion = 1;
+constexpr unsigned kHostSectionVersion = 1;
 constexpr char kDeviceIdentification[] = "device=demo-board\nSTM_ATB_Id=7\n";  // The saved configuration overrides it.
 
 constexpr std::pair<const char*, std::int32_t> kPropertyChanges[] = {
@@ -70,9 +69,15 @@ void AddPmiUsecase(PMIUsecaseRecordIF& record) {
     record.AddUsecase(&usecase);
 }
 
+std::string Payload(const std::string& path, const char* name) {
+    const Container capture(path);
+    const Section* section = capture.Find(name, kHostSectionVersion);
+    return section == nullptr ? "" : capture.ReadPayload(*section);
+}
+
 class DemoRun {
   public:
-    explicit DemoRun(const PluginSession& session) : m_session(session), m_container(session.plugin) {
+    explicit DemoRun(const PluginSession& session) : m_session(session) {
         m_result.cpu = kDemoCpu;
         m_result.plugin = session.plugin.Path().string();
         m_result.capture = session.WorkingFile(kShippedCapture);
@@ -134,10 +139,9 @@ class DemoRun {
 
     void Save(Manager& manager) {
         const std::string& path = m_result.savedCapture;
-        const std::string trace = m_container.ReadSection(m_result.capture, kTraceSection, kTraceSectionVersion);
-        m_container.Create(path);
-        m_container.AppendSection(path, kTraceSection, kTraceSectionVersion, trace);
-        m_container.AppendSection(path, kDeviceSectionName, kDeviceSectionVersion, kDeviceIdentification);
+        const std::string trace = Payload(m_result.capture, kTraceSection);
+        std::ofstream(path, std::ios::binary)
+            << NewCapture({{kTraceSection, kHostSectionVersion, trace}, DeviceSection(kDeviceIdentification)});
         if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
             throw Failure(path, "the plug-in can't save the configuration");
         }
@@ -146,7 +150,7 @@ class DemoRun {
     }
 
     void CheckHostSection(const char* name, const std::string& payload) {
-        if (m_container.ReadSection(m_result.savedCapture, name, 1) != payload) {
+        if (Payload(m_result.savedCapture, name) != payload) {
             m_result.problems.push_back(fmt::format("saving changed the host's own section {}", name));
         }
     }
@@ -164,7 +168,6 @@ class DemoRun {
     }
 
     const PluginSession& m_session;
-    TraceDataFile m_container;
     DemoResult m_result;
 };
 

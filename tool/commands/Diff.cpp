@@ -11,11 +11,6 @@ namespace stmdcm {
 
 namespace {
 
-Configuration WithoutObjectFiles(Configuration configuration) {
-    configuration.objectFiles.clear();
-    return configuration;
-}
-
 Json ToJson(const Reading& side) {
     return {{"file", side.path}, {"kind", KindName(*side.kind)}, {"doubts", side.Doubts()}};
 }
@@ -25,9 +20,9 @@ struct DiffReport {
     const Reading& left;
     const Reading& right;
     bool comparesObjectFiles = left.hasObjectFiles && right.hasObjectFiles;
-    std::vector<Difference> differences =
-        comparesObjectFiles ? Compare(left.configuration, right.configuration)
-                            : Compare(WithoutObjectFiles(left.configuration), WithoutObjectFiles(right.configuration));
+    std::vector<Difference> differences = comparesObjectFiles ? Compare(left.configuration, right.configuration)
+                                                              : Compare(left.configuration.WithoutObjectFiles(),
+                                                                        right.configuration.WithoutObjectFiles());
 
     bool IsEqual() const { return differences.empty(); }
 

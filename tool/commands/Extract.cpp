@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <limits>
@@ -14,7 +15,6 @@
 #include "tool/commands/CommandTable.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
-#include "tool/output/StandardOutput.h"
 
 namespace stmdcm {
 
@@ -34,13 +34,16 @@ std::string Doubt(const CaptureFile& file, const Section& section) {
     return {};
 }
 
-/// As a walk of the sections lists it.
-std::optional<Section> ListedAt(std::uint64_t offset, const Container& container) {
-    const auto& sections = container.Sections();
-    const auto found = std::find_if(sections.begin(), sections.end(),
-                                    [offset](const Section& section) { return section.offset == offset; });
-    return found == sections.end() ? std::nullopt : std::optional(*found);
-}
+/// Takes bytes that are no text, which would confuse a terminal.
+class BinaryOutput final : public ByteSink {
+  public:
+    BinaryOutput() {
+        if (::isatty(STDOUT_FILENO) == 1) {
+            throw Failure("binary data does not go to a terminal; use -o FILE, or a pipe", Failure::Kind::Request);
+        }
+    }
+    void Write(std::string_view bytes) override { Console::Print(bytes); }
+};
 
 /// One section's payload, byte for byte.
 class Extract final : public Command {
@@ -114,9 +117,11 @@ class Extract final : public Command {
     /// Also one that no walk comes to, such as those that recover lists.
     Section ChooseAtOffset(const CaptureFile& file) const {
         const HeaderRules rules(file);
-        auto section = file.HasIdentifier() ? ListedAt(*m_offset, Container(m_file)) : std::nullopt;
-        if (!section) {
-            section = rules.SectionAt(*m_offset);
+        std::optional<Section> section = rules.SectionAt(*m_offset);
+        if (file.HasIdentifier()) {
+            const Container container(m_file);
+            const Section* listed = container.At(*m_offset);
+            section = listed != nullptr ? *listed : section;
         }
         if (!section) {
             throw Failure(m_file, fmt::format("no section begins at offset {}; list them with sections or recover "
@@ -147,7 +152,7 @@ class Extract final : public Command {
 
     void Copy(const CaptureFile& file, const Section& section) const {
         if (m_output.empty() || m_output == "-") {
-            StandardOutput output;
+            BinaryOutput output;
             CopyTo(output, file, section);
         } else {
             OutputFile output(m_output, m_force, {m_file});

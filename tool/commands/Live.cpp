@@ -107,10 +107,7 @@ class Live final : public Command {
         const bool isCapture = KindOfName(m_save) == ConfigurationKind::Capture;
         const CaptureFile saved(live.saved.path);
         const std::string bytes = isCapture ? saved.Read(0, saved.Size()) : live.saved.settings->Text();
-        Configuration expected = live.configuration;
-        if (!isCapture) {
-            expected.objectFiles.clear();
-        }
+        const Configuration expected = isCapture ? live.configuration : live.configuration.WithoutObjectFiles();
         for (const Difference& lost : WriteConfiguration(m_save, bytes, expected, m_force, {})) {
             live.doubts.push_back(lost.Sentence(Shown(m_save)));
         }

@@ -191,7 +191,7 @@ class Recover final : public Command {
         } catch (const Failure& failure) {
             reason = fmt::format("loading the result could not be tried: {}", failure.what());
         }
-        plan.remarks.Add({RemarkKind::NotLoadable, 0, 0, {}, reason});
+        plan.remarks.Add(RemarkKind::NotLoadable, reason);
     }
 
     std::string m_file;

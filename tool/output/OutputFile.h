@@ -31,7 +31,6 @@ class OutputFile final : public ByteSink {
     void Write(std::string_view bytes) override;
     /// So many zero bytes at the end, which take no room on the disk where the file system can do that.
     void WriteZeros(std::uint64_t count) override;
-    std::uint64_t Written() const { return m_written; }
 
     /// Makes what was written so far readable at ReadBackPath.
     void Flush();

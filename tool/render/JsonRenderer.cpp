@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+#include <cctype>
+
 #include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
@@ -59,8 +62,16 @@ class JsonVisitor {
 template <class Item>
 Json ItemToJson(const Item& item) {
     Json object = Json::object();
-    item.Visit(JsonVisitor(object));
+    VisitFields(item, JsonVisitor(object));
     return object;
+}
+
+/// "sc", "pmi_cmi".
+std::string KeyOf(Zu::Wep::Trace::UsecaseKind kind) {
+    std::string key(NamesOf(kind).Type());
+    std::transform(key.begin(), key.end(), key.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return key;
 }
 
 Json PropertyToJson(const Property& property) {
@@ -125,9 +136,8 @@ Json JsonRenderer::Render(const Configuration& configuration, const Selection& s
         json["properties"] = PropertiesToJson(configuration.properties, selection.changedOnly);
     }
     if (selection.usecases) {
-        json["use_cases"] = {{"sc", ItemsToJson(configuration.sc)},
-                             {"cpt", ItemsToJson(configuration.cpt)},
-                             {"pmi_cmi", ItemsToJson(configuration.pmi)}};
+        Configuration::ForEachKind(
+            [&](auto kind, auto list) { json["use_cases"][KeyOf(kind)] = ItemsToJson(configuration.*list); });
     }
     if (selection.objectFiles) {
         json["object_files"] = ObjectFiles(configuration.objectFiles);

@@ -111,14 +111,14 @@ template <class Item>
 std::string TextRenderer::Items(const std::string& title, const std::vector<Item>& items) const {
     Table table;
     std::vector<Cell> headings;
-    Item{}.Visit(HeadingVisitor{headings});
+    VisitFields(Item{}, HeadingVisitor{headings});
     if (!items.empty()) {
         table.AddRow(std::move(headings));
     }
     for (const Item& item : items) {
         std::vector<Cell> row;
         std::vector<std::string> lines;
-        item.Visit(RowVisitor{row, lines});
+        VisitFields(item, RowVisitor{row, lines});
         table.AddRow(std::move(row));
         for (std::string& line : lines) {
             table.AddLine({std::move(line)});
@@ -137,9 +137,9 @@ std::string TextRenderer::Render(const Configuration& configuration, const Selec
         parts.push_back(Properties(configuration.properties, selection.changedOnly));
     }
     if (selection.usecases) {
-        parts.push_back(Items("SC use cases", configuration.sc));
-        parts.push_back(Items("CPT use cases", configuration.cpt));
-        parts.push_back(Items("PMI/CMI use cases", configuration.pmi));
+        Configuration::ForEachKind([&](auto kind, auto list) {
+            parts.push_back(Items(fmt::format("{} use cases", NamesOf(kind).name), configuration.*list));
+        });
     }
     if (selection.objectFiles) {
         parts.push_back(ObjectFiles(configuration.objectFiles));

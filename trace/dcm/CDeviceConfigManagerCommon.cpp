@@ -99,7 +99,7 @@ bool CDeviceConfigManagerCommon::AppendObjectFiles(CaptureSave& save, const char
 SectionToSave CDeviceConfigManagerCommon::ObjectFilesSection(const char* name, int version) {
     SectionToSave section{name != nullptr ? name : "", static_cast<std::uint32_t>(version), ""};
     for (std::size_t i = 0; i < m_objectFiles.size(); ++i) {
-        m_objectFilePath.clear();  // without any use here, and meant so
+        m_objectFilePath.clear();  // classes that derive from this one find the path empty after a save
         if (!m_objectFiles[i]->fileName.empty()) {
             AppendObjectFileEntry(section.payload,
                                   {m_objectFileNames[i], m_objectFiles[i]->fileName, m_objectFiles[i]->timeStamp});
@@ -238,7 +238,8 @@ int CDeviceConfigManagerCommon::FindObjectFile(const std::string& name) {
 }
 
 bool CDeviceConfigManagerCommon::IsCloseMatch(const std::string& candidate, const std::string& wanted) {
-    // Any suffix of `wanted` may occur, and the shortest is its last character: as loose as it looks, and meant so.
+    // Any suffix of `wanted` may occur, and the shortest is its last character: as loose as it looks
+    // (docs/object-files.md).
     return !wanted.empty() && UpperCase(candidate).find(UpperCase(wanted).back()) != std::string::npos;
 }
 

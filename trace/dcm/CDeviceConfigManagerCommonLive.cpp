@@ -58,7 +58,7 @@ bool CDeviceConfigManagerCommon::LoadFactoryLibrary() {
 bool CDeviceConfigManagerCommon::CreateTraceFactory() {
     const auto create = reinterpret_cast<CreateFactoryFunction>(m_factoryLibrary.GetSymbolAddress(kCreateFactory));
     if (create == nullptr) {
-        ZU_WEP::Log(ZU_WEP::LogError, "STM DCM: Cannot get Trace Facotry Dll ");  // spelled so
+        ZU_WEP::Log(ZU_WEP::LogError, "STM DCM: Cannot get Trace Facotry Dll ");  // so spelled in docs/host-guide.md
         return false;
     }
     ZU_WEP::Log(ZU_WEP::LogInformation, "STM DCM: Creating Trace factory");
@@ -75,7 +75,7 @@ bool CDeviceConfigManagerCommon::CreateChannelServer() {
     try {
         m_traceFactory->CreateChannelServer(m_channelServer, kCreateMode);
         ZU_WEP::Log(ZU_WEP::LogInformation,
-                    "stm DCM: Done -creating/Connecting Channel Server ");  // lower case, meant so
+                    "stm DCM: Done -creating/Connecting Channel Server ");  // lower case: readers of logs know it so
         return m_channelServer != nullptr;
     } catch (...) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM DCM: Exception in creating Channel Server ");

@@ -5,15 +5,13 @@
 namespace Zu::Wep::Trace {
 
 void SetFromValue(StmProperties& properties, const StmProperty& property, const ConfigPropertyValue& value) {
-    if (property.integer != nullptr) {
-        properties.*property.integer = value.value.integer;
-    } else if (property.flagSource == FlagSource::BooleanByte) {
+    std::int32_t number = value.value.integer;
+    if (property.flagSource == FlagSource::BooleanByte) {
         unsigned char byte = 0;  // a host's byte may be neither 0 nor 1, which no bool may hold
         std::memcpy(&byte, &value.value, sizeof byte);
-        properties.*property.flag = byte != 0;
-    } else {
-        properties.*property.flag = value.value.integer != 0;
+        number = byte;
     }
+    SetNumber(properties, property, number);
 }
 
 void GetValue(const StmProperties& properties, const StmProperty& property, ConfigPropertyValue& value) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <type_traits>
 #include <utility>
 
 #include "host/vorn/vornError.h"
@@ -13,7 +12,6 @@
 #include "source_utilities/ReplaceFile.h"
 #include "trace/dcm/EnvironmentVariables.h"
 #include "trace/dcm/PropertyValue.h"
-#include "trace/dcm/SettingsLog.h"
 #include "trace/dcm/TraceEnvironment.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/SettingsText.h"
@@ -30,7 +28,19 @@ constexpr char kConfigFileNameEnd[] = "-STMCfg.txt";
 constexpr char kSettingsExtension[] = ".dcm";
 constexpr char kConstantProperty[] = "CycleModeDelta";  ///< always true, never stored
 
-TraceEnvironment environment;  // beside the one of the common half, which every manager prepares first: meant so
+/// Beside that of the common half, which every manager prepares first: each has its own (trace/dcm/TraceEnvironment.h).
+TraceEnvironment environment;
+
+/// Tells the log what of a settings text is not read (docs/log.md).
+struct SettingsLog final : TextReporter {
+    explicit SettingsLog(const std::string& name) : source(name) {}
+    void OnLineCut(std::size_t line, std::size_t /*length*/, std::size_t limit) override {
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s line %zu is longer than %zu characters, the rest is skipped",
+                    source.c_str(), line, limit);
+    }
+
+    const std::string& source;
+};
 
 std::string ConfigFileName(const CPUInfo* cpu) {
     if (cpu == nullptr) {
@@ -65,7 +75,7 @@ bool StmDeviceConfigManager::GetProperty(const std::string& name, ConfigProperty
     }
     const StmProperty* property = FindStmProperty(name);
     if (property == nullptr) {
-        // "Proerty" is spelled so.
+        // Readers of logs know it by this spelling (docs/log.md).
         ZU_WEP::Log(ZU_WEP::LogError, "STM Local DCM: GetProperty failed Proerty Name = %s.", name.c_str());
         return false;
     }
@@ -84,11 +94,11 @@ bool StmDeviceConfigManager::SetSTMProperty(const std::string& name, ConfigPrope
 
 std::string StmDeviceConfigManager::GetLastError() const { return {}; }
 
-UsecaseRecord* StmDeviceConfigManager::GetUsecaseRecord() { return &m_usecaseRecord; }
+UsecaseRecord* StmDeviceConfigManager::GetUsecaseRecord() { return &m_usecases.sc; }
 
-CTUsecaseRecord* StmDeviceConfigManager::GetCTUsecaseRecord() { return &m_ctUsecaseRecord; }
+CTUsecaseRecord* StmDeviceConfigManager::GetCTUsecaseRecord() { return &m_usecases.cpt; }
 
-PMIUsecaseRecord* StmDeviceConfigManager::GetPMIUsecaseRecord() { return &m_pmiUsecaseRecord; }
+PMIUsecaseRecord* StmDeviceConfigManager::GetPMIUsecaseRecord() { return &m_usecases.pmi; }
 
 bool StmDeviceConfigManager::LoadConfiguration(const std::string& fileName, eTraceDataFileType type) {
     switch (type) {
@@ -119,7 +129,7 @@ bool StmDeviceConfigManager::SaveConfiguration(const std::string& fileName, eTra
             case TRACE_DATA_FILE_LOCAL: {
                 const std::string path = SettingsPath(fileName);
                 if (m_deviceIdentifier != nullptr) {
-                    m_deviceIdentifier->SaveToFile(path, TRACE_DATA_FILE_LOCAL);  // whatever `type` is: meant so
+                    m_deviceIdentifier->SaveToFile(path, TRACE_DATA_FILE_LOCAL);  // host/CDeviceIdentifier.h
                 }
                 return SaveSTMConfigurationLive(path);
             }
@@ -141,9 +151,7 @@ void StmDeviceConfigManager::RetrieveAllConfiguration() {
     if (!m_retrievalEnabled || m_cpuInfo == nullptr) {
         return;
     }
-    m_usecaseRecord.CleaupUsecases(false);
-    m_ctUsecaseRecord.CleaupUsecases(false);
-    m_pmiUsecaseRecord.CleaupUsecases(false);
+    m_usecases.ForEach([](auto& record) { record.CleaupUsecases(false); });
     LoadConfiguration(ConfigFileName(m_cpuInfo), TRACE_DATA_FILE_LIVE);
 }
 
@@ -155,14 +163,12 @@ void StmDeviceConfigManager::OutputParametersToBuffer(std::string& out) {
 bool StmDeviceConfigManager::ExtractValue(const std::string& name, const std::string& value) {
     ZU_WEP::Log(ZU_WEP::LogInformation, "STM Device DCM: ExtractValue: name=\"%s\", value=\"%s\"", name.c_str(),
                 value.c_str());
-    const StmProperty* property = FindStmProperty(name);
-    if (property == nullptr) {
+    const bool isProperty = SetFromText(m_properties, name, value);
+    if (!isProperty) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: extracting fail: name = %s, value = %s", name.c_str(),
                     value.c_str());
-        return false;
     }
-    SetFromText(m_properties, *property, value);
-    return true;
+    return isProperty;
 }
 
 void StmDeviceConfigManager::PackOneLineMetaData(std::string& out, char* line) { UnfoldPackedBlock(out, line); }
@@ -176,21 +182,8 @@ bool StmDeviceConfigManager::FailFileWork(const std::string& fileName, const std
 std::string StmDeviceConfigManager::ConfigurationText() {
     std::string text;
     OutputParametersToBuffer(text);
-    m_usecaseRecord.SaveAllRecords(text);
-    m_ctUsecaseRecord.SaveAllRecords(text);
-    m_pmiUsecaseRecord.SaveAllRecords(text);
+    m_usecases.ForEach([&text](const auto& record) { record.SaveAllRecords(text); });
     return text;
-}
-
-void StmDeviceConfigManager::ReadRecords(const BlockText& blocks) {
-    const auto read = [&blocks](auto& record) {
-        BlockLines lines(std::remove_reference_t<decltype(record)>::kKind, blocks, nullptr);
-        record.CleaupUsecases(false);
-        record.Retrieve(lines);
-    };
-    read(m_usecaseRecord);
-    read(m_ctUsecaseRecord);
-    read(m_pmiUsecaseRecord);
 }
 
 bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
@@ -208,7 +201,7 @@ bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
     SettingsLog log(path);
     const SettingsText text(std::move(content), kFileLineLimits, Applier(), &log);
     if (end != ZU_WEP::PosixFile::ReadEnd::Failure) {
-        ReadRecords(text.Blocks());
+        m_usecases.Read(text.Blocks(), nullptr);
     }
     return end == ZU_WEP::PosixFile::ReadEnd::EndOfFile && text.IsClean();
 }
@@ -218,7 +211,7 @@ bool StmDeviceConfigManager::LoadSTMConfigurationLive(const std::string& name) {
         return false;
     }
     std::string path = SettingsPath(name);
-    if (path.find(kSettingsExtension) == std::string::npos) {  // anywhere in the path, the directory too: meant so
+    if (path.find(kSettingsExtension) == std::string::npos) {  // anywhere, in the directory too (docs/settings-text.md)
         path += kSettingsExtension;
     }
     return LoadSTMConfiguration(path);
@@ -293,7 +286,7 @@ bool StmDeviceConfigManager::LoadStmSections(const std::string& path, OpenCaptur
     try {
         ReadDeviceText(capture.Read(kDeviceSection), Applier(), nullptr);
         const SettingsText text(capture.Read(kStmSection), LineLimits{}, Applier(), nullptr);
-        ReadRecords(text.Blocks());
+        m_usecases.Read(text.Blocks(), nullptr);
         return true;
     } catch (const Vorn::vornErrorIF& error) {
         return FailFileWork(path, error);

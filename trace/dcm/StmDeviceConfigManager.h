@@ -5,9 +5,7 @@
 
 #include "trace/dcm/CDeviceConfigManagerCommon.h"
 #include "trace/format/SettingsText.h"
-#include "trace/usecase/CTUsecaseRecord.h"
-#include "trace/usecase/PMIUsecaseRecord.h"
-#include "trace/usecase/UsecaseRecord.h"
+#include "trace/usecase/UsecaseRecords.h"
 
 namespace Zu::Wep::Trace {
 
@@ -63,15 +61,12 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     SectionToSave ConfigurationSection();
     bool SaveIntoCapture(const std::string& path);
     bool LoadStmSections(const std::string& path, OpenCapture& capture);
-    void ReadRecords(const BlockText& blocks);
     ApplyProperty Applier();
     void FindChannelDriver();
 
     std::string m_errorText;  ///< why the last file operation failed; GetLastError does not give it
     StmProperties m_properties;
-    UsecaseRecord m_usecaseRecord;
-    CTUsecaseRecord m_ctUsecaseRecord;
-    PMIUsecaseRecord m_pmiUsecaseRecord;
+    UsecaseRecords m_usecases;
     bool m_retrievalEnabled = true;
     std::string m_configFileName;
     CChannelDriver* m_channelDriver = nullptr;  ///< owned by the channel server

@@ -15,9 +15,9 @@ namespace Zu::Wep::Trace {
 
 namespace {
 
-int LocalTimePart(int (*part)()) {
+std::string LocalTimePart(int (*part)()) {
     uTime().GetLocal();
-    return part();
+    return std::to_string(part());
 }
 
 std::atomic<int> managers{0};
@@ -81,9 +81,9 @@ void TraceEnvironment::MakeDirectories() {
 
 void TraceEnvironment::NameLogFile() {
     m_logFileName = "zu_trace_log_";
-    m_logFileName += std::to_string(LocalTimePart(&uTime::GetMonth));  // counted from 0, and meant so
-    m_logFileName += std::to_string(LocalTimePart(&uTime::GetDay));
-    m_logFileName += std::to_string(LocalTimePart(&uTime::GetYear));
+    m_logFileName += LocalTimePart(&uTime::GetMonth);  // counted from 0 (docs/log.md)
+    m_logFileName += LocalTimePart(&uTime::GetDay);
+    m_logFileName += LocalTimePart(&uTime::GetYear);
     m_logFileName += "_" + m_debugClient + ".txt";
 }
 

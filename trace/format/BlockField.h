@@ -94,22 +94,4 @@ int StoreLine(Owner& owner, std::span<const BlockField<Owner>> fields, std::stri
     return result;
 }
 
-/// The block of a kind that holds nothing but fields and must name its type in the first line.
-template <class Owner>
-void WriteTypedBlock(std::string& out, std::string_view type, const Owner& owner,
-                     std::span<const BlockField<Owner>> fields, BlockWriteReporter& reporter) {
-    AppendBlockLine(out, kBlockOpen);
-    AppendKeyLine(out, "type", type, reporter);
-    WriteFields(out, owner, fields, reporter);
-    AppendBlockLine(out, kBlockClose);
-}
-
-template <class Owner>
-int ReadTypedBlock(std::string_view line, BlockLines& in, std::string_view typeLine, Owner& owner,
-                   std::span<const BlockField<Owner>> fields) {
-    return ReadBlock(
-        line, in, [typeLine](std::string_view first) { return first == typeLine; },
-        [&](std::string_view& current) { return ToLineResult(StoreLine(owner, fields, current, in)); });
-}
-
 }  // namespace Zu::Wep::Trace

@@ -55,12 +55,4 @@ bool ReadObjectFileEntries(std::string_view payload, const ObjectFileTaker& take
     return true;
 }
 
-ObjectFileEntries ParseObjectFileEntries(std::string_view payload) {
-    ObjectFileEntries result;
-    result.complete = ReadObjectFileEntries(payload, [&](auto name, auto fileName, std::int64_t timeStamp) {
-        result.entries.push_back({std::string(name), std::string(fileName), timeStamp});
-    });
-    return result;
-}
-
 }  // namespace Zu::Wep::Trace

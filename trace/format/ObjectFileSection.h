@@ -6,7 +6,6 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "trace/format/SectionLayout.h"
 
@@ -29,13 +28,5 @@ using ObjectFileTaker = std::function<void(std::string_view name, std::string_vi
 
 /// Gives `take` the whole entries at the start of `payload`, in order. False when they don't fill it.
 bool ReadObjectFileEntries(std::string_view payload, const ObjectFileTaker& take);
-
-/// The whole entries at the start of `payload`; `complete` tells whether they fill it.
-struct ObjectFileEntries {
-    std::vector<ObjectFileEntry> entries;
-    bool complete = true;
-};
-
-ObjectFileEntries ParseObjectFileEntries(std::string_view payload);
 
 }  // namespace Zu::Wep::Trace

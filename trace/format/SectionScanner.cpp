@@ -63,7 +63,7 @@ bool SectionScanner::ReadSectionAtOffset(SectionInfo& info) {
     info.length = header.length;
     info.version = header.version;
     info.payloadOffset = m_offset + SectionHeader::Size + header.nameLength;
-    // Meant to wrap around for a length that is below the header.
+    // Wraps around for a length below the header: a reader takes the rest of the file then (docs/tdf.md).
     info.payloadLength = header.length - static_cast<std::uint32_t>(SectionHeader::Size) - header.nameLength;
     info.reachable = m_stop == ScanStop::None;
     return true;
@@ -98,25 +98,15 @@ bool SectionScanner::End(ScanStop stop) {
 }
 
 const char* ScanStopText(ScanStop stop) {
-    switch (stop) {
-        case ScanStop::None:
-            return "not ended";
-        case ScanStop::EndOfFile:
-            return "end of file";
-        case ScanStop::TornHeader:
-            return "header or name cut off by the end of the file";
-        case ScanStop::LengthOverLimit:
-            return "section length over 128 MiB";
-        case ScanStop::NameOverLimit:
-            return "name length over 4095";
-        case ScanStop::NoProgress:
-            return "section length 0";
-        case ScanStop::Wrap:
-            return "section end past 4 GiB";
-        case ScanStop::ReadError:
-            return "read error";
-    }
-    return "";
+    constexpr const char* kTexts[] = {"not ended",
+                                      "end of file",
+                                      "header or name cut off by the end of the file",
+                                      "section length over 128 MiB",
+                                      "name length over 4095",
+                                      "section length 0",
+                                      "section end past 4 GiB",
+                                      "read error"};
+    return kTexts[static_cast<std::size_t>(stop)];
 }
 
 }  // namespace Zu::Wep::Trace

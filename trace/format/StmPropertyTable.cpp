@@ -1,15 +1,10 @@
 #include "trace/format/StmPropertyTable.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace Zu::Wep::Trace {
 
-const StmProperty* FindStmProperty(std::string_view name) {
-    const auto* found = std::find_if(kStmProperties.begin(), kStmProperties.end(),
-                                     [name](const StmProperty& property) { return name == property.name; });
-    return found == kStmProperties.end() ? nullptr : found;
-}
+namespace {
 
 std::int32_t IntegerFromText(const char* text) { return static_cast<std::int32_t>(std::strtol(text, nullptr, 10)); }
 
@@ -22,30 +17,37 @@ std::int32_t ClockFromText(const char* text) {
     return static_cast<std::int32_t>(static_cast<std::int64_t>(number));
 }
 
-void SetFromText(StmProperties& properties, const StmProperty& property, const std::string& text) {
-    switch (property.conversion) {
-        case TextConversion::Integer:
-            properties.*property.integer = IntegerFromText(text.c_str());
-            break;
-        case TextConversion::Clock:
-            properties.*property.integer = ClockFromText(text.c_str());
-            break;
-        case TextConversion::Flag:
-            properties.*property.flag = text != "0";
-            break;
-        case TextConversion::NumericFlag:
-            properties.*property.flag = IntegerFromText(text.c_str()) != 0;
-            break;
+}  // namespace
+
+std::int32_t NumberFromText(ValueShape shape, const std::string& text) {
+    switch (shape) {
+        case ValueShape::Clock:
+            return ClockFromText(text.c_str());
+        case ValueShape::Flag:
+            return text != "0" ? 1 : 0;
+        case ValueShape::NumericFlag:
+            return IntegerFromText(text.c_str()) != 0 ? 1 : 0;
+        case ValueShape::LongFlag:
+            return std::strtol(text.c_str(), nullptr, 10) != 0 ? 1 : 0;
+        default:
+            return IntegerFromText(text.c_str());
     }
 }
 
 bool SetFromText(StmProperties& properties, std::string_view name, std::string_view text) {
     const StmProperty* property = FindStmProperty(name);
-    if (property == nullptr) {
-        return false;
+    if (property != nullptr) {
+        SetNumber(properties, *property, NumberFromText(property->shape, std::string(text)));
     }
-    SetFromText(properties, *property, std::string(text));
-    return true;
+    return property != nullptr;
+}
+
+void SetNumber(StmProperties& properties, const StmProperty& property, std::int32_t number) {
+    if (property.integer != nullptr) {
+        properties.*property.integer = number;
+    } else {
+        properties.*property.flag = number != 0;
+    }
 }
 
 std::int32_t NumberOf(const StmProperties& properties, const StmProperty& property) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -9,29 +10,6 @@
 
 namespace Zu::Wep::Trace {
 
-/// How a property's text becomes its value (docs/settings-text.md). No conversion rejects anything.
-enum class TextConversion {
-    Integer,      ///< strtol in base 10, low 32 bits
-    Clock,        ///< strtod, truncated toward zero, low 32 bits
-    Flag,         ///< true unless the text is exactly "0"
-    NumericFlag,  ///< true when the 32-bit integer of the text is not 0
-};
-
-/// What a checker of values expects of it.
-constexpr ValueShape ShapeOf(TextConversion conversion) {
-    switch (conversion) {
-        case TextConversion::Integer:
-            return ValueShape::Signed;
-        case TextConversion::Clock:
-            return ValueShape::Clock;
-        case TextConversion::Flag:
-            return ValueShape::Flag;
-        case TextConversion::NumericFlag:
-            break;
-    }
-    return ValueShape::NumericFlag;
-}
-
 /// Which member of the value's union sets a flag.
 enum class FlagSource { Integer, BooleanByte };
 
@@ -40,19 +18,19 @@ struct StmProperty {
     const char* name;
     std::int32_t StmProperties::*integer;
     bool StmProperties::*flag;
-    TextConversion conversion;
+    ValueShape shape;  ///< how its text becomes its value (docs/settings-text.md)
     FlagSource flagSource = FlagSource::Integer;
 };
 
 inline constexpr StmProperty IntegerProperty(const char* name, std::int32_t StmProperties::*member,
-                                             TextConversion conversion = TextConversion::Integer) {
-    return {name, member, nullptr, conversion};
+                                             ValueShape shape = ValueShape::Signed) {
+    return {name, member, nullptr, shape};
 }
 
 inline constexpr StmProperty FlagProperty(const char* name, bool StmProperties::*member,
-                                          TextConversion conversion = TextConversion::Flag,
+                                          ValueShape shape = ValueShape::Flag,
                                           FlagSource source = FlagSource::Integer) {
-    return {name, nullptr, member, conversion, source};
+    return {name, nullptr, member, shape, source};
 }
 
 /// Every property, in the order in which the settings text holds them.
@@ -75,32 +53,33 @@ inline constexpr std::array kStmProperties = {
     IntegerProperty("HEAD_Pointer_1", &StmProperties::headPointer1),
     FlagProperty("STM_Buffer_Wrapped", &StmProperties::bufferWrapped),
     FlagProperty("TWP_Protocol", &StmProperties::twpProtocol),
-    IntegerProperty("STM_DTC_fprocess_clock_hz", &StmProperties::traceClockHz, TextConversion::Clock),
-    IntegerProperty("STM_DTC_target_clock_hz", &StmProperties::targetClockHz, TextConversion::Clock),
+    IntegerProperty("STM_DTC_fprocess_clock_hz", &StmProperties::traceClockHz, ValueShape::Clock),
+    IntegerProperty("STM_DTC_target_clock_hz", &StmProperties::targetClockHz, ValueShape::Clock),
     IntegerProperty("STM_DTC_target_pins", &StmProperties::targetPins),
     // "00" and "no" are false here and true for every other flag (docs/settings-text.md, "Grammar").
-    FlagProperty("Needs_Preprocess", &StmProperties::needsPreprocess, TextConversion::NumericFlag),
+    FlagProperty("Needs_Preprocess", &StmProperties::needsPreprocess, ValueShape::NumericFlag),
     IntegerProperty("STM_STP_Version", &StmProperties::stpVersion),
     IntegerProperty("STM_ATB_Id", &StmProperties::atbId),
     // Alone among the flags hosts set it by the union's boolean byte (docs/host-guide.md).
-    FlagProperty("STM_VornLib_Import", &StmProperties::vornLibImport, TextConversion::Flag, FlagSource::BooleanByte),
-    IntegerProperty("CTSET_EVEVT_GROUP_NUM", &StmProperties::ctsetEventGroupNum),  // the name is spelled so
+    FlagProperty("STM_VornLib_Import", &StmProperties::vornLibImport, ValueShape::Flag, FlagSource::BooleanByte),
+    IntegerProperty("CTSET_EVEVT_GROUP_NUM", &StmProperties::ctsetEventGroupNum),  // hosts know it by this spelling
 };
 
 /// The property called exactly `name`, or null.
-const StmProperty* FindStmProperty(std::string_view name);
+constexpr const StmProperty* FindStmProperty(std::string_view name) {
+    const auto* found = std::find_if(kStmProperties.begin(), kStmProperties.end(),
+                                     [name](const StmProperty& property) { return name == property.name; });
+    return found == kStmProperties.end() ? nullptr : found;
+}
 
-/// The low 32 bits of `text` read by strtol in base 10.
-std::int32_t IntegerFromText(const char* text);
+/// What a text reads as: flags 0 or 1, a clock outside of 64 bits 0.
+std::int32_t NumberFromText(ValueShape shape, const std::string& text);
 
-/// `text` read by strtod, truncated toward zero to 64 bits, of which the low 32 are kept.
-std::int32_t ClockFromText(const char* text);
-
-/// Sets `property` from its text form.
-void SetFromText(StmProperties& properties, const StmProperty& property, const std::string& text);
-
-/// The same by name; false when there is no such property.
+/// Sets the property called `name` from its text form; false when there is none.
 bool SetFromText(StmProperties& properties, std::string_view name, std::string_view text);
+
+/// Sets a property; a flag is true unless `number` is 0.
+void SetNumber(StmProperties& properties, const StmProperty& property, std::int32_t number);
 
 /// The property's value as the settings text shows it, flags as 0 or 1.
 std::int32_t NumberOf(const StmProperties& properties, const StmProperty& property);

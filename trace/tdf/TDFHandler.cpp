@@ -136,7 +136,7 @@ void TDFHandler::GetSectionDataLengthInBytes(const char* path, const char* name,
                                              unsigned int& payloadLength) {
     payloadLength = 0;
     ThrowUnless(CanOpenForReading(path), TDFError::LoadFileName);
-    // The extension is deliberately not looked at here.
+    // Alone of its kind it does not look at the extension (docs/tdf.md).
     const PosixFile file = OpenForReading(path);
     payloadLength = RequireSection(file, name, version, TDFError::SectionSizeNotFound).payloadLength;
 }

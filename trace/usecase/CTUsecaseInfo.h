@@ -2,28 +2,16 @@
 
 #include <cstdint>
 #include <span>
-#include <sstream>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "trace/format/UsecaseKind.h"
 #include "trace/usecase/CTUsecaseInfoIF.h"
+#include "trace/usecase/UsecaseInfoBase.h"
 
 namespace Zu::Wep::Trace {
 
-class BlockLines;
-class BlockWriteReporter;
-template <class Owner>
-struct BlockField;
-
 /// A CP-tracer use case and its block text (docs/use-case-blocks.md).
-class CTUsecaseInfo : public CTUsecaseInfoIF {
+class CTUsecaseInfo : public UsecaseInfoBase<CTUsecaseInfo, CTUsecaseInfoIF> {
   public:
-    CTUsecaseInfo();
-    CTUsecaseInfo(const CTUsecaseInfo& other) = default;
-    CTUsecaseInfo& operator=(const CTUsecaseInfo& other) = default;
-
     void SetModuleId(unsigned int id) override { m_moduleId = id; }
     unsigned int GetModuleId() const override { return m_moduleId; }
     void SetModuleName(const char* name) override { m_moduleName = name; }
@@ -34,39 +22,38 @@ class CTUsecaseInfo : public CTUsecaseInfoIF {
     unsigned int GetSampleWindow() const override { return m_sampleWindow; }
     void SetJobNum(int job) override { m_jobNum = job; }
     int GetJobNum() const override { return m_jobNum; }
-    void SetDataOptions(eCTDataOption option, bool enable) override;
-    bool IsOptionEnabled(eCTDataOption option) const override;
+    void SetDataOptions(eCTDataOption option, bool enable) override {
+        m_dataOptions = enable ? m_dataOptions | Bit(option) : m_dataOptions & ~Bit(option);
+    }
+    bool IsOptionEnabled(eCTDataOption option) const override { return (m_dataOptions & Bit(option)) != 0; }
     void SetClockRate(unsigned int rate) override { m_clockRate = rate; }
     unsigned int GetClockRate() const override { return m_clockRate; }
     void SetDividFactor(unsigned int factor) override { m_dividFactor = factor; }
     unsigned int GetDividFactor() const override { return m_dividFactor; }
     void SetModuleMode(unsigned int mode) override { m_moduleMode = mode; }
     unsigned int GetModuleMode() const override { return m_moduleMode; }
-    ~CTUsecaseInfo() override;
 
     /// Sets every field to its default.
-    void CleanUp();
-    /// Appends the block. Returns 0.
-    int DoExport(std::string& out) const;
-    /// Reads one block into this object, which the caller has reset. `line` is the line read last: "{" means that the
-    /// block is already open. Returns 0 done, 1 no block of this kind here, -1 bad block.
-    int DoImport(const char* line, std::istringstream& in);
-    /// Handles one key line. Returns 0 handled or ignored, 1 no "=" in the line, -1 line too long.
-    int ProccessLine(const char* line, std::istringstream& in);
-    /// Reads up to and including the next opening line. Returns 0 found, 1 not found.
-    static int SearchForNextUsecase(const char* line, std::istringstream& in);
+    void CleanUp() { *this = CTUsecaseInfo(); }
 
-    /// `DoExport` and `DoImport` to and from lines, telling a reporter what they meet.
-    void Export(std::string& out, BlockWriteReporter& reporter) const;
-    int Import(std::string_view line, BlockLines& in);
-
-    /// The keys that a block sets, in the order of its lines; counters and formulas apart.
-    static std::vector<std::string_view> Keys();
+    /// In the order of the block's lines.
+    static std::span<const BlockField<CTUsecaseInfo>> Fields() {
+        static constexpr BlockField<CTUsecaseInfo> fields[] = {
+            {"sid", &CTUsecaseInfo::m_moduleId},    {"name", &CTUsecaseInfo::m_moduleName},
+            {"jobid", &CTUsecaseInfo::m_jobNum},    {"probe", &CTUsecaseInfo::m_probeName},
+            {"sw", &CTUsecaseInfo::m_sampleWindow}, {"cr", &CTUsecaseInfo::m_clockRate},
+            {"df", &CTUsecaseInfo::m_dividFactor},  {"mode", &CTUsecaseInfo::m_moduleMode},
+            {"do", &CTUsecaseInfo::m_dataOptions},
+        };
+        return fields;
+    }
 
     static constexpr UsecaseKind kKind = UsecaseKind::Cpt;
 
   private:
-    static std::span<const BlockField<CTUsecaseInfo>> Fields();
+    static std::uint32_t Bit(eCTDataOption option) {
+        return std::uint32_t{1} << (static_cast<std::uint32_t>(option) & 31U);
+    }
 
     // Other defaults than those of an SC use case (docs/use-case-blocks.md).
     std::uint32_t m_moduleId = 0;

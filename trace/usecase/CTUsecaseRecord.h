@@ -6,10 +6,6 @@
 
 namespace Zu::Wep::Trace {
 
-class CTUsecaseRecord : public UsecaseRecordBase<CTUsecaseRecordIF, CTUsecaseInfo> {
-  public:
-    CTUsecaseInfoIF* GetAUsecaseInfo() override;
-    ~CTUsecaseRecord() override;
-};
+class CTUsecaseRecord : public UsecaseRecordBase<CTUsecaseRecordIF, CTUsecaseInfo> {};
 
 }  // namespace Zu::Wep::Trace

@@ -3,13 +3,6 @@
 #include <algorithm>
 
 namespace Zu::Wep::Trace {
-namespace {
-
-PMIUsecaseInfo sharedPMIUsecase;
-
-}  // namespace
-
-PMIUsecaseRecord::~PMIUsecaseRecord() = default;
 
 void PMIUsecaseRecord::RemoveUsecase(int source) {
     const auto index = static_cast<unsigned int>(source);
@@ -26,11 +19,6 @@ UsecaseInfoIFBase* PMIUsecaseRecord::GetUsecase(unsigned int source) {
         return usecase.GetModuleName() == kSourceNames[source];
     });
     return found == m_usecases.end() ? nullptr : &*found;
-}
-
-UsecaseInfoIFBase* PMIUsecaseRecord::GetAUsecaseInfo() {
-    sharedPMIUsecase.CleanUp();
-    return &sharedPMIUsecase;
 }
 
 }  // namespace Zu::Wep::Trace

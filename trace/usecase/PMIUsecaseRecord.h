@@ -18,8 +18,6 @@ class PMIUsecaseRecord : public UsecaseRecordBase<PMIUsecaseRecordIF, PMIUsecase
     /// Removes all use cases of the source; any index but 0, 1 and 2 empties the record (docs/host-guide.md).
     void RemoveUsecase(int source) override;
     UsecaseInfoIFBase* GetUsecase(unsigned int source) override;
-    UsecaseInfoIFBase* GetAUsecaseInfo() override;
-    ~PMIUsecaseRecord() override;
 };
 
 }  // namespace Zu::Wep::Trace

@@ -1,18 +1,15 @@
 #include "trace/usecase/UsecaseInfo.h"
 
-#include "trace/format/BlockField.h"
-#include "trace/usecase/UsecaseLog.h"
-
 namespace Zu::Wep::Trace {
 namespace {
 
-constexpr BlockField<FormulaInfo> FormulaFieldTable[] = {
+constexpr BlockField<FormulaInfo> kFormulaFieldTable[] = {
     {"name", &FormulaInfo::name},
     {"formula", &FormulaInfo::formula},
     {"unit", &FormulaInfo::unit},
     {"ofmask", &FormulaInfo::ofmask},
 };
-constexpr std::span<const BlockField<FormulaInfo>> FormulaFields = FormulaFieldTable;
+constexpr std::span<const BlockField<FormulaInfo>> kFormulaFields = kFormulaFieldTable;
 
 // The number in the three characters behind the first ":", or in the first three characters where there is none.
 std::uint32_t TagNumber(std::string_view formula) {
@@ -27,7 +24,7 @@ bool AcceptsFirstLine(std::string_view line) {
 
 void WriteFormula(std::string& out, const FormulaInfo& formula, BlockWriteReporter& reporter) {
     AppendBlockLine(out, kFormulaOpen);
-    WriteFields(out, formula, FormulaFields, reporter);
+    WriteFields(out, formula, kFormulaFields, reporter);
     AppendBlockLine(out, kFormulaClose);
 }
 
@@ -37,35 +34,6 @@ Item* ItemAt(std::vector<Item>& items, unsigned int index) {
 }
 
 }  // namespace
-
-UsecaseInfo::UsecaseInfo() = default;
-
-UsecaseInfo::~UsecaseInfo() = default;
-
-UsecaseInfo& UsecaseInfo::operator=(const UsecaseInfo& other) {
-    // Copies first: the source may be this object, whose lists then double as any other's would.
-    const std::vector<_CounterLineInfo> counters = other.m_counters;
-    const std::vector<FormulaInfo> formulas = other.m_formulas;
-    m_moduleId = other.m_moduleId;
-    m_moduleName = other.m_moduleName;
-    m_sampleWindow = other.m_sampleWindow;
-    m_jobNum = other.m_jobNum;
-    m_suppress = other.m_suppress;
-    m_counters.insert(m_counters.end(), counters.begin(), counters.end());
-    m_formulas.insert(m_formulas.end(), formulas.begin(), formulas.end());
-    return *this;
-}
-
-void UsecaseInfo::CleanUp() {
-    m_moduleId = 0;
-    m_moduleName.clear();
-    m_probeName.clear();
-    m_counters.clear();
-    m_formulas.clear();
-    m_sampleWindow = 0;
-    m_jobNum = -1;
-    m_suppress = false;
-}
 
 void UsecaseInfo::AddCounter(const _CounterLineInfo* counter) { m_counters.push_back(*counter); }
 
@@ -81,24 +49,7 @@ _CounterLineInfo* UsecaseInfo::GetCounterInfo(unsigned int index) { return ItemA
 
 FormulaInfo* UsecaseInfo::GetFormula(unsigned int index) { return ItemAt(m_formulas, index); }
 
-std::span<const BlockField<UsecaseInfo>> UsecaseInfo::Fields() {
-    static constexpr BlockField<UsecaseInfo> fields[] = {
-        {"id", &UsecaseInfo::m_moduleId},     {"name", &UsecaseInfo::m_moduleName},
-        {"jobid", &UsecaseInfo::m_jobNum},    {"probe", &UsecaseInfo::m_probeName},
-        {"sw", &UsecaseInfo::m_sampleWindow}, {"suppress", &UsecaseInfo::m_suppress},
-    };
-    return fields;
-}
-
-std::vector<std::string_view> UsecaseInfo::Keys() { return KeysOf(Fields()); }
-
-std::vector<std::string_view> UsecaseInfo::FormulaKeys() { return KeysOf(FormulaFields); }
-
-int UsecaseInfo::DoExport(std::string& out) const {
-    UsecaseLog log;
-    Export(out, log);
-    return 0;
-}
+std::vector<std::string_view> UsecaseInfo::FormulaKeys() { return KeysOf(kFormulaFields); }
 
 void UsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
     AppendBlockLine(out, kBlockOpen);
@@ -112,11 +63,6 @@ void UsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
         WriteFormula(out, formula, reporter);
     }
     AppendBlockLine(out, kBlockClose);
-}
-
-int UsecaseInfo::DoImport(const char* line, std::istringstream& in) {
-    BlockLines lines(kKind, in);
-    return Import(line, lines);
 }
 
 int UsecaseInfo::Import(std::string_view line, BlockLines& in) {
@@ -159,14 +105,14 @@ LineResult UsecaseInfo::ReadFormula(std::string_view& line, BlockLines& in) {
 int UsecaseInfo::ReadFormulaLines(std::string_view& line, BlockLines& in) {
     FormulaInfo formula;
     constexpr bool kIsInFormula = true;
-    int result = StoreLine(formula, FormulaFields, line, in, kIsInFormula);
+    int result = StoreLine(formula, kFormulaFields, line, in, kIsInFormula);
     if (result != 0) {
         return result;
     }
     bool isOpen = true;
     while (isOpen && in.Next(line)) {
         isOpen = line != kFormulaClose;
-        result = isOpen ? StoreLine(formula, FormulaFields, line, in, kIsInFormula) : 0;
+        result = isOpen ? StoreLine(formula, kFormulaFields, line, in, kIsInFormula) : 0;
         if (result < 0) {
             return result;
         }
@@ -178,11 +124,6 @@ int UsecaseInfo::ReadFormulaLines(std::string_view& line, BlockLines& in) {
     formula.tagNumber = TagNumber(formula.formula);
     m_formulas.push_back(std::move(formula));
     return 0;
-}
-
-int UsecaseInfo::SearchForNextUsecase(const char* line, std::istringstream& in) {
-    BlockLines lines(kKind, in);
-    return SearchForNextBlock(line, lines);
 }
 
 }  // namespace Zu::Wep::Trace

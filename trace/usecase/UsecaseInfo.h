@@ -2,31 +2,36 @@
 
 #include <cstdint>
 #include <span>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "trace/format/UsecaseKind.h"
+#include "trace/usecase/UsecaseInfoBase.h"
 #include "trace/usecase/UsecaseInfoIF.h"
 
 namespace Zu::Wep::Trace {
 
-class BlockLines;
-class BlockWriteReporter;
-enum class LineResult;
-template <class Owner>
-struct BlockField;
-
 /// A statistics-counter use case and its block text (docs/use-case-blocks.md).
-class UsecaseInfo : public UsecaseInfoIF {
+class UsecaseInfo : public UsecaseInfoBase<UsecaseInfo, UsecaseInfoIF> {
   public:
-    UsecaseInfo();
+    UsecaseInfo() = default;
     UsecaseInfo(const UsecaseInfo& other) = default;
     UsecaseInfo(UsecaseInfo&& other) noexcept = default;
     /// Not a plain copy (docs/host-guide.md): the probe name stays, counters and formulas are appended to those held.
     /// Containers of use cases therefore never assign their elements; they copy-construct them.
-    UsecaseInfo& operator=(const UsecaseInfo& other);
+    UsecaseInfo& operator=(const UsecaseInfo& other) {
+        // Copies first: the source may be this object, whose lists then double as any other's would.
+        const std::vector<_CounterLineInfo> counters = other.m_counters;
+        const std::vector<FormulaInfo> formulas = other.m_formulas;
+        m_moduleId = other.m_moduleId;
+        m_moduleName = other.m_moduleName;
+        m_sampleWindow = other.m_sampleWindow;
+        m_jobNum = other.m_jobNum;
+        m_suppress = other.m_suppress;
+        m_counters.insert(m_counters.end(), counters.begin(), counters.end());
+        m_formulas.insert(m_formulas.end(), formulas.begin(), formulas.end());
+        return *this;
+    }
 
     void SetModuleId(unsigned int id) override { m_moduleId = id; }
     unsigned int GetModuleId() const override { return m_moduleId; }
@@ -46,33 +51,40 @@ class UsecaseInfo : public UsecaseInfoIF {
     unsigned int GetNumFormulars() const override;
     _CounterLineInfo* GetCounterInfo(unsigned int index) override;
     FormulaInfo* GetFormula(unsigned int index) override;
-    ~UsecaseInfo() override;
+    ~UsecaseInfo() override = default;
 
     /// Sets every field to its default.
-    void CleanUp();
-    /// Appends the block. Returns 0.
-    int DoExport(std::string& out) const;
-    /// Reads one block into this object, which the caller has reset. `line` is the line read last: "{" means that the
-    /// block is already open. Returns 0 done, 1 no block of this kind here, -1 bad block.
-    int DoImport(const char* line, std::istringstream& in);
+    void CleanUp() {
+        m_moduleId = 0;
+        m_moduleName.clear();
+        m_probeName.clear();
+        m_counters.clear();
+        m_formulas.clear();
+        m_sampleWindow = 0;
+        m_jobNum = -1;
+        m_suppress = false;
+    }
     /// Handles one key line. With `inFormula` it is the first line of a formula, the rest of which is read from `in`.
     /// Returns 0 handled or ignored, 1 no "=" in the line, -1 line too long.
     int ProccessLine(const char* line, bool inFormula, std::istringstream& in);
-    /// Reads up to and including the next opening line. Returns 0 found, 1 not found.
-    static int SearchForNextUsecase(const char* line, std::istringstream& in);
 
-    /// `DoExport` and `DoImport` to and from lines, telling a reporter what they meet.
     void Export(std::string& out, BlockWriteReporter& reporter) const;
     int Import(std::string_view line, BlockLines& in);
 
-    /// The keys that a block sets, in the order of its lines; counters and formulas apart.
-    static std::vector<std::string_view> Keys();
+    /// In the order of the block's lines; counters and formulas apart.
+    static std::span<const BlockField<UsecaseInfo>> Fields() {
+        static constexpr BlockField<UsecaseInfo> fields[] = {
+            {"id", &UsecaseInfo::m_moduleId},     {"name", &UsecaseInfo::m_moduleName},
+            {"jobid", &UsecaseInfo::m_jobNum},    {"probe", &UsecaseInfo::m_probeName},
+            {"sw", &UsecaseInfo::m_sampleWindow}, {"suppress", &UsecaseInfo::m_suppress},
+        };
+        return fields;
+    }
     static std::vector<std::string_view> FormulaKeys();
 
     static constexpr UsecaseKind kKind = UsecaseKind::Sc;
 
   private:
-    static std::span<const BlockField<UsecaseInfo>> Fields();
     int StoreKeyLine(std::string_view line, const BlockLines& in);
     LineResult ReadFormula(std::string_view& line, BlockLines& in);
     int ReadFormulaLines(std::string_view& line, BlockLines& in);

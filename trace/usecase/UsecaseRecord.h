@@ -6,10 +6,6 @@
 
 namespace Zu::Wep::Trace {
 
-class UsecaseRecord : public UsecaseRecordBase<UsecaseRecordIF, UsecaseInfo> {
-  public:
-    UsecaseInfoIF* GetAUsecaseInfo() override;
-    ~UsecaseRecord() override;
-};
+class UsecaseRecord : public UsecaseRecordBase<UsecaseRecordIF, UsecaseInfo> {};
 
 }  // namespace Zu::Wep::Trace

@@ -38,6 +38,11 @@ class UsecaseRecordBase : public RecordIF {
         return index < m_usecases.size() ? &m_usecases[index] : nullptr;
     }
 
+    Interface* GetAUsecaseInfo() override {
+        s_shared.CleanUp();
+        return &s_shared;
+    }
+
     int SaveAllRecords(std::string& out) const override {
         int result = 0;
         for (const Info& usecase : m_usecases) {
@@ -77,6 +82,7 @@ class UsecaseRecordBase : public RecordIF {
     }
 
     const std::vector<Info>& Usecases() const { return m_usecases; }
+    void CopyFrom(const UsecaseRecordBase& other) { std::vector<Info>(other.m_usecases).swap(m_usecases); }
 
   protected:
     /// All stay where they are when memory runs out.
@@ -88,6 +94,9 @@ class UsecaseRecordBase : public RecordIF {
     }
 
     std::vector<Info> m_usecases;
+
+  private:
+    inline static Info s_shared;
 };
 
 }  // namespace Zu::Wep::Trace
