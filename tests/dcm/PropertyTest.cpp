@@ -42,24 +42,26 @@ TEST_F(PropertyTest, UnknownNamesAreLoggedAndChangeNothing) {
 }
 
 TEST_F(PropertyTest, TextBecomesValueByFourRules) {
-    const std::tuple<const char*, const char*, int> cases[] = {{"STM_data_flip", "00", 1},
-                                                               {"STM_data_flip", "no", 1},
-                                                               {"HEAD_Present_1", "0", 0},
-                                                               {"STM_VornLib_Import", "0x0", 1},
-                                                               {"Needs_Preprocess", "00", 0},
-                                                               {"Needs_Preprocess", "no", 0},
-                                                               {"Needs_Preprocess", "4294967296", 0},
-                                                               {"Needs_Preprocess", "-1", 1},
-                                                               {"STM_DTC_target_clock_hz", "2.5e8", 250000000},
-                                                               {"STM_DTC_target_clock_hz", "-2.9", -2},
-                                                               {"STM_DTC_fprocess_clock_hz", "4294967297.5", 1},
-                                                               {"STM_DTC_fprocess_clock_hz", "1e300", 0},
-                                                               {"STM_DTC_fprocess_clock_hz", "nan", 0},
-                                                               {"STM_ATB_Id", "1e3", 1},
-                                                               {"STM_ATB_Id", "0x1F", 0},
-                                                               {"STM_ATB_Id", "99999999999", 1215752191},
-                                                               {"HEAD_Pointer_0", "99999999999999999999", -1},
-                                                               {"MReqInfo_Sel_3", "+7x", 7}};
+    const std::tuple<const char*, const char*, int> cases[] = {
+        {"STM_data_flip", "00", 1},
+        {"STM_data_flip", "no", 1},
+        {"HEAD_Present_1", "0", 0},
+        {"STM_VornLib_Import", "0x0", 1},
+        {"Needs_Preprocess", "00", 0},
+        {"Needs_Preprocess", "no", 0},
+        {"Needs_Preprocess", "4294967296", 0},
+        {"Needs_Preprocess", "-1", 1},
+        {"STM_DTC_target_clock_hz", "2.5e8", 250000000},
+        {"STM_DTC_target_clock_hz", "-2.9", -2},
+        {"STM_DTC_fprocess_clock_hz", "4294967297.5", 1},
+        {"STM_DTC_fprocess_clock_hz", "1e300", 0},
+        {"STM_DTC_fprocess_clock_hz", "nan", 0},
+        {"STM_ATB_Id", "1e3", 1},
+        {"STM_ATB_Id", "0x1F", 0},
+        {"STM_ATB_Id", "99999999999", 1215752191},
+        {"HEAD_Pointer_0", "99999999999999999999", -1},
+        {"MReqInfo_Sel_3", "+7x", 7},
+    };
     for (const auto& [name, text, value] : cases) {
         EXPECT_TRUE(m_manager->ExtractValue(name, text));
         EXPECT_EQ(Number(name), value) << name << " from " << text;
