@@ -51,13 +51,13 @@ class TemporaryFile {
 const char* LargeCapture() {
     static const TemporaryFile file;
     static const bool filled = [] {
-        file.WriteAt(0, std::string(TDFIdentifier));
+        file.WriteAt(0, std::string(kTDFIdentifier));
         for (unsigned i = 0; i < kSections; ++i) {
             const unsigned version = i + 1 == kSections ? kLastVersion : 1;
-            file.WriteAt(FirstSectionOffset + std::uint64_t{i} * kSectionLength,
+            file.WriteAt(kFirstSectionOffset + std::uint64_t{i} * kSectionLength,
                          EncodeSectionStart(kSectionLength, "TRACE0", version));
         }
-        return ::truncate(file.Path(), FirstSectionOffset + std::uint64_t{kSections} * kSectionLength) == 0;
+        return ::truncate(file.Path(), kFirstSectionOffset + std::uint64_t{kSections} * kSectionLength) == 0;
     }();
     return filled ? file.Path() : "";
 }
@@ -76,12 +76,12 @@ void FindWithStdio(benchmark::State& state) {
     const char* path = LargeCapture();
     for (auto _ : state) {
         std::FILE* stream = std::fopen(path, "rb");
-        long position = FirstSectionOffset;
-        char start[SectionHeader::Size + 6];
+        long position = kFirstSectionOffset;
+        char start[SectionHeader::kSize + 6];
         std::fseek(stream, position, SEEK_SET);
         while (std::fread(start, 1, sizeof start, stream) == sizeof start) {
             const SectionHeader header = DecodeSectionHeader(start);
-            if (header.version == kLastVersion && std::memcmp(start + SectionHeader::Size, "TRACE0", 6) == 0) {
+            if (header.version == kLastVersion && std::memcmp(start + SectionHeader::kSize, "TRACE0", 6) == 0) {
                 break;
             }
             position += header.length;
@@ -96,18 +96,18 @@ const std::string kPayload(4096, 'x');
 
 void AppendOurs(benchmark::State& state) {
     const TemporaryFile file;
-    file.WriteAt(0, std::string(TDFIdentifier));
+    file.WriteAt(0, std::string(kTDFIdentifier));
     for (auto _ : state) {
         stmdcm_test::AppendSection(file.Path(), "BENCH", 1, kPayload);
         state.PauseTiming();
-        if (::truncate(file.Path(), FirstSectionOffset) != 0) std::exit(1);
+        if (::truncate(file.Path(), kFirstSectionOffset) != 0) std::exit(1);
         state.ResumeTiming();
     }
 }
 
 void AppendInTwoSteps(benchmark::State& state) {
     const TemporaryFile file;
-    file.WriteAt(0, std::string(TDFIdentifier));
+    file.WriteAt(0, std::string(kTDFIdentifier));
     for (auto _ : state) {
         unsigned offset = 0, length = 0;
         TDFHandler().SaveSectionHeader(file.Path(), "BENCH", 1, offset);
@@ -117,7 +117,7 @@ void AppendInTwoSteps(benchmark::State& state) {
         ::fdatasync(descriptor);
         ::close(descriptor);
         state.PauseTiming();
-        if (::truncate(file.Path(), FirstSectionOffset) != 0) std::exit(1);
+        if (::truncate(file.Path(), kFirstSectionOffset) != 0) std::exit(1);
         state.ResumeTiming();
     }
 }

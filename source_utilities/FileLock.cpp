@@ -12,8 +12,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds FirstPause{1};
-constexpr std::chrono::milliseconds LongestPause{20};
+constexpr std::chrono::milliseconds kFirstPause{1};
+constexpr std::chrono::milliseconds kLongestPause{20};
 
 bool Lock(int descriptor, int operation) {
     int result = 0;
@@ -29,7 +29,7 @@ FileLock::FileLock(const PosixFile& file) : m_descriptor(file.Descriptor()) { m_
 
 FileLock::FileLock(const PosixFile& file, LockPatience& patience) : m_descriptor(file.Descriptor()) {
     const Clock::time_point end = Clock::now() + patience.left;
-    std::chrono::nanoseconds pause = FirstPause;
+    std::chrono::nanoseconds pause = kFirstPause;
     while (!(m_isHeld = Lock(m_descriptor, LOCK_EX | LOCK_NB)) && errno == EWOULDBLOCK) {
         patience.left = end - Clock::now();
         if (patience.left <= patience.left.zero()) {
@@ -37,7 +37,7 @@ FileLock::FileLock(const PosixFile& file, LockPatience& patience) : m_descriptor
             break;
         }
         std::this_thread::sleep_for(std::min(pause, patience.left));
-        pause = std::min<std::chrono::nanoseconds>(2 * pause, LongestPause);
+        pause = std::min<std::chrono::nanoseconds>(2 * pause, kLongestPause);
     }
     patience.left = std::max(end - Clock::now(), patience.left.zero());
 }

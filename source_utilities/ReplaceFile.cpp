@@ -18,7 +18,7 @@ namespace ZU_WEP {
 
 namespace {
 
-constexpr int MaxLinks = 40;
+constexpr int kMaxLinks = 40;
 
 /// Not allowed or not possible here, as opposed to gone wrong.
 bool IsRefusal(int error) {
@@ -48,7 +48,7 @@ class LazyText {
 
 /// The name behind the symbolic links, which need not exist.
 std::filesystem::path FollowLinks(std::filesystem::path path) {
-    for (int links = 0; links < MaxLinks; ++links) {
+    for (int links = 0; links < kMaxLinks; ++links) {
         std::error_code error;
         const std::filesystem::path link = std::filesystem::read_symlink(path, error);
         if (error) {

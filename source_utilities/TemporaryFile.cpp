@@ -17,19 +17,19 @@ namespace ZU_WEP {
 
 namespace {
 
-constexpr int MaxNameAttempts = 1000;
-constexpr mode_t PermissionBits = 07777;
+constexpr int kMaxNameAttempts = 1000;
+constexpr mode_t kPermissionBits = 07777;
 
-constexpr std::string_view NameStart = ".stmdcm-";
-constexpr std::string_view NameEnd = ".tmp";
+constexpr std::string_view kNameStart = ".stmdcm-";
+constexpr std::string_view kNameEnd = ".tmp";
 
 /// Whether it is a temporary file's name, of a process that is gone.
 bool IsLeftover(std::string_view name) {
-    if (!name.starts_with(NameStart) || !name.ends_with(NameEnd)) {
+    if (!name.starts_with(kNameStart) || !name.ends_with(kNameEnd)) {
         return false;
     }
     pid_t process = 0;
-    const char* const digits = name.data() + NameStart.size();
+    const char* const digits = name.data() + kNameStart.size();
     const auto [end, failure] = std::from_chars(digits, name.data() + name.size(), process);
     return failure == std::errc() && *end == '-' && process > 0 && ::kill(process, 0) != 0 && errno == ESRCH;
 }
@@ -62,9 +62,9 @@ void TemporaryFile::RemoveLeftovers(const std::string& directory) {
 
 TemporaryFile::TemporaryFile(const std::string& directory, mode_t mode) {
     static std::atomic<unsigned> counter{0};
-    for (int attempt = 0; attempt < MaxNameAttempts; ++attempt) {
-        m_path = directory + "/" + std::string(NameStart) + std::to_string(::getpid()) + "-" +
-                 std::to_string(++counter) + std::string(NameEnd);
+    for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
+        m_path = directory + "/" + std::string(kNameStart) + std::to_string(::getpid()) + "-" +
+                 std::to_string(++counter) + std::string(kNameEnd);
         m_file = PosixFile::Open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode);
         if (m_file.IsOpen() || errno != EEXIST) {
             break;
@@ -92,7 +92,7 @@ bool TemporaryFile::TakeModeAndOwner(const struct stat& other) {
     }
     const bool sameOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
     return (sameOwner || ::fchown(descriptor, other.st_uid, other.st_gid) == 0) &&
-           ::fchmod(descriptor, other.st_mode & PermissionBits) == 0;
+           ::fchmod(descriptor, other.st_mode & kPermissionBits) == 0;
 }
 
 bool TemporaryFile::Fill(std::string_view content) {

@@ -7,7 +7,7 @@ namespace ZU_WEP {
 
 namespace {
 
-constexpr int WriteSignals[] = {SIGXFSZ, SIGPIPE};
+constexpr int kWriteSignals[] = {SIGXFSZ, SIGPIPE};
 
 }  // namespace
 
@@ -15,14 +15,14 @@ WriteSignalBlock::WriteSignalBlock() {
     const int error = errno;
     sigset_t blocked;
     sigemptyset(&blocked);
-    for (const int signal : WriteSignals) {
+    for (const int signal : kWriteSignals) {
         sigaddset(&blocked, signal);
     }
     pthread_sigmask(SIG_BLOCK, &blocked, &m_maskBefore);
     sigset_t pending;
     sigpending(&pending);
     sigemptyset(&m_own);
-    for (const int signal : WriteSignals) {
+    for (const int signal : kWriteSignals) {
         if (sigismember(&pending, signal) == 0) {
             sigaddset(&m_own, signal);
         }

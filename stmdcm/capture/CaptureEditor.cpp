@@ -54,7 +54,7 @@ CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sectio
         }
         plan.bytes += Encode(section, old.empty() ? Retired(section.version) : section.version);
     }
-    if (m_end.offset > MaxFileSize || plan.bytes.size() > MaxFileSize - m_end.offset) {
+    if (m_end.offset > kMaxFileSize || plan.bytes.size() > kMaxFileSize - m_end.offset) {
         throw Failure(m_file.Path(), "the capture would grow past 4 GiB; nothing was changed");
     }
     return plan;
@@ -135,8 +135,8 @@ std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) cons
 }
 
 std::string CaptureEditor::Encode(const NewSection& section, std::uint32_t version) const {
-    const std::uint64_t length = SectionHeader::Size + section.name.size() + section.payload.size();
-    if (length > MaxSectionLength) {
+    const std::uint64_t length = SectionHeader::kSize + section.name.size() + section.payload.size();
+    if (length > kMaxSectionLength) {
         throw Failure(m_file.Path(),
                       fmt::format("the new section {} would be over 128 MiB, which no reader passes; nothing was "
                                   "changed",
@@ -157,7 +157,7 @@ void CaptureEditor::Append(const std::string& bytes) {
 /// Synced one by one, so that no loss of power can let a later one hold without the earlier ones.
 void CaptureEditor::Switch(const VersionWrite& write) {
     const std::string version = EncodeSectionVersion(write.version);
-    if (!m_file.File().WriteAt(write.sectionOffset + SectionHeader::VersionOffset, {version}) ||
+    if (!m_file.File().WriteAt(write.sectionOffset + SectionHeader::kVersionOffset, {version}) ||
         !m_file.File().SyncData()) {
         // Nothing is taken back: after a failed write nobody knows which of the sections is read.
         const int error = errno;

@@ -16,7 +16,7 @@ namespace stmdcm {
 
 namespace {
 
-using Zu::Wep::Trace::TDFIdentifier;
+using Zu::Wep::Trace::kTDFIdentifier;
 
 std::string WhyItCantBeOpened(int error) {
     switch (error) {
@@ -55,11 +55,11 @@ CaptureFile::CaptureFile(std::string path, Identifier identifier)
     if (m_size == 0) {
         throw Failure(m_path, "the file is empty, there is no capture in it");
     }
-    m_hasIdentifier = Read(0, TDFIdentifier.size()) == TDFIdentifier;
+    m_hasIdentifier = Read(0, kTDFIdentifier.size()) == kTDFIdentifier;
     if (!m_hasIdentifier && identifier == Identifier::Required) {
         throw Failure(m_path,
                       fmt::format("this is no capture: it does not begin with \"{}\"; if it was one, try recover",
-                                  TDFIdentifier));
+                                  kTDFIdentifier));
     }
 }
 

@@ -8,8 +8,8 @@
 
 namespace stmdcm {
 
-using Zu::Wep::Trace::FirstSectionOffset;
-using Zu::Wep::Trace::MaxNameLength;
+using Zu::Wep::Trace::kFirstSectionOffset;
+using Zu::Wep::Trace::kMaxNameLength;
 using Zu::Wep::Trace::SectionHeader;
 using Zu::Wep::Trace::SectionInfo;
 using Zu::Wep::Trace::SectionScanner;
@@ -45,19 +45,19 @@ bool IsPlausibleName(std::string_view name) {
 
 std::string_view ComparedName(std::string_view name) { return name.substr(0, name.find('\0')); }
 
-std::uint64_t Section::PayloadOffset() const { return offset + SectionHeader::Size + nameLength; }
+std::uint64_t Section::PayloadOffset() const { return offset + SectionHeader::kSize + nameLength; }
 
 std::uint32_t Section::PayloadLength() const {
-    return length - static_cast<std::uint32_t>(SectionHeader::Size) - nameLength;
+    return length - static_cast<std::uint32_t>(SectionHeader::kSize) - nameLength;
 }
 
-bool Section::IsTooShort() const { return length < SectionHeader::Size || length - SectionHeader::Size < nameLength; }
+bool Section::IsTooShort() const { return length < SectionHeader::kSize || length - SectionHeader::kSize < nameLength; }
 
 Container::Container(std::string path) : m_file(std::move(path)) { Walk(); }
 
 void Container::Walk() {
     CaptureSource source(m_file);
-    SectionScanner scanner(source, FirstSectionOffset, SectionScanner::Reach::PastLimits);
+    SectionScanner scanner(source, kFirstSectionOffset, SectionScanner::Reach::PastLimits);
     std::vector<Key> keys;
     SectionInfo info;
     while (scanner.Next(info)) {
@@ -66,7 +66,7 @@ void Container::Walk() {
             break;
         }
         Section section{info.offset, info.length, info.version,
-                        static_cast<std::uint32_t>(info.payloadOffset - info.offset - SectionHeader::Size)};
+                        static_cast<std::uint32_t>(info.payloadOffset - info.offset - SectionHeader::kSize)};
         if (info.reachable && IsRetired(info.version)) {
             section.use = SectionUse::Retired;
         } else if (info.reachable) {
@@ -108,7 +108,7 @@ void Container::MarkGroup(const Key* begin, const Key* end) {
 }
 
 std::string Container::Name(const Section& section) const {
-    return m_file.Read(section.offset + SectionHeader::Size, std::min(section.nameLength, MaxNameLength));
+    return m_file.Read(section.offset + SectionHeader::kSize, std::min(section.nameLength, kMaxNameLength));
 }
 
 bool Container::HasName(const Section& section, std::string_view name) const {
@@ -131,7 +131,7 @@ const Section* Container::At(std::uint64_t offset) const {
 
 std::uint64_t Container::TrailingOffset() const {
     if (m_sections.empty()) {
-        return std::min(FirstSectionOffset, Size());
+        return std::min(kFirstSectionOffset, Size());
     }
     const Section& last = m_sections.back();
     return std::min(Size(), last.length == 0 ? last.PayloadOffset() : last.End());

@@ -68,9 +68,9 @@ const std::array<WantedSection, 3> kWantedSections = {{
 }};
 
 void ContainerCheck::Run() {
-    if (m_container.Size() > MaxFileSize) {
+    if (m_container.Size() > kMaxFileSize) {
         m_findings.Add(Kind("C-OVER-4GIB"), {}, fmt::format("the file has {} bytes", m_container.Size()),
-                       fmt::format("what is behind offset {} can't be found, and nothing can be saved", MaxFileSize));
+                       fmt::format("what is behind offset {} can't be found, and nothing can be saved", kMaxFileSize));
     }
     for (const Section& section : m_container.Sections()) {
         CheckSection(section);
@@ -112,7 +112,7 @@ void ContainerCheck::CheckLength(const Section& section, const Place& place) {
                        fmt::format("the length {} does not cover the header and name of {} bytes", section.length,
                                    section.PayloadOffset() - section.offset),
                        "whoever wants it gets the rest of the file as its payload; a search goes on inside it");
-    } else if (section.length != 0 && m_container.IsTorn(section) && section.End() <= MaxFileSize) {
+    } else if (section.length != 0 && m_container.IsTorn(section) && section.End() <= kMaxFileSize) {
         m_findings.Add(
             Kind("C-TORN-PAYLOAD"), place,
             fmt::format("the section ends {} past the end of the file",
@@ -163,7 +163,7 @@ void ContainerCheck::TellStop() {
 
 void ContainerCheck::TellTornHeader(std::uint64_t offset) {
     const std::uint64_t rest = m_container.File().Held(offset, m_container.Size());
-    const bool statesLength = rest >= SectionHeader::LengthSize;
+    const bool statesLength = rest >= SectionHeader::kLengthSize;
     m_findings.Add(statesLength ? Kind("C-TORN-HEADER") : Kind("C-TRAILING-BYTES"), {{}, offset},
                    fmt::format("{} at the end of the file are no whole header", Counted(rest, "byte")),
                    statesLength ? "a search ends here; what is in front of it is read as ever"
@@ -184,10 +184,10 @@ void ContainerCheck::TellLost(std::uint64_t begin) {
 
 void ContainerCheck::TellLostIn(std::string_view bytes, std::uint64_t offset) {
     for (const WantedSection& wanted : kWantedSections) {
-        const std::string start = EncodeSectionStart(0, wanted.name, wanted.version).substr(SectionHeader::LengthSize);
+        const std::string start = EncodeSectionStart(0, wanted.name, wanted.version).substr(SectionHeader::kLengthSize);
         for (auto at = bytes.find(start); at != std::string_view::npos; at = bytes.find(start, at + 1)) {
-            const std::uint64_t header = offset + at - SectionHeader::LengthSize;
-            if (at >= SectionHeader::LengthSize && header > m_container.StopOffset() &&
+            const std::uint64_t header = offset + at - SectionHeader::kLengthSize;
+            if (at >= SectionHeader::kLengthSize && header > m_container.StopOffset() &&
                 m_container.At(header) == nullptr) {
                 TellUnreachable({wanted.name, header});
             }

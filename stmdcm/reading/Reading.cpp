@@ -217,7 +217,7 @@ ConfigurationKind KindOf(const CaptureFile& file) {
     }
     if (isNamedCapture) {
         throw Failure(path, fmt::format("this is no capture: it does not begin with \"{}\"; if it was one, try recover",
-                                        TDFIdentifier));
+                                        kTDFIdentifier));
     }
     if (file.Size() > kMaxSettingsFileSize || file.Read(0, kLookedAt).find('\0') != std::string::npos) {
         throw Failure(path, "this is neither a capture nor settings text");

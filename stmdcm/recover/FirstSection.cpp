@@ -7,19 +7,19 @@
 
 namespace stmdcm {
 
-using Zu::Wep::Trace::FirstSectionOffset;
+using Zu::Wep::Trace::kFirstSectionOffset;
 
 namespace {
 
 /// Behind an identifier that was overwritten, without one, and with a part of one.
-constexpr std::uint64_t kPlaces[] = {FirstSectionOffset, 0, 3, 2, 1};
-static_assert(std::size(kPlaces) == FirstSectionOffset + 1);
+constexpr std::uint64_t kPlaces[] = {kFirstSectionOffset, 0, 3, 2, 1};
+static_assert(std::size(kPlaces) == kFirstSectionOffset + 1);
 
 }  // namespace
 
 std::uint64_t FirstSection(const CaptureFile& file, const HeaderRules& rules) {
     if (file.HasIdentifier()) {
-        return FirstSectionOffset;
+        return kFirstSectionOffset;
     }
     // The surest sign first, at every place.
     const std::function<bool(std::uint64_t)> isFirst[] = {

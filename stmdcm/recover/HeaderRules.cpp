@@ -19,19 +19,19 @@ bool IsWantedName(std::string_view name) { return name == kCommonSectionName || 
 bool IsTextSection(std::string_view name) { return name == kDeviceSectionName || name == kStmSectionName; }
 
 std::optional<Section> HeaderRules::HeaderAt(std::uint64_t offset) const {
-    char bytes[SectionHeader::Size];
+    char bytes[SectionHeader::kSize];
     if (m_file.Held(offset, sizeof bytes) < sizeof bytes || m_file.ReadAt(offset, bytes, sizeof bytes) < sizeof bytes) {
         return std::nullopt;
     }
     const SectionHeader header = DecodeSectionHeader(bytes);
-    if (header.nameLength > MaxNameLength) {
+    if (header.nameLength > kMaxNameLength) {
         return std::nullopt;
     }
     return Section{offset, header.length, header.version, header.nameLength};
 }
 
 std::string HeaderRules::NameOf(const Section& section) const {
-    return m_file.Read(section.offset + SectionHeader::Size, std::min(section.nameLength, MaxNameLength));
+    return m_file.Read(section.offset + SectionHeader::kSize, std::min(section.nameLength, kMaxNameLength));
 }
 
 bool HeaderRules::IsWhole(const Section& section) const {
@@ -39,7 +39,7 @@ bool HeaderRules::IsWhole(const Section& section) const {
 }
 
 bool HeaderRules::IsPlausible(const Section& section) const {
-    return !section.IsTooShort() && section.length <= MaxSectionLength && section.nameLength > 0 &&
+    return !section.IsTooShort() && section.length <= kMaxSectionLength && section.nameLength > 0 &&
            IsPlausibleName(NameOf(section));
 }
 
@@ -48,7 +48,7 @@ bool HeaderRules::IsWanted(const Section& section) const {
 }
 
 std::optional<Section> HeaderRules::SectionAt(std::uint64_t offset) const {
-    if (m_file.HasIdentifier() && offset < FirstSectionOffset) {
+    if (m_file.HasIdentifier() && offset < kFirstSectionOffset) {
         return std::nullopt;
     }
     const auto section = HeaderAt(offset);
@@ -57,7 +57,7 @@ std::optional<Section> HeaderRules::SectionAt(std::uint64_t offset) const {
 
 bool HeaderRules::MayEndAt(std::uint64_t offset, int lookAhead) const {
     const std::uint64_t rest = m_file.Held(offset, m_file.Size());
-    if (rest < SectionHeader::Size) {
+    if (rest < SectionHeader::kSize) {
         return true;
     }
     const auto next = HeaderAt(offset);

@@ -15,15 +15,15 @@ using Zu::Wep::Trace::SectionHeader;
 namespace {
 
 constexpr std::uint64_t kBlockSize = 256U << 10;
-constexpr std::uint64_t kOverlap = SectionHeader::Size + kMaxFoundName;
+constexpr std::uint64_t kOverlap = SectionHeader::kSize + kMaxFoundName;
 
 /// Of a name that the bytes don't hold whole, the beginning counts.
 bool MayBeHeader(std::string_view bytes) {
-    if (bytes.size() < SectionHeader::Size) {
+    if (bytes.size() < SectionHeader::kSize) {
         return false;
     }
-    const auto length = LoadLittleEndian<std::uint32_t>(bytes.data() + SectionHeader::NameLengthOffset);
-    return length <= kMaxFoundName && IsPlausibleName(bytes.substr(SectionHeader::Size, length));
+    const auto length = LoadLittleEndian<std::uint32_t>(bytes.data() + SectionHeader::kNameLengthOffset);
+    return length <= kMaxFoundName && IsPlausibleName(bytes.substr(SectionHeader::kSize, length));
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ std::uint64_t HeaderSearch::Find(std::uint64_t from, std::uint64_t to, const IsH
     for (std::uint64_t position = from; position < to;) {
         // A header may begin with zeros that are in the hole.
         const std::uint64_t data = m_file.NextData(position);
-        position = std::max(position, data - std::min<std::uint64_t>(data, SectionHeader::Size));
+        position = std::max(position, data - std::min<std::uint64_t>(data, SectionHeader::kSize));
         if (position >= to) {
             break;
         }

@@ -32,7 +32,7 @@ struct RecoveryPlan {
     Remarks remarks;
 
     std::uint64_t SectionCount() const { return wholeCount + repaired.size(); }
-    std::uint64_t ResultSize() const { return Zu::Wep::Trace::FirstSectionOffset + keptBytes; }
+    std::uint64_t ResultSize() const { return Zu::Wep::Trace::kFirstSectionOffset + keptBytes; }
     /// Nothing was lost and nothing is doubtful.
     bool IsGood() const { return remarks.DoubtCount() == 0; }
 };

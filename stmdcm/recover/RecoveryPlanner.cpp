@@ -60,7 +60,7 @@ void RecoveryPlanner::TellIdentifier(std::uint64_t first) {
                             0,
                             first,
                             {},
-                            fmt::format("the file does not begin with \"{}\"; the result does", TDFIdentifier)});
+                            fmt::format("the file does not begin with \"{}\"; the result does", kTDFIdentifier)});
     }
 }
 
@@ -122,7 +122,7 @@ std::uint64_t RecoveryPlanner::NextFound(std::uint64_t offset) {
 
 bool RecoveryPlanner::HasRoom(const Section& section, std::uint64_t end) const {
     const std::uint64_t room = end - section.offset;
-    return room >= section.PayloadOffset() - section.offset && room <= MaxFileSize;
+    return room >= section.PayloadOffset() - section.offset && room <= kMaxFileSize;
 }
 
 /// A host writes an empty section, then the payload, then the length. Killed before that, it leaves payload behind an
@@ -141,12 +141,12 @@ void RecoveryPlanner::Keep(const Section& section) {
         Tell(RemarkKind::OddName, section, section.length,
              "the section's name is not one that a writer would give; it was kept as it is");
     }
-    const bool isOverLimit = section.length > MaxSectionLength;
+    const bool isOverLimit = section.length > kMaxSectionLength;
     if (isOverLimit) {
         Tell(RemarkKind::OverLimit, section, section.length,
              fmt::format("the section is longer than {} bytes, so no reader finds it; it was put last, in front of "
                          "nothing",
-                         MaxSectionLength));
+                         kMaxSectionLength));
     }
     LookInside(section, section.End());
     auto& extents = isOverLimit ? m_plan.overLimit : m_plan.whole;

@@ -27,7 +27,7 @@ class Writer {
             if (!section || section->IsTooShort() || section->End() > end) {
                 break;  // the file has been changed meanwhile
             }
-            Copy(offset, SectionHeader::Size);
+            Copy(offset, SectionHeader::kSize);
             CopyBehindHeader(*section, section->End());
             offset = section->End();
         }
@@ -35,7 +35,7 @@ class Writer {
     }
 
     void CopyBehindHeader(const Section& section, std::uint64_t end) {
-        const std::uint64_t begin = section.offset + SectionHeader::Size;
+        const std::uint64_t begin = section.offset + SectionHeader::kSize;
         if (m_payloads == Payloads::All || IsOfConfiguration(section)) {
             Copy(begin, end - begin);
             return;
@@ -61,7 +61,7 @@ class Writer {
 void WriteRecovery(const CaptureFile& from, const RecoveryPlan& plan, Payloads payloads, ByteSink& to,
                    const OnCopied& onCopied) {
     Writer writer(from, payloads, to, onCopied);
-    to.Write(TDFIdentifier);
+    to.Write(kTDFIdentifier);
     for (const RecoveryPlan::Extent& extent : plan.whole) {
         writer.CopySections(extent);
     }

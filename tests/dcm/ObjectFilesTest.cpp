@@ -21,8 +21,6 @@
 namespace Zu::Wep::Trace {
 namespace {
 
-using stmdcm_test::AppendSection;
-
 /// Answers by a table and notes what it was asked, behind what it does `inside` its first question.
 class Answers : public CDeviceConfigEvents {
   public:
@@ -89,7 +87,7 @@ class ObjectFilesTest : public ManagerTest {
     /// offset behind the last of them.
     static std::size_t WriteAmongOthers(const std::string& path, const Sections& wanted) {
         const std::string other = stmdcm::MakeSection("TRACE", 1, std::string(100, 't'));
-        std::string bytes(TDFIdentifier);
+        std::string bytes(kTDFIdentifier);
         std::size_t end = 0;
         for (const auto& [name, payload] : wanted) {
             for (int i = 0; i < 20; ++i) {

@@ -137,7 +137,7 @@ TEST_F(CaptureSaveTest, GivesTheBytesOfTheTwoStepProtocol) {
     CaptureTest::Save(kStmSectionName, 1, m_settings);
     EXPECT_EQ(saved, ReadWhole(m_file));
     Copy("empty.tdf");
-    m_settings.resize(MaxSectionLength - 30);  // with the other it would be more than a search passes
+    m_settings.resize(kMaxSectionLength - 30);  // with the other it would be more than a search passes
     EXPECT_EQ(Save(), 0);
     EXPECT_EQ(OpenCapture(m_file).PayloadLength(kStmSection), m_settings.size());
 }
@@ -175,8 +175,8 @@ TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
     const std::uint64_t needed = EncodeSectionStart(0, Name, 9).size() + Payload.size();
     const auto fill = [&](std::uint64_t size) {  // with sections that take no room on the disk
         Copy("empty.tdf");
-        for (std::uint64_t at = FirstSectionOffset; at < size;) {
-            const auto length = static_cast<std::uint32_t>(std::min<std::uint64_t>(MaxSectionLength, size - at));
+        for (std::uint64_t at = kFirstSectionOffset; at < size;) {
+            const auto length = static_cast<std::uint32_t>(std::min<std::uint64_t>(kMaxSectionLength, size - at));
             ZU_WEP::PosixFile::Open(m_path, O_WRONLY).WriteAt(at, {EncodeSectionLength(length)});
             at += length;
         }
@@ -184,10 +184,10 @@ TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
     };
     for (const std::uint64_t room : {std::uint64_t{8}, needed - 1, needed}) {
         const std::string refusal = room < needed ? "Section header offset to save data is not valid." : "";
-        fill(MaxFileSize - room);
+        fill(kMaxFileSize - room);
         EXPECT_EQ(ErrorOf([&] { AppendSection(m_path, Name, 9, Payload); }), refusal);
-        EXPECT_EQ(std::filesystem::file_size(m_file), MaxFileSize - (room < needed ? room : 0));
-        std::filesystem::resize_file(m_file, MaxFileSize - room);
+        EXPECT_EQ(std::filesystem::file_size(m_file), kMaxFileSize - (room < needed ? room : 0));
+        std::filesystem::resize_file(m_file, kMaxFileSize - room);
         EXPECT_EQ(ErrorOf([&] { Save(Name, 9, Payload); }), refusal);
     }
 }

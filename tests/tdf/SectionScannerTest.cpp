@@ -16,7 +16,7 @@ struct SectionScannerTest : CaptureTest {
     /// What every reading operation gives, "" when nothing is found; they must agree with each other.
     std::string ReadByAll(const char* name, std::size_t fileSize) {
         const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(m_path, "rb"), std::fclose);
-        std::fseek(stream.get(), static_cast<long>(FirstSectionOffset), SEEK_SET);
+        std::fseek(stream.get(), static_cast<long>(kFirstSectionOffset), SEEK_SET);
         unsigned int length = 0, count = 0;
         const bool found = m_handler.SeekSectionData(stream.get(), name, 1, length);
         std::string payload;
@@ -51,7 +51,7 @@ TEST_F(SectionScannerTest, EndsEveryWalkForTheRightReason) {
         Copy(c.file);
         const PosixFile file = PosixFile::Open(m_path, O_RDONLY);
         FileSectionSource source(file);
-        SectionScanner scanner(source, FirstSectionOffset, SectionScanner::Reach::PastLimits);
+        SectionScanner scanner(source, kFirstSectionOffset, SectionScanner::Reach::PastLimits);
         SectionInfo section;
         int reachable = 0, all = 0;
         for (; scanner.Next(section); ++all) {

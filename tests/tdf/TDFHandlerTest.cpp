@@ -66,12 +66,12 @@ TEST_F(TDFHandlerTest, ReadsAndWritesTheIdentifierOfAPipeAndWaitsForNobody) {
     const ZU_WEP::PosixFile other = ZU_WEP::PosixFile::Open(m_path, O_RDWR);  // both ends, so that nobody waits
     for (const char* bytes : {"TDF2", "TDF3"}) {
         ASSERT_TRUE(other.Write(bytes));
-        EXPECT_EQ(m_handler.ISTDF(m_path), bytes == TDFIdentifier) << bytes;
+        EXPECT_EQ(m_handler.ISTDF(m_path), bytes == kTDFIdentifier) << bytes;
     }
     m_handler.CreateTDFFile(m_path);
-    std::string written(TDFIdentifier.size(), '\0');
+    std::string written(kTDFIdentifier.size(), '\0');
     EXPECT_EQ(other.Read(written.data(), written.size()), written.size());
-    EXPECT_EQ(written, TDFIdentifier);
+    EXPECT_EQ(written, kTDFIdentifier);
 }
 
 TEST_F(TDFHandlerTest, TellsEveryFailureInItsOwnWords) {

@@ -37,7 +37,7 @@ inline std::string AllProperties() {
 /// A section as it stands in a file, with `lie` added to its length.
 inline std::string SectionBytes(const std::string& name, std::uint32_t version, const std::string& payload,
                                 std::int64_t lie = 0) {
-    const auto length = static_cast<std::int64_t>(Zu::Wep::Trace::SectionHeader::Size + name.size() + payload.size());
+    const auto length = static_cast<std::int64_t>(Zu::Wep::Trace::SectionHeader::kSize + name.size() + payload.size());
     return Zu::Wep::Trace::EncodeSectionStart(static_cast<std::uint32_t>(length + lie), name, version) + payload;
 }
 

@@ -41,10 +41,10 @@ class CheckKindsTest : public testing::Test {
 void WriteLargeCapture(const std::string& path, std::uint64_t size) {
     std::ofstream out(path, std::ios::binary);
     out << "TDF2";
-    for (std::uint64_t offset = Zu::Wep::Trace::FirstSectionOffset; offset < size;
-         offset += Zu::Wep::Trace::MaxSectionLength) {
+    for (std::uint64_t offset = Zu::Wep::Trace::kFirstSectionOffset; offset < size;
+         offset += Zu::Wep::Trace::kMaxSectionLength) {
         out.seekp(static_cast<std::streamoff>(offset));
-        out << SectionBytes("TRACE", 1, "", Zu::Wep::Trace::MaxSectionLength - 17);
+        out << SectionBytes("TRACE", 1, "", Zu::Wep::Trace::kMaxSectionLength - 17);
     }
     out.close();
     fs::resize_file(path, size);
@@ -71,7 +71,7 @@ TEST_F(CheckKindsTest, EachInputGivesItsIdentifiersAndEachIdentifierHasAnInput) 
     }
     EXPECT_EQ(Identifiers(Check("many.tdf", many)), "C-REPEATED C-TOO-MANY");
     for (const std::uint64_t over : {0U, 9U}) {
-        WriteLargeCapture(m_directory / "large.tdf", Zu::Wep::Trace::MaxFileSize + over);
+        WriteLargeCapture(m_directory / "large.tdf", Zu::Wep::Trace::kMaxFileSize + over);
         EXPECT_EQ(
             Identifiers(Take(CheckFile(m_directory / "large.tdf", std::nullopt))),
             std::string(over > 0 ? "C-OVER-4GIB " : "") + "C-PAST-4GIB C-REPEATED C-NO-COMMON C-NO-DEVID C-NO-STM");

@@ -73,8 +73,8 @@ std::uint64_t MakeLargeCapture(const std::string& path) {
     small += MakeSection("DEVID", 1, "x=1\n") + MakeSection("DCM_COMMON", 1, "") +
              MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
     const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_WRONLY | O_CREAT);
-    std::uint64_t offset = FirstSectionOffset;
-    EXPECT_TRUE(file.WriteAt(0, {TDFIdentifier}));
+    std::uint64_t offset = kFirstSectionOffset;
+    EXPECT_TRUE(file.WriteAt(0, {kTDFIdentifier}));
     for (std::uint64_t i = 0; i < kLarge; ++i, offset += kLargeLength) {
         EXPECT_TRUE(file.WriteAt(offset, {EncodeSectionStart(kLargeLength, "BULK" + std::to_string(i), 1)}));
     }
@@ -204,11 +204,11 @@ std::vector<std::pair<std::string, std::string>> Damaged(const std::string& whol
     const auto lie = [&](const SectionInfo& section, std::uint64_t end) { return Stating(whole, section, end); };
     std::string zeroed = whole;
     zeroed.replace(whole.find("STMDECODERINFO") + 44, 100, 100, '\0');
-    const std::string sectionsAlone = whole.substr(FirstSectionOffset);
+    const std::string sectionsAlone = whole.substr(kFirstSectionOffset);
     const std::string_view behind = std::string_view(whole).substr(sections[2].offset);
     return {{"nothing", whole},
             {"identifier cut off", sectionsAlone},
-            {"identifier overwritten", std::string(FirstSectionOffset, '\0') + sectionsAlone},
+            {"identifier overwritten", std::string(kFirstSectionOffset, '\0') + sectionsAlone},
             {"garbage in front", "garbage" + sectionsAlone},
             {"swallowed one", lie(sections[0], sections[1].offset + sections[1].length)},
             {"swallowed all", lie(sections[0], whole.size())},
@@ -217,7 +217,7 @@ std::vector<std::pair<std::string, std::string>> Damaged(const std::string& whol
             {"text zeroed", zeroed},
             {"cut", whole.substr(0, whole.size() - 100)},
             {"doubled", whole + sectionsAlone},
-            {"swapped", std::string(TDFIdentifier) + bytesOf(sections[1]) + bytesOf(sections[0]).append(behind)}};
+            {"swapped", std::string(kTDFIdentifier) + bytesOf(sections[1]) + bytesOf(sections[0]).append(behind)}};
 }
 
 TEST_F(ContainerCommandsTest, WhatRecoverTellsCanBeExtractedAndSplitAndGoodIsWhatCheckPasses) {
@@ -240,7 +240,7 @@ TEST_F(ContainerCommandsTest, WhatRecoverTellsCanBeExtractedAndSplitAndGoodIsWha
                 const Result extracted = Run("extract " + file + " --offset " + offset);
                 EXPECT_EQ(extracted.status, remark.at("kind") == "cut_short" ? 3 : 0) << remark;
                 const SectionHeader header = DecodeSectionHeader(bytes.data() + std::stoul(offset));
-                const std::size_t begin = SectionHeader::Size + header.nameLength;
+                const std::size_t begin = SectionHeader::kSize + header.nameLength;
                 EXPECT_EQ(extracted.out, bytes.substr(std::stoul(offset) + begin, header.length - begin));
                 if (first.empty() && remark.at("kind") == "hidden_section") {
                     first = offset;
@@ -272,21 +272,21 @@ TEST_F(ContainerCommandsTest, RecoverAsksForTheNameBeforeAnythingElse) {
 
 TEST_F(ContainerCommandsTest, RecoverPutsSectionsThatNoReaderPassesLast) {
     const std::string path = File("long.tdf");
-    const std::string rest = ReadWhole(Sample("full.tdf")).substr(FirstSectionOffset);
-    const std::uint32_t length = MaxSectionLength + 1;
+    const std::string rest = ReadWhole(Sample("full.tdf")).substr(kFirstSectionOffset);
+    const std::uint32_t length = kMaxSectionLength + 1;
     {
         const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_WRONLY | O_CREAT);
-        ASSERT_TRUE(file.WriteAt(0, {TDFIdentifier, EncodeSectionStart(length, "LONG", 1)}));
-        ASSERT_TRUE(file.WriteAt(FirstSectionOffset + length, {rest}));
+        ASSERT_TRUE(file.WriteAt(0, {kTDFIdentifier, EncodeSectionStart(length, "LONG", 1)}));
+        ASSERT_TRUE(file.WriteAt(kFirstSectionOffset + length, {rest}));
     }
     const std::string out = File("out.tdf");
     const Json document = RunJson("recover " + path + " -o " + out, 3);
     EXPECT_EQ(document.at("remarks")[0].at("kind"), "over_limit");
     EXPECT_EQ(document.at("whole_sections"), "5");
     const auto file = ZU_WEP::PosixFile::Open(out.c_str(), O_RDONLY);
-    std::string kept(FirstSectionOffset + rest.size(), '\0');
+    std::string kept(kFirstSectionOffset + rest.size(), '\0');
     ASSERT_EQ(file.ReadAt(0, kept.data(), kept.size()), kept.size());
-    EXPECT_EQ(kept, std::string(TDFIdentifier) + rest);
+    EXPECT_EQ(kept, std::string(kTDFIdentifier) + rest);
 }
 
 TEST_F(ContainerCommandsTest, NoNameCommandsTheTerminalAndNoneIsLost) {

@@ -26,12 +26,12 @@ void DamageSections(const std::string& bytes, std::vector<Damaged>& damages) {
         const std::uint32_t next = i + 1 < sections.size() ? sections[i + 1].length : 100;
         for (const std::uint32_t length :
              {0U, 5U, section.length - 1, section.length + 1, section.length + next, 0x7fffffffU}) {
-            const std::string field = EncodeSectionStart(length, "", 0).substr(0, SectionHeader::LengthSize);
+            const std::string field = EncodeSectionStart(length, "", 0).substr(0, SectionHeader::kLengthSize);
             damages.push_back({fmt::format("length of section {} is {}", i, length),
                                std::string(bytes).replace(section.offset, field.size(), field)});
         }
         damages.push_back({fmt::format("section {} has lost a byte of its name", i),
-                           Zeroed(bytes, section.offset + SectionHeader::Size, 1)});
+                           Zeroed(bytes, section.offset + SectionHeader::kSize, 1)});
         const std::size_t end = section.offset + section.length;
         if (i + 1 < sections.size() && end + next <= bytes.size()) {
             damages.push_back({fmt::format("sections {} and {} are swapped", i, i + 1),
@@ -54,9 +54,9 @@ std::vector<Damaged> Damages(const std::string& bytes) {
     for (std::size_t at = 0; at < bytes.size(); at += kPage) {
         damages.push_back({fmt::format("the page at {} is zero", at), Zeroed(bytes, at, kPage)});
     }
-    if (bytes.starts_with(TDFIdentifier)) {
-        damages.push_back({"the identifier is zero", Zeroed(bytes, 0, TDFIdentifier.size())});
-        damages.push_back({"the identifier is gone", bytes.substr(TDFIdentifier.size())});
+    if (bytes.starts_with(kTDFIdentifier)) {
+        damages.push_back({"the identifier is zero", Zeroed(bytes, 0, kTDFIdentifier.size())});
+        damages.push_back({"the identifier is gone", bytes.substr(kTDFIdentifier.size())});
         DamageSections(bytes, damages);
     }
     return damages;

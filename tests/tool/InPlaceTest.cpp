@@ -230,7 +230,7 @@ TEST_F(InPlaceTest, RefusesWhatCouldNotBeFoundOrWouldNotFit) {
         WriteWhole(m_file, last);
         const auto file = ZU_WEP::PosixFile::Open(m_file.c_str(), O_WRONLY);
         for (std::uint64_t offset = last.size(); offset < size;) {  // sections that end at `size`
-            const auto length = static_cast<std::uint32_t>(std::min<std::uint64_t>(size - offset, MaxSectionLength));
+            const auto length = static_cast<std::uint32_t>(std::min<std::uint64_t>(size - offset, kMaxSectionLength));
             EXPECT_TRUE(file.WriteAt(offset, {EncodeSectionStart(length, "", 1)}));
             offset += length;
         }
@@ -240,7 +240,7 @@ TEST_F(InPlaceTest, RefusesWhatCouldNotBeFoundOrWouldNotFit) {
         {"broken", [&] { WriteWhole(m_file, Reference("orphan-payload.tdf")); }},
         {"torn", [&] { WriteWhole(m_file, Reference("torn-payload.tdf")); }},
         {"length that lies", [&] { WriteWhole(m_file, Reference("short-length.tdf")); }},
-        {"4 GiB", [&] { sized(MaxFileSize - 100); }},
+        {"4 GiB", [&] { sized(kMaxFileSize - 100); }},
         {"size limit", [&] { WriteWhole(m_file, last); }},
     };
     for (const auto& [what, make] : cases) {

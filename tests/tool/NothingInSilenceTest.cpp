@@ -146,7 +146,7 @@ class NothingInSilenceTest : public ToolRun {
         const Result history = m_tool.Run({"history", "--json", path});
         const Result objects = m_tool.Run({"objects", "--json", path});
         const Reading reading = CheckFile(path);
-        const bool isCapture = ReadWhole(path).starts_with(TDFIdentifier);
+        const bool isCapture = ReadWhole(path).starts_with(kTDFIdentifier);
         ExpectDocument(sections, "sections", isCapture ? Container(path).Sections().size() : 0);
         ExpectDocument(history, "configurations", isCapture ? History(Container(path)).Entries().size() : 0);
         ExpectDocument(objects, "object_files", reading.configuration.objectFiles.size());
@@ -158,7 +158,7 @@ class NothingInSilenceTest : public ToolRun {
             }
             const Container capture(path);
             if (const Section* const section = capture.Find(name, 1)) {  // else it was one of another version
-                EXPECT_EQ(payload.out, capture.ReadPayload(*section, 0, section->PayloadLength()));
+                EXPECT_EQ(payload.out, capture.ReadPayload(*section));
                 EXPECT_FALSE(capture.IsTorn(*section));
             }
         }

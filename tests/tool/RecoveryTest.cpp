@@ -89,8 +89,8 @@ class RecoveryTest : public testing::Test {
         EXPECT_EQ(result.bytes.size(), result.plan.ResultSize());
         const auto& remarks = result.plan.remarks.Listed();
         const bool hasNoIdentifier = !remarks.empty() && remarks.front().kind == RemarkKind::Identifier;
-        const std::uint64_t begin = hasNoIdentifier ? remarks.front().length : FirstSectionOffset;
-        EXPECT_EQ(result.bytes.size() - FirstSectionOffset + result.plan.droppedBytes, damaged.size() - begin);
+        const std::uint64_t begin = hasNoIdentifier ? remarks.front().length : kFirstSectionOffset;
+        EXPECT_EQ(result.bytes.size() - kFirstSectionOffset + result.plan.droppedBytes, damaged.size() - begin);
         EXPECT_EQ(SectionList(result.bytes).size(), result.plan.SectionCount());
         EXPECT_FALSE(result.HasRemark(RemarkKind::Mismatch) || result.HasRemark(RemarkKind::Unreachable));
         if (result.plan.IsGood()) {
@@ -109,7 +109,7 @@ TEST_F(RecoveryTest, KeepsEveryWholeSectionOfEveryTruncation) {
         SCOPED_TRACE(size);
         const Recovered result = Recover(full.substr(0, size));
         EXPECT_FALSE(result.plan.IsGood());
-        std::size_t end = FirstSectionOffset;
+        std::size_t end = kFirstSectionOffset;
         for (const SectionInfo& section : sections) {
             if (section.offset + section.length <= size) {
                 EXPECT_EQ(BytesOf(result.bytes, section), BytesOf(full, section));
@@ -131,7 +131,7 @@ std::vector<std::string> WholeCaptures(const std::string& full) {
                              MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
     const std::string trace = MakeSection("TRACE0", 1, std::string(300, '\x11'));
     const std::string old = MakeSection("STMDECODERINFO", Retired(1), "STM_ATB_Id = 2\n");
-    const std::string head(TDFIdentifier);
+    const std::string head(kTDFIdentifier);
     return {full, head + trace + rest + old, head + rest + trace, head + old + rest};
 }
 
@@ -184,13 +184,13 @@ TEST_F(RecoveryTest, LosesNoSectionWithTheIdentifier) {
     const std::string full = Full();
     std::vector<std::string> captures = WholeCaptures(full);
     const std::size_t named = captures.size();
-    captures.push_back("TDF2" + MakeSection("", 3, "data") + full.substr(FirstSectionOffset));
-    captures.push_back("TDF2" + MakeSection("a b", 3, "data") + full.substr(FirstSectionOffset));
+    captures.push_back("TDF2" + MakeSection("", 3, "data") + full.substr(kFirstSectionOffset));
+    captures.push_back("TDF2" + MakeSection("a b", 3, "data") + full.substr(kFirstSectionOffset));
     std::mt19937 random(11);
     for (std::size_t i = 0; i < captures.size(); ++i) {
-        const std::string sections = captures[i].substr(FirstSectionOffset);
+        const std::string sections = captures[i].substr(kFirstSectionOffset);
         for (const std::size_t size : {0U, 4U, 1U, 2U, 3U, 5U, 8U, 11U, 12U, 13U, 16U, 17U, 40U, 255U, 256U, 5000U}) {
-            if (i >= named && size != 0 && size != FirstSectionOffset) {
+            if (i >= named && size != 0 && size != kFirstSectionOffset) {
                 continue;  // where a section begins that has no plausible name is known where an identifier was
             }
             for (const int filling : {0, 0xFF, 0x54, 1, -1}) {
@@ -238,7 +238,7 @@ TEST_F(RecoveryTest, StaysConsistentWhateverIsDamaged) {
     const auto below = [&](std::size_t limit) { return random() % limit; };
     for (int round = 0; round < 3000 && !HasFailure(); ++round) {
         SCOPED_TRACE(round);
-        std::string input = std::string(TDFIdentifier) + tail + tail;
+        std::string input = std::string(kTDFIdentifier) + tail + tail;
         for (std::size_t count = 1 + below(6); count > 0; --count) {
             const std::size_t kind = below(4);  // some bytes go, some come, one changes
             input.replace(below(input.size()), kind == 0 ? below(40) : kind > 1, kind == 1 ? below(40) : kind > 1,
@@ -249,13 +249,13 @@ TEST_F(RecoveryTest, StaysConsistentWhateverIsDamaged) {
 }
 
 TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
-    const std::string head(TDFIdentifier);
+    const std::string head(kTDFIdentifier);
     const std::string trace = MakeSection("TRACE0", 1, std::string(300, '\x11'));
     const std::string device = MakeSection("DEVID", 1, "a=1\n");
     const std::string rest =
         device + MakeSection("DCM_COMMON", 1, "") + MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 1\n");
     const auto stating = [](const std::string& section, std::uint64_t length) { return Stating(section, {}, length); };
-    const std::string orphan = stating(trace, SectionHeader::Size + 6);
+    const std::string orphan = stating(trace, SectionHeader::kSize + 6);
     const std::string embedded = MakeSection("EMBEDDED", 1, head + rest);
     const std::string torn = MakeSection("EMBEDDED", 1, head + rest + "DEV");
     const std::string holder = MakeSection("HOLDER", 1, "xyz" + device);
@@ -300,7 +300,7 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
 }
 
 TEST_F(RecoveryTest, FindsHeadersAtEveryPlaceOfWhatIsReadAtOnce) {
-    const std::string head(TDFIdentifier);
+    const std::string head(kTDFIdentifier);
     const std::string rest = MakeSection("DEVID", 1, "") + MakeSection("DCM_COMMON", 1, "");
     for (std::size_t size = (256U << 10) - 40; size < (256U << 10) + 10; ++size) {
         const std::string trace = MakeSection("TRACE0", 1, std::string(size, '\x11'));

@@ -37,13 +37,13 @@ inline std::vector<Zu::Wep::Trace::SectionInfo> SectionList(const std::string& c
 
 /// A whole section.
 inline std::string MakeSection(const std::string& name, std::uint32_t version, const std::string& payload) {
-    const std::size_t length = Zu::Wep::Trace::SectionHeader::Size + name.size() + payload.size();
+    const std::size_t length = Zu::Wep::Trace::SectionHeader::kSize + name.size() + payload.size();
     return Zu::Wep::Trace::EncodeSectionStart(static_cast<std::uint32_t>(length), name, version) + payload;
 }
 
 /// A capture whose section at that place states another end.
 inline std::string Stating(std::string capture, const Zu::Wep::Trace::SectionInfo& section, std::uint64_t end) {
-    return capture.replace(section.offset, Zu::Wep::Trace::SectionHeader::LengthSize,
+    return capture.replace(section.offset, Zu::Wep::Trace::SectionHeader::kLengthSize,
                            Zu::Wep::Trace::EncodeSectionLength(static_cast<std::uint32_t>(end - section.offset)));
 }
 

@@ -15,16 +15,16 @@ std::string EncodeField(std::uint32_t value) {
 }  // namespace
 
 SectionHeader DecodeSectionHeader(const char* bytes) {
-    return {DecodeSectionLength(bytes + SectionHeader::LengthOffset),
-            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::VersionOffset),
-            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::NameLengthOffset)};
+    return {DecodeSectionLength(bytes + SectionHeader::kLengthOffset),
+            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::kVersionOffset),
+            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::kNameLengthOffset)};
 }
 
 std::string EncodeSectionHeader(const SectionHeader& header) {
-    std::string bytes(SectionHeader::Size, '\0');
-    StoreLittleEndian(header.length, bytes.data() + SectionHeader::LengthOffset);
-    StoreLittleEndian(header.version, bytes.data() + SectionHeader::VersionOffset);
-    StoreLittleEndian(header.nameLength, bytes.data() + SectionHeader::NameLengthOffset);
+    std::string bytes(SectionHeader::kSize, '\0');
+    StoreLittleEndian(header.length, bytes.data() + SectionHeader::kLengthOffset);
+    StoreLittleEndian(header.version, bytes.data() + SectionHeader::kVersionOffset);
+    StoreLittleEndian(header.nameLength, bytes.data() + SectionHeader::kNameLengthOffset);
     return bytes;
 }
 

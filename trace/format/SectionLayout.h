@@ -9,22 +9,22 @@
 
 namespace Zu::Wep::Trace {
 
-inline constexpr std::string_view TDFIdentifier = "TDF2";
-inline constexpr std::uint64_t FirstSectionOffset = TDFIdentifier.size();
+inline constexpr std::string_view kTDFIdentifier = "TDF2";
+inline constexpr std::uint64_t kFirstSectionOffset = kTDFIdentifier.size();
 /// Offsets have 32 bits, the one behind the last byte included.
-inline constexpr std::uint64_t MaxFileSize = 0xFFFFFFFF;
+inline constexpr std::uint64_t kMaxFileSize = 0xFFFFFFFF;
 
 /// The longest section and name that a search passes; nothing keeps a writer from exceeding them.
-inline constexpr std::uint32_t MaxSectionLength = 0x8000000;
-inline constexpr std::uint32_t MaxNameLength = 4095;
+inline constexpr std::uint32_t kMaxSectionLength = 0x8000000;
+inline constexpr std::uint32_t kMaxNameLength = 4095;
 
 /// What stands in front of a section's name and payload.
 struct SectionHeader {
-    static constexpr std::size_t LengthOffset = 0;
-    static constexpr std::size_t VersionOffset = 4;
-    static constexpr std::size_t NameLengthOffset = 8;
-    static constexpr std::size_t Size = 12;
-    static constexpr std::size_t LengthSize = VersionOffset - LengthOffset;
+    static constexpr std::size_t kLengthOffset = 0;
+    static constexpr std::size_t kVersionOffset = 4;
+    static constexpr std::size_t kNameLengthOffset = 8;
+    static constexpr std::size_t kSize = 12;
+    static constexpr std::size_t kLengthSize = kVersionOffset - kLengthOffset;
 
     std::uint32_t length = 0;  ///< of header, name and payload together
     std::uint32_t version = 0;
@@ -38,7 +38,7 @@ struct SectionKey {
     bool operator==(const SectionKey&) const = default;
 };
 
-/// Reads the `SectionHeader::Size` bytes at `bytes`.
+/// Reads the `SectionHeader::kSize` bytes at `bytes`.
 SectionHeader DecodeSectionHeader(const char* bytes);
 
 /// The bytes of a header.

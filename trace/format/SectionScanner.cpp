@@ -9,7 +9,7 @@ namespace Zu::Wep::Trace {
 namespace {
 
 /// Read at once for each section: the header with all but the longest names.
-constexpr std::size_t BlockSize = 64;
+constexpr std::size_t kBlockSize = 64;
 
 }  // namespace
 
@@ -25,7 +25,7 @@ bool SectionScanner::Next(SectionInfo& info) {
     // The section itself may be the one that is searched for, so the walk ends behind it.
     if (next == m_offset) {
         End(ScanStop::NoProgress);
-    } else if (next > MaxFileSize) {
+    } else if (next > kMaxFileSize) {
         End(ScanStop::Wrap);
     }
     m_offset = next;
@@ -43,28 +43,28 @@ bool SectionScanner::Find(const char* name, std::uint32_t version, SectionInfo& 
 }
 
 bool SectionScanner::ReadSectionAtOffset(SectionInfo& info) {
-    std::array<char, BlockSize> block;
+    std::array<char, kBlockSize> block;
     const auto count = m_source.ReadAt(m_offset, block.data(), block.size());
-    if (!count || *count < SectionHeader::Size) {
+    if (!count || *count < SectionHeader::kSize) {
         return End(!count ? ScanStop::ReadError : *count == 0 ? ScanStop::EndOfFile : ScanStop::TornHeader);
     }
     const SectionHeader header = DecodeSectionHeader(block.data());
-    if ((header.length > MaxSectionLength && !PassLimit(ScanStop::LengthOverLimit)) ||
-        (header.nameLength > MaxNameLength && !PassLimit(ScanStop::NameOverLimit))) {
+    if ((header.length > kMaxSectionLength && !PassLimit(ScanStop::LengthOverLimit)) ||
+        (header.nameLength > kMaxNameLength && !PassLimit(ScanStop::NameOverLimit))) {
         return false;
     }
-    info.name.resize(std::min(header.nameLength, MaxNameLength));
-    const std::size_t known = std::min(info.name.size(), *count - SectionHeader::Size);
-    info.name.replace(0, known, block.data() + SectionHeader::Size, known);
+    info.name.resize(std::min(header.nameLength, kMaxNameLength));
+    const std::size_t known = std::min(info.name.size(), *count - SectionHeader::kSize);
+    info.name.replace(0, known, block.data() + SectionHeader::kSize, known);
     if (!ReadNameBehind(known, info.name)) {
         return false;
     }
     info.offset = m_offset;
     info.length = header.length;
     info.version = header.version;
-    info.payloadOffset = m_offset + SectionHeader::Size + header.nameLength;
+    info.payloadOffset = m_offset + SectionHeader::kSize + header.nameLength;
     // Wraps around for a length below the header: a reader takes the rest of the file then (docs/tdf.md).
-    info.payloadLength = header.length - static_cast<std::uint32_t>(SectionHeader::Size) - header.nameLength;
+    info.payloadLength = header.length - static_cast<std::uint32_t>(SectionHeader::kSize) - header.nameLength;
     info.reachable = m_stop == ScanStop::None;
     return true;
 }
@@ -74,7 +74,7 @@ bool SectionScanner::ReadNameBehind(std::size_t known, std::string& name) {
         return true;
     }
     const std::size_t rest = name.size() - known;
-    const auto count = m_source.ReadAt(m_offset + SectionHeader::Size + known, name.data() + known, rest);
+    const auto count = m_source.ReadAt(m_offset + SectionHeader::kSize + known, name.data() + known, rest);
     return (count && *count == rest) || End(count ? ScanStop::TornHeader : ScanStop::ReadError);
 }
 

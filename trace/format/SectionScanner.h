@@ -29,10 +29,10 @@ enum class ScanStop {
     None,             ///< it has not
     EndOfFile,        ///< at, or past, the end of the file
     TornHeader,       ///< the file ends within a header or a name
-    LengthOverLimit,  ///< a section longer than MaxSectionLength
-    NameOverLimit,    ///< a name longer than MaxNameLength
+    LengthOverLimit,  ///< a section longer than kMaxSectionLength
+    NameOverLimit,    ///< a name longer than kMaxNameLength
     NoProgress,       ///< a section of length 0
-    Wrap,             ///< a section that ends past MaxFileSize
+    Wrap,             ///< a section that ends past kMaxFileSize
     ReadError
 };
 
@@ -45,7 +45,7 @@ class SectionScanner {
     };
 
     /// Borrows the source. `offset` is that of the first section.
-    explicit SectionScanner(SectionSource& source, std::uint64_t offset = FirstSectionOffset,
+    explicit SectionScanner(SectionSource& source, std::uint64_t offset = kFirstSectionOffset,
                             Reach reach = Reach::AsSearch)
         : m_source(source), m_reach(reach), m_offset(offset) {}
 

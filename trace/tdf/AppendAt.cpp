@@ -13,7 +13,7 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
     for (const std::string_view piece : pieces) {
         size += piece.size();
     }
-    if (offset > MaxFileSize || size > MaxFileSize - offset) {
+    if (offset > kMaxFileSize || size > kMaxFileSize - offset) {
         return AppendResult::TooLarge;
     }
     std::uint64_t done = 0;
@@ -22,7 +22,7 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
         return AppendResult::Done;
     }
     const int error = errno;
-    if (!CutBack(file, fileSize, offset, done) && done < size && done >= SectionHeader::Size) {
+    if (!CutBack(file, fileSize, offset, done) && done < size && done >= SectionHeader::kSize) {
         file.WriteAt(offset, {EncodeSectionLength(static_cast<std::uint32_t>(done))});  // what is behind is another's
     }
     errno = error;

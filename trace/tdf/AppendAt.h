@@ -10,7 +10,7 @@ namespace Zu::Wep::Trace {
 
 enum class AppendResult {
     Done,
-    TooLarge,     ///< it would end past MaxFileSize; not a byte was written
+    TooLarge,     ///< it would end past kMaxFileSize; not a byte was written
     WriteFailed,  ///< also for want of space, and past the process's file-size limit
     SyncFailed
 };

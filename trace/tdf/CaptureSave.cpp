@@ -23,7 +23,7 @@ namespace {
 ChainLock IsHeld(const FileLock& lock) { return lock.IsHeld() ? ChainLock::Held : ChainLock::NotHeld; }
 
 std::uint64_t SizeOf(const SectionToSave& section) {
-    return SectionHeader::Size + section.name.size() + section.payload.size();
+    return SectionHeader::kSize + section.name.size() + section.payload.size();
 }
 
 /// A length that has wrapped around is of a section that is refused as too large.
@@ -63,7 +63,7 @@ SaveTarget CaptureSave::Open() {
                     ErrnoText(errno).c_str());
         return SaveTarget::CannotRead;
     }
-    ThrowUnless(!hasIdentifier.value_or(false) || isWritable, TDFError::Open);
+    ThrowUnless(!hasIdentifier.value_or(false) || isWritable, TDFError::kOpen);
     return hasIdentifier.value_or(false) ? SaveTarget::Capture : SaveTarget::NotACapture;
 }
 
@@ -101,27 +101,27 @@ void CaptureSave::Append(const std::vector<SectionToSave>& sections) {
         for (const SectionToSave& section : sections) {
             span += SizeOf(section);
         }
-        ThrowUnless(m_offset <= MaxFileSize && span <= MaxFileSize - m_offset, TDFError::HeaderOffset);
-        if (sections.size() == 2 && span <= MaxSectionLength) {
+        ThrowUnless(m_offset <= kMaxFileSize && span <= kMaxFileSize - m_offset, TDFError::kHeaderOffset);
+        if (sections.size() == 2 && span <= kMaxSectionLength) {
             AppendTogether(sections.front(), sections.back());
         } else {
             std::for_each(sections.begin(), sections.end(), [this](const SectionToSave& each) { AppendOne(each); });
         }
     }
-    ThrowUnless(m_file.Close(), TDFError::WriteCorrupted);
+    ThrowUnless(m_file.Close(), TDFError::kWriteCorrupted);
 }
 
 void CaptureSave::FindPlace(const FileLock& lock) {
     m_fileSize = m_file.Size().value_or(0);
-    ThrowUnless(m_fileSize >= FirstSectionOffset, TDFError::HeaderOffset);
+    ThrowUnless(m_fileSize >= kFirstSectionOffset, TDFError::kHeaderOffset);
     FileSectionSource source(m_file);
     const ChainEnd end = FindChainEnd(source, m_fileSize, IsHeld(lock));
     if (end.stop == ScanStop::ReadError) {
-        Fail(TDFError::ReadLength);
+        Fail(TDFError::kReadLength);
     }
     TellBroken(end);
     if (!MendChain(m_file, end)) {
-        Fail(TDFError::WriteLength);
+        Fail(TDFError::kWriteLength);
     }
     m_fileSize = std::max(m_fileSize, m_file.Size().value_or(0));  // the mending can have made it longer
     m_offset = end.offset;
@@ -146,22 +146,22 @@ void CaptureSave::AppendTogether(const SectionToSave& first, const SectionToSave
     AppendPieces({EncodeSectionStart(static_cast<std::uint32_t>(span), kUnfinishedName, first.version), first.payload,
                   StartOf(second), second.payload});
     const auto length = static_cast<std::uint32_t>(SizeOf(first));
-    Finish({m_offset + SectionHeader::LengthOffset, EncodeSectionLength(length)}, span);
-    Finish({m_offset + SectionHeader::Size, std::string(first.name)}, span);
+    Finish({m_offset + SectionHeader::kLengthOffset, EncodeSectionLength(length)}, span);
+    Finish({m_offset + SectionHeader::kSize, std::string(first.name)}, span);
 }
 
 void CaptureSave::AppendPieces(std::initializer_list<std::string_view> pieces) {
     const AppendResult result = AppendAt(m_file, m_fileSize, m_offset, pieces);
-    ThrowUnless(result != AppendResult::TooLarge, TDFError::HeaderOffset);
+    ThrowUnless(result != AppendResult::TooLarge, TDFError::kHeaderOffset);
     if (result != AppendResult::Done) {
-        Fail(result == AppendResult::SyncFailed ? TDFError::WriteCorrupted : TDFError::WriteData);
+        Fail(result == AppendResult::SyncFailed ? TDFError::kWriteCorrupted : TDFError::kWriteData);
     }
 }
 
 void CaptureSave::Finish(const FieldWrite& field, std::uint64_t written) {
     if (!WriteFields(m_file, {field})) {
         CutBack(m_file, m_fileSize, m_offset, written);
-        Fail(TDFError::WriteCorrupted);
+        Fail(TDFError::kWriteCorrupted);
     }
 }
 

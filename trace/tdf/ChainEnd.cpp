@@ -39,7 +39,7 @@ class EndFinder {
         SectionScanner scanner(m_source);
         for (SectionInfo section; scanner.Next(section);) {
             if (m_mends && m_isPending && section.Has(kStmSection)) {
-                m_end.names.push_back({m_last->offset + SectionHeader::Size, std::string(kCommonSection.name)});
+                m_end.names.push_back({m_last->offset + SectionHeader::kSize, std::string(kCommonSection.name)});
             }
             m_isPending = IsUnfinishedName(section.name) && section.version == kCommonSectionVersion;
             m_beforeLast = m_last ? m_last->offset : 0;
@@ -60,7 +60,7 @@ class EndFinder {
     void EndWithLength(std::uint64_t offset, std::uint32_t stated, std::uint64_t end) {
         const auto length = static_cast<std::uint32_t>(end - offset);
         if (length != stated) {
-            m_end.lengths.push_back({offset + SectionHeader::LengthOffset, EncodeSectionLength(length)});
+            m_end.lengths.push_back({offset + SectionHeader::kLengthOffset, EncodeSectionLength(length)});
         }
         m_end.lastSection = offset;
         EndAt(end);
@@ -95,23 +95,23 @@ class EndFinder {
         if (m_end.stop != ScanStop::TornHeader) {
             return false;
         }
-        std::array<char, SectionHeader::Size> bytes{};
+        std::array<char, SectionHeader::kSize> bytes{};
         const std::optional<std::size_t> count = Read(m_end.stopOffset, bytes.data(), bytes.size());
         if (!count) {
             return false;
         }
         SectionHeader header = DecodeSectionHeader(bytes.data());
-        if (*count < SectionHeader::LengthSize && header.length < SectionHeader::Size) {
+        if (*count < SectionHeader::kLengthSize && header.length < SectionHeader::kSize) {
             header.length |= std::uint32_t{1} << (8 * *count);
         }
         // Filled up with zeros, header and name must end there, too: what is put behind would become part of them.
-        const bool coversName = header.length >= SectionHeader::Size &&
-                                header.nameLength <= header.length - SectionHeader::Size &&
-                                header.nameLength <= MaxNameLength;
-        if (!coversName || header.length > MaxSectionLength || m_end.stopOffset + header.length <= m_fileSize) {
+        const bool coversName = header.length >= SectionHeader::kSize &&
+                                header.nameLength <= header.length - SectionHeader::kSize &&
+                                header.nameLength <= kMaxNameLength;
+        if (!coversName || header.length > kMaxSectionLength || m_end.stopOffset + header.length <= m_fileSize) {
             return false;
         }
-        if (*count < SectionHeader::LengthSize) {
+        if (*count < SectionHeader::kLengthSize) {
             m_end.lengths.push_back({m_end.stopOffset + *count, EncodeSectionLength(header.length).substr(*count)});
         }
         EndAt(m_end.stopOffset + header.length);
@@ -128,12 +128,12 @@ class EndFinder {
         const std::uint64_t at = m_end.stopOffset;
         const std::uint64_t sectorEnd = (at / kSectorSize + 1) * kSectorSize;
         const bool isLost =
-            m_end.stop == ScanStop::NoProgress && IsZero(at, std::max(at + SectionHeader::Size, sectorEnd));
+            m_end.stop == ScanStop::NoProgress && IsZero(at, std::max(at + SectionHeader::kSize, sectorEnd));
         const bool isTorn =
             m_last && IsUnfinishedName(m_last->name) &&
-            (m_last->length == 0 || m_last->offset % kSectorSize > kSectorSize - SectionHeader::LengthSize);
+            (m_last->length == 0 || m_last->offset % kSectorSize > kSectorSize - SectionHeader::kLengthSize);
         const std::uint64_t offset = isLost || !isTorn ? at : m_last->offset;
-        if ((!isLost && !isTorn) || m_fileSize - offset > MaxSectionLength) {
+        if ((!isLost && !isTorn) || m_fileSize - offset > kMaxSectionLength) {
             return false;
         }
         EndWithLength(offset, 0, m_fileSize);

@@ -40,12 +40,12 @@ std::uint32_t OpenCapture::PayloadLength(const SectionKey& key) { return Require
 
 std::string OpenCapture::Read(const SectionKey& key) {
     const SectionInfo& section = Require(key);
-    ThrowUnless(section.payloadLength != 0, TDFError::NoBuffer);
+    ThrowUnless(section.payloadLength != 0, TDFError::kNoBuffer);
     const std::uint64_t size = m_file.Size().value_or(0);
     const std::uint64_t held = size - std::min(size, section.payloadOffset);
     std::string payload(std::min<std::uint64_t>(section.payloadLength, held), '\0');
     const auto count = m_file.ReadAt(section.payloadOffset, payload.data(), payload.size());
-    ThrowUnless(count.has_value(), TDFError::ReadCorrupted);
+    ThrowUnless(count.has_value(), TDFError::kReadCorrupted);
     payload.resize(*count);  // fewer when the file was cut short meanwhile
     return payload;
 }
@@ -95,8 +95,8 @@ OpenCapture::Note& OpenCapture::NoteOf(const SectionKey& key) {
 
 const SectionInfo& OpenCapture::Require(const SectionKey& key) {
     Refresh();
-    ThrowUnless(m_file.IsOpen(), TDFError::LoadFileName);
-    ThrowUnless(m_hasIdentifier, TDFError::Format);
+    ThrowUnless(m_file.IsOpen(), TDFError::kLoadFileName);
+    ThrowUnless(m_hasIdentifier, TDFError::kFormat);
     const Note& wanted = NoteOf(key);
     for (SectionInfo section; !wanted.section && m_scanner->Next(section);) {
         const auto note =
@@ -105,7 +105,7 @@ const SectionInfo& OpenCapture::Require(const SectionKey& key) {
             note->section = section;
         }
     }
-    ThrowUnless(wanted.section.has_value(), TDFError::SectionSizeNotFound);
+    ThrowUnless(wanted.section.has_value(), TDFError::kSectionSizeNotFound);
     return *wanted.section;
 }
 

@@ -16,10 +16,10 @@ using ZU_WEP::PosixFile;
 
 namespace {
 
-using IdentifierBytes = std::array<char, TDFIdentifier.size()>;
+using IdentifierBytes = std::array<char, kTDFIdentifier.size()>;
 
 bool IsIdentifier(const IdentifierBytes& bytes, std::optional<std::size_t> count) {
-    return count == bytes.size() && std::string_view(bytes.data(), bytes.size()) == TDFIdentifier;
+    return count == bytes.size() && std::string_view(bytes.data(), bytes.size()) == kTDFIdentifier;
 }
 
 }  // namespace
@@ -52,18 +52,18 @@ bool StillHasIdentifier(const PosixFile& file) {
     return IsIdentifier(bytes, file.ReadAt(0, bytes.data(), bytes.size()));
 }
 
-void CheckPathToSave(const char* path) { TDFError::ThrowUnless(CanOpenForReading(path), TDFError::SaveName); }
+void CheckPathToSave(const char* path) { TDFError::ThrowUnless(CanOpenForReading(path), TDFError::kSaveName); }
 
 PosixFile OpenForUpdate(const char* path) {
     PosixFile file = PosixFile::OpenAtOnce(path, O_RDWR);
-    TDFError::ThrowUnless(file.IsOpen(), TDFError::Open);
+    TDFError::ThrowUnless(file.IsOpen(), TDFError::kOpen);
     return file;
 }
 
 PosixFile OpenForReading(const char* path) {
     PosixFile file = PosixFile::OpenAtOnce(path, O_RDONLY);
-    TDFError::ThrowUnless(file.IsOpen(), TDFError::Open);
-    TDFError::ThrowUnless(HasIdentifier(file), TDFError::Format);
+    TDFError::ThrowUnless(file.IsOpen(), TDFError::kOpen);
+    TDFError::ThrowUnless(HasIdentifier(file), TDFError::kFormat);
     return file;
 }
 

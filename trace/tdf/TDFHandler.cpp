@@ -21,27 +21,27 @@ namespace {
 
 /// Version, name length and name: what follows the length field.
 std::string EncodeNameVersion(const char* name, unsigned int version) {
-    return EncodeSectionStart(0, name != nullptr ? name : "", version).substr(SectionHeader::LengthSize);
+    return EncodeSectionStart(0, name != nullptr ? name : "", version).substr(SectionHeader::kLengthSize);
 }
 
 std::uint32_t ReadLengthField(const PosixFile& file, std::uint64_t headerOffset) {
-    std::array<char, SectionHeader::LengthSize> bytes{};
-    ThrowUnless(file.ReadAt(headerOffset, bytes.data(), bytes.size()) == bytes.size(), TDFError::ReadLength);
+    std::array<char, SectionHeader::kLengthSize> bytes{};
+    ThrowUnless(file.ReadAt(headerOffset, bytes.data(), bytes.size()) == bytes.size(), TDFError::kReadLength);
     return DecodeSectionLength(bytes.data());
 }
 
 void WriteLengthField(const PosixFile& file, std::uint64_t headerOffset, std::uint32_t length) {
-    ThrowUnless(file.WriteAt(headerOffset, {EncodeSectionLength(length)}), TDFError::WriteLength);
+    ThrowUnless(file.WriteAt(headerOffset, {EncodeSectionLength(length)}), TDFError::kWriteLength);
 }
 
 /// The checks that LoadSectionData and GetSectionDataPosition begin with.
 void CheckPathToLoad(const char* path) {
-    ThrowUnless(CanOpenForReading(path), TDFError::LoadName);
-    ThrowUnless(HasExtension(path, kTDFExtension), TDFError::Extension);
+    ThrowUnless(CanOpenForReading(path), TDFError::kLoadName);
+    ThrowUnless(HasExtension(path, kTDFExtension), TDFError::kExtension);
 }
 
 SectionInfo RequireNamedSection(const PosixFile& file, const char* name, unsigned int version) {
-    return RequireSection(file, name, version, std::string(name != nullptr ? name : "") + TDFError::SectionNotFound);
+    return RequireSection(file, name, version, std::string(name != nullptr ? name : "") + TDFError::kSectionNotFound);
 }
 
 }  // namespace
@@ -51,11 +51,11 @@ TDFHandler::TDFHandler() = default;
 TDFHandler::~TDFHandler() = default;
 
 void TDFHandler::CreateTDFFile(const char* path) {
-    ThrowUnless(path != nullptr, TDFError::CreateNullName);
-    ThrowUnless(HasExtension(path, kTDFExtension), TDFError::Extension);
+    ThrowUnless(path != nullptr, TDFError::kCreateNullName);
+    ThrowUnless(HasExtension(path, kTDFExtension), TDFError::kExtension);
     PosixFile file = PosixFile::OpenAtOnce(path, O_WRONLY | O_CREAT | O_TRUNC);
-    ThrowUnless(file.IsOpen(), TDFError::Create);
-    ThrowUnless(file.Write(TDFIdentifier) && file.Close(), TDFError::WriteIdentifier);
+    ThrowUnless(file.IsOpen(), TDFError::kCreate);
+    ThrowUnless(file.Write(kTDFIdentifier) && file.Close(), TDFError::kWriteIdentifier);
 }
 
 bool TDFHandler::ISTDF(const char* path) {
@@ -85,33 +85,33 @@ void TDFHandler::SaveSectionHeader(const char* path, const char* name, unsigned 
     PosixFile file = OpenForUpdate(path);
     const std::uint64_t offset = file.Size().value_or(0);
     const std::string nameVersion = EncodeNameVersion(name, version);
-    const std::uint64_t length = SectionHeader::LengthSize + nameVersion.size();
-    ThrowUnless(offset <= MaxFileSize && length <= MaxFileSize - offset, TDFError::HeaderOffset);
+    const std::uint64_t length = SectionHeader::kLengthSize + nameVersion.size();
+    ThrowUnless(offset <= kMaxFileSize && length <= kMaxFileSize - offset, TDFError::kHeaderOffset);
 
     headerOffset = static_cast<unsigned int>(offset);
-    ThrowUnless(file.WriteAt(offset, {EncodeSectionLength(0)}), TDFError::WriteHeaderSize);
-    ThrowUnless(file.WriteAt(offset + SectionHeader::LengthSize, {nameVersion}), TDFError::WriteNameVersion);
+    ThrowUnless(file.WriteAt(offset, {EncodeSectionLength(0)}), TDFError::kWriteHeaderSize);
+    ThrowUnless(file.WriteAt(offset + SectionHeader::kLengthSize, {nameVersion}), TDFError::kWriteNameVersion);
     WriteLengthField(file, offset, static_cast<std::uint32_t>(length));
-    ThrowUnless(file.Close(), TDFError::WriteLength);
+    ThrowUnless(file.Close(), TDFError::kWriteLength);
 }
 
 void TDFHandler::SaveSectionData(const char* path, const char* /*name*/, unsigned int headerOffset, const void* data,
                                  unsigned int elementSize, unsigned int count, unsigned int& sectionLength) {
     sectionLength = 0;
     CheckPathToSave(path);
-    ThrowUnless(headerOffset >= FirstSectionOffset, TDFError::HeaderOffset);
-    ThrowUnless(data != nullptr, TDFError::NoData);
+    ThrowUnless(headerOffset >= kFirstSectionOffset, TDFError::kHeaderOffset);
+    ThrowUnless(data != nullptr, TDFError::kNoData);
     PosixFile file = OpenForUpdate(path);
     const std::uint64_t end = std::uint64_t{headerOffset} + ReadLengthField(file, headerOffset);
     const std::uint64_t size = std::uint64_t{elementSize} * count;
-    ThrowUnless(end <= MaxFileSize && size <= MaxFileSize - end, TDFError::HeaderOffset);
+    ThrowUnless(end <= kMaxFileSize && size <= kMaxFileSize - end, TDFError::kHeaderOffset);
 
     // Elements without a size count as elements that were not written.
-    ThrowUnless(elementSize != 0 || count == 0, TDFError::WriteData);
-    ThrowUnless(file.WriteAt(end, {std::string_view(static_cast<const char*>(data), size)}), TDFError::WriteData);
+    ThrowUnless(elementSize != 0 || count == 0, TDFError::kWriteData);
+    ThrowUnless(file.WriteAt(end, {std::string_view(static_cast<const char*>(data), size)}), TDFError::kWriteData);
     sectionLength = static_cast<unsigned int>(end + size - headerOffset);
     WriteLengthField(file, headerOffset, sectionLength);
-    ThrowUnless(file.Close(), TDFError::WriteCorrupted);
+    ThrowUnless(file.Close(), TDFError::kWriteCorrupted);
 }
 
 bool TDFHandler::SeekSectionData(std::FILE* stream, const char* name, unsigned int version,
@@ -135,21 +135,21 @@ bool TDFHandler::SeekSectionData(std::FILE* stream, const char* name, unsigned i
 void TDFHandler::GetSectionDataLengthInBytes(const char* path, const char* name, unsigned int version,
                                              unsigned int& payloadLength) {
     payloadLength = 0;
-    ThrowUnless(CanOpenForReading(path), TDFError::LoadFileName);
+    ThrowUnless(CanOpenForReading(path), TDFError::kLoadFileName);
     // Alone of its kind it does not look at the extension (docs/tdf.md).
     const PosixFile file = OpenForReading(path);
-    payloadLength = RequireSection(file, name, version, TDFError::SectionSizeNotFound).payloadLength;
+    payloadLength = RequireSection(file, name, version, TDFError::kSectionSizeNotFound).payloadLength;
 }
 
 void TDFHandler::LoadSectionData(const char* path, const char* name, unsigned int version, void* buffer,
                                  unsigned int bufferSize, unsigned int& bytesRead) {
     bytesRead = 0;
     CheckPathToLoad(path);
-    ThrowUnless(buffer != nullptr && bufferSize != 0, TDFError::NoBuffer);
+    ThrowUnless(buffer != nullptr && bufferSize != 0, TDFError::kNoBuffer);
     const PosixFile file = OpenForReading(path);
     const SectionInfo section = RequireNamedSection(file, name, version);
     const auto count = file.ReadAt(section.payloadOffset, buffer, std::min(bufferSize, section.payloadLength));
-    ThrowUnless(count.has_value(), TDFError::ReadCorrupted);
+    ThrowUnless(count.has_value(), TDFError::kReadCorrupted);
     bytesRead = static_cast<unsigned int>(*count);
 }
 

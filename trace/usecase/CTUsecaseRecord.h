@@ -6,6 +6,8 @@
 
 namespace Zu::Wep::Trace {
 
+extern template class UsecaseRecordBase<CTUsecaseRecordIF, CTUsecaseInfo>;
+
 class CTUsecaseRecord : public UsecaseRecordBase<CTUsecaseRecordIF, CTUsecaseInfo> {};
 
 }  // namespace Zu::Wep::Trace

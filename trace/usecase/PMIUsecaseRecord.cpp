@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "trace/usecase/UsecaseRecordBody.h"
+
 namespace Zu::Wep::Trace {
 
 void PMIUsecaseRecord::RemoveUsecase(int source) {

@@ -12,6 +12,8 @@ namespace Zu::Wep::Trace {
 /// The sources that a host can ask for, by index.
 inline constexpr std::array<std::string_view, 3> kSourceNames = {"PMI", "CMI0", "CMI1"};
 
+extern template class UsecaseRecordBase<PMIUsecaseRecordIF, PMIUsecaseInfo>;
+
 /// Selects by source index rather than by position or job: 0 is "PMI", 1 is "CMI0", 2 is "CMI1".
 class PMIUsecaseRecord : public UsecaseRecordBase<PMIUsecaseRecordIF, PMIUsecaseInfo> {
   public:

@@ -6,6 +6,8 @@
 
 namespace Zu::Wep::Trace {
 
+extern template class UsecaseRecordBase<UsecaseRecordIF, UsecaseInfo>;
+
 class UsecaseRecord : public UsecaseRecordBase<UsecaseRecordIF, UsecaseInfo> {};
 
 }  // namespace Zu::Wep::Trace
