@@ -31,6 +31,12 @@ CaptureEditor::CaptureEditor(const std::string& path, ChangeMode mode)
 ChainEnd CaptureEditor::FindEnd() const {
     FileSectionSource source(m_file.File());
     const ChainEnd end = FindChainEnd(source, m_file.File().Size().value_or(0), ChainLock::Held);
+    if (end.stop == ScanStop::ReadError) {
+        const int error = errno;
+        throw Failure(m_file.Path(),
+                      fmt::format("the file can't be read at offset {}: {}", end.stopOffset, ZU_WEP::ErrnoText(error)))
+            .At(end.stopOffset);
+    }
     if (m_mode == ChangeMode::Write && !WriteFields(m_file.File(), end.names)) {
         const int error = errno;
         throw Failure(m_file.Path(),

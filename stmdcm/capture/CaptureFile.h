@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "source_utilities/PosixFile.h"
+#include "trace/format/SectionSource.h"
 
 namespace stmdcm {
 
@@ -46,6 +48,19 @@ class CaptureFile {
     ZU_WEP::PosixFile m_file;
     std::uint64_t m_size = 0;
     bool m_hasIdentifier = false;
+};
+
+/// The capture as a walk reads it; borrowed. A byte that can't be read is no end of the sections: it throws Failure.
+class CaptureSource final : public Zu::Wep::Trace::SectionSource {
+  public:
+    explicit CaptureSource(const CaptureFile& file) : m_file(file) {}
+    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t size) override {
+        return m_file.ReadAt(offset, buffer, size);
+    }
+    std::uint64_t NextData(std::uint64_t offset) override { return m_file.File().NextData(offset); }
+
+  private:
+    const CaptureFile& m_file;
 };
 
 }  // namespace stmdcm

@@ -16,18 +16,6 @@ using Zu::Wep::Trace::SectionScanner;
 
 namespace {
 
-/// A byte that can't be read is no end of the sections: it throws.
-class CaptureSource final : public Zu::Wep::Trace::SectionSource {
-  public:
-    explicit CaptureSource(const CaptureFile& file) : m_file(file) {}
-    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t size) override {
-        return m_file.ReadAt(offset, buffer, size);
-    }
-
-  private:
-    const CaptureFile& m_file;
-};
-
 std::uint64_t Hash(std::string_view name, std::uint32_t version) {
     return std::hash<std::string_view>{}(ComparedName(name)) ^ (version * 0x9E3779B97F4A7C15U);
 }

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <utility>
@@ -30,6 +31,18 @@ std::vector<PmiUsecase> ReadPmi(const PMIUsecaseRecordIF& record) {
     return ItemsOf(copy);
 }
 
+/// What the plug-in logged first as an error, without the file in front of it.
+std::string FirstError(const std::vector<PluginMessage>& messages, const std::string& file) {
+    const auto first = std::find_if(messages.begin(), messages.end(), [](const PluginMessage& message) {
+        return message.kind == PluginMessage::Kind::Error;
+    });
+    if (first == messages.end()) {
+        return "";
+    }
+    const std::string start = file + ": ";
+    return ": " + first->text.substr(first->StartsWith(start) ? start.size() : 0);
+}
+
 }  // namespace
 
 Configuration ReadConfiguration(const Manager& manager) {
@@ -54,11 +67,14 @@ std::vector<ObjectFile> ObjectFilesHeldBy(const Manager& manager, const std::vec
     return held;
 }
 
-std::string SaveIntoCapture(const PluginSession& session, Manager& manager) {
+std::string SaveIntoCapture(PluginSession& session, Manager& manager) {
     std::string path = session.WorkingFile("saved.tdf");
     std::ofstream(path, std::ios::binary | std::ios::trunc) << NewCapture({DeviceSection()});
+    session.log.Take();
     if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
-        throw Failure(path, "the plug-in can't save the configuration");
+        throw Failure(session.home.Path().parent_path().string(),
+                      fmt::format("what the plug-in holds can't be read back by way of this directory{}",
+                                  FirstError(session.log.Take(), path)));
     }
     return path;
 }

@@ -19,6 +19,6 @@ Configuration ReadConfiguration(const Manager& manager);
 std::vector<ObjectFile> ObjectFilesHeldBy(const Manager& manager, const std::vector<ObjectFile>& recorded);
 
 /// Has the manager save into a capture of the session's own. Gives its path; throws Failure.
-std::string SaveIntoCapture(const PluginSession& session, Manager& manager);
+std::string SaveIntoCapture(PluginSession& session, Manager& manager);
 
 }  // namespace stmdcm

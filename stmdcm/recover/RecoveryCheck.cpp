@@ -35,7 +35,7 @@ RemarkKind RemarkOf(const FindingKind& kind) {
 
 /// A file that somebody changes while it is recovered can lead to anything.
 void TellMismatch(const CaptureFile& result, RecoveryPlan& plan) {
-    FileSectionSource source(result.File());
+    CaptureSource source(result);
     SectionScanner scanner(source);
     SectionInfo info;
     std::uint64_t count = 0;

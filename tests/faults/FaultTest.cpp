@@ -37,7 +37,8 @@ std::string FaultTest::Meaning(const std::string& name, const std::string& bytes
         return known->second;
     }
     const FaultResult shown = m_machine.Run({STMDCM_TOOL, "show", name, "--json"});
-    return m_meanings[bytes] = std::to_string(shown.status) + shown.out;
+    const bool isLoaded = shown.out.find("\"loaded\": true") != std::string::npos;
+    return m_meanings[bytes] = isLoaded ? std::to_string(shown.status) + shown.out : "does not load";
 }
 
 bool FaultTest::IsChanged() { return Meaning(m_changed, m_machine.Files()[m_changed]) == m_newMeaning; }
@@ -86,7 +87,7 @@ void FaultTest::Try(FaultPlan plan, unsigned step) {
         const FaultResult result = RunAnew(plan);
         const bool isWhole = result == m_whole && m_machine.Files() == m_after;
         std::string wrong = isWhole ? "" : Judge(result, plan);
-        if (wrong.empty()) {
+        if (wrong.empty() && !m_mayChangeFiles) {
             wrong = WhatIsWrongWithFiles(plan.mode != "kill" && !plan.onwards);
         }
         if (!wrong.empty() && m_told.insert(wrong + result.hit.substr(0, result.hit.find(' '))).second) {

@@ -35,6 +35,8 @@ class FaultTest : public testing::Test {
     Snapshot m_after;
     /// Whether the program leaves nothing in its home and its temporary folder.
     bool m_isTidy = true;
+    /// Whether what the program writes depends on the fault.
+    bool m_mayChangeFiles = false;
 
   private:
     FaultResult RunAnew(const FaultPlan& plan) const;
