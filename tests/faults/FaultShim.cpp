@@ -256,6 +256,7 @@ extern "C" int close(int fd) {
     return result;
 }
 
+#ifndef STMDCM_SHIM_WITHOUT_MEMORY
 // Memory: glibc's own allocator under its other names, so that nothing has to be looked up first.
 extern "C" void* __libc_malloc(size_t);
 extern "C" void* __libc_calloc(size_t, size_t);
@@ -276,7 +277,6 @@ bool RunsOut() {
 
 }  // namespace
 
-#ifndef STMDCM_SHIM_WITHOUT_MEMORY
 extern "C" void* malloc(size_t size) { return RunsOut() ? nullptr : __libc_malloc(size); }
 extern "C" void* calloc(size_t count, size_t size) { return RunsOut() ? nullptr : __libc_calloc(count, size); }
 extern "C" void* realloc(void* old, size_t size) { return RunsOut() ? nullptr : __libc_realloc(old, size); }

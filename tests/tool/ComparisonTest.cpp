@@ -12,9 +12,9 @@ namespace {
 Configuration Sample() {
     Configuration sample;
     sample.properties = {{"STM_data_flip", true, Unit::None, 0, 0}, {"Clock_hz", false, Unit::Hertz, 200000000, 1}};
-    sample.sc = {{2, 3, "mod0", "port_a", 1000, false, {{0, "read"}}, {{"sum", "#0:10", "MB/s", 10, 1}}},
-                 {4, 3, "mod0", "port_b", 1000, false, {}, {}}};
-    sample.cpt = {{0, 17, "mem", "p0", 65535, 333000000, 2, 3, 130}};
+    sample.sc = {{{2, 3, "mod0", "port_a", 1000}, false, {{0, "read"}}, {{"sum", "#0:10", "MB/s", 10, 1}}},
+                 {{4, 3, "mod0", "port_b", 1000}, false, {}, {}}};
+    sample.cpt = {{{0, 17, "mem", "p0", 65535}, 333000000, 2, 3, 130}};
     sample.pmi = {{"CMI1", 512}, {"PMI", 256}};
     sample.objectFiles = {{"core0", "/a.out", 1700000000, 1700000000}};
     return sample;
