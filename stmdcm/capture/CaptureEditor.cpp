@@ -25,9 +25,30 @@ const std::string& CheckedPath(const std::string& path) {
 CaptureEditor::CaptureEditor(const std::string& path, ChangeMode mode)
     : m_mode(mode), m_file(CheckedPath(path)), m_end(FindEnd()), m_container(path) {
     RequireReachableEnd();
+    EndInterruptedSaves();
 }
 
-/// The end as it is to be; names are given at once, since they decide which sections are read.
+/// They get their names before anything else, since these decide which sections are read.
+void CaptureEditor::EndInterruptedSaves() {
+    if (m_end.names.empty()) {
+        return;
+    }
+    if (m_mode != ChangeMode::Write) {
+        throw Failure(m_file.Path(),
+                      "an interrupted save in the file is to be ended first, which decides what the file holds; a "
+                      "change that is not a dry run does that");
+    }
+    if (!WriteFields(m_file.File(), m_end.names)) {
+        const int error = errno;
+        throw Failure(m_file.Path(),
+                      fmt::format("an interrupted save in the file can't be ended: {}; the configuration "
+                                  "before it is in force, or its own",
+                                  ZU_WEP::ErrnoText(error)));
+    }
+    m_container = Container(m_file.Path());
+}
+
+/// The end as it is to be.
 ChainEnd CaptureEditor::FindEnd() const {
     FileSectionSource source(m_file.File());
     const ChainEnd end = FindChainEnd(source, m_file.File().Size().value_or(0), ChainLock::Held);
@@ -36,13 +57,6 @@ ChainEnd CaptureEditor::FindEnd() const {
         throw Failure(m_file.Path(),
                       fmt::format("the file can't be read at offset {}: {}", end.stopOffset, ZU_WEP::ErrnoText(error)))
             .At(end.stopOffset);
-    }
-    if (m_mode == ChangeMode::Write && !WriteFields(m_file.File(), end.names)) {
-        const int error = errno;
-        throw Failure(m_file.Path(),
-                      fmt::format("an interrupted save in the file can't be ended: {}; the configuration "
-                                  "before it is in force, or its own",
-                                  ZU_WEP::ErrnoText(error)));
     }
     return end;
 }

@@ -51,6 +51,7 @@ class CaptureEditor {
     void Write(const Plan& plan);
     Zu::Wep::Trace::ChainEnd FindEnd() const;
     void RequireReachableEnd() const;
+    void EndInterruptedSaves();
     std::vector<const Section*> InUse(const NewSection& section) const;
     std::string Encode(const NewSection& section, std::uint32_t version) const;
     void Append(const std::string& bytes);

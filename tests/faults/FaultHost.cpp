@@ -118,8 +118,7 @@ int main(int, char** argv) {
         } catch (const std::bad_alloc&) {
             result = "bad_alloc";
         }
-        result += '\n';
-        if (::write(STDOUT_FILENO, result.data(), result.size()) < 0) {
+        if (::write(STDOUT_FILENO, result.data(), result.size()) < 0 || ::write(STDOUT_FILENO, "\n", 1) < 0) {
             return 4;
         }
     }

@@ -21,6 +21,16 @@
 
 namespace stmdcm_test {
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+inline constexpr bool kIsSanitized = true;
+#else
+inline constexpr bool kIsSanitized = false;
+#endif
+#else
+inline constexpr bool kIsSanitized = false;
+#endif
+
 struct ChildRun {
     bool reached = false;  ///< the n-th call was made
     int exitStatus = -1;   ///< what the work gave; -1 when the child was killed

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string>
 
 #include "trace/format/SectionLayout.h"
 
@@ -32,11 +33,12 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
 bool CutBack(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset, std::uint64_t written) {
     const int error = errno;
     const bool isOurs = file.Size() == std::max(fileSize, written > 0 ? offset + written : 0);
-    if (isOurs) {
-        file.Truncate(std::min(fileSize, offset));
-        if (offset < fileSize) {  // the zeros that were there
-            file.Truncate(fileSize);
-        }
+    if (isOurs &&
+        offset < fileSize) {  // only what was written of the zeros that were there: others may write there, too
+        file.WriteAt(offset, {std::string(std::min(written, fileSize - offset), '\0')});
+    }
+    if (isOurs && (offset >= fileSize || offset + written > fileSize)) {
+        file.Truncate(fileSize);
     }
     errno = error;
     return isOurs;

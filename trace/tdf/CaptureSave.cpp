@@ -43,10 +43,36 @@ void CaptureSave::PrepareForHost() {
     const FileLock lock(file, m_patience);
     TellUnlocked(lock);
     const auto size = file.Size();
-    if (lock.IsHeld() && size) {
-        FileSectionSource source(file);
-        MendChain(file, FindChainEnd(source, *size, ChainLock::Held));  // what fails here fails again in Append
+    if (!lock.IsHeld() || !size) {
+        return;
     }
+    FileSectionSource source(file);
+    const ChainEnd end = FindChainEnd(source, *size, ChainLock::Held);
+    if (!end.reachable || !MendChain(file, end)) {
+        return;  // what fails here fails again in Append
+    }
+    if (end.offset > *size) {
+        file.Truncate(end.offset);  // the host appends at the end of the file
+    } else if (end.offset < *size) {
+        BridgeZeros(file, end.offset, *size);
+    }
+}
+
+/// A section without a name over a tail of zeros, so that what the host appends behind it can be reached.
+void CaptureSave::BridgeZeros(const PosixFile& file, std::uint64_t offset, std::uint64_t size) {
+    const std::uint64_t length = std::max<std::uint64_t>(size - offset, SectionHeader::kSize);
+    if (length <= kMaxSectionLength && file.Truncate(offset + length) &&
+        WriteFields(file, {{offset, EncodeSectionLength(static_cast<std::uint32_t>(length))}})) {
+        m_bridge = {offset, offset + length};
+    }
+}
+
+/// Gives the space back where the host has appended nothing.
+void CaptureSave::TakeBridgeBack(const FileLock& lock) {
+    if (lock.IsHeld() && m_bridge && m_file.Size() == m_bridge->end) {
+        WriteFields(m_file, {{m_bridge->offset, std::string(SectionHeader::kLengthSize, '\0')}});
+    }
+    m_bridge.reset();
 }
 
 SaveTarget CaptureSave::Open() {
@@ -96,6 +122,7 @@ void CaptureSave::Append(const std::vector<SectionToSave>& sections) {
     {
         const FileLock lock(m_file, m_patience);
         TellUnlocked(lock);
+        TakeBridgeBack(lock);
         FindPlace(lock);
         std::uint64_t span = 0;
         for (const SectionToSave& section : sections) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,8 +44,8 @@ class CaptureSave {
     CaptureSave(const CaptureSave&) = delete;
     CaptureSave& operator=(const CaptureSave&) = delete;
 
-    /// For a save in which the host writes its part first: mends the end of the chain, if it can, so that this can be
-    /// reached too. Leaves neither file nor lock held.
+    /// For a save in which the host writes its part first: mends the end of the chain and makes it the end of the file,
+    /// if it can, so that this can be reached too. Leaves neither file nor lock held.
     void PrepareForHost();
 
     /// Opens the file and looks at it, once for the save; says in the log what it can't open or read. Throws for a
@@ -58,6 +59,12 @@ class CaptureSave {
     const ZU_WEP::LockPatience& Patience() const { return m_patience; }
 
   private:
+    struct Bridge {
+        std::uint64_t offset, end;
+    };
+
+    void BridgeZeros(const ZU_WEP::PosixFile& file, std::uint64_t offset, std::uint64_t size);
+    void TakeBridgeBack(const ZU_WEP::FileLock& lock);
     bool Reopen(int flags);
     SaveTarget CannotOpen(int error) const;
     void TellUnlocked(const ZU_WEP::FileLock& lock);
@@ -72,6 +79,7 @@ class CaptureSave {
     const std::string& m_path;
     ZU_WEP::LockPatience m_patience;
     bool m_hasToldOfLock = false;
+    std::optional<Bridge> m_bridge;
     ZU_WEP::PosixFile m_file;
     std::uint64_t m_fileSize = 0;  ///< before what is written next
     std::uint64_t m_offset = 0;    ///< of what is written next

@@ -19,6 +19,10 @@ bool IsOurs(const SectionInfo& section) {
     return section.name == kCommonSection.name || section.name == kStmSection.name || IsUnfinishedName(section.name);
 }
 
+/// How the header of an STMDECODERINFO goes on behind its length.
+const std::string kStmStart =
+    EncodeSectionStart(0, kStmSection.name, kStmSection.version).substr(SectionHeader::kLengthSize);
+
 class EndFinder {
   public:
     EndFinder(SectionSource& source, std::uint64_t fileSize, ChainLock lock)
@@ -38,7 +42,8 @@ class EndFinder {
     void Walk() {
         SectionScanner scanner(m_source);
         for (SectionInfo section; scanner.Next(section);) {
-            if (m_mends && m_isPending && section.Has(kStmSection)) {
+            if (m_mends && m_isPending && section.Has(kStmSection) &&
+                IsWholeList(m_last->payloadOffset, section.offset)) {
                 m_end.names.push_back({m_last->offset + SectionHeader::kSize, std::string(kCommonSection.name)});
             }
             m_isPending = IsUnfinishedName(section.name) && section.version == kCommonSectionVersion;
@@ -49,6 +54,40 @@ class EndFinder {
         m_end.stop = scanner.Stop();
         m_end.stopOffset = scanner.StopOffset();
         m_end.lastSection = m_last ? m_last->offset : 0;
+    }
+
+    /// The bytes from `begin` to `end`; zeros behind the end of the file.
+    std::string Bytes(std::uint64_t begin, std::uint64_t end) {
+        std::string bytes(end - std::min(begin, end), '\0');
+        Read(begin, bytes.data(), bytes.size());
+        return bytes;
+    }
+
+    /// Whether these are a list of object files up to its end, and not one with the other section of its save behind.
+    bool IsWholeList(std::uint64_t begin, std::uint64_t end) {
+        const std::string bytes = Bytes(begin, end);
+        return ReadObjectFileEntries(bytes, [](auto&&...) {}) && bytes.find(kStmStart) == bytes.npos;
+    }
+
+    /// Whether between `begin` and `end` an STMDECODERINFO stands that reaches to `end`: the back of a save.
+    bool HoldsBackOfSave(std::uint64_t begin, std::uint64_t end) {
+        const std::string bytes = Bytes(begin, end);
+        for (auto at = bytes.find(kStmStart); at != bytes.npos; at = bytes.find(kStmStart, at + 1)) {
+            const std::size_t header = at - SectionHeader::kLengthSize;
+            if (at >= SectionHeader::kLengthSize &&
+                DecodeSectionLength(bytes.data() + header) == bytes.size() - header) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// Whether the length of an unfinished section is one that a save gives it.
+    bool HasItsLength(const SectionInfo& unfinished) {
+        const std::uint64_t end = unfinished.offset + unfinished.length;
+        const std::uint64_t behind = end + SectionHeader::kLengthSize;
+        return HoldsBackOfSave(unfinished.payloadOffset, std::max(end, unfinished.payloadOffset)) ||
+               Bytes(behind, behind + kStmStart.size()) == kStmStart;
     }
 
     void EndAt(std::uint64_t offset) {
@@ -67,10 +106,15 @@ class EndFinder {
     }
 
     /// One of ours that is cut off loads as far as it goes, so it gets that length; one byte of payload stays, since an
-    /// empty one loads otherwise. Of a foreign one nothing is changed: what it states is there afterwards.
+    /// empty one loads otherwise. Zeros behind an unfinished one keep it from being a whole list, which a later section
+    /// would bring in force. Of a foreign one nothing is changed: what it states is there afterwards.
     void EndBehindLast() {
         if (m_mends && m_last && m_end.stopOffset > m_fileSize && IsOurs(*m_last)) {
-            EndWithLength(m_last->offset, m_last->length, std::max(m_fileSize, m_last->payloadOffset + 1));
+            const std::uint64_t begin = m_last->payloadOffset;
+            const bool isUnfinished = IsUnfinishedName(m_last->name);
+            std::uint64_t end = std::max(m_fileSize + (isUnfinished ? 1 : 0), begin + 1);
+            end += isUnfinished && IsWholeList(begin, end) ? 1 : 0;
+            EndWithLength(m_last->offset, m_last->length, end);
         } else {
             EndAt(m_end.stopOffset);
         }
@@ -97,7 +141,7 @@ class EndFinder {
         }
         std::array<char, SectionHeader::kSize> bytes{};
         const std::optional<std::size_t> count = Read(m_end.stopOffset, bytes.data(), bytes.size());
-        if (!count) {
+        if (!count || (*count < SectionHeader::kLengthSize && !m_mends)) {
             return false;
         }
         SectionHeader header = DecodeSectionHeader(bytes.data());
@@ -120,18 +164,20 @@ class EndFinder {
 
     /// What a loss of power leaves where not every sector of a save was written: a header of zeros, up to the end of
     /// its sector, or a length field of an unfinished section that lies on the border of two. The section gets all that
-    /// is there.
+    /// is there; only where the back of the save shows that it is one.
     bool EndOverLostSector() {
         if (!m_mends) {
             return false;
         }
         const std::uint64_t at = m_end.stopOffset;
         const std::uint64_t sectorEnd = (at / kSectorSize + 1) * kSectorSize;
-        const bool isLost =
-            m_end.stop == ScanStop::NoProgress && IsZero(at, std::max(at + SectionHeader::kSize, sectorEnd));
+        const bool isLost = m_end.stop == ScanStop::NoProgress && m_fileSize - at <= kMaxSectionLength &&
+                            IsZero(at, std::max(at + SectionHeader::kSize, sectorEnd)) &&
+                            HoldsBackOfSave(at, m_fileSize);
         const bool isTorn =
             m_last && IsUnfinishedName(m_last->name) &&
-            (m_last->length == 0 || m_last->offset % kSectorSize > kSectorSize - SectionHeader::kLengthSize);
+            (m_last->length == 0 ||
+             (m_last->offset % kSectorSize > kSectorSize - SectionHeader::kLengthSize && !HasItsLength(*m_last)));
         const std::uint64_t offset = isLost || !isTorn ? at : m_last->offset;
         if ((!isLost && !isTorn) || m_fileSize - offset > kMaxSectionLength) {
             return false;
