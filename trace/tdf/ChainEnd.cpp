@@ -20,8 +20,9 @@ bool IsOurs(const SectionInfo& section) {
 }
 
 /// How the header of an STMDECODERINFO goes on behind its length.
-const std::string kStmStart =
-    EncodeSectionStart(0, kStmSection.name, kStmSection.version).substr(SectionHeader::kLengthSize);
+std::string StmStart() {
+    return EncodeSectionStart(0, kStmSection.name, kStmSection.version).substr(SectionHeader::kLengthSize);
+}
 
 class EndFinder {
   public:
@@ -66,13 +67,13 @@ class EndFinder {
     /// Whether these are a list of object files up to its end, and not one with the other section of its save behind.
     bool IsWholeList(std::uint64_t begin, std::uint64_t end) {
         const std::string bytes = Bytes(begin, end);
-        return ReadObjectFileEntries(bytes, [](auto&&...) {}) && bytes.find(kStmStart) == bytes.npos;
+        return ReadObjectFileEntries(bytes, [](auto&&...) {}) && bytes.find(StmStart()) == bytes.npos;
     }
 
     /// Whether between `begin` and `end` an STMDECODERINFO stands that reaches to `end`: the back of a save.
     bool HoldsBackOfSave(std::uint64_t begin, std::uint64_t end) {
-        const std::string bytes = Bytes(begin, end);
-        for (auto at = bytes.find(kStmStart); at != bytes.npos; at = bytes.find(kStmStart, at + 1)) {
+        const std::string bytes = Bytes(begin, end), start = StmStart();
+        for (auto at = bytes.find(start); at != bytes.npos; at = bytes.find(start, at + 1)) {
             const std::size_t header = at - SectionHeader::kLengthSize;
             if (at >= SectionHeader::kLengthSize &&
                 DecodeSectionLength(bytes.data() + header) == bytes.size() - header) {
@@ -87,7 +88,7 @@ class EndFinder {
         const std::uint64_t end = unfinished.offset + unfinished.length;
         const std::uint64_t behind = end + SectionHeader::kLengthSize;
         return HoldsBackOfSave(unfinished.payloadOffset, std::max(end, unfinished.payloadOffset)) ||
-               Bytes(behind, behind + kStmStart.size()) == kStmStart;
+               Bytes(behind, behind + StmStart().size()) == StmStart();
     }
 
     void EndAt(std::uint64_t offset) {
