@@ -1,9 +1,6 @@
 // Reads any bytes as a settings text; what is written from it must read back to the same text.
 
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzz/Support.h"
 #include "trace/format/SettingsText.h"
 #include "trace/format/StmPropertyTable.h"
 
@@ -23,13 +20,11 @@ std::string Read(const std::string& text, const LineLimits& limits, StmPropertie
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
+    const std::string text = stmdcm_fuzz::Text(data, size);
     for (const LineLimits& limits : {LineLimits{}, kFileLineLimits}) {
         StmProperties first, second;
         const std::string written = Read(text, limits, first);
-        if (Read(written, limits, second) != written) {
-            std::abort();
-        }
+        stmdcm_fuzz::Require(Read(written, limits, second) == written, "what is written reads back");
     }
     return 0;
 }

@@ -1,10 +1,8 @@
 // Any text goes through the three records. What they write is read back as written, however odd the input was.
 
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
-#include <string>
 
+#include "fuzz/Support.h"
 #include "trace/usecase/CTUsecaseRecord.h"
 #include "trace/usecase/PMIUsecaseRecord.h"
 #include "trace/usecase/UsecaseRecord.h"
@@ -27,15 +25,14 @@ void Check(const std::string& text) {
     const bool hidesBlanks = text.find('\0') != std::string::npos;
     const std::string first = ImportAndExport<Record>(text);
     const std::string second = ImportAndExport<Record>(first);
-    if ((!hidesBlanks && second != first) || ImportAndExport<Record>(second) != second) {
-        std::abort();
-    }
+    stmdcm_fuzz::Require(hidesBlanks || second == first, "what is written reads back");
+    stmdcm_fuzz::Require(ImportAndExport<Record>(second) == second, "what is written twice stays");
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
+    const std::string text = stmdcm_fuzz::Text(data, size);
     Check<Zu::Wep::Trace::UsecaseRecord>(text);
     Check<Zu::Wep::Trace::CTUsecaseRecord>(text);
     Check<Zu::Wep::Trace::PMIUsecaseRecord>(text);

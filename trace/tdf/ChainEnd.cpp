@@ -48,7 +48,7 @@ class EndFinder {
                 m_end.names.push_back({m_last->offset + SectionHeader::kSize, std::string(kCommonSection.name)});
             }
             m_isPending = IsUnfinishedName(section.name) && section.version == kCommonSectionVersion;
-            m_beforeLast = m_last ? m_last->offset : 0;
+            m_beforeLast = std::move(m_last);
             m_last = std::move(section);
             section = {};
         }
@@ -91,6 +91,15 @@ class EndFinder {
                Bytes(behind, behind + StmStart().size()) == StmStart();
     }
 
+    /// The last section in front of the place where the walk ended, where it has taken zeros for one.
+    const std::optional<SectionInfo>& LastPassed() const {
+        return m_last && m_last->offset == m_end.stopOffset ? m_beforeLast : m_last;
+    }
+
+    /// Whether that place is within the header or the name of the section before: it states to end there, and what is
+    /// written there would become part of them.
+    bool IsWithinHeader() const { return LastPassed() && LastPassed()->payloadOffset > m_end.stopOffset; }
+
     void EndAt(std::uint64_t offset) {
         m_end.offset = offset;
         m_end.reachable = true;
@@ -124,12 +133,10 @@ class EndFinder {
     /// A tail of zeros is space.
     bool EndAtZeros() {
         const bool canBe = m_end.stop == ScanStop::NoProgress || m_end.stop == ScanStop::TornHeader;
-        if (!m_mends || !canBe || !IsZero(m_end.stopOffset, m_fileSize)) {
+        if (!m_mends || !canBe || IsWithinHeader() || !IsZero(m_end.stopOffset, m_fileSize)) {
             return false;
         }
-        if (m_last && m_last->offset == m_end.stopOffset) {  // the walk has taken the zeros for a section
-            m_end.lastSection = m_beforeLast;
-        }
+        m_end.lastSection = LastPassed() ? LastPassed()->offset : 0;
         EndAt(m_end.stopOffset);
         return true;
     }
@@ -172,9 +179,9 @@ class EndFinder {
         }
         const std::uint64_t at = m_end.stopOffset;
         const std::uint64_t sectorEnd = (at / kSectorSize + 1) * kSectorSize;
-        const bool isLost = m_end.stop == ScanStop::NoProgress && m_fileSize - at <= kMaxSectionLength &&
-                            IsZero(at, std::max(at + SectionHeader::kSize, sectorEnd)) &&
-                            HoldsBackOfSave(at, m_fileSize);
+        const bool isLost =
+            m_end.stop == ScanStop::NoProgress && !IsWithinHeader() && m_fileSize - at <= kMaxSectionLength &&
+            IsZero(at, std::max(at + SectionHeader::kSize, sectorEnd)) && HoldsBackOfSave(at, m_fileSize);
         const bool isTorn =
             m_last && IsUnfinishedName(m_last->name) &&
             (m_last->length == 0 ||
@@ -215,7 +222,7 @@ class EndFinder {
     bool m_mends;
     bool m_isPending = false;  ///< the last section waits for its name
     std::optional<SectionInfo> m_last;
-    std::uint64_t m_beforeLast = 0;
+    std::optional<SectionInfo> m_beforeLast;
     ChainEnd m_end;
 };
 
