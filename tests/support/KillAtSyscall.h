@@ -120,7 +120,7 @@ inline ChildRun FailAtSyscall(
     });
 }
 
-/// Lets the first gathered write take only so many bytes, and kills the work before it can go on.
+/// Lets the first gathered write take only so many bytes, if it has more, and kills the work before it can go on.
 inline void KillAfterShortWrite(std::size_t bytes, const Work& work) {
     bool isShort = false;
     WatchSyscalls(work, [&](pid_t child, const __ptrace_syscall_info& info) {
@@ -130,7 +130,7 @@ inline void KillAfterShortWrite(std::size_t bytes, const Work& work) {
             isShort = true;
             std::uint64_t skipped = info.entry.args[1];
             std::size_t left = bytes;
-            for (std::uint64_t count = 1;; ++count, skipped += sizeof(iovec)) {
+            for (std::uint64_t count = 1; count <= info.entry.args[2]; ++count, skipped += sizeof(iovec)) {
                 iovec piece{};
                 const iovec to{&piece, sizeof piece}, from{reinterpret_cast<void*>(skipped), sizeof piece};
                 ::process_vm_readv(child, &to, 1, &from, 1, 0);
