@@ -30,7 +30,7 @@ struct Counter {
     std::uint32_t number = 0;
     std::string text;
 
-    auto operator<=>(const Counter&) const = default;
+    auto operator<=>(const Counter&) const = default;  // NOLINT(modernize-use-nullptr): not a pointer
 
     template <class Visitor>
     void Visit(Visitor&& visit) const {
@@ -46,7 +46,7 @@ struct Formula {
     std::uint32_t tagNumber = 0;
     std::uint32_t outputMask = 0;
 
-    auto operator<=>(const Formula&) const = default;
+    auto operator<=>(const Formula&) const = default;  // NOLINT(modernize-use-nullptr): not a pointer
 
     template <class Visitor>
     void Visit(Visitor&& visit) const {
@@ -75,7 +75,7 @@ struct MonitorUsecase {
     std::uint32_t sampleWindow = 0;
 
     std::string Key() const;
-    auto operator<=>(const MonitorUsecase&) const = default;
+    auto operator<=>(const MonitorUsecase&) const = default;  // NOLINT(modernize-use-nullptr): not a pointer
 
     template <class Self, class Visitor>
     static void Walk(Self& self, Visitor&& visit) {
@@ -92,7 +92,7 @@ struct ScUsecase : MonitorUsecase {
     std::vector<Counter> counters;
     std::vector<Formula> formulas;
 
-    auto operator<=>(const ScUsecase&) const = default;
+    auto operator<=>(const ScUsecase&) const = default;  // NOLINT(modernize-use-nullptr): not a pointer
 
     template <class Self, class Visitor>
     static void Walk(Self& self, Visitor&& visit) {
@@ -109,7 +109,7 @@ struct CptUsecase : MonitorUsecase {
     std::uint32_t mode = 0;
     std::uint32_t dataOptions = 0;
 
-    auto operator<=>(const CptUsecase&) const = default;
+    auto operator<=>(const CptUsecase&) const = default;  // NOLINT(modernize-use-nullptr): not a pointer
 
     template <class Self, class Visitor>
     static void Walk(Self& self, Visitor&& visit) {
@@ -126,7 +126,7 @@ struct PmiUsecase {
     std::uint32_t sampleWindow = 0;
 
     std::string Key() const { return source; }
-    auto operator<=>(const PmiUsecase&) const = default;
+    auto operator<=>(const PmiUsecase&) const = default;  // NOLINT(modernize-use-nullptr): not a pointer
 
     template <class Self, class Visitor>
     static void Walk(Self& self, Visitor&& visit) {

@@ -61,7 +61,7 @@ class UsecaseInfoBase : public Interface {
     UsecaseInfoBase() = default;
     UsecaseInfoBase(const UsecaseInfoBase&) = default;
     UsecaseInfoBase& operator=(const UsecaseInfoBase&) = default;
-    ~UsecaseInfoBase() = default;
+    ~UsecaseInfoBase() = default;  // NOLINT(modernize-use-override): not every interface has a virtual one
 
   private:
     Info& Self() { return static_cast<Info&>(*this); }
