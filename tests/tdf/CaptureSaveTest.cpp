@@ -23,8 +23,17 @@ const std::string Payload(5000, 'p');
 const std::vector<long> FileCalls{SYS_openat,    SYS_read,    SYS_pread64,   SYS_newfstatat, SYS_fstat, SYS_lseek,
                                   SYS_fallocate, SYS_pwritev, SYS_fdatasync, SYS_ftruncate,  SYS_close};
 
+/// A list of object files, as a save has it: only that is what an interrupted one can be completed with.
+std::string List(int entries) {
+    std::string list;
+    for (int i = 0; i < entries; ++i) {
+        AppendObjectFileEntry(list, {"core" + std::to_string(i), "/opt/images/app.out", 1'700'000'000 + i});
+    }
+    return list;
+}
+
 struct CaptureSaveTest : CaptureTest {
-    std::string m_common = "images", m_settings = "settings";
+    std::string m_common = List(1), m_settings = "settings";
 
     /// 0 when the two sections were saved, 1 when that failed.
     int Save() {
@@ -53,7 +62,7 @@ struct CaptureSaveTest : CaptureTest {
     /// Captures of which the last part is whole, torn, lost, or of an interrupted save.
     static std::vector<std::string> Captures() {
         const std::string bare = "TDF2" + Section("DEVID", "a=1\n");
-        const std::string list("a\0b\0stamp of", 12);
+        const std::string list = List(2);
         std::vector<std::string> all{Reference("full.tdf"), bare};
         for (const std::string& last :
              {std::string(7, '\0'), std::string(9000, '\0'), Section("TRACE0", "torn", 700), std::string("\3"),
@@ -115,7 +124,7 @@ TEST_F(CaptureSaveTest, IsAllOrNothingWhateverStopsIt) {
 }
 
 TEST_F(CaptureSaveTest, SurvivesALossOfPower) {
-    m_common = std::string(700, 'c');
+    m_common = List(20);
     m_settings = std::string(1500, 's');
     std::mt19937 random(1);
     for (std::size_t offset = 512 - 14; offset < 514; ++offset) {  // of the save, at and around a sector's end

@@ -52,7 +52,7 @@ class EndFinder {
             m_last = std::move(section);
             section = {};
         }
-        m_end.stop = scanner.Stop();
+        m_end.stop = m_end.stop == ScanStop::ReadError ? m_end.stop : scanner.Stop();
         m_end.stopOffset = scanner.StopOffset();
         m_end.lastSection = m_last ? m_last->offset : 0;
     }
