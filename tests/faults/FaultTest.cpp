@@ -4,7 +4,21 @@
 #include <cstring>
 #include <utility>
 
+#include "tests/tool/SectionList.h"
+#include "trace/format/StmSections.h"
+
 namespace stmdcm_test {
+
+namespace {
+
+constexpr char kDoesNotLoad[] = "does not load";
+
+}  // namespace
+
+std::string BareCapture() {
+    return "TDF2" + stmdcm::MakeSection("TRACE0", 1, "trace") +
+           stmdcm::MakeSection(Zu::Wep::Trace::kDeviceSectionName, 1, "STM_ATB_Id=7\n");
+}
 
 unsigned FaultStep(unsigned usual) {
     const char* soak = std::getenv("STMDCM_SOAK");
@@ -38,7 +52,7 @@ std::string FaultTest::Meaning(const std::string& name, const std::string& bytes
     }
     const FaultResult shown = m_machine.Run({STMDCM_TOOL, "show", name, "--json"});
     const bool isLoaded = shown.out.find("\"loaded\": true") != std::string::npos;
-    return m_meanings[bytes] = isLoaded ? std::to_string(shown.status) + shown.out : "does not load";
+    return m_meanings[bytes] = isLoaded ? std::to_string(shown.status) + shown.out : kDoesNotLoad;
 }
 
 bool FaultTest::IsChanged() { return Meaning(m_changed, m_machine.Files()[m_changed]) == m_newMeaning; }
@@ -51,10 +65,18 @@ std::string FaultTest::WhatIsWrongWith(const std::string& name, const std::strin
     if (name != m_changed) {
         return name + " is neither as before nor as after";
     }
+    const bool isKnown = m_meanings.contains(bytes);
     const std::string meaning = Meaning(name, bytes);
-    return meaning == m_oldMeaning || meaning == m_newMeaning
-               ? ""
-               : name + " reads neither as before nor as after: " + meaning.substr(0, 400);
+    if (meaning != m_oldMeaning && meaning != m_newMeaning) {
+        return name + " reads neither as before nor as after: " + meaning.substr(0, 400);
+    }
+    return isKnown || meaning == kDoesNotLoad || CanBeChanged(name) ? "" : name + " can't be changed any more";
+}
+
+/// Whether the next changes are done and found.
+bool FaultTest::CanBeChanged(const std::string& name) const {
+    m_machine.Run({STMDCM_TOOL, "set", name, "STM_ATB_Id=77"});
+    return m_machine.Run({STMDCM_TOOL, "set", name, "STM_ATB_Id=78"}).out.find("77  ->  78") != std::string::npos;
 }
 
 /// A run that was killed, or whose every call fails, can't clean up.

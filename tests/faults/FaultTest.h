@@ -14,6 +14,9 @@ namespace stmdcm_test {
 /// How far apart the calls are that a test hits: all of them where STMDCM_SOAK is set.
 unsigned FaultStep(unsigned usual);
 
+/// A host's capture, to which no manager has saved.
+std::string BareCapture();
+
 /// Runs one program again and again on the same files, with another of its calls hit each time.
 class FaultTest : public testing::Test {
   protected:
@@ -43,6 +46,7 @@ class FaultTest : public testing::Test {
     std::string Meaning(const std::string& name, const std::string& bytes);
     std::string WhatIsWrongWithFiles(bool mayClean);
     std::string WhatIsWrongWith(const std::string& name, const std::string& bytes);
+    bool CanBeChanged(const std::string& name) const;
 
     std::vector<std::string> m_command;
     std::string m_changed;

@@ -6,15 +6,9 @@
 #include <sstream>
 
 #include "tests/faults/FaultTest.h"
-#include "tests/tool/SectionList.h"
-#include "trace/format/SectionLayout.h"
-#include "trace/format/StmSections.h"
 
 namespace stmdcm_test {
 namespace {
-
-using namespace Zu::Wep::Trace;
-using stmdcm::MakeSection;
 
 struct Action {
     const char* name;
@@ -34,8 +28,7 @@ class HostFaultTest : public FaultTest, public testing::WithParamInterface<Actio
             files[name] = ReadWhole(std::string(STMDCM_TEST_DATA "/") + name);
         }
         files[kMine] = files["settings.txt"];
-        files["bare.tdf"] = "TDF2" + MakeSection("TRACE0", 1, "trace") +
-                            MakeSection(kDeviceSectionName, kDeviceSectionVersion, "STM_ATB_Id=7\n");
+        files["bare.tdf"] = BareCapture();
         files["example.json"] = ReadWhole(STMDCM_SCENARIO);
         m_isTidy = false;
         m_machine.AddVariable("HOME=" + m_machine.Folder());
