@@ -123,6 +123,29 @@ TEST_F(CaptureSaveTest, IsAllOrNothingWhateverStopsIt) {
     }
 }
 
+TEST_F(CaptureSaveTest, AnInterruptedSaveComesInForceOnlyIfItWasWhole) {
+    const std::string bare = "TDF2" + Section("DEVID", "a=1\n"), stm = Section(kStmSectionName, "old");
+    const std::string cut = List(2).substr(0, 40);
+    const std::pair<std::string, bool> cases[] = {
+        {Section(kUnfinishedName, List(2)) + stm, true},
+        {Section(kUnfinishedName, List(2) + stm) + stm, false},  // killed behind its first write
+        {Section(kUnfinishedName, List(2) + Section(kStmSectionName, "in part").substr(0, 30)) + stm, false},
+        {Section(kUnfinishedName, cut) + stm, false},
+    };
+    for (const auto& [last, isWhole] : cases) {
+        WriteWhole(m_file, bare + last);
+        ASSERT_EQ(Save(), 0);
+        OpenCapture capture(m_file, {kCommonSection});
+        EXPECT_EQ(capture.Read(kCommonSection) != m_common, isWhole) << last;  // the first of the name is read
+    }
+    WriteWhole(m_file, bare + Section(kUnfinishedName, List(1), 50));  // cut off between two entries
+    ASSERT_EQ(Save(), 0);
+    EXPECT_EQ(Loaded(), m_common + "|" + m_settings);
+    CaptureTest::Save(kStmSectionName, 1, "more");
+    ASSERT_EQ(Save(), 0);
+    EXPECT_EQ(Loaded(), m_common + "|" + m_settings);
+}
+
 TEST_F(CaptureSaveTest, SurvivesALossOfPower) {
     m_common = List(20);
     m_settings = std::string(1500, 's');
