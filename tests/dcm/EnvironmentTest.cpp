@@ -2,7 +2,6 @@
 #include <locale>
 
 #include "tests/dcm/ManagerTest.h"
-#include "tests/support/AllocationWatch.h"
 #include "tests/support/KillAtSyscall.h"
 #include "trace/dcm/DeviceConfigManager.h"
 
@@ -71,32 +70,6 @@ TEST_F(EnvironmentTest, TheDebugClientIsKeptWhileItRuns) {
                    std::filesystem::exists(m_home / ".ZU-trace/" + LogFileName(process));
         });
     }
-}
-
-TEST_F(EnvironmentTest, WantOfMemoryEndsNoHost) {
-    const std::string parent = std::to_string(::getpid());
-    const std::string capture = m_home / "a.tdf";
-    WriteWhole(capture, ReadWhole(Sample("full.tdf")));
-    enum { NeverMet, Met, NextFails };
-    int outcome = Met;
-    for (std::size_t n = 0; outcome == Met; n += n < 400 ? 1 : 10) {
-        outcome = stmdcm_test::RunInChild([&] {
-            ::setenv("ZU_TRACE_DEBUGCLIENT_PID", parent.c_str(), 1);
-            bool isMet = true;
-            stmdcm_test::RunsOutOfMemory(n, [&] {
-                StmDeviceConfigManager manager(&m_cpu, nullptr);
-                manager.LoadConfiguration(capture, TRACE_DATA_FILE_TDF);
-                manager.SaveAllConfiguration();
-                manager.SaveConfiguration(capture, TRACE_DATA_FILE_TDF);
-                isMet = stmdcm_test::allocationsUntilFailure > n;
-            });
-            StmDeviceConfigManager next(&m_cpu, nullptr);
-            const bool works = next.LoadConfiguration(capture, TRACE_DATA_FILE_TDF) &&
-                               next.SaveConfiguration(capture, TRACE_DATA_FILE_TDF);
-            return !works ? NextFails : isMet ? Met : NeverMet;
-        });
-    }
-    EXPECT_EQ(outcome, NeverMet);
 }
 
 TEST_F(EnvironmentTest, AManagerIsMadeWithoutAHomeAndTheNextTriesAgain) {

@@ -57,22 +57,6 @@ TEST_F(SamplesTest, FullCaptureToTheLetter) {
     EXPECT_EQ(Text(), ReadWhole(Sample("settings.txt")));  // every byte of somebody else's text comes back
 }
 
-TEST_F(SamplesTest, MemoryThatRunsOutIsTold) {
-    std::string bytes = ReadWhole(Sample("full.tdf"));
-    bytes.replace(bytes.rfind("STM_STP_Version = 2"), 19, "STM_ATB_Id = 5     ");  // so the host's section says it
-    const std::string path = Write("full.tdf", bytes);
-    ASSERT_TRUE(LoadAny(path));
-    EXPECT_EQ(Number("STM_STP_Version"), 9);
-    const std::string whole = Text();
-    bool failed = true;
-    for (std::size_t n = 0; failed; ++n) {
-        m_manager = Make();
-        bool loaded = false;
-        failed = stmdcm_test::RunsOutOfMemory(n, [&] { loaded = LoadAny(path); });
-        EXPECT_TRUE(failed || (loaded && Text() == whole)) << n;
-    }
-}
-
 TEST_F(SamplesTest, OnlyASectionThatStatesToBeEmptyFailsTheLoad) {
     const std::string packed = ReadWhole(Sample("packed.tdf")), decoder = ReadWhole(Sample("empty-decoder.tdf"));
     std::string torn = packed + decoder.substr(26, 17), wrapped = decoder;  // a header of DEVID that states 13 bytes

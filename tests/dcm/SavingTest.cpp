@@ -1,13 +1,12 @@
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/resource.h>
-#include <sys/syscall.h>
 
 #include <chrono>
 
 #include "host/vorn/vornError.h"
 #include "source_utilities/PosixFile.h"
 #include "tests/dcm/ManagerTest.h"
+#include "tests/support/AppendSection.h"
 #include "tests/support/FreeDescriptors.h"
 #include "tests/support/KillAtSyscall.h"
 #include "trace/tdf/TDFHandler.h"
@@ -24,14 +23,7 @@ class SavingTest : public ManagerTest {
         value.value.integer = 99;
         m_manager->SetSTMProperty("STM_ATB_Id", value);
         TDFHandler().CreateTDFFile(m_capture.c_str());
-        AppendByTwoSteps("DEVID", "serial = 1\n");
-        m_before = ReadWhole(m_capture);
-    }
-    void AppendByTwoSteps(const char* name, const std::string& payload) {
-        unsigned offset = 0, length = 0;
-        TDFHandler().SaveSectionHeader(m_capture.c_str(), name, 1, offset);
-        TDFHandler().SaveSectionData(m_capture.c_str(), name, offset, payload.data(), 1,
-                                     static_cast<unsigned>(payload.size()), length);
+        stmdcm_test::AppendSection(m_capture, "DEVID", 1, "serial = 1\n");
     }
     int Save() { return m_manager->SaveConfiguration(m_capture, TRACE_DATA_FILE_TDF) ? 0 : 1; }
     /// What the capture loads to, the result first.
@@ -42,27 +34,12 @@ class SavingTest : public ManagerTest {
     }
 
     std::string m_capture = m_home / "saved.tdf";
-    std::string m_before;
 };
-
-TEST_F(SavingTest, WritesTheBytesOfTheTwoStepProtocol) {
-    EXPECT_EQ(Save(), 0);
-    const std::string saved = ReadWhole(m_capture);
-    EXPECT_EQ(Loaded(), "1" + Text());
-    WriteWhole(m_capture, m_before);
-    std::string common;
-    for (const int core : {0, 1}) {
-        common += "core" + std::to_string(core) + '\0' + "/opt/images/app" + std::to_string(core) + ".out" + '\0';
-        common += static_cast<char>(core) + std::string("\xF1\x53\x65\0\0\0\0", 7);
-    }
-    AppendByTwoSteps("DCM_COMMON", common.substr(common.find("core1")));  // core0 has lost its path to the check
-    AppendByTwoSteps("STMDECODERINFO", Text());
-    EXPECT_EQ(saved, ReadWhole(m_capture));
-}
 
 TEST_F(SavingTest, TheOldestConfigurationIsTheOneThatLoads) {
     Save();
     const std::string first = Loaded();
+    EXPECT_EQ(first, "1" + Text());
     m_manager->ExtractValue("STM_ATB_Id", "5");
     Save();
     EXPECT_EQ(Loaded(), first);
@@ -131,42 +108,6 @@ TEST_F(SavingTest, AHostThatHoldsTheLockItselfWaitsFiveSecondsInAll) {
     EXPECT_EQ(log, std::vector<std::string>{" W    " + m_capture +
                                             ": another holds its lock and does not let go, saving without it"});
     EXPECT_EQ(Loaded(), "1" + Text());
-}
-
-TEST_F(SavingTest, WhateverStopsASaveLeavesOldOrNew) {
-    const std::string old = Loaded(), oldSettings = "STM_ATB_Id = 3\n";
-    const auto work = [this] { return Save() + 2 * int{!m_manager->SaveConfiguration("s", TRACE_DATA_FILE_LIVE)}; };
-    const auto stop = [&](const auto& how) {
-        WriteWhole(m_capture, m_before);
-        WriteWhole(m_home / "s.dcm", oldSettings);
-        const stmdcm_test::ChildRun run = how();
-        const std::string loaded = Loaded(), settings = ReadWhole(m_home / "s.dcm");
-        EXPECT_TRUE(loaded == "1" + Text() || ((run.exitStatus & 1) != 0 && loaded == old)) << loaded;
-        EXPECT_TRUE(settings == Text() || ((run.exitStatus & 2) != 0 && settings == oldSettings)) << settings;
-        EXPECT_EQ(Save(), 0);
-        EXPECT_EQ(Loaded(), "1" + Text());
-        return run.reached;
-    };
-    for (unsigned n = 1; stop([&] { return stmdcm_test::KillAtSyscall(n, work); }); ++n) {
-    }
-    for (const int error : {ENOSPC, EIO, EINTR}) {
-        const std::vector<long> calls{SYS_openat,    SYS_read,  SYS_pread64,   SYS_pwritev,  SYS_flock,
-                                      SYS_fallocate, SYS_fsync, SYS_fdatasync, SYS_ftruncate};
-        for (unsigned n = 1; stop([&] { return stmdcm_test::FailAtSyscall(n, error, calls, work); }); ++n) {
-        }
-    }
-}
-
-TEST_F(SavingTest, AFileSizeLimitIsAFailureNotASignal) {
-    Write("s.dcm", "STM_ATB_Id = 3\n");
-    const int status = stmdcm_test::RunInChild([this] {
-        const rlimit limit{200, 200};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        return Save() * 2 + (m_manager->SaveConfiguration("s", TRACE_DATA_FILE_LIVE) ? 0 : 1);
-    });
-    EXPECT_EQ(status, 3);
-    EXPECT_EQ(ReadWhole(m_home / "s.dcm"), "STM_ATB_Id = 3\n");
-    EXPECT_EQ(ReadWhole(m_capture), m_before);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <future>
 #include <tuple>
 
+#include "source_utilities/PosixFile.h"
 #include "source_utilities/uFile.h"
 #include "source_utilities/uMutex.h"
 #include "source_utilities/uProcess.h"
@@ -40,6 +41,7 @@ TEST_F(uFileTest, WritesSeeksAndReads) {
 }
 
 TEST_F(uFileTest, IsNotInheritedAndKeepsTheMode) {
+    EXPECT_EQ(fcntl(PosixFile::Open("/dev/null", O_RDONLY).Descriptor(), F_GETFD), FD_CLOEXEC);
     for (const char* mode : {"a+", "w", "wb,ccs=UTF-8", "r+,ccs=UTF-8"}) {
         const auto work = [mode] {  // in a child, since the C library keeps what it converts characters with
             const int next = dup(STDIN_FILENO);

@@ -1,8 +1,9 @@
 #pragma once
 
-// Runs work in a child process and watches its system calls, or stops it at a chosen one: what a power cut, a kill or a
-// full disk does.
+// Runs work in a child process and watches its system calls, or stops it at a chosen one: what a kill or a full disk
+// does.
 
+#include <gtest/gtest.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -21,15 +22,7 @@
 
 namespace stmdcm_test {
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-inline constexpr bool kIsSanitized = true;
-#else
-inline constexpr bool kIsSanitized = false;
-#endif
-#else
-inline constexpr bool kIsSanitized = false;
-#endif
+inline constexpr bool kIsSanitized = STMDCM_IS_SANITIZED;
 
 struct ChildRun {
     bool reached = false;  ///< the n-th call was made
@@ -82,19 +75,6 @@ inline int WatchSyscalls(const Work& work, const std::function<void(pid_t, const
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// Calls `atCall(pid)` when the work enters its n-th system call, counted from 1, of those listed (none: of all).
-inline ChildRun InterceptSyscall(unsigned n, const std::vector<long>& calls, const Work& work,
-                                 const std::function<void(pid_t)>& atCall) {
-    unsigned count = 0;
-    const int exitStatus = WatchSyscalls(work, [&](pid_t child, const __ptrace_syscall_info& info) {
-        const bool isListed = std::count(calls.begin(), calls.end(), static_cast<long>(info.entry.nr)) > 0;
-        if ((calls.empty() || isListed) && ++count == n) {
-            atCall(child);
-        }
-    });
-    return {count >= n, exitStatus};
-}
-
 /// Whether `text` stands at an address of the child: an argument of the call that it enters.
 inline bool IsTextAt(pid_t child, std::uint64_t address, const std::string& text) {
     std::string found(text.size() + 1, '\0');
@@ -103,47 +83,42 @@ inline bool IsTextAt(pid_t child, std::uint64_t address, const std::string& text
            found.compare(0, found.npos, text.c_str(), found.size()) == 0;
 }
 
-inline ChildRun KillAtSyscall(unsigned n, const Work& work) {
-    return InterceptSyscall(n, {}, work, [](pid_t child) { ::kill(child, SIGKILL); });
-}
-
-/// Lets the n-th of the given system calls (SYS_...) fail with `error` instead of being done; `before` that.
-inline ChildRun FailAtSyscall(
+/// Stops the work at the n-th system call that it enters, counted from 1, of those listed (none: of all): lets it fail
+/// with `error` instead of being done, or kills the work for 0. `before` that.
+inline ChildRun StopAtSyscall(
     unsigned n, int error, const std::vector<long>& calls, const Work& work,
     const std::function<void()>& before = [] {}) {
-    return InterceptSyscall(n, calls, work, [&](pid_t child) {
+    unsigned count = 0;
+    const int exitStatus = WatchSyscalls(work, [&](pid_t child, const __ptrace_syscall_info& info) {
+        const bool isListed = calls.empty() || std::count(calls.begin(), calls.end(), long(info.entry.nr)) > 0;
+        if (!isListed || ++count != n) {
+            return;
+        }
         before();
+        if (error == 0) {
+            ::kill(child, SIGKILL);
+            return;
+        }
         ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.orig_rax), -1L);
         ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
         ::waitpid(child, nullptr, 0);
         ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.rax), static_cast<long>(-error));
     });
+    return {count >= n, exitStatus};
 }
 
-/// Lets the first gathered write take only so many bytes, if it has more, and kills the work before it can go on.
-inline void KillAfterShortWrite(std::size_t bytes, const Work& work) {
-    bool isShort = false;
-    WatchSyscalls(work, [&](pid_t child, const __ptrace_syscall_info& info) {
-        if (isShort) {
-            ::kill(child, SIGKILL);
-        } else if (info.entry.nr == SYS_pwritev) {
-            isShort = true;
-            std::uint64_t skipped = info.entry.args[1];
-            std::size_t left = bytes;
-            for (std::uint64_t count = 1; count <= info.entry.args[2]; ++count, skipped += sizeof(iovec)) {
-                iovec piece{};
-                const iovec to{&piece, sizeof piece}, from{reinterpret_cast<void*>(skipped), sizeof piece};
-                ::process_vm_readv(child, &to, 1, &from, 1, 0);
-                if (left <= piece.iov_len) {
-                    piece.iov_len = left;
-                    ::process_vm_writev(child, &to, 1, &from, 1, 0);
-                    ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.rdx), static_cast<long>(count));
-                    return;
-                }
-                left -= piece.iov_len;
-            }
-        }
-    });
+/// Stops the work in one place after the other until it comes to its end, each time between `prepare` and `check(run)`.
+template <class Prepare, class Check>
+void StopEverywhere(int error, const std::vector<long>& calls, const Work& work, unsigned step, Prepare prepare,
+                    Check check) {
+    bool reached = true;
+    for (unsigned n = 1; reached && !testing::Test::HasFailure(); n += step) {
+        SCOPED_TRACE(testing::Message() << "call " << n << " with error " << error);
+        prepare();
+        const ChildRun run = StopAtSyscall(n, error, calls, work);
+        reached = run.reached;
+        check(run);
+    }
 }
 
 }  // namespace stmdcm_test

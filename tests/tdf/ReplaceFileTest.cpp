@@ -1,9 +1,11 @@
 #include "source_utilities/ReplaceFile.h"
 
-#include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <set>
 
 #include "source_utilities/PosixFile.h"
 #include "tests/support/FreeDescriptors.h"
@@ -25,9 +27,10 @@ ReplaceResult Replace(const std::string& path, const std::string& text = New) {
     return ReplaceFile(path, [&text] { return text; });
 }
 
-ino_t Inode(const std::string& path) {
+struct stat Status(const std::string& path) {
     struct stat info {};
-    return ::stat(path.c_str(), &info) == 0 ? info.st_ino : 0;
+    ::stat(path.c_str(), &info);
+    return info;
 }
 
 /// A settings file that is written through a link, and one whose path has no room for a longer name beside it.
@@ -45,64 +48,78 @@ struct ReplaceFileTest : ::testing::Test {
         std::filesystem::create_directories(m_long);
         m_long += "/" + std::string(Length - m_long.size() - 1, 'f');
         std::filesystem::create_symlink("settings.txt", m_link);
+        Prepare(true);
     }
     void Prepare(bool exists) {
         for (const std::string& path : {m_path, m_long}) {
             std::filesystem::remove(path);
-        }
-        if (exists) {
-            WriteWhole(m_path, Old);
-            WriteWhole(m_long, Old);
-        }
-    }
-    /// One that was left behind, or nothing.
-    std::string Temporary() {
-        for (const auto& entry : std::filesystem::directory_iterator(m_directory.Path())) {
-            if (entry.path().extension() == ".tmp") {
-                return entry.path();
+            if (exists) {
+                WriteWhole(path, Old);
             }
         }
-        return "";
+    }
+    /// The temporary files that are there.
+    std::set<std::string> Temporary() {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_directory.Path())) {
+            if (entry.path().extension() == ".tmp") {
+                names.insert(entry.path().filename());
+            }
+        }
+        return names;
     }
 };
 
 TEST_F(ReplaceFileTest, LeavesOldOrNewContentWhereverItIsKilledOrFails) {
-    using Case = std::pair<std::string, bool>;
-    for (const auto& [path, exists] :
-         {Case(m_link, true), Case(m_link, false), Case(m_long, true), Case(m_long, false)}) {
-        const std::string before = exists ? Old : "";
-        const std::string between = exists && path == m_long ? Padded : before;
-        const auto work = [&path = path] { return static_cast<int>(Replace(path)); };
-        bool killed = true, failed = true;
-        for (unsigned n = 1; killed || failed; ++n) {
+    const std::vector<long> calls{SYS_openat, SYS_pwritev, SYS_ftruncate, SYS_fsync, SYS_rename, SYS_fchmod, SYS_close};
+    for (const auto& [path, exists] : {std::pair(m_link, true), {m_link, false}, {m_long, true}, {m_long, false}}) {
+        const bool isInPlace = path == m_long;
+        const std::string before = exists ? Old : "", between = exists && isInPlace ? Padded : before;
+        ino_t inode = 0;
+        const auto prepare = [&, &exists = exists, &path = path] {
             Prepare(exists);
-            killed = stmdcm_test::KillAtSyscall(n, work).reached;
+            inode = Status(path).st_ino;
+        };
+        const auto check = [&, &exists = exists, &path = path](const stmdcm_test::ChildRun& run) {
             const std::string left = ReadWhole(path);
-            ASSERT_TRUE(left == New || (killed && (left == before || left == between))) << "killed at call " << n;
-            ASSERT_EQ(Replace(path), ReplaceResult::Written);
-            ASSERT_EQ(Temporary(), "") << "left at call " << n;
-            Prepare(exists);
-            const ino_t inode = Inode(path);
-            const auto run = stmdcm_test::FailAtSyscall(
-                n, ENOSPC, {SYS_openat, SYS_pwritev, SYS_ftruncate, SYS_fsync, SYS_rename, SYS_fchmod, SYS_close},
-                work);
-            failed = run.reached;
-            const std::string content = ReadWhole(path);
-            const bool isTold = run.exitStatus == static_cast<int>(ReplaceResult::Failed);
-            ASSERT_TRUE(content == New || (isTold && (content == before || content == between)))
-                << "failed at call " << n;
-            ASSERT_TRUE(!exists || content != New || (Inode(path) == inode) == (path == m_long)) << "call " << n;
-            ASSERT_EQ(Temporary(), "") << "after call " << n;
-        }
+            const bool isStopped = run.exitStatus == -1 || run.exitStatus == static_cast<int>(ReplaceResult::Failed);
+            EXPECT_TRUE(left == New || (isStopped && (left == before || left == between)));
+            EXPECT_TRUE(Temporary().empty() || run.exitStatus == -1);
+            EXPECT_TRUE(!exists || left != New || (Status(path).st_ino == inode) == isInPlace);
+            EXPECT_EQ(Replace(path), ReplaceResult::Written);
+            EXPECT_TRUE(Temporary().empty());
+        };
+        const auto work = [&path = path] { return static_cast<int>(Replace(path)); };
+        stmdcm_test::StopEverywhere(0, {}, work, 1, prepare, check);
+        stmdcm_test::StopEverywhere(ENOSPC, calls, work, 1, prepare, check);
     }
 }
 
+TEST_F(ReplaceFileTest, TakesNoNameThatIsThereAndRemovesWhatADeadProcessLeft) {
+    std::string mine;
+    ReplaceFile(m_path, [&] { return mine = *Temporary().begin(); });
+    const std::size_t number = mine.rfind('-') + 1;
+    const std::string next = mine.substr(0, number) + std::to_string(std::stoi(mine.substr(number)) + 1) + ".tmp";
+    const std::string locked = ".stmdcm-2147483647-1.tmp", victim = m_directory / "victim";
+    const std::set<std::string> kept{next, locked, ".stmdcm-2147483647-2.tmp", ".stmdcm-1-1.tmp", "a.tmp"};
+    const auto lock = PosixFile::Open((m_directory / locked).c_str(), O_RDWR | O_CREAT);
+    ASSERT_EQ(::flock(lock.Descriptor(), LOCK_EX), 0);
+    WriteWhole(victim, "mine");
+    for (const std::string& name : kept) {
+        std::error_code isThere;
+        std::filesystem::create_symlink(victim, m_directory / name, isThere);
+    }
+    WriteWhole(m_directory / ".stmdcm-2147483647-3.tmp", "left");
+    EXPECT_EQ(Replace(m_path), ReplaceResult::Written);
+    EXPECT_EQ(ReadWhole(victim), "mine");
+    EXPECT_EQ(Temporary(), kept);
+}
+
 TEST_F(ReplaceFileTest, AsksForTheTextWhenAFileIsOpenForIt) {
-    Prepare(true);
     for (const std::string& path : {m_link, m_long}) {
         EXPECT_THROW(ReplaceFile(path, []() -> std::string { throw std::bad_alloc(); }), std::bad_alloc);
         EXPECT_EQ(ReadWhole(path), Old);
-        EXPECT_EQ(Temporary(), "");
+        EXPECT_TRUE(Temporary().empty());
         for (const int descriptors : {0, 1}) {
             const auto work = [&, &file = path] {
                 stmdcm_test::LeaveDescriptors(descriptors);
@@ -113,33 +130,34 @@ TEST_F(ReplaceFileTest, AsksForTheTextWhenAFileIsOpenForIt) {
                 });
                 return static_cast<int>(result) * 2 + int{asked};
             };
-            const ino_t inode = Inode(path);
             const auto expected = descriptors == 0 ? ReplaceResult::CannotOpen : ReplaceResult::Written;
             EXPECT_EQ(RunInChild(work), static_cast<int>(expected) * 2 + descriptors) << path;
             EXPECT_EQ(ReadWhole(path), descriptors == 0 ? Old : New);
-            EXPECT_EQ(Inode(path) == inode, descriptors == 0 || path == m_long);
         }
     }
 }
 
-TEST_F(ReplaceFileTest, KeepsModeAndLinkAndMeetsASizeLimit) {
-    Prepare(true);
-    ::chmod(m_path.c_str(), 0640);
-    EXPECT_EQ(Replace(m_link), ReplaceResult::Written);
-    EXPECT_EQ(static_cast<unsigned>(std::filesystem::status(m_path).permissions()), 0640u);
-    EXPECT_TRUE(std::filesystem::is_symlink(m_link));
-    EXPECT_EQ(RunInChild([&] {
-                  const rlimit limit{8000, 8000};
-                  ::setrlimit(RLIMIT_FSIZE, &limit);
-                  return static_cast<int>(Replace(m_path, Old + Old));
-              }),
-              static_cast<int>(ReplaceResult::Failed));
+TEST_F(ReplaceFileTest, KeepsOwnerModeAndLinkAndMeetsASizeLimit) {
+    const uid_t owner = ::geteuid() == 0 ? 65534 : ::geteuid();
+    ASSERT_EQ(::chown(m_path.c_str(), owner, static_cast<gid_t>(-1)) + ::chmod(m_path.c_str(), 04640), 0);
+    const auto replaceLimited = [&](const std::string& text) {
+        return static_cast<ReplaceResult>(RunInChild([&] {
+            const rlimit limit{New.size(), New.size()};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            return static_cast<int>(Replace(m_link, text));
+        }));
+    };
+    EXPECT_EQ(replaceLimited(New + "n"), ReplaceResult::Failed);
+    EXPECT_EQ(ReadWhole(m_path), Old);
+    EXPECT_EQ(replaceLimited(New), ReplaceResult::Written);
     EXPECT_EQ(ReadWhole(m_path), New);
-    EXPECT_EQ(Temporary(), "");
+    EXPECT_EQ(Status(m_path).st_mode & 07777U, 04640U);
+    EXPECT_EQ(Status(m_path).st_uid, owner);
+    EXPECT_TRUE(std::filesystem::is_symlink(m_link));
+    EXPECT_TRUE(Temporary().empty());
 }
 
 TEST_F(ReplaceFileTest, WritesInPlaceWhereNothingElseIsAllowed) {
-    Prepare(true);
     const auto replaceAsOther = [&](mode_t mode, const std::string& content) {
         ::chmod(m_path.c_str(), mode);
         return static_cast<ReplaceResult>(RunInChild([&] {
@@ -158,7 +176,11 @@ TEST_F(ReplaceFileTest, WritesInPlaceWhereNothingElseIsAllowed) {
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_EQ(Replace(fifo), ReplaceResult::CannotOpen);  // nobody reads it
     std::fstream reader(fifo);                            // both ways, so that no writer waits
+    const PosixFile nameless = PosixFile::Open(m_path.c_str(), O_RDWR);
+    std::filesystem::remove(m_path);
+    const std::string link = "/proc/self/fd/" + std::to_string(nameless.Descriptor());
     const std::pair<std::string, ReplaceResult> cases[] = {{fifo, ReplaceResult::Written},
+                                                           {link, ReplaceResult::Written},
                                                            {"/dev/full", ReplaceResult::Failed},
                                                            {m_directory.Path(), ReplaceResult::CannotOpen},
                                                            {m_directory / "none/a.txt", ReplaceResult::CannotOpen},
@@ -166,18 +188,12 @@ TEST_F(ReplaceFileTest, WritesInPlaceWhereNothingElseIsAllowed) {
     for (const auto& [path, result] : cases) {
         EXPECT_EQ(Replace(path), result) << path;
     }
+    EXPECT_EQ(ReadWhole(link), New);
     const auto leave = [&reader] {
         reader.close();
         return New;
     };
     EXPECT_EQ(ReplaceFile(fifo, leave), ReplaceResult::Failed);
-
-    ::chmod(m_path.c_str(), 0644);
-    const PosixFile nameless = PosixFile::Open(m_path.c_str(), O_RDWR);
-    std::filesystem::remove(m_path);
-    const std::string link = "/proc/self/fd/" + std::to_string(nameless.Descriptor());
-    EXPECT_EQ(Replace(link), ReplaceResult::Written);
-    EXPECT_EQ(ReadWhole(link), New);
 }
 
 }  // namespace

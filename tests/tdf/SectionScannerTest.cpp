@@ -35,33 +35,6 @@ struct SectionScannerTest : CaptureTest {
     }
 };
 
-TEST_F(SectionScannerTest, EndsEveryWalkForTheRightReason) {
-    const struct {
-        const char* file;
-        int reachable, all;
-        ScanStop stop;
-    } cases[] = {{"empty.tdf", 0, 0, ScanStop::EndOfFile},
-                 {"torn-payload.tdf", 4, 4, ScanStop::EndOfFile},
-                 {"torn-header.tdf", 4, 4, ScanStop::TornHeader},
-                 {"orphan-payload.tdf", 2, 2, ScanStop::LengthOverLimit},
-                 {"zero-length.tdf", 1, 1, ScanStop::NoProgress},
-                 {"short-length.tdf", 2, 2, ScanStop::NameOverLimit},
-                 {"huge-length.tdf", 1, 2, ScanStop::LengthOverLimit}};
-    for (const auto& c : cases) {
-        Copy(c.file);
-        const PosixFile file = PosixFile::Open(m_path, O_RDONLY);
-        FileSectionSource source(file);
-        SectionScanner scanner(source, kFirstSectionOffset, SectionScanner::Reach::PastLimits);
-        SectionInfo section;
-        int reachable = 0, all = 0;
-        for (; scanner.Next(section); ++all) {
-            reachable += section.reachable ? 1 : 0;
-        }
-        EXPECT_TRUE(reachable == c.reachable && all == c.all && scanner.Stop() == c.stop)
-            << c.file << ": " << reachable << " of " << all << ", " << ScanStopText(scanner.Stop());
-    }
-}
-
 TEST_F(SectionScannerTest, GivesWhatIsLeftOfAFileCutShortAtAnyByte) {
     Copy("full.tdf");
     const std::string whole = ReadSection(m_path, "STMDECODERINFO", 1);
@@ -87,42 +60,6 @@ TEST_F(SectionScannerTest, StaysInsideAFileWithAnyBitFlipped) {
             }
         }
         ASSERT_TRUE(file.WriteAt(i, {bytes.substr(i, 1)}));
-    }
-}
-
-TEST_F(SectionScannerTest, AnOpenCaptureIsTheFileThatThePathNamesNow) {
-    const auto outcome = [](OpenCapture&& capture) {
-        std::string result = capture.IsTDF() ? "a capture" : "none";
-        for (const SectionKey& key : {kStmSection, kDeviceSection, SectionKey{"TRACE0", 1}, kStmSection}) {
-            result += "; " + ErrorOf([&] { result += capture.Read(key); });
-        }
-        return result;
-    };
-    const std::string other = m_directory / "other.tdf", packed = Reference("packed.tdf");
-    const auto makeOther = [&](const std::string& bytes) {
-        WriteWhole(other, bytes);
-        std::filesystem::last_write_time(other, std::filesystem::last_write_time(m_file));
-    };
-    const std::function<void()> changes[] = {
-        [] {},
-        [&] { WriteWhole(m_file, packed); },
-        [&] { WriteWhole(m_file, "TDF3"); },
-        [&] { std::filesystem::resize_file(m_file, FileSize(m_path) - 40); },
-        [&] { makeOther(packed), std::filesystem::rename(other, m_file); },
-        [&] { makeOther(packed), std::filesystem::remove(m_file), std::filesystem::create_symlink(other, m_file); },
-        [&] { std::filesystem::remove(m_file); },
-        [&] { std::filesystem::remove(m_file), std::filesystem::create_directory(m_file); },
-    };
-    for (const auto& change : changes) {
-        for (const int asked : {0, 1, 2}) {
-            std::filesystem::remove(m_file);
-            Copy("full.tdf");
-            OpenCapture capture(m_file, {kCommonSection, kDeviceSection, kStmSection});
-            EXPECT_TRUE(asked == 0 || capture.IsTDF());
-            EXPECT_TRUE(asked < 2 || !capture.Read(kStmSection).empty());
-            change();
-            EXPECT_EQ(outcome(std::move(capture)), outcome(OpenCapture(m_file))) << &change - changes << " " << asked;
-        }
     }
 }
 

@@ -145,7 +145,7 @@ TEST_F(TDFHandlerTest, TellsWhichStepOfInputOrOutputFailed) {
     };
     for (const auto& c : cases) {
         Copy("full.tdf");
-        stmdcm_test::FailAtSyscall(c.failing, EIO, {c.systemCall}, [&] {
+        stmdcm_test::StopAtSyscall(c.failing, EIO, {c.systemCall}, [&] {
             WriteWhole(m_directory / "error", ErrorOf(c.call));
             return 0;
         });
