@@ -5,7 +5,7 @@
 #include "fuzz/Support.h"
 #include "host/vorn/vornError.h"
 #include "tests/support/AppendSection.h"
-#include "tests/tool/SectionList.h"
+#include "tests/support/SectionList.h"
 #include "trace/tdf/ChainEnd.h"
 #include "trace/tdf/OpenCapture.h"
 #include "trace/tdf/TDFHandler.h"

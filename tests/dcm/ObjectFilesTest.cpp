@@ -13,7 +13,7 @@
 #include "tests/dcm/ManagerTest.h"
 #include "tests/support/AllocationWatch.h"
 #include "tests/support/KillAtSyscall.h"
-#include "tests/tool/SectionList.h"
+#include "tests/support/SectionList.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 #include "trace/tdf/OpenCapture.h"

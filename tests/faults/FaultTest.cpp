@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "tests/tool/SectionList.h"
+#include "tests/support/SectionList.h"
 #include "trace/format/StmSections.h"
 
 namespace stmdcm_test {

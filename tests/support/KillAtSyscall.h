@@ -83,8 +83,10 @@ inline bool IsTextAt(pid_t child, std::uint64_t address, const std::string& text
            found.compare(0, found.npos, text.c_str(), found.size()) == 0;
 }
 
+inline constexpr int kGoOn = -1;
+
 /// Stops the work at the n-th system call that it enters, counted from 1, of those listed (none: of all): lets it fail
-/// with `error` instead of being done, or kills the work for 0. `before` that.
+/// with `error` instead of being done, or kills the work for 0, or lets it go on. `before` that.
 inline ChildRun StopAtSyscall(
     unsigned n, int error, const std::vector<long>& calls, const Work& work,
     const std::function<void()>& before = [] {}) {
@@ -95,8 +97,8 @@ inline ChildRun StopAtSyscall(
             return;
         }
         before();
-        if (error == 0) {
-            ::kill(child, SIGKILL);
+        if (error <= 0) {
+            ::kill(child, error == 0 ? SIGKILL : 0);
             return;
         }
         ::ptrace(PTRACE_POKEUSER, child, offsetof(user, regs.orig_rax), -1L);

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "tests/support/DiskRecording.h"
+#include "tests/support/SectionList.h"
 #include "tests/tdf/CaptureTest.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
@@ -57,9 +58,8 @@ struct CaptureSaveTest : CaptureTest {
         });
         return error.empty() ? loaded : "";
     }
-    static std::string Section(std::string_view name, const std::string& payload, std::uint32_t lie = 0) {
-        return EncodeSectionStart(static_cast<std::uint32_t>(12 + name.size() + payload.size() + lie), name, 1) +
-               payload;
+    static std::string Section(std::string_view name, const std::string& payload, std::int64_t lie = 0) {
+        return stmdcm::MakeSection(std::string(name), 1, payload, lie);
     }
     /// Captures of which the last part is whole, torn, lost, or of an interrupted save.
     static std::vector<std::string> Captures() {
@@ -177,6 +177,11 @@ TEST_F(CaptureSaveTest, GivesTheBytesOfTheTwoStepProtocol) {
     m_settings.resize(kMaxSectionLength - 30);  // with the other it would be more than a search passes
     EXPECT_EQ(Save(), 0);
     EXPECT_EQ(OpenCapture(m_file).PayloadLength(kStmSection), m_settings.size());
+    Copy("empty.tdf");
+    stmdcm_test::StopAtSyscall(2, 0, {SYS_pwritev}, [&] { return Save(); });
+    m_settings = "settings";
+    EXPECT_EQ(Save(), 0);
+    EXPECT_EQ(Loaded(), m_common + "|" + m_settings);
 }
 
 TEST_F(CaptureSaveTest, ChangesNoForeignByteAndMakesNothingLong) {
@@ -209,7 +214,7 @@ TEST_F(CaptureSaveTest, MeetsAFileSizeLimitAsAnError) {
 }
 
 TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
-    const std::uint64_t needed = EncodeSectionStart(0, Name, 9).size() + Payload.size();
+    const std::uint64_t header = EncodeSectionStart(0, Name, 9).size(), needed = header + Payload.size();
     const auto fill = [&](std::uint64_t size) {  // with sections that take no room on the disk
         Copy("empty.tdf");
         for (std::uint64_t at = kFirstSectionOffset; at < size;) {
@@ -219,41 +224,56 @@ TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
         }
         std::filesystem::resize_file(m_file, size);
     };
-    for (const std::uint64_t room : {std::uint64_t{8}, needed - 1, needed}) {
+    for (const std::uint64_t room : {std::uint64_t{8}, header, needed - 1, needed}) {
         const std::string refusal = room < needed ? "Section header offset to save data is not valid." : "";
         fill(kMaxFileSize - room);
         EXPECT_EQ(ErrorOf([&] { AppendSection(m_path, Name, 9, Payload); }), refusal);
+        EXPECT_EQ(ErrorOf([&] { EXPECT_EQ(ReadSection(m_path, Name, 9), Payload); }).empty(), room == needed);
         EXPECT_EQ(std::filesystem::file_size(m_file), kMaxFileSize - (room < needed ? room : 0));
         std::filesystem::resize_file(m_file, kMaxFileSize - room);
         EXPECT_EQ(ErrorOf([&] { Save(Name, 9, Payload); }), refusal);
+        const std::uint64_t written = room == needed ? needed : room < header ? 0 : header;
+        EXPECT_EQ(std::filesystem::file_size(m_file), kMaxFileSize - room + written);
     }
 }
 
+/// At each system call of the one writer the reader looks, and the other writer starts and has some time for itself.
 TEST_F(CaptureSaveTest, TwoWritersAndAReaderAtOnceMixNothing) {
-    const std::set<std::string> whole{"AA|AA", "BB|BB"};
-    for (int round = 0; round < 150; ++round) {
-        Copy("empty.tdf");
-        const auto write = [&](const char* both) {
+    const auto write = [&](const char* both) {
+        return [&, both] {
             m_common = m_settings = both;
             return Save();
         };
-        const pid_t first = stmdcm_test::StartChild([&] { return write("AA"); });
-        const pid_t second = stmdcm_test::StartChild([&] { return write("BB"); });
-        std::string loaded;
-        for (int reading = 0; loaded.empty() && reading < 100'000; ++reading) {
-            loaded = Loaded();
-        }
-        EXPECT_EQ(stmdcm_test::WaitForChild(first) + stmdcm_test::WaitForChild(second), 0);
-        EXPECT_TRUE(whole.contains(loaded)) << loaded;
-        EXPECT_EQ(Loaded(), loaded);
-        const std::string bytes = ReadWhole(m_file);
-        EXPECT_EQ(bytes.size(), Reference("empty.tdf").size() + 2 * (2 * 12 + 10 + 14 + 4));
-        EXPECT_TRUE(bytes.find("AA") != bytes.npos && bytes.find("BB") != bytes.npos);
+    };
+    const std::set<std::string> whole{"", "AA|AA", "BB|BB"};
+    bool reached = true;
+    for (unsigned n = 1; reached; ++n) {
+        SCOPED_TRACE(n);
+        Copy("empty.tdf");
+        pid_t second = 0;
+        const auto meanwhile = [&] {
+            EXPECT_TRUE(whole.contains(Loaded())) << Loaded();
+            second = stmdcm_test::StartChild(write("BB"));
+            siginfo_t ended{};
+            for (int i = 0; i < 20 && ended.si_pid == 0; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                ::waitid(P_PID, static_cast<id_t>(second), &ended, WEXITED | WNOHANG | WNOWAIT);
+            }
+            EXPECT_TRUE(whole.contains(Loaded())) << Loaded();
+        };
+        const auto run = stmdcm_test::StopAtSyscall(n, stmdcm_test::kGoOn, {}, write("AA"), meanwhile);
+        reached = run.reached;
+        EXPECT_EQ(run.exitStatus, 0);
+        EXPECT_EQ(reached ? stmdcm_test::WaitForChild(second) : 0, 0);
+        const std::string bytes = ReadWhole(m_file), loaded = Loaded();
+        EXPECT_TRUE(!loaded.empty() && whole.contains(loaded)) << loaded;
+        EXPECT_EQ(bytes.size(), Reference("empty.tdf").size() + (reached ? 2 : 1) * (2 * 12 + 10 + 14 + 4));
+        EXPECT_TRUE(bytes.find("AA") != bytes.npos && (!reached || bytes.find("BB") != bytes.npos));
     }
 }
 
 TEST_F(CaptureSaveTest, GoesOnWithoutALockThatIsNotLetGo) {
-    Copy("full.tdf");
+    Copy("empty.tdf");
     const ZU_WEP::PosixFile other = ZU_WEP::PosixFile::Open(m_path, O_RDONLY);
     unsigned version = 0;
     const auto append = [&](CaptureSave& save) {
@@ -262,12 +282,19 @@ TEST_F(CaptureSaveTest, GoesOnWithoutALockThatIsNotLetGo) {
         EXPECT_EQ(ReadSection(m_path, "NEW", version), Payload);
     };
     for (const int held : {LOCK_EX, LOCK_SH}) {
+        Copy("full.tdf");
         ASSERT_EQ(::flock(other.Descriptor(), held), 0);
         CaptureSave save(m_file, {std::chrono::milliseconds(50)});
         save.PrepareForHost();
         EXPECT_TRUE(save.Patience().hasRunOut && save.Patience().left.count() == 0);
         append(save);  // does not wait again
+        const std::string before = ReadWhole(m_file) + std::string(7, '\0');
+        WriteWhole(m_file, before);
+        ASSERT_EQ(save.Open(), SaveTarget::Capture);
+        save.Append({{"NEW", 1, Payload}});
+        EXPECT_TRUE(ReadWhole(m_file).starts_with(before)) << "nothing is mended";
     }
+    Copy("full.tdf");
     CaptureSave waiting(m_file);
     std::thread release([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(30));

@@ -1,20 +1,12 @@
 // set, apply, history and restore as a user meets them.
 
-#include <functional>
-#include <nlohmann/json.hpp>
-#include <regex>
-
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/change/Assignment.h"
-#include "tests/support/ScratchDir.h"
-#include "tests/tool/ToolRun.h"
+#include "tests/tool/ConfigurationRun.h"
 
 namespace stmdcm {
 namespace {
-
-using stmdcm_test::ReadWhole;
-using stmdcm_test::WriteWhole;
 
 TEST(AssignmentTest, TakesWhatAPropertyTakesAndNothingElse) {
     const struct {
@@ -63,14 +55,7 @@ TEST(AssignmentTest, TakesWhatAPropertyTakesAndNothingElse) {
     }
 }
 
-struct ChangeTest : ToolRun {
-    std::string Copy(const std::string& name) const {
-        const std::string copy = (Temporary() / name).string();
-        std::filesystem::copy_file(STMDCM_TEST_DATA "/" + name, copy,
-                                   std::filesystem::copy_options::overwrite_existing);
-        return copy;
-    }
-};
+using ChangeTest = ConfigurationRun;
 
 TEST_F(ChangeTest, EndsAsItShould) {
     const struct {
@@ -94,6 +79,8 @@ TEST_F(ChangeTest, EndsAsItShould) {
         {"empty-decoder.tdf", "history $", 0, "STMDECODERINFO  current", false},
         {"zero-length.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
         {"torn-payload.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
+        {"orphan-payload.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
+        {"short-length.tdf", "set $ STM_ATB_Id=9", 1, "recover", false},
         {"settings.txt", "set $ STM_ATB_Id=9", 0, "12  ->  9", true},
         {"settings-unknown-key.txt", "set $ STM_ATB_Id=9", 3, "5  ->  9", true},
         {"settings-unknown-key.txt", "set $ STM_STP_Version=9", 1, "--force", false},
@@ -117,7 +104,7 @@ TEST_F(ChangeTest, EndsAsItShould) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.file) + " " + c.arguments);
         const std::string file = Copy(c.file);
-        const std::string before = ReadWhole(file);
+        const std::string before = Content(file);
         std::string arguments = c.arguments;
         for (std::size_t place = 0; (place = arguments.find('$')) != std::string::npos;) {
             arguments.replace(place, 1, file);
@@ -125,7 +112,7 @@ TEST_F(ChangeTest, EndsAsItShould) {
         const Result result = Run(arguments);
         EXPECT_EQ(result.status, c.status) << result.error;
         EXPECT_NE((result.out + result.error).find(c.says), std::string::npos) << result.out << result.error;
-        EXPECT_EQ(ReadWhole(file) != before, c.changes);
+        EXPECT_EQ(Content(file) != before, c.changes);
     }
 }
 
@@ -154,57 +141,39 @@ TEST_F(ChangeTest, SetKeepsEveryOtherByteOfASettingsFile) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text + " " + c.arguments);
-        const std::string file = (Temporary() / "one.txt").string();
-        WriteWhole(file, c.text);
+        const std::string file = Write("one.txt", c.text);
         const Result result = Run("set " + file + " " + c.arguments);
         EXPECT_EQ(result.status == 1, !c.changed) << result.out << result.error;
-        EXPECT_EQ(ReadWhole(file), c.changed.value_or(c.text)) << result.error;
+        EXPECT_EQ(Content(file), c.changed.value_or(c.text)) << result.error;
     }
 }
 
 TEST_F(ChangeTest, SaysWhatIsLostOfACapture) {
-    const std::string file = Copy("packed.tdf");
-    std::string bytes = ReadWhole(file);
-    const std::size_t place = bytes.find("{type=SC,id=8");
-    ASSERT_NE(place, std::string::npos);
-    WriteWhole(file, bytes.replace(place, 13, "{type=SC,ix=8"));
-    const Result result = Run("set " + file + " STM_ATB_Id=9");
-    EXPECT_EQ(result.status, 3);
-    EXPECT_NE(result.error.find("\"ix\" is no key of SC"), std::string::npos) << result.error;
-    for (const char* options : {" --dry-run", ""}) {
-        const Result restored = Run("restore " + file + " 2" + options);
-        EXPECT_EQ(restored.status, 3);
-        EXPECT_EQ(restored.error, result.error);
-    }
+    std::string bytes = Content(Sample("packed.tdf"));
+    const std::string file = Write("packed.tdf", bytes.replace(bytes.find("{type=SC,id=8"), 13, "{type=SC,ix=8"));
+    const char* lost = "\"ix\" is no key of SC";
+    ExpectTold("", {{"set " + file + " STM_ATB_Id=9", 3, lost},
+                    {"restore " + file + " 2 --dry-run", 3, lost},
+                    {"restore " + file + " 2", 3, lost}});
 }
 
 TEST_F(ChangeTest, AppliesToManyAndGoesOnAfterABadOne) {
-    const std::string good = Copy("packed.tdf");
-    const std::string bad = Copy("wrong-magic.tdf");
-    const std::string other = Copy("shadowed.tdf");
-    const Result result = Run("apply --json " STMDCM_TEST_DATA "/full.tdf " + good + " " + bad + " " + other);
-    EXPECT_EQ(result.status, 1);
-    const auto captures = nlohmann::json::parse(result.out).at("captures");
+    const std::string good = Copy("packed.tdf"), bad = Copy("wrong-magic.tdf"), other = Copy("shadowed.tdf");
+    const Json captures =
+        RunJson("apply " + Sample("full.tdf") + " " + good + " " + bad + " " + other, 1).at("captures");
     ASSERT_EQ(captures.size(), 3U);
-    EXPECT_EQ(captures[0].at("written"), true);
-    EXPECT_NE(captures[1].at("failure").get<std::string>().find("wrong-magic.tdf"), std::string::npos);
-    EXPECT_EQ(captures[2].at("written"), true);
-    const auto properties = [&](const std::string& file) {
-        const auto shown = nlohmann::json::parse(Run("show --json " + file).out).at("configuration");
-        return std::pair(shown.at("properties"), shown.at("use_cases"));
-    };
-    EXPECT_EQ(properties(good), properties(STMDCM_TEST_DATA "/full.tdf"));
-    EXPECT_EQ(properties(other), properties(STMDCM_TEST_DATA "/full.tdf"));
+    EXPECT_THAT(captures[1].at("failure").get<std::string>(), testing::HasSubstr("wrong-magic.tdf"));
+    const Json source = Configuration(Sample("full.tdf"));
+    for (const auto& [row, file] : {std::pair(0U, good), {2U, other}}) {
+        EXPECT_EQ(captures[row].at("written"), true);
+        EXPECT_EQ(Configuration(file).at("properties"), source.at("properties"));
+        EXPECT_EQ(Configuration(file).at("use_cases"), source.at("use_cases"));
+    }
 }
 
 TEST_F(ChangeTest, AppliesWhatTheSourceNamesAndIsAskedFor) {
-    const auto held = [&](const std::string& file) {
-        return nlohmann::json::parse(Run("show --json " + file).out).at("configuration");
-    };
-    const std::string one = (Temporary() / "one.txt").string();
-    WriteWhole(one, "STM_ATB_Id = 77");
-    const std::string images = (Temporary() / "images.tdf").string();
-    std::filesystem::copy_file(STMDCM_TEST_DATA "/full.tdf", images);
+    const std::string one = Write("one.txt", "STM_ATB_Id = 77");
+    const std::string images = Write("images.tdf", Content(Sample("full.tdf")));
     CaptureEditor(images).Replace({{"DCM_COMMON", 1, ""}});
     const struct {
         std::string source;
@@ -231,30 +200,21 @@ TEST_F(ChangeTest, AppliesWhatTheSourceNamesAndIsAskedFor) {
         SCOPED_TRACE(c.source + " " + c.options);
         const std::string file = Copy("full.tdf");
         ASSERT_EQ(Run("apply " STMDCM_TEST_DATA "/settings-packed.txt " + file).status, 0);
-        const auto before = held(file);
+        const Json before = Configuration(file);
         const Result result = Run("apply " + c.source + " " + file + " " + c.options);
         EXPECT_EQ(result.status, c.status) << result.error;
-        const auto after = held(file);
-        EXPECT_EQ(after.at("use_cases"), (c.hasSourceUsecases ? held(c.source) : before).at("use_cases"));
+        const Json after = Configuration(file);
+        EXPECT_EQ(after.at("use_cases"), (c.hasSourceUsecases ? Configuration(c.source) : before).at("use_cases"));
         EXPECT_EQ(after.at("object_files").size(), c.images);
-        for (const auto& property : after.at("properties")) {
-            if (property.at("name") == "STM_ATB_Id") {
-                EXPECT_EQ(property.at("value"), c.atbId);
-            }
-        }
+        EXPECT_TRUE(HasLineWith(Run("show " + file).out, "STM_ATB_Id", std::to_string(c.atbId)));
     }
 }
 
 TEST_F(ChangeTest, JsonSaysWhatTheTextSays) {
-    const std::string file = Copy("shadowed.tdf");
-    const std::string text = Run("history " + file).out;
-    const auto document = nlohmann::json::parse(Run("history --json " + file).out);
-    ASSERT_EQ(document.at("configurations").size(), 4U);
-    for (const auto& row : document.at("configurations")) {
-        for (const char* key : {"section", "state", "offset"}) {
-            EXPECT_NE(text.find(row.at(key).get<std::string>()), std::string::npos) << row;
-        }
-    }
+    const std::string file = Sample("shadowed.tdf");
+    const Json configurations = RunJson("history " + file).at("configurations");
+    ASSERT_EQ(configurations.size(), 4U);
+    ExpectShown(Run("history " + file).out, configurations, "state", "offset");
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
 
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/reading/Reading.h"
+#include "tests/support/SectionList.h"
 #include "trace/format/ObjectFileSection.h"
-#include "trace/format/SectionLayout.h"
 #include "trace/format/SettingsText.h"
 
 namespace stmdcm {
@@ -34,13 +34,6 @@ inline std::string AllProperties() {
     return text;
 }
 
-/// A section as it stands in a file, with `lie` added to its length.
-inline std::string SectionBytes(const std::string& name, std::uint32_t version, const std::string& payload,
-                                std::int64_t lie = 0) {
-    const auto length = static_cast<std::int64_t>(Zu::Wep::Trace::SectionHeader::kSize + name.size() + payload.size());
-    return Zu::Wep::Trace::EncodeSectionStart(static_cast<std::uint32_t>(length + lie), name, version) + payload;
-}
-
 /// The parts of a capture; those not set are as a manager writes them by default.
 struct CaptureParts {
     std::string settings = AllProperties();
@@ -48,8 +41,8 @@ struct CaptureParts {
     std::string common = {};
 
     std::string Bytes() const {
-        return "TDF2" + SectionBytes("DEVID", 1, device) + SectionBytes("DCM_COMMON", 1, common) +
-               SectionBytes("STMDECODERINFO", 1, settings);
+        return "TDF2" + MakeSection("DEVID", 1, device) + MakeSection("DCM_COMMON", 1, common) +
+               MakeSection("STMDECODERINFO", 1, settings);
     }
 };
 

@@ -93,13 +93,13 @@ TEST_F(CheckTest, JsonSaysWhatTheTextSays) {
 
 /// The commands are run as they are named, by a shell, with the words in capitals filled in.
 TEST_F(CheckTest, TheNextCommandWorks) {
-    const std::string device = SectionBytes("DEVID", 1, "board=7\n");
-    const std::string images = SectionBytes("DCM_COMMON", 1, ObjectFileEntryBytes("a", "/none/a", 1));
-    const std::string text = SectionBytes("STMDECODERINFO", 1, AllProperties());
-    const std::string odd = SectionBytes("STMDECODERINFO", 1, AllProperties() + "STM_ATB_Id = 300\n");
-    const std::string good = SectionBytes("DCM_COMMON", 1, "") + text;
+    const std::string device = MakeSection("DEVID", 1, "board=7\n");
+    const std::string images = MakeSection("DCM_COMMON", 1, ObjectFileEntryBytes("a", "/none/a", 1));
+    const std::string text = MakeSection("STMDECODERINFO", 1, AllProperties());
+    const std::string odd = MakeSection("STMDECODERINFO", 1, AllProperties() + "STM_ATB_Id = 300\n");
+    const std::string good = MakeSection("DCM_COMMON", 1, "") + text;
     const auto trace = [](const std::string& swallowed) {
-        return SectionBytes("TRACE", 1, "abc", static_cast<std::int64_t>(swallowed.size()));
+        return MakeSection("TRACE", 1, "abc", static_cast<std::int64_t>(swallowed.size()));
     };
     const struct {
         const char* finding;
@@ -110,13 +110,13 @@ TEST_F(CheckTest, TheNextCommandWorks) {
         {"F-NO-CAPTURE", "nothing that is a section", ""},
         {"C-TORN-HEADER", "TDF2" + device + good + "12345", "recover "},
         {"C-TORN-HEADER", "TDF2 is it", ""},
-        {"C-LENGTH-ZERO", "TDF2" + device + SectionBytes("Z", 1, "", -13) + good, "recover "},
+        {"C-LENGTH-ZERO", "TDF2" + device + MakeSection("Z", 1, "", -13) + good, "recover "},
         {"C-NO-DEVID", "TDF2" + trace(device) + device + good, "recover --split 24 "},
         {"C-NO-STM", "TDF2" + device + trace(good) + good, "recover --split 49 --split 71 "},
         {"C-NO-DEVID", "TDF2" + good, ""},
         {"C-NO-COMMON", "TDF2" + device, "apply "},
         {"C-NO-STM", "TDF2" + images, ""},
-        {"C-EMPTY-STM", "TDF2" + device + images + SectionBytes("STMDECODERINFO", 1, ""), "apply "},
+        {"C-EMPTY-STM", "TDF2" + device + images + MakeSection("STMDECODERINFO", 1, ""), "apply "},
         {"C-LATER-SAVES", "TDF2" + device + good + odd, "restore "},
         {"O-MISSING", "TDF2" + device + images + text, "objects "},
         {"O-MISSING", "TDF2" + images, ""},

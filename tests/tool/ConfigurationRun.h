@@ -43,6 +43,7 @@ class ConfigurationRun : public ToolRun {
         stmdcm_test::WriteWhole(Path(name), content);
         return Path(name);
     }
+    std::string Copy(const std::string& sample) const { return Write(sample, Content(Sample(sample))); }
     /// The document; the status is looked at where one is given.
     Json RunJson(const std::string& arguments, int status = -1) const {
         const Result result = Run("--json " + arguments);

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "tests/tool/SectionList.h"
+#include "tests/support/SectionList.h"
 
 namespace stmdcm {
 

@@ -14,11 +14,11 @@
 #include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/TraceHome.h"
 #include "tests/support/ScratchDir.h"
+#include "tests/support/SectionList.h"
 #include "tests/tool/Accident.h"
 #include "tests/tool/CheckInputs.h"
 #include "tests/tool/CommandHere.h"
 #include "tests/tool/Damage.h"
-#include "tests/tool/SectionList.h"
 #include "tests/tool/ToolRun.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmPropertyTable.h"
@@ -52,7 +52,7 @@ struct TextIn {
     std::string behind;
 
     std::string With(const std::string& other) const {
-        return section.empty() ? other : before + SectionBytes(section, 1, other) + behind;
+        return section.empty() ? other : before + MakeSection(section, 1, other) + behind;
     }
 };
 
@@ -250,12 +250,28 @@ class NothingInSilenceTest : public ToolRun {
         return fields;
     }
 
+    /// A section that recover tells to be hidden in another can be had from the damaged file.
+    void ExpectExtracted(const std::string& path) {
+        const std::string bytes = ReadWhole(path);
+        const auto document = nlohmann::json::parse(m_tool.Run({"recover", "--json", "--plan", path}).out);
+        for (const auto& remark : document.value("remarks", nlohmann::json::array())) {
+            if (remark.at("kind") == "hidden_section") {
+                const std::string offset = remark.at("offset");
+                const SectionHeader header = DecodeSectionHeader(bytes.data() + std::stoul(offset));
+                const std::size_t begin = SectionHeader::kSize + header.nameLength;
+                EXPECT_EQ(m_tool.Run({"extract", path, "--offset", offset}).out,
+                          bytes.substr(std::stoul(offset) + begin, header.length - begin));
+            }
+        }
+    }
+
     /// The result may hold less than the file, or more.
     void ExpectRecovered(const Reading& reading) {
         const std::string recovered = Path("recovered.tdf");
         const Result result = Answer({"recover", reading.path, "-o", recovered});
         SCOPED_TRACE(fmt::format("recover ends {}: {}", result.status, result.error));
         if (result.status != 1) {
+            ExpectExtracted(reading.path);
             const Reading kept = CheckFile(recovered);
             ExpectDoubt(result, NotRead(kept));
             EXPECT_TRUE(result.status == 3 || (NotRead(reading).empty() && kept.findings.Count(Severity::Error) == 0));

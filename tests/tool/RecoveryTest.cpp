@@ -9,7 +9,7 @@
 #include "stmdcm/recover/RecoveryPlanner.h"
 #include "stmdcm/recover/RecoveryWriter.h"
 #include "tests/support/ScratchDir.h"
-#include "tests/tool/SectionList.h"
+#include "tests/support/SectionList.h"
 
 namespace stmdcm {
 

@@ -35,10 +35,11 @@ inline std::vector<Zu::Wep::Trace::SectionInfo> SectionList(const std::string& c
     return list;
 }
 
-/// A whole section.
-inline std::string MakeSection(const std::string& name, std::uint32_t version, const std::string& payload) {
-    const std::size_t length = Zu::Wep::Trace::SectionHeader::kSize + name.size() + payload.size();
-    return Zu::Wep::Trace::EncodeSectionStart(static_cast<std::uint32_t>(length), name, version) + payload;
+/// A section as it stands in a file, with `lie` added to its length.
+inline std::string MakeSection(const std::string& name, std::uint32_t version, const std::string& payload,
+                               std::int64_t lie = 0) {
+    const auto length = static_cast<std::int64_t>(Zu::Wep::Trace::SectionHeader::kSize + name.size() + payload.size());
+    return Zu::Wep::Trace::EncodeSectionStart(static_cast<std::uint32_t>(length + lie), name, version) + payload;
 }
 
 /// A capture whose section at that place states another end.
