@@ -110,18 +110,4 @@ TEST_F(CheckAgreementTest, WhatAManagerSavesIsClean) {
     ExpectAgreement(path);
 }
 
-TEST_F(CheckAgreementTest, AValueIsCutOnSavingWhereItSays) {
-    CaptureParts parts;
-    parts.settings += "{\n#1=a\nname=" + std::string(200, 'n') + "\n}\n";
-    WriteWhole(m_directory / "long.tdf", parts.Bytes());
-    Manager manager(m_plugin, "core");
-    ASSERT_TRUE(manager.Load(m_directory / "long.tdf", TRACE_DATA_FILE_TDF));
-    std::string text;
-    manager.ScRecord().SaveAllRecords(text);
-    const std::string written = std::to_string(text.find('\n', text.find("name=")) - text.find("name=") - 5);
-    const auto findings = CheckFile(m_directory / "long.tdf", std::nullopt).findings.Sorted();
-    ASSERT_EQ(findings.size(), 2U);  // the first tells the fields that are not set
-    EXPECT_NE(findings[1].effect.find("cut to " + written + " characters"), std::string::npos) << findings[1].effect;
-}
-
 }  // namespace stmdcm

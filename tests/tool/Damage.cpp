@@ -62,4 +62,26 @@ std::vector<Damaged> Damages(const std::string& bytes) {
     return damages;
 }
 
+std::vector<Damaged> Accidents(const std::string& text, bool passesOver) {
+    std::vector<Damaged> accidents;
+    for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+        end = std::min(text.find('\n', begin), text.size());
+        const std::string line = text.substr(begin, end - begin);
+        const auto add = [&](const char* what, const std::string& now) {
+            accidents.push_back({what + (": " + line), text.substr(0, begin) + now + text.substr(end)});
+        };
+        add("doubled", line + "\n" + line);
+        for (const std::size_t at : {std::size_t{0}, line.size() / 2}) {
+            add("zeroed", line.substr(0, at) + '\0' + line.substr(std::min(at + 1, line.size())));
+        }
+        const std::size_t brace = line.find_first_of("{}"), key = line.find('=');
+        if (brace == 0) {
+            add("without its brace", line.substr(1));
+        } else if (!passesOver && key != line.npos) {
+            add("cut", line.substr(0, key / 2));
+        }
+    }
+    return accidents;
+}
+
 }  // namespace stmdcm

@@ -231,23 +231,6 @@ TEST_F(RecoveryTest, LosesNoOtherSectionWhateverAHeaderSays) {
     }
 }
 
-TEST_F(RecoveryTest, StaysConsistentWhateverIsDamaged) {
-    const std::string full = Full();
-    const std::string tail = full.substr(SectionList(full)[1].offset);
-    std::mt19937 random(7);
-    const auto below = [&](std::size_t limit) { return random() % limit; };
-    for (int round = 0; round < 3000 && !HasFailure(); ++round) {
-        SCOPED_TRACE(round);
-        std::string input = std::string(kTDFIdentifier) + tail + tail;
-        for (std::size_t count = 1 + below(6); count > 0; --count) {
-            const std::size_t kind = below(4);  // some bytes go, some come, one changes
-            input.replace(below(input.size()), kind == 0 ? below(40) : kind > 1, kind == 1 ? below(40) : kind > 1,
-                          static_cast<char>(kind == 1 ? below(3) : random()));
-        }
-        Recover(input.substr(0, input.size() - below(30)));
-    }
-}
-
 TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
     const std::string head(kTDFIdentifier);
     const std::string trace = MakeSection("TRACE0", 1, std::string(300, '\x11'));
