@@ -6,9 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <fstream>
-#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -115,11 +113,6 @@ class Plugin : public testing::Test {
     bool File(std::size_t slot, const std::string& path, int type) {
         return Slot<bool, const std::string&>(m_manager, slot, path, type);
     }
-    std::string Capture() {
-        stmdcm_test::WriteWhole(Home() / "a.tdf", stmdcm_test::ReadWhole(STMDCM_TEST_DATA "/full.tdf"));
-        return Home() / "a.tdf";
-    }
-
     /// One for all tests: the plug-in fixes its directories once per process.
     static const stmdcm_test::ScratchDir& Home() {
         static const stmdcm_test::ScratchDir home;
@@ -158,22 +151,19 @@ TEST(Unloading, LeavesNothingBehind) {
             (cycle < 100 ? before : after) = Held();
         }
         const bool isUnloaded = ::dlopen(STMDCM_PLUGIN, RTLD_NOW | RTLD_NOLOAD) == nullptr;
-        if (stmdcm_test::kIsSanitized) {  // which maps memory of its own
-            before[1] = after[1];
-            before[2] = after[2];
-        }
-        EXPECT_EQ(before, after);
-        return before == after && isUnloaded ? 0 : 1;
+        const std::size_t told = stmdcm_test::kIsSanitized ? 1 : 3;  // a sanitizer maps memory of its own
+        return isUnloaded && std::equal(before.begin(), before.begin() + told, after.begin()) ? 0 : 1;
     });
     EXPECT_EQ(status, 0);
 }
 
 TEST_F(Plugin, ExportsTheTwoFunctionsAndTheContainerOnly) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> nm(::popen("nm -D --defined-only -C " STMDCM_PLUGIN, "r"), ::pclose);
+    const std::string list = Home() / "list";
+    ASSERT_EQ(std::system(("nm -D --defined-only -C " STMDCM_PLUGIN " | cut -c 20- >" + list).c_str()), 0);
+    std::ifstream lines(list);
     std::set<std::string> exported;
-    for (char line[512]; std::fgets(line, sizeof line, nm.get()) != nullptr;) {
-        const std::string symbol = line + 19;  // address, type
-        exported.insert(symbol.substr(0, symbol.find_first_of("(\n")));
+    for (std::string symbol; std::getline(lines, symbol);) {
+        exported.insert(symbol.substr(0, symbol.find('(')));
     }
     std::set<std::string> expected{"CreateDeviceConfigManager", "DestroyDeviceConfigManager",
                                    "Zu::Wep::Trace::FileSize"};
@@ -198,8 +188,8 @@ TEST_F(Plugin, ManagerTable) {
     EXPECT_EQ(std::tie(first, last, name), std::make_tuple(11, 13, "Core_0/Cluster"));
 
     Slot<void, void*>(m_manager, RegisterEvents, &m_events);
-    EXPECT_TRUE(File(Load, Capture(), 0));
-    EXPECT_EQ(calls, "ask app0.out 0\nload a.tdf 0\n");
+    EXPECT_TRUE(File(Load, STMDCM_TEST_DATA "/full.tdf", 0));
+    EXPECT_EQ(calls, "ask app0.out 0\nload full.tdf 0\n");
     EXPECT_EQ(Get("HEAD_Pointer_0").integer, -2147483647 - 1);
     EXPECT_EQ(Get("STM_ATB_Id").type, 2);
     EXPECT_EQ(Get("CycleModeDelta").type, 5);
