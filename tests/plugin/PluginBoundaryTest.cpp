@@ -68,16 +68,7 @@ struct Events {
 
 // The slots of a manager's table.
 enum : std::size_t { DeletingDestructor = 1, RegisterEvents, GetInfo, LoadLive, Load, Save, GetProperty };
-enum : std::size_t {
-    GetObjectFile = 8,
-    GetLastError,
-    SetProperty,
-    SaveAll,
-    RetrieveAll,
-    ScRecord,
-    CptRecord,
-    PmiRecord
-};
+enum : std::size_t { GetObjectFile = 8, GetLastError, SetProperty, SaveAll, RetrieveAll };
 
 class Plugin : public testing::Test {
   protected:
@@ -227,29 +218,6 @@ TEST_F(Plugin, SettingsFileOfTheCpuThroughTheTable) {
     EXPECT_TRUE(File(Save, "x", 2));
     EXPECT_FALSE(File(Save, "x", 3));
     EXPECT_TRUE(std::filesystem::exists(Home() / ".ZU-trace/settings/x.dcm"));
-}
-
-TEST_F(Plugin, RecordsAndUseCases) {
-    ASSERT_FALSE(File(Load, STMDCM_TEST_DATA "/settings.txt", 0));  // no capture
-    File(Load, STMDCM_TEST_DATA "/settings.txt", 4);
-    void* sc = Slot<void*>(Slot<void*>(m_manager, ScRecord), 6, 0U);
-    struct Counter {
-        std::uint32_t number;
-        std::string text;
-    };
-    struct Formula {
-        std::string name, formula, unit;
-        std::uint32_t tag, mask;
-    };
-    EXPECT_STREQ(Slot<const char*>(sc, 3), "mod0");
-    EXPECT_EQ(Slot<unsigned>(sc, 14), 2U);
-    EXPECT_EQ(Slot<Counter*>(sc, 16, 1U)->number, 1U);
-    EXPECT_EQ(Slot<Counter*>(sc, 16, 1U)->text, "write_bytes");
-    const Formula* formula = Slot<Formula*>(sc, 17, 0U);
-    EXPECT_EQ(formula->unit, "MB/s");
-    EXPECT_EQ(std::pair(formula->tag, formula->mask), std::pair(10U, 1U));
-    EXPECT_EQ(Slot<unsigned>(Slot<void*>(Slot<void*>(m_manager, CptRecord), 6, 0U), 13), 333000000U);
-    EXPECT_EQ(Slot<unsigned>(Slot<void*>(Slot<void*>(m_manager, PmiRecord), 6, 2U), 7), 512U);
 }
 
 }  // namespace

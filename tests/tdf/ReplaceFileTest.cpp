@@ -92,6 +92,10 @@ TEST_F(ReplaceFileTest, LeavesOldOrNewContentWhereverItIsKilledOrFails) {
         const auto work = [&path = path] { return static_cast<int>(Replace(path)); };
         stmdcm_test::StopEverywhere(0, {}, work, 1, prepare, check);
         stmdcm_test::StopEverywhere(ENOSPC, calls, work, 1, prepare, check);
+        for (unsigned sync = isInPlace ? 2 : 1; sync < 3; ++sync) {  // of the file, and of its folder
+            EXPECT_EQ(stmdcm_test::StopAtSyscall(isInPlace ? 1 : sync, EIO, {SYS_fsync}, work).exitStatus,
+                      static_cast<int>(ReplaceResult::Failed));
+        }
     }
 }
 

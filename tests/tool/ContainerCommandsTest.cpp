@@ -25,6 +25,7 @@ namespace {
 
 constexpr bool kIsSanitized = STMDCM_IS_SANITIZED;  // which takes memory of its own
 constexpr rlim_t kMemoryLimit = 64 << 20;
+constexpr std::uint32_t kBulkLength = 0x7F00000;
 
 class ContainerCommandsTest : public ConfigurationRun {
   protected:
@@ -38,7 +39,6 @@ class ContainerCommandsTest : public ConfigurationRun {
 /// 3.9 GiB with 100,000 sections that take nearly no room on the disk.
 std::uint64_t MakeLargeCapture(const std::string& path) {
     constexpr std::uint64_t kLarge = 31;
-    constexpr std::uint32_t kLargeLength = 0x7F00000;
     std::string small;
     for (std::uint64_t i = 0; i < 100'000 - kLarge - 3; ++i) {
         small += MakeSection("TRACE" + std::to_string(i), 1, "data");
@@ -48,8 +48,8 @@ std::uint64_t MakeLargeCapture(const std::string& path) {
     const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_WRONLY | O_CREAT);
     std::uint64_t offset = kFirstSectionOffset;
     EXPECT_TRUE(file.WriteAt(0, {kTDFIdentifier}));
-    for (std::uint64_t i = 0; i < kLarge; ++i, offset += kLargeLength) {
-        EXPECT_TRUE(file.WriteAt(offset, {EncodeSectionStart(kLargeLength, "BULK" + std::to_string(i), 1)}));
+    for (std::uint64_t i = 0; i < kLarge; ++i, offset += kBulkLength) {
+        EXPECT_TRUE(file.WriteAt(offset, {EncodeSectionStart(kBulkLength, "BULK" + std::to_string(i), 1)}));
     }
     EXPECT_TRUE(file.WriteAt(offset, {small}));
     return offset + small.size();
@@ -73,6 +73,11 @@ TEST_F(ContainerCommandsTest, LargeCapturesNeedLittleMemory) {
         EXPECT_EQ(Run("sections --json " + path + " | tail -3 | grep -c STMDECODERINFO").out, "1\n");
         EXPECT_EQ(Run("extract " + path + " TRACE99965").out, "data");
     });
+    const std::string hole = File("hole.tdf");
+    WriteWhole(hole, "TDF2" + MakeSection("HOLE", 1, "", kBulkLength));
+    std::filesystem::resize_file(hole, std::filesystem::file_size(hole) + kBulkLength);
+    EXPECT_EQ(Run("extract " + hole + " HOLE -o " + File("out")).status, 0);
+    EXPECT_EQ(std::filesystem::file_size(File("out")), kBulkLength);
     const std::string copy = File("copy.tdf");
     const Json document = RunJson("recover " + path + " -o " + copy, 0);
     EXPECT_EQ(document.at("whole_sections"), "100000");
@@ -206,7 +211,6 @@ TEST_F(ContainerCommandsTest, RecoverPutsSectionsThatNoReaderPassesLast) {
     const Json document = RunJson("recover " + path + " -o " + out, 3);
     EXPECT_EQ(document.at("remarks")[0].at("kind"), "over_limit");
     EXPECT_EQ(document.at("whole_sections"), "5");
-    EXPECT_EQ(document.at("output_size"), std::to_string(std::filesystem::file_size(out)));
     const auto file = ZU_WEP::PosixFile::Open(out.c_str(), O_RDONLY);
     std::string kept(kFirstSectionOffset + rest.size(), '\0');
     ASSERT_EQ(file.ReadAt(0, kept.data(), kept.size()), kept.size());

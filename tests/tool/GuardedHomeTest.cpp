@@ -35,12 +35,13 @@ int Interrupted(pid_t child, int number, const std::function<void()>& before) {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 using InterruptTest = ConfigurationRun;
 
 }  // namespace
 
 TEST_F(InterruptTest, AnInterruptedProgramLeavesNothingBehind) {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+    for (const int number : kSignals) {
         int ends[2];
         ASSERT_EQ(::pipe(ends), 0);
         const pid_t child = stmdcm_test::StartChild([&] {
@@ -85,7 +86,7 @@ TEST_F(InterruptTest, LeavesOldOrNewAndNothingElse) {
         const auto longest = std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - begin).count();
         ASSERT_EQ(status, 0) << command;
         for (int i = 0; i < 4 * kRuns; ++i) {
-            const int number = std::vector{SIGINT, SIGTERM, SIGHUP, SIGPIPE}[static_cast<std::size_t>(i % 4)];
+            const int number = kSignals[i % 4];
             const microseconds delay(std::uniform_int_distribution<long>(0, longest)(random));
             SCOPED_TRACE(testing::Message() << command << ", " << ::strsignal(number) << " after " << delay.count());
             const auto [ended, content] = run(command, number, delay);

@@ -24,20 +24,31 @@ void CheckBaseOperations(void* usecase, unsigned id = 17, const char* probe = "p
     EXPECT_STREQ(Slot<const char*>(usecase, 3), "mod");
 }
 
+/// As the host's own compiler lays them out.
+struct Counter {
+    std::uint32_t number;
+    std::string text;
+};
+struct Formula {
+    std::string name, formula, unit;
+    std::uint32_t tag, mask;
+};
+
 TEST(TableOrder, ScUsecase) {
     void* usecase = new UsecaseInfo;
     CheckBaseOperations(usecase);
     Slot<void>(usecase, 10, true);
     EXPECT_TRUE(Slot<bool>(usecase, 11));
-    const _CounterLineInfo counter{4, "reads"};
+    const Counter counter{4, "reads"};
     Slot<void>(usecase, 12, &counter);
     Slot<void>(usecase, 13, "f", "#4:2", "MB/s", 9U);
     Slot<void>(usecase, 13, "g", "", "", 5U);
     EXPECT_EQ(Slot<unsigned>(usecase, 14), 1U);
     EXPECT_EQ(Slot<unsigned>(usecase, 15), 2U);
-    EXPECT_EQ(Slot<_CounterLineInfo*>(usecase, 16, 0U)->text, "reads");
-    EXPECT_EQ(Slot<FormulaInfo*>(usecase, 17, 1U)->ofmask, 5U);
-    EXPECT_EQ(Slot<FormulaInfo*>(usecase, 17, 2U), nullptr);
+    EXPECT_EQ(Slot<Counter*>(usecase, 16, 0U)->text, "reads");
+    EXPECT_EQ(Slot<Formula*>(usecase, 17, 0U)->unit, "MB/s");
+    EXPECT_EQ(Slot<Formula*>(usecase, 17, 1U)->mask, 5U);
+    EXPECT_EQ(Slot<Formula*>(usecase, 17, 2U), nullptr);
     Slot<void>(usecase, 19);  // 18 destroys, 19 destroys and frees: the leak check of the sanitizers watches it.
 }
 
