@@ -18,7 +18,6 @@ namespace ZU_WEP {
 namespace {
 
 constexpr int kMaxNameAttempts = 1000;
-constexpr mode_t kPermissionBits = 07777;
 
 constexpr std::string_view kNameStart = ".stmdcm-";
 constexpr std::string_view kNameEnd = ".tmp";
@@ -82,17 +81,6 @@ TemporaryFile::~TemporaryFile() {
         ::unlink(m_path.c_str());
         errno = error;
     }
-}
-
-bool TemporaryFile::TakeModeAndOwner(const struct stat& other) {
-    struct stat own {};
-    const int descriptor = m_file.Descriptor();
-    if (::fstat(descriptor, &own) != 0) {
-        return false;
-    }
-    const bool sameOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
-    return (sameOwner || ::fchown(descriptor, other.st_uid, other.st_gid) == 0) &&
-           ::fchmod(descriptor, other.st_mode & kPermissionBits) == 0;
 }
 
 bool TemporaryFile::Fill(std::string_view content) {

@@ -24,7 +24,7 @@ class TemporaryFile {
     ~TemporaryFile();
 
     bool Exists() const { return m_exists; }
-    bool TakeModeAndOwner(const struct stat& other);
+    const PosixFile& File() const { return m_file; }
     /// Stores the content, synced, and closes the file.
     bool Fill(std::string_view content);
     /// Takes the place of the file of that name, in the same directory.

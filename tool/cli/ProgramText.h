@@ -21,6 +21,12 @@ inline constexpr TextRow kExitStatuses[] = {
     {"4", "Of check and diff: a file could not be read or compared."},
 };
 
+// What commands say alike.
+inline constexpr char kOverwriteOutput[] =
+    "Overwrite the output file, which keeps owner, mode, ACL and attributes; its other hard links keep the old content";
+inline constexpr char kOverwriteSettings[] =
+    "Overwrite a settings file, which keeps owner, mode, ACL and attributes; its other hard links keep the old text";
+
 inline constexpr TextRow kEnvironment[] = {
     {"NO_COLOR", "Set to anything: no colours, unless --color says otherwise."},
     {"TERM", "No colours when it is \"dumb\"."},

@@ -9,16 +9,19 @@
 #include <cerrno>
 #include <utility>
 
+#include "source_utilities/FileMetadata.h"
 #include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
 
 namespace fs = std::filesystem;
+using ZU_WEP::FileMetadata;
 using ZU_WEP::PosixFile;
 
 namespace {
 
-constexpr mode_t kPermissionBits = 07777;
+constexpr mode_t kNewFile = 0666;
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 
 fs::path DirectoryOf(const fs::path& target) { return target.has_parent_path() ? target.parent_path() : "."; }
 
@@ -27,11 +30,31 @@ bool IsSameFile(const std::string& path, const struct stat& other) {
     return ::stat(path.c_str(), &info) == 0 && info.st_dev == other.st_dev && info.st_ino == other.st_ino;
 }
 
+/// As far as it can be looked at without the right to read it.
+PosixFile OpenToLookAt(const fs::path& path) {
+    PosixFile file = PosixFile::OpenAtOnce(path.c_str(), O_RDONLY);
+    return file.IsOpen() ? std::move(file) : PosixFile::Open(path.c_str(), O_PATH);
+}
+
+std::optional<FileMetadata> MetadataOf(const PosixFile& file) {
+    struct stat status {};
+    return ::fstat(file.Descriptor(), &status) == 0 ? std::optional(FileMetadata(file, status)) : std::nullopt;
+}
+
 }  // namespace
 
-OutputFile::OutputFile(std::string path, bool force, const std::vector<std::string>& inputs) : m_path(std::move(path)) {
+OutputFile::OutputFile(std::string path, bool force, const std::vector<std::string>& inputs, const PosixFile* source)
+    : m_path(std::move(path)) {
     CheckTarget(force, inputs);
-    MakeTemporary();
+    const auto old = m_replaces ? MetadataOf(OpenToLookAt(m_target)) : std::nullopt;
+    const auto rights = source != nullptr ? MetadataOf(*source) : std::nullopt;
+    MakeTemporary(old || rights ? kPrivate : kNewFile);
+    if (old) {
+        const mode_t most = rights ? rights->ModeWithoutAcl() : FileMetadata::kPermissionBits;
+        TellLosses(old->GiveTo(m_file, FileMetadata::Part::All, most));
+    } else if (rights) {
+        rights->GiveTo(m_file, FileMetadata::Part::Rights);  // what is lost of them is given to nobody
+    }
 }
 
 OutputFile::~OutputFile() {
@@ -70,12 +93,12 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
     m_replaces = true;
 }
 
-void OutputFile::MakeTemporary() {
+void OutputFile::MakeTemporary(mode_t mode) {
     const std::string directory = DirectoryOf(m_target).string();
-    m_file = PosixFile::Open(directory.c_str(), O_TMPFILE | O_RDWR);
+    m_file = PosixFile::Open(directory.c_str(), O_TMPFILE | O_RDWR, mode);
     if (!m_file.IsOpen() && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
         NameTemporary();
-        m_file = PosixFile::Open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL);
+        m_file = PosixFile::Open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL, mode);
         if (!m_file.IsOpen()) {
             ForgetTemporary();
         }
@@ -83,9 +106,12 @@ void OutputFile::MakeTemporary() {
     if (!m_file.IsOpen()) {
         Fail("the file can't be made");
     }
-    struct stat old {};
-    if (m_replaces && ::stat(m_target.c_str(), &old) == 0) {
-        ::fchmod(m_file.Descriptor(), old.st_mode & kPermissionBits);
+}
+
+void OutputFile::TellLosses(const std::vector<FileMetadata::Loss>& losses) {
+    for (const FileMetadata::Loss& loss : losses) {
+        m_notKept.push_back(fmt::format("the {} of the file that was there could not be kept: {}", loss.what,
+                                        ZU_WEP::ErrnoText(loss.error)));
     }
 }
 
