@@ -109,7 +109,6 @@ std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::op
         return ReplaceResult::CannotOpen;
     }
     const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
-    TemporaryFile::RemoveLeftovers(directory);
     TemporaryFile temporary(directory, old ? S_IRUSR | S_IWUSR : 0666);
     if (!temporary.Exists()) {
         return IsRefusal(errno) ? std::nullopt : std::optional(OpenFailure());

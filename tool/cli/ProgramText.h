@@ -41,8 +41,10 @@ inline constexpr TextRow kEnvironment[] = {
 inline constexpr TextRow kFiles[] = {
     {"PREFIX/lib/libStmDCM.so", "The plug-in."},
     {"PREFIX/share/stmdcm/full.tdf", "A capture to try the commands on; demo works with it."},
-    {"TMPDIR/stmdcm-*", "The plug-in's private directory; removed at the end, after an interrupt too."},
-    {".stmdcm-*.tmp", "A new file beside the one that it will replace. Only a SIGKILL can leave it; remove it then."},
+    {"TMPDIR/.stmdcm-*.tmp", "The plug-in's private directory; removed at the end, after an interrupt too."},
+    {".stmdcm-*.tmp",
+     "A new file beside the one that it will replace. Only a SIGKILL can leave these; the next command "
+     "that makes one in the same directory removes yours."},
 };
 inline constexpr char kSeeAlso[] =
     "flock(2), the lock that is held while a file is changed; docs/ in the source of this program: tdf.md and "

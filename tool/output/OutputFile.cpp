@@ -10,6 +10,8 @@
 #include <utility>
 
 #include "source_utilities/FileMetadata.h"
+#include "source_utilities/Temporaries.h"
+#include "stmdcm/capture/InterruptBlock.h"
 #include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
@@ -95,17 +97,18 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
 
 void OutputFile::MakeTemporary(mode_t mode) {
     const std::string directory = DirectoryOf(m_target).string();
+    ZU_WEP::RemoveLeftovers(directory);
     m_file = PosixFile::Open(directory.c_str(), O_TMPFILE | O_RDWR, mode);
     if (!m_file.IsOpen() && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
-        NameTemporary();
-        m_file = PosixFile::Open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL, mode);
-        if (!m_file.IsOpen()) {
-            ForgetTemporary();
-        }
+        NameTemporary([&](const char* path) {
+            m_file = PosixFile::Open(path, O_RDWR | O_CREAT | O_EXCL, mode);
+            return m_file.IsOpen();
+        });
     }
     if (!m_file.IsOpen()) {
         Fail("the file can't be made");
     }
+    ZU_WEP::LockTemporary(m_file);
 }
 
 void OutputFile::TellLosses(const std::vector<FileMetadata::Loss>& losses) {
@@ -115,13 +118,16 @@ void OutputFile::TellLosses(const std::vector<FileMetadata::Loss>& losses) {
     }
 }
 
-void OutputFile::NameTemporary() {
-    unsigned counter = 0;
-    struct stat info {};
-    do {
-        m_temporary = (DirectoryOf(m_target) / fmt::format(".stmdcm-{}-{}.tmp", ::getpid(), ++counter)).string();
-    } while (::lstat(m_temporary.c_str(), &info) == 0);
-    m_guard.emplace(m_temporary);
+bool OutputFile::NameTemporary(const std::function<bool(const char* path)>& make) {
+    const InterruptBlock block;  // so that the name is not there without its guard
+    return ZU_WEP::MakeTemporary(DirectoryOf(m_target), [&](const std::string& path) {
+        if (!make(path.c_str())) {
+            return false;
+        }
+        m_temporary = path;
+        m_guard.emplace(path);
+        return true;
+    });
 }
 
 void OutputFile::ForgetTemporary() {
@@ -163,21 +169,14 @@ void OutputFile::Commit() {
 }
 
 bool OutputFile::TakePlace() {
-    if (m_temporary.empty()) {
-        const bool isDirect = !m_replaces;
-        if (!isDirect) {
-            NameTemporary();
-        }
-        const char* name = isDirect ? m_target.c_str() : m_temporary.c_str();
-        if (::linkat(AT_FDCWD, ReadBackPath().c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) != 0) {
-            const int error = errno;
-            ForgetTemporary();
-            errno = error;
-            return false;
-        }
-        if (isDirect) {
-            return true;
-        }
+    const auto link = [&](const char* path) {
+        return ::linkat(AT_FDCWD, ReadBackPath().c_str(), AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0;
+    };
+    if (m_temporary.empty() && !m_replaces) {
+        return link(m_target.c_str());
+    }
+    if (m_temporary.empty() && !NameTemporary(link)) {
+        return false;
     }
     if (m_replaces || ::renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, m_target.c_str(), RENAME_NOREPLACE) == 0) {
         return !m_replaces || ::rename(m_temporary.c_str(), m_target.c_str()) == 0;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,7 +58,7 @@ class OutputFile final : public ByteSink {
     void CheckTarget(bool force, const std::vector<std::string>& inputs);
     void MakeTemporary(mode_t mode);
     void TellLosses(const std::vector<ZU_WEP::FileMetadata::Loss>& losses);
-    void NameTemporary();
+    bool NameTemporary(const std::function<bool(const char* path)>& make);
     void ForgetTemporary();
     bool TakePlace();
     Failure Named(const Failure& failure) const;
