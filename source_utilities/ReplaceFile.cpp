@@ -9,7 +9,9 @@
 #include <filesystem>
 #include <optional>
 #include <string_view>
+#include <vector>
 
+#include "source_utilities/FileMetadata.h"
 #include "source_utilities/PosixFile.h"
 #include "source_utilities/TemporaryFile.h"
 #include "source_utilities/WriteSignalBlock.h"
@@ -90,11 +92,16 @@ bool WriteInPlace(PosixFile& file, std::string_view text) {
     return written && file.Sync() && file.Close();
 }
 
+/// What is there before.
+struct OldFile {
+    struct stat status;
+    FileMetadata metadata;
+};
+
 /// Gives nothing where the target has to be written in place.
-std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::optional<struct stat>& old,
-                                          LazyText& text) {
+std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::optional<OldFile>& old, LazyText& text) {
     const std::filesystem::path target = FollowLinks(path);
-    if (old && !IsNameOf(target, *old)) {
+    if (old && !IsNameOf(target, old->status)) {
         return std::nullopt;
     }
     if (!target.has_filename()) {
@@ -102,12 +109,13 @@ std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::op
         return ReplaceResult::CannotOpen;
     }
     const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
-    TemporaryFile::RemoveLeftovers(directory);
     TemporaryFile temporary(directory, old ? S_IRUSR | S_IWUSR : 0666);
     if (!temporary.Exists()) {
         return IsRefusal(errno) ? std::nullopt : std::optional(OpenFailure());
     }
-    if (old && !temporary.TakeModeAndOwner(*old)) {
+    const auto losses = old ? old->metadata.GiveTo(temporary.File()) : std::vector<FileMetadata::Loss>();
+    if (!losses.empty()) {
+        errno = losses.front().error;
         return IsStorageFailure(errno) ? std::optional(ReplaceResult::Failed) : std::nullopt;
     }
     if (!temporary.Fill(text.Get())) {
@@ -126,12 +134,16 @@ ReplaceResult ReplaceFile(const std::string& path, const std::function<std::stri
     if (!file.IsOpen() && errno != ENOENT) {
         return OpenFailure();
     }
-    std::optional<struct stat> old;
-    if (file.IsOpen() && ::fstat(file.Descriptor(), &old.emplace()) != 0) {
+    struct stat status {};
+    if (file.IsOpen() && ::fstat(file.Descriptor(), &status) != 0) {
         return ReplaceResult::Failed;
     }
     LazyText text(build);
-    if (!old || S_ISREG(old->st_mode)) {
+    std::optional<OldFile> old;
+    if (file.IsOpen()) {
+        old = {status, FileMetadata(file, status)};
+    }
+    if (!old || S_ISREG(status.st_mode)) {
         file.Close();  // its descriptor may be the only free one
         if (const auto result = ReplaceWhole(path, old, text)) {
             return *result;

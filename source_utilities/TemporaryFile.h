@@ -9,22 +9,18 @@
 
 namespace ZU_WEP {
 
-/// A file of a unique name, ".stmdcm-PROCESS-NUMBER.tmp", open for writing and locked by flock(2); removed again unless
-/// it takes another one's place. What returns false leaves the reason in `errno`.
+/// A temporary file (source_utilities/Temporaries.h), open for writing; removed again unless it takes another one's
+/// place. What returns false leaves the reason in `errno`.
 class TemporaryFile {
   public:
-    /// Removes those in the directory that a process has left which is gone: no process has its number, and none holds
-    /// the lock. Needs one descriptor at a time.
-    static void RemoveLeftovers(const std::string& directory);
-
-    /// Makes it in the directory; ask Exists whether that worked.
+    /// Makes it in the directory, from which it removes what others have left; ask Exists whether that worked.
     TemporaryFile(const std::string& directory, mode_t mode);
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile();
 
     bool Exists() const { return m_exists; }
-    bool TakeModeAndOwner(const struct stat& other);
+    const PosixFile& File() const { return m_file; }
     /// Stores the content, synced, and closes the file.
     bool Fill(std::string_view content);
     /// Takes the place of the file of that name, in the same directory.

@@ -1,13 +1,15 @@
 #include "stmdcm/plugin/TraceHome.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <string>
 #include <system_error>
 
-#include "source_utilities/ErrnoText.h"
+#include "source_utilities/Temporaries.h"
 #include "stmdcm/Failure.h"
 #include "trace/dcm/EnvironmentVariables.h"
 
@@ -17,19 +19,34 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path MakeTemporary() {
+void RemoveTree(const fs::path& path) {
+    std::error_code ignored;
+    fs::remove_all(path, ignored);
+}
+
+fs::path MakeTemporary(ZU_WEP::PosixFile& lock) {
     std::error_code error;
-    const fs::path directory = fs::temp_directory_path(error);
+    fs::path directory = fs::temp_directory_path(error);
+    directory = error ? directory : fs::canonical(directory, error);
     if (error) {
         const char* variable = ::getenv("TMPDIR");
         throw Failure(variable == nullptr ? "/tmp" : variable,
                       "this is no directory for temporary files; set TMPDIR to one that is there");
     }
-    std::string path = (directory / "stmdcm-XXXXXX").string();
-    if (::mkdtemp(path.data()) == nullptr) {
-        throw Failure(path, fmt::format("a temporary directory can't be made: {}", ZU_WEP::ErrnoText(errno)));
+    ZU_WEP::RemoveLeftovers(directory, RemoveTree);
+    std::string made;
+    const bool isMade = ZU_WEP::MakeTemporary(directory, [&](const std::string& path) {
+        made = path;
+        return ::mkdir(path.c_str(), S_IRWXU) == 0;
+    });
+    if (!isMade) {
+        const int reason = errno;
+        throw Failure(directory.string(),
+                      fmt::format("a temporary directory can't be made in it: {}", ZU_WEP::ErrnoText(reason)));
     }
-    return fs::canonical(path);
+    lock = ZU_WEP::PosixFile::Open(made.c_str(), O_RDONLY | O_DIRECTORY);
+    ZU_WEP::LockTemporary(lock);
+    return made;
 }
 
 fs::path MakeKept(const fs::path& directory) {
@@ -60,7 +77,7 @@ void MakeHome(const fs::path& path) {
 }  // namespace
 
 TraceHome::TraceHome(const fs::path& keep)
-    : m_path(keep.empty() ? MakeTemporary() : MakeKept(keep)), m_isKept(!keep.empty()) {
+    : m_path(keep.empty() ? MakeTemporary(m_lock) : MakeKept(keep)), m_isKept(!keep.empty()) {
     try {
         MakeHome(m_path);
     } catch (...) {
@@ -71,8 +88,7 @@ TraceHome::TraceHome(const fs::path& keep)
 
 void TraceHome::Remove() const {
     if (!m_isKept) {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
+        RemoveTree(m_path);
     }
 }
 

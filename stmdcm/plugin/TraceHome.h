@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "source_utilities/PosixFile.h"
+
 namespace stmdcm {
 
 /// A home directory of the process's own. The plug-in keeps its directories, settings files and logs below HOME and
@@ -9,8 +11,9 @@ namespace stmdcm {
 /// written, whatever the environment says.
 class TraceHome {
   public:
-    /// A private temporary directory, removed with everything in it at the end; or `keep`, if that is not empty, which
-    /// is kept. It must be new or empty; Failure otherwise.
+    /// A private temporary directory, removed with everything in it at the end; also those that a killed process has
+    /// left (source_utilities/Temporaries.h). Or `keep`, if that is not empty, which is kept. It must be new or empty;
+    /// Failure otherwise.
     explicit TraceHome(const std::filesystem::path& keep = {});
     ~TraceHome() { Remove(); }
     TraceHome(const TraceHome&) = delete;
@@ -22,6 +25,7 @@ class TraceHome {
     void Remove() const;
 
   private:
+    ZU_WEP::PosixFile m_lock;  ///< open as long as the directory is in use
     std::filesystem::path m_path;
     bool m_isKept;
 };

@@ -5,9 +5,10 @@
 namespace stmdcm {
 
 const char* RemarkId(RemarkKind kind) {
-    constexpr const char* kIds[] = {"identifier", "dropped",        "cut_short", "length_corrected", "split",
-                                    "odd_name",   "hidden_section", "capture",   "over_limit",       "unreachable",
-                                    "missing",    "empty",          "finding",   "not_loadable",     "mismatch"};
+    constexpr const char* kIds[] = {"identifier", "dropped",      "cut_short",      "length_corrected",
+                                    "split",      "odd_name",     "hidden_section", "capture",
+                                    "over_limit", "unreachable",  "missing",        "empty",
+                                    "finding",    "not_loadable", "mismatch",       "not_kept"};
     return kIds[static_cast<std::size_t>(kind)];
 }
 

@@ -23,7 +23,8 @@ enum class RemarkKind {
     Empty,            ///< such a section, of text, that is there and empty
     Finding,          ///< any other error that `check` finds in the result
     NotLoadable,      ///< the plug-in can't load the result
-    Mismatch          ///< the result is not what was written
+    Mismatch,         ///< the result is not what was written
+    NotKept           ///< owner, mode or the like of a file that the result takes the place of
 };
 
 /// For programs: "dropped", "cut_short" ...

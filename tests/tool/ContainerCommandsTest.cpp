@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
@@ -290,18 +291,94 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     }
     EXPECT_EQ(ReadWhole(input), full);
 
-    // The mode stays, links are followed, and a full disk leaves the old file.
+    // Links are followed, and a full disk leaves the old file.
     WriteWhole(old, "old");
-    ::chmod(old.c_str(), 0640);
     std::filesystem::create_symlink(old, File("way.tdf"));
     const std::string overwrite = "recover " + input + " --force -o " + File("way.tdf");
     Limited(RLIMIT_FSIZE, 100, [&] { EXPECT_EQ(Run(overwrite).status, 1); });
     EXPECT_EQ(ReadWhole(old), "old");
     EXPECT_EQ(Run(overwrite).status, 0);
     EXPECT_EQ(ReadWhole(old), full);
-    EXPECT_EQ(std::filesystem::status(old).permissions(), std::filesystem::perms(0640));
     EXPECT_TRUE(std::filesystem::is_symlink(File("way.tdf")));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_directory.Path()), {}), 5) << "no temporary file";
+}
+
+constexpr char kNote[] = "user.note";
+constexpr char kAcl[] = "system.posix_acl_access";
+/// An attribute's bytes: the owner and user 1001 may read, nobody else anything.
+const std::string kReaderAcl(
+    "\2\0\0\0\1\0\6\0\377\377\377\377\2\0\4\0\351\3\0\0\4\0\0\0\377\377\377\377\20\0\4\0"
+    "\377\377\377\377\40\0\0\0\377\377\377\377",
+    44);
+
+/// What it has beside its content.
+std::string Having(const std::string& path) {
+    struct stat info {};
+    ::stat(path.c_str(), &info);
+    std::string text = fmt::format("{}:{} {:o}", info.st_uid, info.st_gid, info.st_mode & 07777);
+    for (const char* name : {kNote, kAcl}) {
+        char value[100];
+        const ssize_t size = ::getxattr(path.c_str(), name, value, sizeof value);
+        text += fmt::format(" {:?}", size < 0 ? "none" : std::string_view(value, static_cast<std::size_t>(size)));
+    }
+    return text;
+}
+
+TEST_F(ContainerCommandsTest, WhatTakesAFilesPlaceHasItsOwnerModeAndAttributes) {
+    const std::string full = Sample("full.tdf"), live = "live --cpu Core_0/Cluster --scenario " STMDCM_TEST_DATA
+                                                        "/../../sim/scenarios/example.json";
+    const std::pair<const char*, std::string> commands[] = {
+        {"settings.txt", "set FILE STM_ATB_Id=42"},
+        {"full.tdf", "set FILE STM_ATB_Id=42"},
+        {"full.tdf", "apply --force " + Sample("settings-unknown-key.txt") + " FILE"},
+        {"shadowed.tdf", "restore FILE 3"},
+        {"full.tdf", "objects FILE --update --accept-changed --map /opt/images/app0.out=" + full},
+        {"settings-crlf.txt", "convert --force " + full + " FILE"},
+        {"full.tdf", "recover --force " + Sample("shadowed.tdf") + " -o FILE"},
+        {"settings.txt", "extract --force " + full + " DEVID -o FILE"},
+        {"settings.txt", live + " --force --save FILE"}};
+    for (auto [name, command] : commands) {
+        SCOPED_TRACE(command);
+        const std::string file = File(name);
+        WriteWhole(file, ReadWhole(Sample(name)));
+        ::chmod(file.c_str(), 0640);
+        ::setxattr(file.c_str(), kNote, "mine", 4, 0);
+        ::setxattr(file.c_str(), kAcl, kReaderAcl.data(), kReaderAcl.size(), 0);
+        if (::geteuid() == 0) {
+            ::chown(file.c_str(), 4711, 4712);
+        }
+        const std::string before = Having(file);
+        command.replace(command.find("FILE"), 4, file);
+        const Result result = Run(command);
+        EXPECT_TRUE(result.status == 0 || result.status == 3) << result.error;
+        EXPECT_NE(ReadWhole(file), ReadWhole(Sample(name))) << result.out;
+        EXPECT_EQ(Having(file), before);
+    }
+}
+
+TEST_F(ContainerCommandsTest, NobodyGetsMoreRightsThanHeHad) {
+    const std::string input = File("in.tdf"), output = File("out.tdf"), recover = "recover " + input + " -o " + output;
+    WriteWhole(input, ReadWhole(Sample("full.tdf")));
+    for (const unsigned mode : {0600U, 0640U, 0664U, 0400U}) {
+        ::chmod(input.c_str(), mode);
+        std::filesystem::remove(output);
+        EXPECT_EQ(Run(recover).status, 0);
+        EXPECT_EQ(Having(output), Having(input));
+        ::chmod(output.c_str(), 0777);
+        EXPECT_EQ(Run(recover + " --force").status, 0);
+        EXPECT_EQ(Having(output), Having(input));
+    }
+    if (::geteuid() != 0) {
+        return;  // nobody can make a file of another user
+    }
+    ::chmod(input.c_str(), 0644);
+    ::chmod(m_directory.Path().c_str(), 0777);
+    ::chmod(output.c_str(), 04764);
+    const Result other = Shell("setpriv --reuid 65534 --regid 65534 --clear-groups " STMDCM_TOOL " extract " + input +
+                               " DEVID --force -o " + output);
+    EXPECT_EQ(other.status, 3);
+    EXPECT_THAT(other.error, HasSubstr(output + ": the owner of the file that was there could not be kept"));
+    EXPECT_THAT(Having(output), HasSubstr("65534:65534 744 "));
 }
 
 }  // namespace

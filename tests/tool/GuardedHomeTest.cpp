@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "source_utilities/PosixFile.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/tool/ConfigurationRun.h"
 
@@ -94,6 +96,48 @@ TEST_F(InterruptTest, LeavesOldOrNewAndNothingElse) {
             EXPECT_TRUE(content == old || content == changed);
         }
     }
+}
+
+TEST_F(InterruptTest, TheNextCommandRemovesWhatAKilledOneHasLeft) {
+    const pid_t child = stmdcm_test::StartChild([] { return 0; });
+    const std::string gone = std::to_string(child);
+    siginfo_t ended{};
+    ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);  // so its number is not free
+    const std::string mine = Home() / "mine", sample = Sample("full.tdf");
+    fs::create_directory(mine);
+    fs::copy_file(sample, mine + "/file");
+    const auto name = [](const fs::path& folder, const std::string& process) {
+        return (folder / (".stmdcm-" + process + ".tmp")).string();
+    };
+    std::vector<std::string> stay;
+    for (const fs::path& folder : {Home(), Temporary()}) {
+        fs::copy_file(sample, name(folder, gone + "-1"));
+        fs::copy_file(sample, stay.emplace_back(name(folder, std::to_string(::getpid()) + "-2")));
+        fs::copy_file(sample, stay.emplace_back(name(folder, gone + "x-3")));
+        fs::copy_file(sample, stay.emplace_back(name(folder, gone + "-4 of another, locked")));
+        fs::create_symlink(mine, stay.emplace_back(name(folder, gone + "-5")));
+        fs::copy(mine, name(folder, gone + "-6"));
+    }
+    stay.push_back(name(Home(), gone + "-6"));  // no folders where outputs are
+    const auto locked = ZU_WEP::PosixFile::Open(stay[2].c_str(), O_RDONLY),
+               other = ZU_WEP::PosixFile::Open(stay[6].c_str(), O_RDONLY);
+    ASSERT_EQ(::flock(locked.Descriptor(), LOCK_EX) + ::flock(other.Descriptor(), LOCK_EX), 0);
+    if (::geteuid() == 0) {
+        fs::copy_file(sample, stay.emplace_back(name(Temporary(), gone + "-7")));
+        ::chown(stay.back().c_str(), 65534, 65534);
+    }
+    EXPECT_EQ(Run("recover " + sample + " -o " + (Home() / "new.tdf").string()).status, 0);
+    std::vector<std::string> left;
+    for (const fs::path& folder : {Home(), Temporary()}) {
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            if (entry.path().extension() == ".tmp") {
+                left.push_back(entry.path());
+            }
+        }
+    }
+    EXPECT_THAT(left, testing::UnorderedElementsAreArray(stay));
+    EXPECT_TRUE(fs::exists(mine + "/file"));
+    stmdcm_test::WaitForChild(child);
 }
 
 }  // namespace stmdcm

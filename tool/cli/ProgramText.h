@@ -21,6 +21,12 @@ inline constexpr TextRow kExitStatuses[] = {
     {"4", "Of check and diff: a file could not be read or compared."},
 };
 
+// What commands say alike.
+inline constexpr char kOverwriteOutput[] =
+    "Overwrite the output file, which keeps owner, mode, ACL and attributes; its other hard links keep the old content";
+inline constexpr char kOverwriteSettings[] =
+    "Overwrite a settings file, which keeps owner, mode, ACL and attributes; its other hard links keep the old text";
+
 inline constexpr TextRow kEnvironment[] = {
     {"NO_COLOR", "Set to anything: no colours, unless --color says otherwise."},
     {"TERM", "No colours when it is \"dumb\"."},
@@ -35,8 +41,10 @@ inline constexpr TextRow kEnvironment[] = {
 inline constexpr TextRow kFiles[] = {
     {"PREFIX/lib/libStmDCM.so", "The plug-in."},
     {"PREFIX/share/stmdcm/full.tdf", "A capture to try the commands on; demo works with it."},
-    {"TMPDIR/stmdcm-*", "The plug-in's private directory; removed at the end, after an interrupt too."},
-    {".stmdcm-*.tmp", "A new file beside the one that it will replace. Only a SIGKILL can leave it; remove it then."},
+    {"TMPDIR/.stmdcm-*.tmp", "The plug-in's private directory; removed at the end, after an interrupt too."},
+    {".stmdcm-*.tmp",
+     "A new file beside the one that it will replace. Only a SIGKILL can leave these; the next command "
+     "that makes one in the same directory removes yours."},
 };
 inline constexpr char kSeeAlso[] =
     "flock(2), the lock that is held while a file is changed; docs/ in the source of this program: tdf.md and "

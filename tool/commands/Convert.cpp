@@ -6,6 +6,7 @@
 #include "stmdcm/change/NewCapture.h"
 #include "stmdcm/reading/Reading.h"
 #include "stmdcm/reading/Words.h"
+#include "tool/cli/ProgramText.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/ConfigurationFile.h"
 #include "trace/format/ObjectFileSection.h"
@@ -43,8 +44,9 @@ class Convert final : public Command {
     void Declare(CLI::App& app) override {
         app.add_option("FROM", m_from, "A capture (.tdf) or a settings file")->required();
         app.add_option("TO", m_to, "A new settings file, or with the extension .tdf a new capture")->required();
-        app.add_flag("--force", m_force,
-                     "Overwrite a settings file, and convert what can be read of a source that is not read whole");
+        app.add_flag(
+            "--force", m_force,
+            std::string(kOverwriteSettings) + "; and convert what can be read of a source that is not read whole");
         app.footer(
             "Capture and settings file become each other; settings become settings as the plug-in writes them. The "
             "result is loaded and compared before it takes its place. A new capture holds the configuration and a "
@@ -61,14 +63,12 @@ class Convert final : public Command {
         const Configuration expected = source.configuration.WithoutObjectFiles();
         const std::string text = source.settings->Text();
         const bool isCapture = KindOfName(m_to) == ConfigurationKind::Capture;
-        const std::vector<Difference> differences =
+        const std::vector<std::string> lost =
             WriteConfiguration(m_to, isCapture ? CaptureOf(text) : text, expected, m_force, {m_from});
 
         ConvertReport report{m_from, m_to, *source.kind, source.Sentences()};
         AddLosses(source, report.lost);
-        for (const Difference& difference : differences) {
-            report.lost.push_back(difference.Sentence(Shown(m_to)));
-        }
+        report.lost.insert(report.lost.end(), lost.begin(), lost.end());
         context.Print(report);
         context.console.Diagnose(report.lost);
         return StatusOf(report.lost);

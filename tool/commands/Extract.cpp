@@ -11,6 +11,7 @@
 #include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
 #include "stmdcm/recover/HeaderRules.h"
+#include "tool/cli/ProgramText.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/OutputFile.h"
@@ -59,7 +60,7 @@ class Extract final : public Command {
             ->check(WholeNumber());
         app.add_option("-o,--output", m_output, "Write to this file instead of standard output, which - names too")
             ->type_name("OUT");
-        app.add_flag("--force", m_force, "Overwrite the output file");
+        app.add_flag("--force", m_force, kOverwriteOutput);
         app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
         app.footer(
             "Writes the payload byte for byte, and never to a terminal. Ends with status 3 when the file does not hold "
@@ -75,10 +76,11 @@ class Extract final : public Command {
         const CaptureFile file(m_file,
                                m_offset ? CaptureFile::Identifier::Optional : CaptureFile::Identifier::Required);
         const Section section = m_offset ? ChooseAtOffset(file) : Choose(Container(m_file));
-        Copy(file, section);
+        const std::vector<std::string> notKept = Copy(file, section);
+        context.console.Diagnose(m_output, notKept);
         const std::string doubt = Doubt(file, section);
         if (doubt.empty()) {
-            return ExitStatus::Done;
+            return StatusOf(notKept);
         }
         context.console.Diagnose(fmt::format("{}: section {} at offset {}: {}", Shown(m_file),
                                              Shown(HeaderRules(file).NameOf(section)), section.offset, doubt));
@@ -150,15 +152,17 @@ class Extract final : public Command {
         throw Failure(m_file, sentence + "; list those that are there with sections");
     }
 
-    void Copy(const CaptureFile& file, const Section& section) const {
+    /// Gives what of a file that was there is not kept.
+    std::vector<std::string> Copy(const CaptureFile& file, const Section& section) const {
         if (m_output.empty() || m_output == "-") {
             BinaryOutput output;
             CopyTo(output, file, section);
-        } else {
-            OutputFile output(m_output, m_force, {m_file});
-            CopyTo(output, file, section);
-            output.Commit();
+            return {};
         }
+        OutputFile output(m_output, m_force, {m_file});
+        CopyTo(output, file, section);
+        output.Commit();
+        return output.NotKept();
     }
 
     void CopyTo(ByteSink& sink, const CaptureFile& file, const Section& section) const {

@@ -11,6 +11,7 @@
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
 #include "stmdcm/reading/Words.h"
+#include "tool/cli/ProgramText.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/ConfigurationFile.h"
 #include "tool/output/GuardedHome.h"
@@ -56,7 +57,7 @@ class Live final : public Command {
             ->type_name("FILE.json");
         app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
             ->type_name("FILE");
-        app.add_flag("--force", m_force, "Overwrite a settings file");
+        app.add_flag("--force", m_force, kOverwriteSettings);
         app.footer(
             "Without --factory-dir the dynamic loader finds the factory, and with a scenario, given here or in the "
             "variable STMDCM_SCENARIO, it is the simulated one. An existing capture gets the configuration appended if "
@@ -108,8 +109,8 @@ class Live final : public Command {
         const CaptureFile saved(live.saved.path);
         const std::string bytes = isCapture ? saved.Read(0, saved.Size()) : live.saved.settings->Text();
         const Configuration expected = isCapture ? live.configuration : live.configuration.WithoutObjectFiles();
-        for (const Difference& lost : WriteConfiguration(m_save, bytes, expected, m_force, {})) {
-            live.doubts.push_back(lost.Sentence(Shown(m_save)));
+        for (std::string& lost : WriteConfiguration(m_save, bytes, expected, m_force, {})) {
+            live.doubts.push_back(std::move(lost));
         }
         if (!isCapture && !live.configuration.objectFiles.empty()) {
             live.doubts.push_back(fmt::format("{}: settings have no object files: the target's {} are not saved",

@@ -14,6 +14,7 @@
 #include "stmdcm/recover/RecoveryCheck.h"
 #include "stmdcm/recover/RecoveryPlanner.h"
 #include "stmdcm/recover/RecoveryWriter.h"
+#include "tool/cli/ProgramText.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/GuardedHome.h"
@@ -113,7 +114,7 @@ class Recover final : public Command {
             ->type_name("OFFSET")
             ->check(WholeNumber())
             ->allow_extra_args(false);
-        app.add_flag("--force", m_force, "Overwrite the output file");
+        app.add_flag("--force", m_force, kOverwriteOutput);
         app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
         app.footer(
             "Keeps every section that can be found byte for byte, retired ones too, and tells what was dropped, where, "
@@ -132,8 +133,11 @@ class Recover final : public Command {
         if (m_output.empty()) {
             room.emplace();
         }
-        OutputFile output(room ? (room->Path() / "recovered.tdf").string() : m_output, m_force, {m_file});
+        OutputFile output(room ? (room->Path() / "recovered.tdf").string() : m_output, m_force, {m_file}, &file.File());
         RecoveryPlan plan = Plan(file);
+        for (const std::string& lost : output.NotKept()) {
+            plan.remarks.Add(RemarkKind::NotKept, lost);
+        }
         Write(file, plan, output);
         CheckLoading(context, output, plan);
         if (!m_isPlan) {

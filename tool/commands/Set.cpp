@@ -49,7 +49,8 @@ class Set final : public Command {
             "\"history\" and \"restore\". Ends with status 3 when the old configuration had parts that no reader "
             "reads, which are not in the new one, and for a value that no target has. A settings file keeps every line "
             "as it is, but for the values that change; a "
-            "property that it does not name gets a line behind the others.\n\nExample:\n"
+            "property that it does not name gets a line behind the others. Owner, mode, ACL and attributes stay, and "
+            "its other hard links keep the old text.\n\nExample:\n"
             "  stmdcm set capture.tdf STM_DTC_target_clock_hz=1.25GHz STM_VornLib_Import=yes");
     }
 

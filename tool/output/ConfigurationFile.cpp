@@ -1,8 +1,11 @@
 #include "tool/output/ConfigurationFile.h"
 
+#include <fmt/format.h>
+
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/Reading.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/output/OutputFile.h"
 
 namespace stmdcm {
@@ -23,17 +26,23 @@ Configuration ReadAs(ConfigurationKind kind, const std::string& path) {
 
 }  // namespace
 
-std::vector<Difference> WriteConfiguration(const std::string& path, const std::string& bytes,
-                                           const Configuration& expected, bool force,
-                                           const std::vector<std::string>& inputs) {
+std::vector<std::string> WriteConfiguration(const std::string& path, const std::string& bytes,
+                                            const Configuration& expected, bool force,
+                                            const std::vector<std::string>& inputs) {
     OutputFile output(path, force, inputs);
     output.Write(bytes);
     output.Flush();
     const Configuration written =
         output.ReadBack([&](const std::string& name) { return ReadAs(KindOfName(path), name); });
-    std::vector<Difference> differences = Compare(expected, written);
+    std::vector<std::string> sentences;
+    for (const Difference& difference : Compare(expected, written)) {
+        sentences.push_back(difference.Sentence(Shown(path)));
+    }
+    for (const std::string& lost : output.NotKept()) {
+        sentences.push_back(fmt::format("{}: {}", Shown(path), lost));
+    }
     output.Commit();
-    return differences;
+    return sentences;
 }
 
 }  // namespace stmdcm

@@ -9,16 +9,21 @@
 #include <cerrno>
 #include <utility>
 
+#include "source_utilities/FileMetadata.h"
+#include "source_utilities/Temporaries.h"
+#include "stmdcm/capture/InterruptBlock.h"
 #include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
 
 namespace fs = std::filesystem;
+using ZU_WEP::FileMetadata;
 using ZU_WEP::PosixFile;
 
 namespace {
 
-constexpr mode_t kPermissionBits = 07777;
+constexpr mode_t kNewFile = 0666;
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 
 fs::path DirectoryOf(const fs::path& target) { return target.has_parent_path() ? target.parent_path() : "."; }
 
@@ -27,11 +32,31 @@ bool IsSameFile(const std::string& path, const struct stat& other) {
     return ::stat(path.c_str(), &info) == 0 && info.st_dev == other.st_dev && info.st_ino == other.st_ino;
 }
 
+/// As far as it can be looked at without the right to read it.
+PosixFile OpenToLookAt(const fs::path& path) {
+    PosixFile file = PosixFile::OpenAtOnce(path.c_str(), O_RDONLY);
+    return file.IsOpen() ? std::move(file) : PosixFile::Open(path.c_str(), O_PATH);
+}
+
+std::optional<FileMetadata> MetadataOf(const PosixFile& file) {
+    struct stat status {};
+    return ::fstat(file.Descriptor(), &status) == 0 ? std::optional(FileMetadata(file, status)) : std::nullopt;
+}
+
 }  // namespace
 
-OutputFile::OutputFile(std::string path, bool force, const std::vector<std::string>& inputs) : m_path(std::move(path)) {
+OutputFile::OutputFile(std::string path, bool force, const std::vector<std::string>& inputs, const PosixFile* source)
+    : m_path(std::move(path)) {
     CheckTarget(force, inputs);
-    MakeTemporary();
+    const auto old = m_replaces ? MetadataOf(OpenToLookAt(m_target)) : std::nullopt;
+    const auto rights = source != nullptr ? MetadataOf(*source) : std::nullopt;
+    MakeTemporary(old || rights ? kPrivate : kNewFile);
+    if (old) {
+        const mode_t most = rights ? rights->ModeWithoutAcl() : FileMetadata::kPermissionBits;
+        TellLosses(old->GiveTo(m_file, FileMetadata::Part::All, most));
+    } else if (rights) {
+        rights->GiveTo(m_file, FileMetadata::Part::Rights);  // what is lost of them is given to nobody
+    }
 }
 
 OutputFile::~OutputFile() {
@@ -70,32 +95,39 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
     m_replaces = true;
 }
 
-void OutputFile::MakeTemporary() {
+void OutputFile::MakeTemporary(mode_t mode) {
     const std::string directory = DirectoryOf(m_target).string();
-    m_file = PosixFile::Open(directory.c_str(), O_TMPFILE | O_RDWR);
+    ZU_WEP::RemoveLeftovers(directory);
+    m_file = PosixFile::Open(directory.c_str(), O_TMPFILE | O_RDWR, mode);
     if (!m_file.IsOpen() && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
-        NameTemporary();
-        m_file = PosixFile::Open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL);
-        if (!m_file.IsOpen()) {
-            ForgetTemporary();
-        }
+        NameTemporary([&](const char* path) {
+            m_file = PosixFile::Open(path, O_RDWR | O_CREAT | O_EXCL, mode);
+            return m_file.IsOpen();
+        });
     }
     if (!m_file.IsOpen()) {
         Fail("the file can't be made");
     }
-    struct stat old {};
-    if (m_replaces && ::stat(m_target.c_str(), &old) == 0) {
-        ::fchmod(m_file.Descriptor(), old.st_mode & kPermissionBits);
+    ZU_WEP::LockTemporary(m_file);
+}
+
+void OutputFile::TellLosses(const std::vector<FileMetadata::Loss>& losses) {
+    for (const FileMetadata::Loss& loss : losses) {
+        m_notKept.push_back(fmt::format("the {} of the file that was there could not be kept: {}", loss.what,
+                                        ZU_WEP::ErrnoText(loss.error)));
     }
 }
 
-void OutputFile::NameTemporary() {
-    unsigned counter = 0;
-    struct stat info {};
-    do {
-        m_temporary = (DirectoryOf(m_target) / fmt::format(".stmdcm-{}-{}.tmp", ::getpid(), ++counter)).string();
-    } while (::lstat(m_temporary.c_str(), &info) == 0);
-    m_guard.emplace(m_temporary);
+bool OutputFile::NameTemporary(const std::function<bool(const char* path)>& make) {
+    const InterruptBlock block;  // so that the name is not there without its guard
+    return ZU_WEP::MakeTemporary(DirectoryOf(m_target), [&](const std::string& path) {
+        if (!make(path.c_str())) {
+            return false;
+        }
+        m_temporary = path;
+        m_guard.emplace(path);
+        return true;
+    });
 }
 
 void OutputFile::ForgetTemporary() {
@@ -137,21 +169,14 @@ void OutputFile::Commit() {
 }
 
 bool OutputFile::TakePlace() {
-    if (m_temporary.empty()) {
-        const bool isDirect = !m_replaces;
-        if (!isDirect) {
-            NameTemporary();
-        }
-        const char* name = isDirect ? m_target.c_str() : m_temporary.c_str();
-        if (::linkat(AT_FDCWD, ReadBackPath().c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) != 0) {
-            const int error = errno;
-            ForgetTemporary();
-            errno = error;
-            return false;
-        }
-        if (isDirect) {
-            return true;
-        }
+    const auto link = [&](const char* path) {
+        return ::linkat(AT_FDCWD, ReadBackPath().c_str(), AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0;
+    };
+    if (m_temporary.empty() && !m_replaces) {
+        return link(m_target.c_str());
+    }
+    if (m_temporary.empty() && !NameTemporary(link)) {
+        return false;
     }
     if (m_replaces || ::renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, m_target.c_str(), RENAME_NOREPLACE) == 0) {
         return !m_replaces || ::rename(m_temporary.c_str(), m_target.c_str()) == 0;

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "source_utilities/FileMetadata.h"
 #include "source_utilities/PosixFile.h"
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/ByteSink.h"
@@ -19,13 +21,17 @@ namespace stmdcm {
 class OutputFile final : public ByteSink {
   public:
     /// Refuses a path at which something is, unless `force`; one of the inputs, whatever names it goes by; and what is
-    /// not a regular file.
-    OutputFile(std::string path, bool force, const std::vector<std::string>& inputs);
+    /// not a regular file. A file that takes another's place has its owner, mode and so on (FileMetadata); a new one
+    /// has the rights of `source`, which no file gets more than, or what the process gives to new files.
+    OutputFile(std::string path, bool force, const std::vector<std::string>& inputs,
+               const ZU_WEP::PosixFile* source = nullptr);
     ~OutputFile() override;
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     const std::string& Path() const { return m_path; }
+    /// Sentences: what of the file that was there is not kept, but for its content.
+    const std::vector<std::string>& NotKept() const { return m_notKept; }
 
     /// At the end of what was written.
     void Write(std::string_view bytes) override;
@@ -50,8 +56,9 @@ class OutputFile final : public ByteSink {
 
   private:
     void CheckTarget(bool force, const std::vector<std::string>& inputs);
-    void MakeTemporary();
-    void NameTemporary();
+    void MakeTemporary(mode_t mode);
+    void TellLosses(const std::vector<ZU_WEP::FileMetadata::Loss>& losses);
+    bool NameTemporary(const std::function<bool(const char* path)>& make);
     void ForgetTemporary();
     bool TakePlace();
     Failure Named(const Failure& failure) const;
@@ -63,6 +70,7 @@ class OutputFile final : public ByteSink {
     std::optional<InterruptGuard> m_guard;  ///< of the temporary file
     bool m_replaces = false;
     ZU_WEP::PosixFile m_file;
+    std::vector<std::string> m_notKept;
     std::uint64_t m_written = 0;
 };
 
