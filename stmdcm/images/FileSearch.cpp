@@ -3,10 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
+#include <utility>
 
 #include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
+#include "stmdcm/reading/Findings.h"
+#include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
 
@@ -17,7 +19,14 @@ FileSearch::FileSearch(const std::vector<std::string>& directories, const std::s
         m_found[name];
     }
     for (const std::string& directory : directories) {
-        LookBelow(directory);
+        std::error_code error;
+        const fs::path root = fs::canonical(directory, error);
+        const fs::directory_iterator first(root, error);
+        if (error) {
+            throw Failure(directory,
+                          fmt::format("there is no directory to search: {}", ZU_WEP::ErrnoText(error.value())));
+        }
+        LookBelow(root);
     }
     for (auto& [name, paths] : m_found) {
         std::sort(paths.begin(), paths.end());
@@ -25,25 +34,54 @@ FileSearch::FileSearch(const std::vector<std::string>& directories, const std::s
     }
 }
 
-void FileSearch::LookBelow(const std::string& directory) {
+void FileSearch::LookBelow(const Path& root) {
+    std::vector<Path> directories{root};
+    while (!directories.empty()) {
+        const Path directory = std::move(directories.back());
+        directories.pop_back();
+        std::error_code error;
+        fs::directory_iterator entry(directory, error);
+        for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+            if (++m_entries > kMaxEntries) {
+                return;
+            }
+            LookAt(*entry, directories);
+        }
+        NoteUnread(directory, error);
+    }
+}
+
+void FileSearch::LookAt(const fs::directory_entry& entry, std::vector<Path>& directories) {
     std::error_code error;
-    const fs::path root = fs::canonical(directory, error);
-    fs::recursive_directory_iterator place(root, fs::directory_options::skip_permission_denied, error);
-    if (error) {
-        throw Failure(directory, fmt::format("there is no directory to search: {}", ZU_WEP::ErrnoText(error.value())));
+    const fs::file_status status = entry.symlink_status(error);
+    NoteUnread(entry.path(), error);
+    if (fs::is_directory(status)) {
+        directories.push_back(entry.path());
+        return;
     }
-    for (; place != fs::recursive_directory_iterator(); place.increment(error)) {
-        if (++m_entries > kMaxEntries) {
-            m_isComplete = false;
-            return;
-        }
-        std::error_code gone;
-        const auto wanted = m_found.find(place->path().filename().string());
-        if (wanted != m_found.end() && fs::is_regular_file(place->symlink_status(gone))) {
-            wanted->second.push_back(place->path().string());
-        }
+    const auto wanted = m_found.find(entry.path().filename().string());
+    if (wanted != m_found.end() && fs::is_regular_file(status)) {
+        wanted->second.push_back(entry.path().string());
     }
-    m_isComplete = m_isComplete && !error;
+}
+
+void FileSearch::NoteUnread(const Path& path, const std::error_code& error) {
+    const bool isGone = error == std::errc::no_such_file_or_directory;
+    if (error && !isGone && m_unread++ == 0) {
+        m_firstUnread = fmt::format("{}: {}", Shown(path.string()), ZU_WEP::ErrnoText(error.value()));
+    }
+}
+
+std::vector<std::string> FileSearch::Doubts() const {
+    std::vector<std::string> doubts;
+    if (m_entries > kMaxEntries) {
+        doubts.push_back(fmt::format("the search ended after {} files; name a directory with fewer", kMaxEntries));
+    }
+    if (m_unread > 0) {
+        doubts.push_back(
+            fmt::format("{} could not be searched, such as {}", Counted(m_unread, "place"), m_firstUnread));
+    }
+    return doubts;
 }
 
 const std::vector<std::string>& FileSearch::Found(const std::string& name) const {

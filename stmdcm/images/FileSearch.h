@@ -1,8 +1,10 @@
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <set>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace stmdcm {
@@ -13,20 +15,25 @@ class FileSearch {
     /// So many files and directories are looked at.
     static constexpr std::size_t kMaxEntries = 1'000'000;
 
-    /// Throws Failure for a directory that is none. What can't be entered is passed over.
+    /// Throws Failure for a directory that is none. One below it that can't be entered is passed over.
     FileSearch(const std::vector<std::string>& directories, const std::set<std::string>& names);
 
     /// The paths, absolute and in order.
     const std::vector<std::string>& Found(const std::string& name) const;
-    /// Whether everything was looked at.
-    bool IsComplete() const { return m_isComplete; }
+    /// Sentences: what was not looked at.
+    std::vector<std::string> Doubts() const;
 
   private:
-    void LookBelow(const std::string& directory);
+    using Path = std::filesystem::path;
+
+    void LookBelow(const Path& root);
+    void LookAt(const std::filesystem::directory_entry& entry, std::vector<Path>& directories);
+    void NoteUnread(const Path& path, const std::error_code& error);
 
     std::map<std::string, std::vector<std::string>> m_found;
     std::size_t m_entries = 0;
-    bool m_isComplete = true;
+    std::size_t m_unread = 0;
+    std::string m_firstUnread;  ///< and why
 };
 
 }  // namespace stmdcm

@@ -2,22 +2,20 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <iterator>
 
 #include "stmdcm/images/FileSearch.h"
-#include "trace/dcm/ModificationTime.h"
 
 namespace stmdcm {
-
-using Zu::Wep::Trace::ModificationTime;
 
 namespace {
 
 std::string FileName(const ObjectFile& file) { return std::filesystem::path(file.path).filename().string(); }
 
 ObjectFile At(ObjectFile file, std::string path) {
-    file.modified = ModificationTime(path);
     file.path = std::move(path);
+    file.LookAtDisk();
     return file;
 }
 
@@ -62,12 +60,13 @@ std::vector<ImageAnswer> ImageFinder::Find(const std::vector<ObjectFile>& files)
         }
     }
     const FileSearch search(m_directories, wanted);
-    m_isComplete = search.IsComplete();
     for (ImageAnswer& answer : answers) {
         if (!answer.IsPresent()) {
             Choose(search.Found(FileName(answer.recorded)), answer);
         }
     }
+    const bool isFound = std::all_of(answers.begin(), answers.end(), std::mem_fn(&ImageAnswer::IsPresent));
+    m_doubts = isFound ? std::vector<std::string>() : search.Doubts();
     return answers;
 }
 

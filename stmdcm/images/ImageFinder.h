@@ -33,15 +33,15 @@ class ImageFinder {
     /// Throws Failure for a directory that can't be searched.
     std::vector<ImageAnswer> Find(const std::vector<ObjectFile>& files);
 
-    /// Whether no search was cut short.
-    bool IsComplete() const { return m_isComplete; }
+    /// Sentences, where not all of the last ones were found: what was not searched.
+    const std::vector<std::string>& Doubts() const { return m_doubts; }
 
   private:
     ImageAnswer Map(const ObjectFile& file) const;
 
     std::vector<PathMapping> m_mappings;
     std::vector<std::string> m_directories;
-    bool m_isComplete = true;
+    std::vector<std::string> m_doubts;
 };
 
 }  // namespace stmdcm

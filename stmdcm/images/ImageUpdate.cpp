@@ -22,6 +22,20 @@ std::string ReadPayload(const Container& capture) {
     return capture.ReadPayload(*section);
 }
 
+/// Of the images that were not found.
+std::vector<std::string> NotLookedAt(const std::vector<ImageAnswer>& answers) {
+    std::vector<ObjectFile> places;
+    for (const ImageAnswer& answer : answers) {
+        if (!answer.IsPresent()) {
+            places.push_back(answer.recorded);
+        }
+        if (!answer.IsPresent() && answer.how != ImageAnswer::How::Recorded) {
+            places.push_back(answer.found);
+        }
+    }
+    return NotLookedAt(places);
+}
+
 ImageList MakeList(const std::string& path, const std::string& payload, ImageFinder& finder) {
     std::vector<ObjectFile> files;
     const bool isComplete = ParseObjectFiles(payload, files);
@@ -29,8 +43,8 @@ ImageList MakeList(const std::string& path, const std::string& payload, ImageFin
     if (!isComplete) {
         list.doubts.emplace_back("the list of program images ends within one; the whole ones before it count");
     }
-    if (!finder.IsComplete()) {
-        list.doubts.emplace_back("the search was cut short; name a directory with fewer files");
+    for (const std::vector<std::string>& more : {NotLookedAt(list.answers), finder.Doubts()}) {
+        list.doubts.insert(list.doubts.end(), more.begin(), more.end());
     }
     return list;
 }

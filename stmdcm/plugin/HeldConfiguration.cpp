@@ -12,7 +12,6 @@
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
 #include "stmdcm/reading/ConfigurationReader.h"
-#include "trace/dcm/ModificationTime.h"
 #include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm {
@@ -60,7 +59,7 @@ std::vector<ObjectFile> ObjectFilesHeldBy(const Manager& manager, const std::vec
     std::vector<ObjectFile> held;
     for (ObjectFile file : recorded) {
         file.path = manager.ObjectFile(file.name);
-        file.modified = ModificationTime(file.path);
+        file.LookAtDisk();
         file.recorded = file.modified.value_or(file.recorded);
         held.push_back(std::move(file));
     }

@@ -11,6 +11,7 @@
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
+#include "stmdcm/reading/ObjectFileCheck.h"
 #include "trace/dcm/LiveAttributeTable.h"
 
 namespace stmdcm {
@@ -141,6 +142,9 @@ void LiveConfiguration::LoadObjectFiles(PluginSession& session, Manager& manager
     // The interface does not list them, but a capture does.
     saved = Read(SaveIntoCapture(session, manager));
     configuration.objectFiles = saved.configuration.objectFiles;
+    for (std::string& image : NotLookedAt(configuration.objectFiles)) {
+        doubts.push_back(std::move(image));
+    }
 }
 
 }  // namespace stmdcm

@@ -2,6 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+
+#include "trace/dcm/ModificationTime.h"
+
 namespace stmdcm {
 
 using namespace Zu::Wep::Trace;
@@ -34,15 +38,21 @@ std::uint32_t DataOptionsOf(const CTUsecaseInfoIF& usecase) {
 
 std::string MonitorUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
 
+void ObjectFile::LookAtDisk() {
+    modified = ModificationTime(path);
+    const bool isGone = !modified && (errno == ENOENT || errno == ENOTDIR);
+    diskError = modified || isGone ? 0 : errno;
+}
+
 ObjectFile::State ObjectFile::DiskState() const {
     if (!modified) {
-        return State::Missing;
+        return diskError == 0 ? State::Missing : State::Unknown;
     }
     return *modified == recorded ? State::Present : State::Changed;
 }
 
 const char* ObjectFile::DiskStateName() const {
-    constexpr const char* kNames[] = {"same time, not proven", "changed", "missing"};
+    constexpr const char* kNames[] = {"same time, not proven", "changed", "missing", "unknown"};
     return kNames[static_cast<std::size_t>(DiskState())];
 }
 

@@ -147,13 +147,16 @@ void VisitFields(const Item& item, Visitor&& visit) {
 
 /// An object (program) file as recorded, and how it is now.
 struct ObjectFile {
-    enum class State { Present, Changed, Missing };
+    enum class State { Present, Changed, Missing, Unknown };
 
     std::string name;  ///< of the CPU or application
     std::string path;
-    std::int64_t recorded = 0;             ///< modification time
-    std::optional<std::int64_t> modified;  ///< of the file on disk, nothing where there is none
+    std::int64_t recorded = 0;                  ///< modification time
+    std::optional<std::int64_t> modified = {};  ///< of the file on disk, nothing where there is none
+    int diskError = 0;                          ///< the `errno` that tells why it can't be looked at
 
+    /// Sets `modified` and `diskError`.
+    void LookAtDisk();
     State DiskState() const;
     const char* DiskStateName() const;
     std::string Key() const { return name; }

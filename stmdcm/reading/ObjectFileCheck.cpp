@@ -9,7 +9,6 @@
 
 #include "source_utilities/PosixFile.h"
 #include "stmdcm/reading/Words.h"
-#include "trace/dcm/ModificationTime.h"
 #include "trace/format/ObjectFileSection.h"
 
 namespace stmdcm {
@@ -26,7 +25,7 @@ void CheckOnDisk(const ObjectFile& entry, const Place& place, Findings& findings
     const std::string file = fmt::format("{} of {}", InWords(Unit::None, entry.path), Quoted(entry.name));
     const auto opened = ZU_WEP::PosixFile::Open(entry.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (!opened.IsOpen() || !entry.modified) {
-        const int error = opened.IsOpen() ? ENOENT : errno;
+        const int error = !opened.IsOpen() ? errno : entry.diskError == 0 ? ENOENT : entry.diskError;
         findings.Add(Kind("O-MISSING"), place, fmt::format("{} can't be opened: {}", file, ZU_WEP::ErrnoText(error)),
                      "the host is asked for it; without an answer the file loses its path");
     } else if (*entry.modified != entry.recorded) {
@@ -41,9 +40,20 @@ void CheckOnDisk(const ObjectFile& entry, const Place& place, Findings& findings
 
 bool ParseObjectFiles(std::string_view payload, std::vector<ObjectFile>& files) {
     return Zu::Wep::Trace::ReadObjectFileEntries(payload, [&](auto name, auto path, std::int64_t recorded) {
-        const std::string file(path);
-        files.push_back({std::string(name), file, recorded, Zu::Wep::Trace::ModificationTime(file)});
+        files.push_back({std::string(name), std::string(path), recorded});
+        files.back().LookAtDisk();
     });
+}
+
+std::vector<std::string> NotLookedAt(const std::vector<ObjectFile>& files) {
+    std::vector<std::string> sentences;
+    for (const ObjectFile& file : files) {
+        if (file.DiskState() == ObjectFile::State::Unknown) {
+            sentences.push_back(fmt::format("the program image {} of {} can't be looked at: {}", Shown(file.path),
+                                            Quoted(file.name), ZU_WEP::ErrnoText(file.diskError)));
+        }
+    }
+    return sentences;
 }
 
 std::vector<ObjectFile> ReadObjectFiles(std::string_view payload, const Place& place, Findings& findings) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -12,7 +13,10 @@ namespace stmdcm {
 /// it.
 bool ParseObjectFiles(std::string_view payload, std::vector<ObjectFile>& files);
 
-/// The same, and finds what is wrong with them and with the files that they name.
+/// Those entries, and finds what is wrong with them and with the files that they name.
 std::vector<ObjectFile> ReadObjectFiles(std::string_view payload, const Place& place, Findings& findings);
+
+/// Sentences: which of them can't be looked at, and why. Nobody knows whether they are missing.
+std::vector<std::string> NotLookedAt(const std::vector<ObjectFile>& files);
 
 }  // namespace stmdcm

@@ -121,5 +121,21 @@ TEST_F(ImagesTest, SearchesAndDoesNotGuess) {
     EXPECT_FALSE(Update(false).isWritten);
 }
 
+TEST_F(ImagesTest, CallsNothingMissingThatCantBeLookedAt) {
+    std::filesystem::create_directory(m_directory / "search");
+    std::filesystem::create_symlink("loop", m_directory / "loop");
+    for (const auto& [path, cause] : {std::pair(m_directory / "loop/a.out", "Too many levels of symbolic links"),
+                                      std::pair("/" + std::string(300, 'n'), "File name too long")}) {
+        Record(path);
+        const ImageList list = Update(true);
+        EXPECT_EQ(StatusOf(list), ExitStatus::Failed);
+        EXPECT_STREQ(list.answers.front().found.DiskStateName(), "unknown");
+        ASSERT_EQ(list.doubts.size(), 1U);
+        EXPECT_TRUE(list.doubts.front().ends_with(std::string("can't be looked at: ") + cause)) << list.doubts.front();
+    }
+    Record(Image("a.out") + "/b.out");
+    EXPECT_STREQ(Now().DiskStateName(), "missing");
+}
+
 }  // namespace
 }  // namespace stmdcm

@@ -3,7 +3,6 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/change/ConfigurationChange.h"
 #include "stmdcm/images/ImageUpdate.h"
-#include "stmdcm/reading/Reading.h"
 
 namespace stmdcm {
 
@@ -16,10 +15,6 @@ ExitStatus StatusOf(const Failure& failure, ExitStatus ofWork) {
 
 ExitStatus StatusOf(const std::vector<std::string>& doubts) {
     return doubts.empty() ? ExitStatus::Done : ExitStatus::Doubtful;
-}
-
-ExitStatus StatusOf(const Reading& reading) {
-    return reading.isLoaded ? StatusOf(reading.Doubts()) : ExitStatus::Failed;
 }
 
 ExitStatus StatusOf(const ChangeResult& result) {

@@ -8,7 +8,6 @@ namespace stmdcm {
 struct ChangeResult;
 class Failure;
 struct ImageList;
-struct Reading;
 
 /// What the command tells its caller.
 enum class ExitStatus : int {
@@ -22,7 +21,6 @@ enum class ExitStatus : int {
 /// `ofWork` is what it is where work could not be done.
 ExitStatus StatusOf(const Failure& failure, ExitStatus ofWork);
 ExitStatus StatusOf(const std::vector<std::string>& doubts);
-ExitStatus StatusOf(const Reading& reading);
 ExitStatus StatusOf(const ChangeResult& result);
 ExitStatus StatusOf(const ImageList& list);
 

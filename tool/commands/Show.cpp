@@ -1,5 +1,6 @@
 #include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/PluginReading.h"
+#include "stmdcm/reading/ObjectFileCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/output/GuardedHome.h"
 #include "tool/render/TextRenderer.h"
@@ -12,6 +13,7 @@ namespace {
 struct ShowReport {
     const Reading& loaded;
     Selection selection;
+    std::vector<std::string> doubts;
 
     std::string Text(const Palette& palette) const {
         return TextRenderer(palette).Render(loaded.configuration, selection);
@@ -22,7 +24,7 @@ struct ShowReport {
                                       {{"file", loaded.path},
                                        {"kind", KindName(*loaded.kind)},
                                        {"loaded", loaded.isLoaded},
-                                       {"doubts", loaded.Doubts()},
+                                       {"doubts", doubts},
                                        {"configuration", JsonRenderer::Render(loaded.configuration, selection)}});
     }
 };
@@ -37,8 +39,9 @@ class Show final : public Command {
         app.add_flag("--use-cases", m_usecases, "Show the use cases");
         app.add_flag("--objects", m_objectFiles, "Show the object files and how they are on disk");
         app.footer(
-            "Shows everything unless parts are selected. Ends with status 3 when the file was read in part, with "
-            "status 1 when hosts can't load it; what can be read is shown all the same.\n\nExample:\n"
+            "Shows everything unless parts are selected. Ends with status 3 when the file was read in part, or an "
+            "object file can't be looked at; with status 1 when hosts can't load it. What can be read is shown all "
+            "the same.\n\nExample:\n"
             "  stmdcm show --changed --objects capture.tdf");
     }
 
@@ -49,10 +52,15 @@ class Show final : public Command {
             const GuardedHome home;
             differences = DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
         }
-        context.Print(ShowReport{loaded, SelectionFor(loaded)});
-        context.console.Diagnose(loaded.Sentences());
+        ShowReport report{loaded, SelectionFor(loaded), loaded.Doubts()};
+        if (report.selection.objectFiles) {
+            const std::vector<std::string> images = NotLookedAt(loaded.configuration.objectFiles);
+            report.doubts.insert(report.doubts.end(), images.begin(), images.end());
+        }
+        context.Print(report);
+        context.console.Diagnose(m_file, report.doubts);
         context.console.Diagnose(differences);
-        const ExitStatus status = StatusOf(loaded);
+        const ExitStatus status = loaded.isLoaded ? StatusOf(report.doubts) : ExitStatus::Failed;
         return status == ExitStatus::Done ? StatusOf(differences) : status;
     }
 

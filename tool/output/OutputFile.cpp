@@ -73,6 +73,9 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
     struct stat info {};
     m_target = m_path;
     if (::stat(m_path.c_str(), &info) != 0) {
+        if (errno != ENOENT && errno != ENOTDIR) {
+            Fail("the file can't be looked at");
+        }
         m_replaces = ::lstat(m_path.c_str(), &info) == 0;
         if (m_replaces && !force) {
             throw Failure(m_path, "this is a link to nothing; name another file, or use --force");

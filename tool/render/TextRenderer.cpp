@@ -84,7 +84,7 @@ Style StateStyle(std::string_view state) {
     if (state == "changed") {
         return Style::Notable;
     }
-    return state == "missing" ? Style::Bad : Style::Plain;
+    return state == "missing" || state == "unknown" ? Style::Bad : Style::Plain;
 }
 
 std::string TextRenderer::Properties(const std::vector<Property>& properties, bool changedOnly) const {
