@@ -113,7 +113,7 @@ TEST_F(InPlaceTest, ASetOpensLittleAndSyncsEachStep) {
     EXPECT_EQ(stmdcm_test::WatchSyscalls([&] { return Set(42); }, note), 0);
     EXPECT_GE(opened, 1);
     EXPECT_LE(opened, 12);
-    EXPECT_EQ(synced, 2) << "what is appended, and the old section's retirement";
+    EXPECT_EQ(synced, 3) << "the new section's header, its payload, and the old section's retirement";
 }
 
 TEST_F(InPlaceTest, HistoryGivesBackTheBytes) {
