@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "stmdcm/Failure.h"
@@ -66,15 +67,16 @@ CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sectio
     for (const NewSection& section : sections) {
         const std::vector<const Section*> old = InUse(section);
         if (old.empty()) {  // Nothing hides the new section while it is written, so it begins as a retired one.
-            plan.switches.push_back({m_end.offset + plan.bytes.size(), section.version});
+            plan.switches.push_back({m_end.offset + plan.size, section.version});
         }
         // The oldest, which is the one that is read, goes last: the others must not come up in its place.
         for (auto each = old.rbegin(); each != old.rend(); ++each) {
             plan.switches.push_back({(*each)->offset, Retired(section.version)});
         }
-        plan.bytes += Encode(section, old.empty() ? Retired(section.version) : section.version);
+        plan.sections.push_back(Encode(section, old.empty() ? Retired(section.version) : section.version));
+        plan.size += plan.sections.back().start.size() + section.payload.size();
     }
-    if (m_end.offset > kMaxFileSize || plan.bytes.size() > kMaxFileSize - m_end.offset) {
+    if (m_end.offset > kMaxFileSize || plan.size > kMaxFileSize - m_end.offset) {
         throw Failure(m_file.Path(), "the capture would grow past 4 GiB; nothing was changed");
     }
     return plan;
@@ -89,7 +91,7 @@ bool CaptureEditor::Replace(const std::vector<NewSection>& sections) {
 }
 
 void CaptureEditor::Write(const Plan& plan) {
-    Append(plan.bytes);
+    Append(plan);
     for (const VersionWrite& write : plan.switches) {
         Switch(write);
     }
@@ -154,7 +156,7 @@ std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) cons
     return found;
 }
 
-std::string CaptureEditor::Encode(const NewSection& section, std::uint32_t version) const {
+CaptureEditor::HiddenSection CaptureEditor::Encode(const NewSection& section, std::uint32_t version) const {
     const std::uint64_t length = SectionHeader::kSize + section.name.size() + section.payload.size();
     if (length > kMaxSectionLength) {
         throw Failure(m_file.Path(),
@@ -162,15 +164,25 @@ std::string CaptureEditor::Encode(const NewSection& section, std::uint32_t versi
                                   "changed",
                                   section.name));
     }
-    return EncodeSectionStart(static_cast<std::uint32_t>(length), section.name, version) + section.payload;
+    return {EncodeSectionStart(static_cast<std::uint32_t>(length), section.name, version), section.payload};
 }
 
-void CaptureEditor::Append(const std::string& bytes) {
-    const bool isMended = MendChain(m_file.File(), m_end);
-    if (!isMended || AppendAt(m_file.File(), m_container.Size(), m_end.offset, {bytes}) != AppendResult::Done) {
-        const int error = errno;
-        throw Failure(m_file.Path(),
-                      fmt::format("the file can't be written: {}; nothing was changed", ZU_WEP::ErrnoText(error)));
+void CaptureEditor::Append(const Plan& plan) {
+    bool isDone = MendChain(m_file.File(), m_end);
+    std::uint64_t written = 0;
+    for (const auto& [start, payload] : plan.sections) {
+        const std::uint64_t end = m_end.offset + written;
+        const std::uint64_t fileSize = written == 0 ? m_container.Size() : std::max(m_container.Size(), end);
+        isDone = isDone && AppendAt(m_file.File(), fileSize, end, {start, payload}) == AppendResult::Done;
+        if (!isDone) {
+            const int error = errno;
+            if (written > 0) {
+                CutBack(m_file.File(), m_container.Size(), m_end.offset, written);
+            }
+            throw Failure(m_file.Path(),
+                          fmt::format("the file can't be written: {}; nothing was changed", ZU_WEP::ErrnoText(error)));
+        }
+        written += start.size() + payload.size();
     }
 }
 

@@ -41,9 +41,15 @@ class CaptureEditor {
         std::uint64_t sectionOffset;
         std::uint32_t version;
     };
-    /// What is written: first the bytes, then what puts them in force.
+    /// A section that nobody reads yet.
+    struct HiddenSection {
+        std::string start;  ///< header and name
+        std::string payload;
+    };
+    /// What is written: first the sections, then what puts them in force.
     struct Plan {
-        std::string bytes;
+        std::vector<HiddenSection> sections;
+        std::uint64_t size = 0;  ///< of all sections
         std::vector<VersionWrite> switches;
     };
 
@@ -53,8 +59,8 @@ class CaptureEditor {
     void RequireReachableEnd() const;
     void EndInterruptedSaves();
     std::vector<const Section*> InUse(const NewSection& section) const;
-    std::string Encode(const NewSection& section, std::uint32_t version) const;
-    void Append(const std::string& bytes);
+    HiddenSection Encode(const NewSection& section, std::uint32_t version) const;
+    void Append(const Plan& plan);
     void Switch(const VersionWrite& write);
 
     ChangeMode m_mode;

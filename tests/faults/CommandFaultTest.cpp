@@ -115,6 +115,12 @@ TEST_P(CommandFaultTest, SaysThatMemoryRunsOut) {
     Try({"alloc", 0, ENOMEM, true}, FaultStep(41));
 }
 
+TEST_P(CommandFaultTest, SurvivesALossOfPower) {
+    if (m_after != m_before) {
+        LosePower();
+    }
+}
+
 std::string NameOf(const testing::TestParamInfo<Command>& command) {
     std::string name;
     std::copy_if(command.param.name, command.param.name + std::strlen(command.param.name), std::back_inserter(name),

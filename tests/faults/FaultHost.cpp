@@ -1,5 +1,5 @@
 // A host for the tests of faults: does one thing through the plug-in, twice, and prints what came of it each time.
-// Usage: fault_host PLUGIN ACTION
+// Usage: fault_host PLUGIN ACTION [once]
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -55,8 +55,9 @@ std::string Act(StmDeviceConfigManager& manager, const std::string& action) {
         return told(manager.LoadConfigurationLive());
     }
     if (action == "save-capture") {
+        const bool isLoaded = manager.LoadConfiguration("many.tdf", TRACE_DATA_FILE_TDF);
         SetAtb(manager);
-        return told(manager.SaveConfiguration("bare.tdf", TRACE_DATA_FILE_TDF));
+        return told(isLoaded && manager.SaveConfiguration("bare.tdf", TRACE_DATA_FILE_TDF));
     }
     if (action == "save-settings") {
         SetAtb(manager);
@@ -102,7 +103,7 @@ std::string Once(Create create, Destroy destroy, const std::string& action) {
 
 }  // namespace
 
-int main(int, char** argv) {
+int main(int argc, char** argv) {
     void* const library = ::dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         std::fprintf(stderr, "%s\n", ::dlerror());
@@ -111,7 +112,7 @@ int main(int, char** argv) {
     const auto create = reinterpret_cast<Create>(::dlsym(library, "CreateDeviceConfigManager"));
     const auto destroy = reinterpret_cast<Destroy>(::dlsym(library, "DestroyDeviceConfigManager"));
     ::fcntl(STDIN_FILENO, F_GETFD);  // the faults begin behind this
-    for (int i = 0; i < 2; ++i) {
+    for (int i = argc - 3; i < 2; ++i) {
         std::string result;
         try {
             result = Once(create, destroy, argv[2]);

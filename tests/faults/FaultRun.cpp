@@ -66,6 +66,7 @@ FaultResult FaultMachine::Run(const std::vector<std::string>& command, const Fau
     environment.push_back(std::string(kPlanVariable) + "=" + plan.mode + " " + std::to_string(plan.n) + " " +
                           std::to_string(plan.error) + (plan.onwards ? " onwards" : " once"));
     WriteWhole(m_report, std::string(sizeof(Report), '\0'));
+    fs::remove(m_report + kRecordingEnd);
     const int out = ::memfd_create("out", MFD_CLOEXEC);
     const int error = ::memfd_create("error", MFD_CLOEXEC);
     const std::vector<char*> argv = Pointers(command), envp = Pointers(environment);
@@ -94,6 +95,8 @@ FaultResult FaultMachine::Run(const std::vector<std::string>& command, const Fau
     result.hit = std::string(report.call) + " " + report.path;
     return result;
 }
+
+std::string FaultMachine::Recording() const { return ReadWhole(m_report + kRecordingEnd); }
 
 void FaultMachine::Reset(const Snapshot& files) const {
     for (const char* name : {"work", "home", "tmp"}) {

@@ -10,7 +10,7 @@ namespace stmdcm_test {
 
 /// What is to happen to a program that runs under the shim.
 struct FaultPlan {
-    std::string mode = "count";  ///< count, fail, kill, short or alloc
+    std::string mode = "count";  ///< count, fail, kill, short, alloc or record
     unsigned n = 0;              ///< the call that is hit, from 1
     int error = 5;               ///< which calls can be hit follows from it
     bool onwards = false;        ///< every call from the n-th on
@@ -39,6 +39,8 @@ class FaultMachine {
     void AddVariable(const std::string& variable) { m_more.push_back(variable); }
     /// Runs a program in the folder, with the shim and the plan.
     FaultResult Run(const std::vector<std::string>& command, const FaultPlan& plan = {}) const;
+    /// What the last run with the mode "record" changed on disk: DiskChange after DiskChange.
+    std::string Recording() const;
     /// Puts the folder's files back as they were given, and removes everything else.
     void Reset(const Snapshot& files) const;
     Snapshot Files() const;
@@ -48,7 +50,7 @@ class FaultMachine {
     std::string Folder() const { return m_root / "work"; }
 
   private:
-    ScratchDir m_root;
+    ScratchDir m_root{MemoryDirectory()};
     std::string m_report;
     std::vector<std::string> m_environment;
     std::vector<std::string> m_more;

@@ -1,4 +1,5 @@
-// A library to preload: lets the n-th call of a program into the system fail, be cut short, or be its last.
+// A library to preload: lets the n-th call of a program into the system fail, be cut short, or be its last; or records
+// what the program changes on disk.
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -19,12 +20,14 @@
 #include <cstring>
 
 #include "tests/faults/FaultPlan.h"
+#include "tests/faults/ShimRecorder.h"
 
 namespace {
 
 using stmdcm_test::Report;
+using stmdcm_test::ShimRecorder;
 
-enum class Mode { Off, Count, Fail, Kill, Short, Alloc };
+enum class Mode { Off, Count, Fail, Kill, Short, Alloc, Record };
 
 /// What a call does: which errors it can meet follows from it.
 enum CallKind : unsigned {
@@ -36,7 +39,8 @@ enum CallKind : unsigned {
     kLooks = 32,
     kCloses = 64,
     kTransfers = 128,  ///< may do less than it is asked for
-    kLists = 256       ///< walks folders
+    kLists = 256,      ///< walks folders
+    kCleansUp = 0      ///< meets no error
 };
 
 struct Plan {
@@ -47,6 +51,7 @@ struct Plan {
     Report* report = nullptr;
 };
 Plan g_plan;
+ShimRecorder g_recorder;
 bool g_isStarted = false;
 thread_local bool t_inside = false;
 
@@ -83,11 +88,14 @@ __attribute__((constructor)) void ReadPlan() {
     }
     g_plan.report = static_cast<Report*>(memory);
     g_plan.onwards = std::strcmp(when, "onwards") == 0;
-    const char* const kModes[] = {"off", "count", "fail", "kill", "short", "alloc"};
-    for (int i = 0; i < 6; ++i) {
+    const char* const kModes[] = {"off", "count", "fail", "kill", "short", "alloc", "record"};
+    for (int i = 0; i < 7; ++i) {
         if (std::strcmp(mode, kModes[i]) == 0) {
             g_plan.mode = static_cast<Mode>(i);
         }
+    }
+    if (g_plan.mode == Mode::Record) {
+        g_recorder.Start(reportFile);
     }
 }
 
@@ -114,7 +122,8 @@ bool IsNext() {
 
 /// Whether this call is to fail, with errno set.
 bool Fails(const char* call, unsigned kind, const char* path, int descriptor) {
-    if (g_plan.mode == Mode::Off || g_plan.mode == Mode::Alloc || (descriptor >= 0 && descriptor <= 2) || t_inside ||
+    if (g_plan.mode == Mode::Off || g_plan.mode == Mode::Alloc || g_plan.mode == Mode::Record ||
+        (descriptor >= 0 && descriptor <= 2) || t_inside ||
         (g_plan.mode == Mode::Short ? (kind & kTransfers) == 0 : (kind & KindsThatMeet(g_plan.error)) == 0)) {
         return false;
     }
@@ -156,6 +165,17 @@ size_t Cut(size_t size) { return size > 1 ? size / 2 : size; }
         return Fails(#name, (kind), path, descriptor) ? failure : real arguments;  \
     }
 
+// A call that changes what is on disk: `record` then notes that.
+#define WRAP_RECORDED(kind, name, parameters, arguments, path, descriptor, record)     \
+    extern "C" int name parameters {                                                   \
+        REAL(name);                                                                    \
+        const int done = Fails(#name, (kind), path, descriptor) ? -1 : real arguments; \
+        if (done == 0) {                                                               \
+            g_recorder.record;                                                         \
+        }                                                                              \
+        return done;                                                                   \
+    }
+
 // A transfer: it may be cut short as well.
 #define WRAP_TRANSFER(kind, name, parameters, whole, half)    \
     extern "C" ssize_t name parameters {                      \
@@ -174,7 +194,13 @@ size_t Cut(size_t size) { return size > 1 ? size / 2 : size; }
         const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(list, mode_t) : 0;       \
         va_end(list);                                                                                \
         const unsigned kind = opens | ((flags & O_CREAT) != 0 ? static_cast<unsigned>(kNames) : 0U); \
-        return Fails(#name, kind, path, -1) ? -1 : real withMode;                                    \
+        if (Fails(#name, kind, path, -1)) {                                                          \
+            return -1;                                                                               \
+        }                                                                                            \
+        const bool isNew = ShimRecorder::IsNew(path, flags);                                         \
+        const int fd = real withMode;                                                                \
+        g_recorder.Opened(fd, path, flags, isNew);                                                   \
+        return fd;                                                                                   \
     }
 
 WRAP_OPEN(kOpens, open, (const char* path, int flags, ...), (path, flags, mode))
@@ -186,50 +212,65 @@ WRAP(FILE*, nullptr, kOpens, fopen64, (const char* path, const char* mode), (pat
 WRAP(DIR*, nullptr, kLists, opendir, (const char* path), (path), path, -1)
 WRAP(char*, nullptr, kNames, mkdtemp, (char* path), (path), path, -1)
 WRAP(int, -1, kNames, mkdir, (const char* path, mode_t mode), (path, mode), path, -1)
-WRAP(int, -1, kNames, rename, (const char* path, const char* to), (path, to), path, -1)
-WRAP(int, -1, kNames, renameat2, (int at, const char* path, int toAt, const char* to, unsigned flags),
-     (at, path, toAt, to, flags), path, -1)
-WRAP(int, -1, kNames, linkat, (int at, const char* path, int toAt, const char* to, int flags),
-     (at, path, toAt, to, flags), to, -1)
+WRAP_RECORDED(kNames, rename, (const char* path, const char* to), (path, to), path, -1, Named(to, path))
+WRAP_RECORDED(kNames, renameat2, (int at, const char* path, int toAt, const char* to, unsigned flags),
+              (at, path, toAt, to, flags), path, -1, Named(to, path))
+WRAP_RECORDED(kNames, linkat, (int at, const char* path, int toAt, const char* to, int flags),
+              (at, path, toAt, to, flags), to, -1, Named(to, ""))
+WRAP_RECORDED(kCleansUp, unlink, (const char* path), (path), path, -1, Named("", path))
 WRAP(int, -1, kLooks, stat, (const char* path, struct stat* info), (path, info), path, -1)
 WRAP(int, -1, kLooks, lstat, (const char* path, struct stat* info), (path, info), path, -1)
 WRAP(int, -1, kLooks, fstat, (int fd, struct stat* info), (fd, info), nullptr, fd)
 WRAP(int, -1, kLocks, flock, (int fd, int operation), (fd, operation), nullptr, fd)
-WRAP(int, -1, kWrites, fsync, (int fd), (fd), nullptr, fd)
-WRAP(int, -1, kWrites, fdatasync, (int fd), (fd), nullptr, fd)
-WRAP(int, -1, kWrites, ftruncate, (int fd, off_t size), (fd, size), nullptr, fd)
-WRAP(int, -1, kWrites, ftruncate64, (int fd, off64_t size), (fd, size), nullptr, fd)
+WRAP_RECORDED(kWrites, fsync, (int fd), (fd), nullptr, fd, Synced(fd))
+WRAP_RECORDED(kWrites, fdatasync, (int fd), (fd), nullptr, fd, Synced(fd))
+WRAP_RECORDED(kWrites, ftruncate, (int fd, off_t size), (fd, size), nullptr, fd, Truncated(fd, size))
+WRAP_RECORDED(kWrites, ftruncate64, (int fd, off64_t size), (fd, size), nullptr, fd, Truncated(fd, size))
 WRAP(int, -1, kWrites, fallocate, (int fd, int mode, off_t at, off_t size), (fd, mode, at, size), nullptr, fd)
 WRAP(int, -1, kLooks, fchmod, (int fd, mode_t mode), (fd, mode), nullptr, fd)
 WRAP(int, -1, kLooks, fchown, (int fd, uid_t user, gid_t group), (fd, user, group), nullptr, fd)
 WRAP_TRANSFER(kReads, read, (int fd, void* to, size_t size), (fd, to, size), (fd, to, Cut(size)))
 WRAP_TRANSFER(kReads, pread, (int fd, void* to, size_t size, off_t at), (fd, to, size, at), (fd, to, Cut(size), at))
 WRAP_TRANSFER(kReads, pread64, (int fd, void* to, size_t size, off64_t at), (fd, to, size, at), (fd, to, Cut(size), at))
-WRAP_TRANSFER(kWrites, write, (int fd, const void* from, size_t size), (fd, from, size), (fd, from, Cut(size)))
-WRAP_TRANSFER(kWrites, pwrite, (int fd, const void* from, size_t size, off_t at), (fd, from, size, at),
-              (fd, from, Cut(size), at))
-WRAP_TRANSFER(kWrites, writev, (int fd, const iovec* from, int count), (fd, from, count), (fd, from, 1))
 
 namespace {
 
-ssize_t Gathered(ssize_t (*real)(int, const iovec*, int, off_t), int fd, const iovec* from, int count, off_t at) {
-    if (Fails("pwritev", kWrites | kTransfers, nullptr, fd)) {
-        const iovec half{from->iov_base, Cut(from->iov_len)};
-        return IsShort() ? real(fd, &half, 1, at) : -1;
+/// A write of several pieces, at a place or, where that is nowhere, where the descriptor stands.
+template <class Write>
+ssize_t Gathered(const char* call, int fd, const iovec* from, int count, off_t at, Write write) {
+    const iovec half{from->iov_base, Cut(from->iov_len)};
+    const bool fails = Fails(call, kWrites | kTransfers, nullptr, fd);
+    if (fails && !IsShort()) {
+        return -1;
     }
-    return real(fd, from, count, at);
+    const ssize_t done = fails ? write(&half, 1) : write(from, count);
+    g_recorder.Wrote(fd, at, from, done);
+    return done;
 }
 
 }  // namespace
 
+extern "C" ssize_t write(int fd, const void* from, size_t size) {
+    REAL(write);
+    const iovec all{const_cast<void*>(from), size};
+    return Gathered("write", fd, &all, 1, ShimRecorder::kHere,
+                    [&](const iovec* part, int) { return real(fd, from, part->iov_len); });
+}
+
+extern "C" ssize_t writev(int fd, const iovec* from, int count) {
+    REAL(writev);
+    return Gathered("writev", fd, from, count, ShimRecorder::kHere,
+                    [&](const iovec* part, int n) { return real(fd, part, n); });
+}
+
 extern "C" ssize_t pwritev(int fd, const iovec* from, int count, off_t at) {
     REAL(pwritev);
-    return Gathered(real, fd, from, count, at);
+    return Gathered("pwritev", fd, from, count, at, [&](const iovec* part, int n) { return real(fd, part, n, at); });
 }
 
 extern "C" ssize_t pwritev64(int fd, const iovec* from, int count, off64_t at) {
     REAL(pwritev64);
-    return Gathered(real, fd, from, count, at);
+    return Gathered("pwritev64", fd, from, count, at, [&](const iovec* part, int n) { return real(fd, part, n, at); });
 }
 
 /// The first call of a program's own: what the loader allocates before it is not the program's to tell of.

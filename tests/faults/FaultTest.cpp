@@ -2,8 +2,11 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <utility>
 
+#include "tests/faults/DiskRecording.h"
+#include "tests/support/KillAtSyscall.h"
 #include "tests/support/SectionList.h"
 #include "trace/format/StmSections.h"
 
@@ -20,9 +23,9 @@ std::string BareCapture() {
            stmdcm::MakeSection(Zu::Wep::Trace::kDeviceSectionName, 1, "STM_ATB_Id=7\n");
 }
 
-unsigned FaultStep(unsigned usual) {
+bool IsSoak() {
     const char* soak = std::getenv("STMDCM_SOAK");
-    return soak != nullptr && *soak != '\0' ? 1 : usual;
+    return soak != nullptr && *soak != '\0';
 }
 
 void FaultTest::Prepare(std::vector<std::string> command, Snapshot files, std::string changed) {
@@ -70,13 +73,17 @@ std::string FaultTest::WhatIsWrongWith(const std::string& name, const std::strin
     if (meaning != m_oldMeaning && meaning != m_newMeaning) {
         return name + " reads neither as before nor as after: " + meaning.substr(0, 400);
     }
-    return isKnown || meaning == kDoesNotLoad || CanBeChanged(name) ? "" : name + " can't be changed any more";
+    const std::string stopped = isKnown ? "" : WhatStopsWorkOn(name);
+    return stopped.empty() ? "" : name + ": " + stopped;
 }
 
-/// Whether the next changes are done and found.
-bool FaultTest::CanBeChanged(const std::string& name) const {
-    m_machine.Run({STMDCM_TOOL, "set", name, "STM_ATB_Id=77"});
-    return m_machine.Run({STMDCM_TOOL, "set", name, "STM_ATB_Id=78"}).out.find("77  ->  78") != std::string::npos;
+std::string FaultTest::WhatStopsWorkOn(const std::string& name) {
+    if (Meaning(name, m_machine.Files()[name]) == kDoesNotLoad) {
+        m_machine.Run(m_command);
+    }
+    const FaultResult first = m_machine.Run({STMDCM_TOOL, "set", name, "STM_ATB_Id=77"});
+    const FaultResult second = m_machine.Run({STMDCM_TOOL, "set", name, "STM_ATB_Id=78"});
+    return second.out.find("77  ->  78") != std::string::npos ? "" : first.error + second.error;
 }
 
 /// A run that was killed, or whose every call fails, can't clean up.
@@ -119,6 +126,52 @@ void FaultTest::Try(FaultPlan plan, unsigned step) {
                           << "\n  said: " << result.error;
         }
     }
+}
+
+void FaultTest::LosePower() {
+    std::mt19937 random(1);
+    const unsigned subsets = IsSoak() ? 20'000 : 200;
+    const std::string capture = m_changed.empty() ? "" : m_before[m_changed];
+    if (!capture.starts_with(Zu::Wep::Trace::kTDFIdentifier)) {
+        return LosePowerDuring(subsets, random);
+    }
+    constexpr std::size_t kPlaces = 16;  // of the file's end, at and around a sector's
+    const std::size_t header = stmdcm::MakeSection("PAD", 1, "").size();
+    constexpr std::size_t kStep = kIsSanitized ? 5 : 1;
+    for (std::size_t place = 0; place < kPlaces && !HasFatalFailure(); place += kStep) {
+        const std::size_t padding = 1024 - 14 + place - (capture.size() + header) % 512;
+        m_before[m_changed] = capture;
+        m_before[m_changed].insert(Zu::Wep::Trace::kFirstSectionOffset,
+                                   stmdcm::MakeSection("PAD", 1, std::string(padding, 'p')));
+        Prepare(m_command, m_before, m_changed);
+        LosePowerDuring(subsets / kPlaces, random);
+    }
+}
+
+void FaultTest::LosePowerDuring(unsigned subsets, std::mt19937& random) {
+    const DiskRecording disk(m_machine, m_before, m_command);
+    std::set<std::size_t> tried;
+    const auto lose = [&](std::size_t changes, unsigned lucky) {
+        const Snapshot files = disk.After(changes, lucky, random);
+        std::size_t hash = 0;
+        for (const auto& [name, bytes] : files) {
+            hash = hash * 31 + std::hash<std::string>()(name) + std::hash<std::string>()(bytes);
+        }
+        if (tried.insert(hash).second) {
+            m_machine.Reset(files);
+            const std::string wrong = WhatIsWrongWithFiles(false);
+            EXPECT_TRUE(wrong.empty()) << wrong << "\n  after " << changes << " of " << disk.Changes() << " changes";
+        }
+    };
+    for (std::size_t changes = 0; changes <= disk.Changes(); ++changes) {
+        lose(changes, 0);
+        lose(changes, 100);
+    }
+    for (unsigned subset = 0; subset < subsets; ++subset) {
+        lose(random() % (disk.Changes() + 1), 50);
+    }
+    m_machine.Reset(disk.After(disk.Changes(), 0, random));
+    EXPECT_TRUE(m_machine.Files() == m_after || IsChanged()) << "what was told to be done is lost";
 }
 
 }  // namespace stmdcm_test

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -11,8 +12,11 @@
 
 namespace stmdcm_test {
 
-/// How far apart the calls are that a test hits: all of them where STMDCM_SOAK is set.
-unsigned FaultStep(unsigned usual);
+/// Whether STMDCM_SOAK is set: everything is to be tried, however long it takes.
+bool IsSoak();
+
+/// How far apart the calls are that a test hits.
+inline unsigned FaultStep(unsigned usual) { return IsSoak() ? 1 : usual; }
 
 /// A host's capture, to which no manager has saved.
 std::string BareCapture();
@@ -26,8 +30,14 @@ class FaultTest : public testing::Test {
     /// Hits each `step`-th call, and fails for what Judge says of the result, or for files neither old nor new.
     void Try(FaultPlan plan, unsigned step);
 
+    /// Fails for files neither old nor new after a loss of power, or old ones after one behind the program's end.
+    void LosePower();
+
     /// What is wrong with a run that did not do all of its work; empty: nothing.
     virtual std::string Judge(const FaultResult& result, const FaultPlan& plan) = 0;
+
+    /// Why the next changes of a file that was left are not done or not found; empty: they are.
+    virtual std::string WhatStopsWorkOn(const std::string& name);
 
     /// Whether the changed file reads as after the change.
     bool IsChanged();
@@ -43,10 +53,10 @@ class FaultTest : public testing::Test {
 
   private:
     FaultResult RunAnew(const FaultPlan& plan) const;
+    void LosePowerDuring(unsigned subsets, std::mt19937& random);
     std::string Meaning(const std::string& name, const std::string& bytes);
     std::string WhatIsWrongWithFiles(bool mayClean);
     std::string WhatIsWrongWith(const std::string& name, const std::string& bytes);
-    bool CanBeChanged(const std::string& name) const;
 
     std::vector<std::string> m_command;
     std::string m_changed;

@@ -6,6 +6,9 @@
 #include <sstream>
 
 #include "tests/faults/FaultTest.h"
+#include "tests/tool/SectionList.h"
+#include "trace/format/ObjectFileSection.h"
+#include "trace/format/StmSections.h"
 
 namespace stmdcm_test {
 namespace {
@@ -29,6 +32,8 @@ class HostFaultTest : public FaultTest, public testing::WithParamInterface<Actio
         }
         files[kMine] = files["settings.txt"];
         files["bare.tdf"] = BareCapture();
+        files["many.tdf"] = BareCapture() + stmdcm::MakeSection(Zu::Wep::Trace::kCommonSectionName, 1, ManyFiles()) +
+                            stmdcm::MakeSection(Zu::Wep::Trace::kStmSectionName, 1, files["settings.txt"]);
         files["example.json"] = ReadWhole(STMDCM_SCENARIO);
         m_isTidy = false;
         m_machine.AddVariable("HOME=" + m_machine.Folder());
@@ -36,6 +41,20 @@ class HostFaultTest : public FaultTest, public testing::WithParamInterface<Actio
         m_machine.AddVariable("LD_LIBRARY_PATH=" STMDCM_SIMULATOR_DIR);
         Prepare({STMDCM_FAULT_HOST, STMDCM_PLUGIN, GetParam().name}, files, GetParam().changes);
         ASSERT_EQ(m_whole.status, 0) << m_whole.error;
+    }
+
+    static std::string ManyFiles() {
+        std::string list;
+        for (int i = 0; i < 20; ++i) {
+            Zu::Wep::Trace::AppendObjectFileEntry(list,
+                                                  {"core" + std::to_string(i), "/opt/app.out", 1'700'000'000 + i});
+        }
+        return list;
+    }
+
+    std::string WhatStopsWorkOn(const std::string&) override {
+        const std::string told = m_machine.Run({STMDCM_FAULT_HOST, STMDCM_PLUGIN, GetParam().name, "once"}).out;
+        return IsChanged() ? "" : "the next save is not found: " + told;
     }
 
     static bool IsFailure(const std::string& line) { return !line.starts_with("true") && !line.starts_with("done"); }
@@ -80,6 +99,12 @@ TEST_P(HostFaultTest, MemoryThatRunsOutEndsNoHost) {
     m_mayChangeFiles = GetParam().name == std::string("load-live");  // the settings file holds what was loaded
     for (const bool onwards : {false, true}) {
         Try({"alloc", 0, ENOMEM, onwards}, FaultStep(23));
+    }
+}
+
+TEST_P(HostFaultTest, SurvivesALossOfPower) {
+    if (*GetParam().changes != '\0') {
+        LosePower();
     }
 }
 

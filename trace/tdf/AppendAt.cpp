@@ -8,6 +8,15 @@
 
 namespace Zu::Wep::Trace {
 
+namespace {
+
+/// What lies within one sector is written whole or not at all.
+bool IsWithinSector(std::uint64_t offset, std::uint64_t size) {
+    return offset / kSectorSize == (offset + size - 1) / kSectorSize;
+}
+
+}  // namespace
+
 AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
                       std::initializer_list<std::string_view> pieces) {
     std::uint64_t size = 0;
@@ -18,8 +27,20 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
         return AppendResult::TooLarge;
     }
     std::uint64_t done = 0;
+    AppendResult result = AppendResult::WriteFailed;
+    const auto isStored = [&](std::initializer_list<std::string_view> all) {
+        std::uint64_t written = 0;
+        const bool isWritten = file.WriteAt(offset, all, &written);
+        done = std::max(done, written);
+        result =
+            !isWritten ? AppendResult::WriteFailed : (file.SyncData() ? AppendResult::Done : AppendResult::SyncFailed);
+        return result == AppendResult::Done;
+    };
+    const std::string_view start = *pieces.begin();
+    const bool isOneWrite = pieces.size() == 1 || IsWithinSector(offset, size);
     // A gap in front of the offset is filled by the same write, so no kill can leave it alone.
-    if (file.Reserve(offset, size) && file.WriteAt(offset, pieces, &done) && file.SyncData()) {
+    if (file.Reserve(offset, size) && (isOneWrite || isStored({start, std::string(size - start.size(), '\0')})) &&
+        isStored(pieces)) {
         return AppendResult::Done;
     }
     const int error = errno;
@@ -27,7 +48,7 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
         file.WriteAt(offset, {EncodeSectionLength(static_cast<std::uint32_t>(done))});  // what is behind is another's
     }
     errno = error;
-    return done == size ? AppendResult::SyncFailed : AppendResult::WriteFailed;
+    return result;
 }
 
 bool CutBack(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset, std::uint64_t written) {

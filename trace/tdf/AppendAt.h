@@ -8,6 +8,9 @@
 
 namespace Zu::Wep::Trace {
 
+/// What a disk writes whole; more than that a loss of power can tear.
+inline constexpr std::uint64_t kSectorSize = 512;
+
 enum class AppendResult {
     Done,
     TooLarge,     ///< it would end past kMaxFileSize; not a byte was written
@@ -15,9 +18,11 @@ enum class AppendResult {
     SyncFailed
 };
 
-/// Writes whole sections, `pieces`, at `offset` by one gathered write, a gap in front of them included, and syncs them.
-/// `offset` is in front of the end of the file where zeros lie behind it. After a failure the file is cut back as
-/// CutBack tells, and `errno` tells the reason, but for TooLarge.
+/// Writes sections at `offset` and syncs them, a gap in front of them included. One piece is written at once. Of
+/// several the first states a length that spans them all, and is stored over zeros before the others take the zeros'
+/// place: so a search passes them, whichever sectors a loss of power leaves. `offset` is in front of the end of the
+/// file where zeros lie behind it. After a failure the file is cut back as CutBack tells, and `errno` tells the reason,
+/// but for TooLarge.
 AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
                       std::initializer_list<std::string_view> pieces);
 

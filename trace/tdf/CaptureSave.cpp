@@ -162,7 +162,7 @@ void CaptureSave::TellBroken(const ChainEnd& end) const {
 }
 
 void CaptureSave::AppendOne(const SectionToSave& section) {
-    AppendPieces({StartOf(section), section.payload});
+    AppendPieces({StartOf(section) + section.payload});
     m_offset += SizeOf(section);
     m_fileSize = std::max(m_fileSize, m_offset);
 }

@@ -7,13 +7,14 @@
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 #include "trace/format/UnfinishedSection.h"
+#include "trace/tdf/AppendAt.h"
 
 namespace Zu::Wep::Trace {
 
 namespace {
 
-/// What a disk writes whole; more than that a loss of power can tear.
-constexpr std::uint64_t kSectorSize = 512;
+/// Of our sections, with their names.
+constexpr std::uint64_t kLongestStart = SectionHeader::kSize + kStmSection.name.size();
 
 bool IsOurs(const SectionInfo& section) {
     return section.name == kCommonSection.name || section.name == kStmSection.name || IsUnfinishedName(section.name);
@@ -64,10 +65,15 @@ class EndFinder {
         return bytes;
     }
 
-    /// Whether these are a list of object files up to its end, and not one with the other section of its save behind.
+    /// Whether these are a list of object files up to its end, and not one with the other section of its save behind,
+    /// or with the zeros that a save begins with.
     bool IsWholeList(std::uint64_t begin, std::uint64_t end) {
         const std::string bytes = Bytes(begin, end);
-        return ReadObjectFileEntries(bytes, [](auto&&...) {}) && bytes.find(StmStart()) == bytes.npos;
+        bool hasBlank = false;
+        const auto note = [&](std::string_view name, std::string_view fileName, std::int64_t) {
+            hasBlank = hasBlank || (name.empty() && fileName.empty());
+        };
+        return ReadObjectFileEntries(bytes, note) && !hasBlank && bytes.find(StmStart()) == bytes.npos;
     }
 
     /// Whether between `begin` and `end` an STMDECODERINFO stands that reaches to `end`: the back of a save.
@@ -170,28 +176,39 @@ class EndFinder {
         return true;
     }
 
-    /// What a loss of power leaves where not every sector of a save was written: a header of zeros, up to the end of
-    /// its sector, or a length field of an unfinished section that lies on the border of two. The section gets all that
-    /// is there; only where the back of the save shows that it is one.
+    /// What a loss of power leaves of the fields that lie across the border of two sectors, where one was not stored:
+    /// the header of a save that has only zeros yet, or the length that an unfinished section gets at last. The section
+    /// gets all that is there.
     bool EndOverLostSector() {
-        if (!m_mends) {
+        const auto offset = m_mends ? TornStart() : std::nullopt;
+        if (!offset || m_fileSize - *offset > kMaxSectionLength) {
             return false;
         }
-        const std::uint64_t at = m_end.stopOffset;
-        const std::uint64_t sectorEnd = (at / kSectorSize + 1) * kSectorSize;
-        const bool isLost =
-            m_end.stop == ScanStop::NoProgress && !IsWithinHeader() && m_fileSize - at <= kMaxSectionLength &&
-            IsZero(at, std::max(at + SectionHeader::kSize, sectorEnd)) && HoldsBackOfSave(at, m_fileSize);
-        const bool isTorn =
-            m_last && IsUnfinishedName(m_last->name) &&
-            (m_last->length == 0 ||
-             (m_last->offset % kSectorSize > kSectorSize - SectionHeader::kLengthSize && !HasItsLength(*m_last)));
-        const std::uint64_t offset = isLost || !isTorn ? at : m_last->offset;
-        if ((!isLost && !isTorn) || m_fileSize - offset > kMaxSectionLength) {
-            return false;
-        }
-        EndWithLength(offset, 0, m_fileSize);
+        EndWithLength(*offset, 0, m_fileSize);
         return true;
+    }
+
+    /// Where the section begins.
+    std::optional<std::uint64_t> TornStart() {
+        const std::uint64_t at = m_end.stopOffset;
+        const auto& passed = LastPassed();
+        const auto border = [](std::uint64_t offset) { return (offset / kSectorSize + 1) * kSectorSize; };
+        if (m_end.stop == ScanStop::NoProgress && !IsWithinHeader() && border(at) - at < kLongestStart &&
+            IsZero(at, border(at)) && IsZero(at + kLongestStart, m_fileSize)) {
+            return at;
+        }
+        if (passed && passed->length < SectionHeader::kSize && IsLengthAcross(*passed) &&
+            IsZero(border(passed->offset), m_fileSize)) {
+            return passed->offset;
+        }
+        const bool isTorn = m_last && IsUnfinishedName(m_last->name) &&
+                            (m_last->length == 0 || (IsLengthAcross(*m_last) && !HasItsLength(*m_last)));
+        return isTorn ? std::optional(m_last->offset) : std::nullopt;
+    }
+
+    /// Whether its length lies in two sectors.
+    static bool IsLengthAcross(const SectionInfo& section) {
+        return section.offset % kSectorSize > kSectorSize - SectionHeader::kLengthSize;
     }
 
     /// False on a read error, which ends everything else.
