@@ -110,10 +110,11 @@ TEST_F(uLog, NeedsNoLogger) {
 TEST_F(uLog, AFileSizeLimitOrAClosedPipeEndsNoHost) {
     const auto limitFileSize = [](rlim_t size) {
         const rlimit limit{size, RLIM_INFINITY};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
+        return ::setrlimit(RLIMIT_FSIZE, &limit) == 0;
     };
     for (const bool pendingBefore : {false, true}) {
-        const int status = stmdcm_test::RunInChild([&] {
+        std::filesystem::remove("line.txt");
+        const int changed = stmdcm_test::RunInChild([&] {
             sigset_t signals{}, mask{}, pending{};
             for (const int signal : {SIGXFSZ, SIGPIPE}) {
                 sigaddset(&signals, signal);
@@ -125,8 +126,7 @@ TEST_F(uLog, AFileSizeLimitOrAClosedPipeEndsNoHost) {
             }
             int ends[2];
             const bool isClosed = ::pipe(ends) == 0 && ::dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO &&
-                                  ::close(ends[0]) == 0 && ::close(ends[1]) == 0;
-            limitFileSize(20);
+                                  ::close(ends[0]) == 0 && limitFileSize(20);
             uLogger logger("line.txt", true);
             logger.EnableLogToStdio(true);
             for (const char* text : {"kept\n", "at the limit", "past the limit"}) logger.Log("%s", text);
@@ -136,18 +136,17 @@ TEST_F(uLog, AFileSizeLimitOrAClosedPipeEndsNoHost) {
             logger.Log("whole again");
             pthread_sigmask(SIG_BLOCK, nullptr, &mask);
             ::sigpending(&pending);
-            int changed = isClosed ? 0 : 1;
+            int differences = isClosed ? 0 : 1;
             for (const int signal : {SIGXFSZ, SIGPIPE}) {
-                changed += sigismember(&mask, signal) != int{pendingBefore};
-                changed += sigismember(&pending, signal) != int{pendingBefore};
-                changed += std::signal(signal, SIG_DFL) != SIG_DFL;
+                differences += (sigismember(&mask, signal) != int{pendingBefore}) +
+                               (sigismember(&pending, signal) != int{pendingBefore}) +
+                               (std::signal(signal, SIG_DFL) != SIG_DFL);
             }
-            return changed;
+            return differences;
         });
-        EXPECT_EQ(status, 0);
+        EXPECT_EQ(changed, 0);
         EXPECT_TRUE(std::regex_match(ReadWhole("line.txt"), std::regex("M      kept\nM      a?.*M      whole again\n")))
             << ReadWhole("line.txt");
-        std::filesystem::remove("line.txt");
     }
 }
 

@@ -1,12 +1,10 @@
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
 #include "stmdcm/reading/FindingKind.h"
-#include "tests/support/ScratchDir.h"
 #include "tests/tool/CheckInputs.h"
-#include "tests/tool/ToolRun.h"
+#include "tests/tool/ConfigurationRun.h"
 
 namespace stmdcm {
 
@@ -14,7 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using stmdcm_test::WriteWhole;
-using CheckTest = ToolRun;
+using testing::HasSubstr;
+using CheckTest = ConfigurationRun;
 
 constexpr char kFull[] = STMDCM_TEST_DATA "/full.tdf";
 constexpr char kUnknown[] = STMDCM_TEST_DATA "/settings-unknown-key.txt";
@@ -59,8 +58,8 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
         SCOPED_TRACE(c.arguments);
         const Result result = Run("check " + c.arguments);
         EXPECT_EQ(result.status, c.status);
-        EXPECT_NE(result.out.find(c.out), std::string::npos) << result.out;
-        EXPECT_NE(result.error.find(c.error), std::string::npos) << result.error;
+        EXPECT_THAT(result.out, HasSubstr(c.out));
+        EXPECT_THAT(result.error, HasSubstr(c.error));
         EXPECT_EQ(result.error.empty(), *c.error == '\0') << result.error;
         ExpectNothingLeft();
     }
@@ -69,26 +68,23 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
 TEST_F(CheckTest, JsonSaysWhatTheTextSays) {
     const std::string files = std::string(kFull) + " " + kUnknown + " " STMDCM_TEST_DATA "/torn-payload.tdf /none";
     const std::string text = Run("check " + files).out;
-    const Result result = Run("check --json " + files);
-    EXPECT_EQ(result.status, 4);
-    const auto document = nlohmann::json::parse(result.out);
+    const Json document = RunJson("check " + files, 4);
     EXPECT_TRUE(document.at("problems").get<bool>());
     ASSERT_EQ(document.at("files").size(), 4U);
     EXPECT_TRUE(document.at("files")[3].at("kind").is_null());
-    for (const auto& file : document.at("files")) {
-        EXPECT_NE(text.find(file.at("path").get<std::string>() + ": " + file.at("verdict").get<std::string>()),
-                  std::string::npos);
-        for (const auto& finding : file.at("findings")) {
-            EXPECT_NE(text.find(finding.at("id").get<std::string>()), std::string::npos) << finding;
-            EXPECT_NE(text.find(": " + finding.at("what").get<std::string>() + "\n"), std::string::npos) << finding;
-            EXPECT_NE(text.find("reader: " + finding.at("reader").get<std::string>() + "\n"), std::string::npos);
-            const auto& next = finding.at("next");
-            EXPECT_TRUE(next.is_null() || text.find("next: " + next.get<std::string>() + "\n") != std::string::npos);
+    for (const Json& file : document.at("files")) {
+        EXPECT_THAT(text, HasSubstr(file.at("path").get<std::string>() + ": " + file.at("verdict").get<std::string>()));
+        for (const Json& finding : file.at("findings")) {
+            const auto line = [&](const char* key, const std::string& before) {
+                const Json& words = finding.at(key);
+                return words.is_null() ? "" : before + words.get<std::string>() + (before.empty() ? "" : "\n");
+            };
+            EXPECT_THAT(text, AllOf(HasSubstr(line("id", "")), HasSubstr(line("what", ": ")),
+                                    HasSubstr(line("reader", "reader: ")), HasSubstr(line("next", "next: "))));
             EXPECT_TRUE(finding.at("offset").is_null() || finding.at("offset").is_string());
         }
     }
-    const auto list = nlohmann::json::parse(Run("check --list --json").out);
-    EXPECT_EQ(list.at("kinds").size(), std::size(kFindingKinds));
+    EXPECT_EQ(RunJson("check --list").at("kinds").size(), std::size(kFindingKinds));
 }
 
 /// The commands are run as they are named, by a shell, with the words in capitals filled in.
@@ -131,7 +127,7 @@ TEST_F(CheckTest, TheNextCommandWorks) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.finding) + " " + c.next);
         WriteWhole(Home() / "it's $HOME.tdf", c.bytes);
-        const auto document = nlohmann::json::parse(shell("stmdcm check --json it*.tdf").out);
+        const Json document = Json::parse(shell("stmdcm check --json it*.tdf").out);
         std::string next = "not found";
         for (const auto& finding : document.at("files")[0].at("findings")) {
             if (finding.at("id") == c.finding) {

@@ -6,41 +6,60 @@ using DiffTest = ConfigurationRun;
 
 namespace {
 
-constexpr char kSettings[] = "STM_ATB_Id = 3\n";
-constexpr char kFirst[] = "{\nid=3\nname=m\njobid=2\nprobe=p\nsw=10\nsuppress=0\n}\n";
-constexpr char kSecond[] = "{\nid=4\nname=n\njobid=2\nprobe=p\nsw=10\nsuppress=0\n}\n";
+constexpr char kSettings[] = "STM_ATB_Id = 3\nSTM_data_flip = 0\nSTM_DTC_target_clock_hz = 200000000\n";
+constexpr char kSc[] =
+    "{\nid=3\nname=m\njobid=2\nprobe=p\nsw=10\nsuppress=0\n#0=read\n/$\nname=sum\nformula=#0:10\nunit=MB\nofmask=1\n$/"
+    "\n}\n";
+constexpr char kOther[] = "{\nid=4\nname=n\njobid=2\nprobe=p\nsw=10\nsuppress=0\n}\n";
+constexpr char kCpt[] = "{\ntype=CPT\nsid=17\njobid=1\ndo=130\n}\n";
+constexpr char kPmi[] = "{\ntype=PMI_CMI\nname=PMI\nsw=1\n}\n";
+constexpr char kPmiAgain[] = "{\ntype=PMI_CMI\nname=PMI\nsw=2\n}\n";
 
 }  // namespace
 
 TEST_F(DiffTest, ComparesWhatHostsLoad) {
-    const std::string base = Write("base", std::string(kSettings) + kFirst + kSecond);
-    std::string window = kFirst;
-    window.replace(window.find("sw=10"), 5, "sw=11");
+    const std::string blocks = std::string(kSc) + kOther + kCpt + kPmi + kPmiAgain;
+    const std::string base = Write("base", kSettings + blocks);
     const struct {
-        std::string text;
-        int status;
-        std::string difference;  ///< item, field and both values; or nothing
+        std::string was, is;
+        std::vector<std::string> differences;  ///< kind, item, field and both values
     } cases[] = {
-        {std::string("STM_ATB_Id=3\r\n") + kSecond + kFirst, 0, ""},  // other bytes, another order
-        {std::string("STM_ATB_Id = 4\n") + kFirst + kSecond, 1, "STM_ATB_Id|value|3|4"},
-        {kSettings + window + kSecond, 1, "job 2, module 3|sample_window|10|11"},
-        {std::string(kSettings) + kSecond, 1, "job 2, module 3||there|"},
+        {kSettings + blocks, std::string(kSettings) + kPmi + kPmiAgain + kOther + kCpt + kSc, {}},  // another order
+        {" = 3\n", "=3\r\n", {}},
+        {" = 3\n", " = 4\n", {"property|STM_ATB_Id|value|3|4"}},
+        {"flip = 0", "flip = 1", {"property|STM_data_flip|value|no|yes"}},
+        {"200000000", "1", {"property|STM_DTC_target_clock_hz|value|200 MHz|1 Hz"}},
+        {"sw=10", "sw=11", {"SC use case|job 2, module 3|sample_window|10|11"}},
+        {"probe=p", "probe=x", {"SC use case|job 2, module 3|probe|p|x"}},
+        {"suppress=0", "suppress=1", {"SC use case|job 2, module 3|suppress|no|yes"}},
+        {"#0=read", "#0=w", {"SC use case|job 2, module 3|counters[0].text|read|w"}},
+        {"ofmask=1", "ofmask=2", {"SC use case|job 2, module 3|formulas[0].output_mask|0x1|0x2"}},
+        {kOther, "", {"SC use case|job 2, module 4||there|"}},
+        {"do=130", "do=131", {"CPT use case|job 1, module 17|data_options|0x82|0x83"}},
+        {kPmiAgain,
+         "{\ntype=PMI_CMI\nname=PMI\nsw=3\n}\n{\ntype=PMI_CMI\nname=PMI\nsw=4\n}\n",
+         {"PMI/CMI use case|PMI|sample_window|2|3", "PMI/CMI use case|PMI|||there"}},
     };
-    for (const auto& c : cases) {
-        const std::string arguments = "diff " + base + " " + Write("other", c.text);
-        ExpectTold(arguments, {{"", c.status, ""}});
-        const Result shown = Run(arguments);
+    for (const auto& [was, is, differences] : cases) {
+        SCOPED_TRACE(is);
+        std::string text = kSettings + blocks;
+        const std::string arguments =
+            "diff " + base + " " + Write("other", text.replace(text.find(was), was.size(), is));
+        ExpectTold(arguments, {{"", differences.empty() ? 0 : 1, ""}});
+        const std::string shown = Run(arguments).out;
         const Json document = RunJson(arguments);
-        EXPECT_EQ(document.at("equal"), c.status == 0);
+        EXPECT_EQ(document.at("equal"), differences.empty());
         EXPECT_EQ(document.at("object_files_compared"), false);
-        ASSERT_EQ(document.at("differences").size(), c.difference.empty() ? 0U : 1U);
+        std::vector<std::string> found;
         for (const Json& difference : document.at("differences")) {
-            const auto text = [&](const char* key) {
+            const auto word = [&](const char* key) {
                 return difference.at(key).is_null() ? "" : difference.at(key).get<std::string>();
             };
-            EXPECT_EQ(text("item") + "|" + text("field") + "|" + text("left") + "|" + text("right"), c.difference);
-            EXPECT_TRUE(HasLineWith(shown.out, text("item"), text("left"))) << shown.out;
+            found.push_back(word("kind") + "|" + word("item") + "|" + word("field") + "|" + word("left") + "|" +
+                            word("right"));
+            EXPECT_TRUE(HasLineWith(shown, word("item"), word("left"))) << shown;
         }
+        EXPECT_EQ(found, differences);
     }
 }
 

@@ -5,10 +5,8 @@
 #include <numeric>
 
 #include "source_utilities/PosixFile.h"
-#include "tests/support/SectionList.h"
 #include "tests/tool/ConfigurationRun.h"
-#include "trace/format/StmSections.h"
-#include "trace/format/UnfinishedSection.h"
+#include "trace/format/SectionLayout.h"
 
 namespace stmdcm {
 namespace {
@@ -40,21 +38,6 @@ TEST_F(InPlaceTest, HistoryGivesBackTheBytes) {
     EXPECT_EQ(std::transform_reduce(original.begin(), original.end(), restored.begin(), 0, std::plus<>(),
                                     std::not_equal_to<>()),
               1);
-}
-
-TEST_F(InPlaceTest, MendsWhatASaveOrALossOfPowerHasLeftAtTheEnd) {
-    const std::string bare = "TDF2" + MakeSection("TRACE0", 1, "trace") + MakeSection("DEVID", 1, "STM_ATB_Id=7\n");
-    const std::string unfinished =
-        MakeSection(std::string(kUnfinishedName), 1, "") + MakeSection(kStmSectionName, 1, "STM_ATB_Id = 5\n");
-    for (const std::string& left : {unfinished, unfinished.substr(0, 30), std::string(9, '\0'), std::string(5000, '\0'),
-                                    std::string("xy"), MakeSection("TRACE1", 1, "torn").substr(0, 20)}) {
-        const std::string file = Write("capture.tdf", bare + left);
-        for (const std::string value : {"77", "78"}) {
-            ExpectTold("", {{"apply " + Sample("settings.txt") + " " + file, 0, ""},
-                            {"set " + file + " STM_ATB_Id=" + value, 0, ""}});
-            EXPECT_TRUE(HasLineWith(Run("show " + file).out, "STM_ATB_Id", value));
-        }
-    }
 }
 
 TEST_F(InPlaceTest, RefusesToGrowPastFourGigabytes) {
