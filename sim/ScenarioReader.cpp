@@ -1,5 +1,7 @@
 #include "sim/ScenarioReader.h"
 
+#include <sys/stat.h>
+
 #include <array>
 #include <cerrno>
 #include <set>
@@ -25,7 +27,16 @@ constexpr std::int64_t kMostFailures = 1'000'000;
     throw vornError(path + ": " + ZU_WEP::ErrnoText(errno), vornError::Severity_Error);
 }
 
+/// What is a pipe would be waited for, and a device read for ever.
+void RequireFile(const std::string& path) {
+    struct stat info {};
+    if (::stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
+        throw vornError(path + ": this is not a regular file", vornError::Severity_Error);
+    }
+}
+
 std::string ReadFile(const std::string& path) {
+    RequireFile(path);
     const StdioFile file = OpenStdioFile(path, "r");
     if (file == nullptr) {
         RefuseFile(path);

@@ -62,7 +62,15 @@ class CommandFaultTest : public FaultTest, public testing::WithParamInterface<Co
         Prepare(command, files, GetParam().changes);
     }
 
+    bool Tells(const FaultResult& result, const std::string& name) const override {
+        return result.status != 0 && (result.error + result.out).find(name) != std::string::npos;
+    }
+
     std::string Judge(const FaultResult& result, const FaultPlan& plan) override {
+        if (plan.mode == "cut") {  // a shorter file can be a whole one
+            const bool isWell = result.status == 0 || result.status == 3;
+            return isWell || Tells(result, std::filesystem::path(result.hit).filename()) ? "" : "fails without a word";
+        }
         if (plan.mode == "kill") {
             return result.status == 128 + SIGKILL ? "" : "ended " + std::to_string(result.status);
         }
@@ -115,10 +123,25 @@ TEST_P(CommandFaultTest, SaysThatMemoryRunsOut) {
     Try({"alloc", 0, ENOMEM, true}, FaultStep(41));
 }
 
+TEST_P(CommandFaultTest, MeetsFilesThatAreCutShort) {
+    m_mayChangeFiles = true;
+    Try({"cut", 0, EIO, false}, 1);
+}
+
 TEST_P(CommandFaultTest, SurvivesALossOfPower) {
     if (m_after != m_before) {
         LosePower();
     }
+}
+
+TEST_P(CommandFaultTest, IsNotTrapped) {
+    std::vector<std::string> files;
+    for (const std::string& argument : GetParam().arguments) {
+        if (argument.find('.') != std::string::npos && argument.find('=') == std::string::npos) {
+            files.push_back(argument);
+        }
+    }
+    SpringTraps(files);
 }
 
 std::string NameOf(const testing::TestParamInfo<Command>& command) {

@@ -7,9 +7,9 @@
 
 namespace stmdcm_test {
 
-/// The environment of a program under the shim: "MODE N ERRNO WHEN" with MODE one of count, fail, kill, short, alloc,
-/// record, and WHEN one of once, onwards; and the file of one Report. A recording is appended to that file's name with
-/// kRecordingEnd.
+/// The environment of a program under the shim: "MODE N ERRNO WHEN" with MODE one of count, fail, kill, short, cut,
+/// alloc, record, and WHEN one of once, onwards; and the file of one Report. A recording is appended to that file's
+/// name with kRecordingEnd.
 inline constexpr const char* kPlanVariable = "STMDCM_FAULT_PLAN";
 inline constexpr const char* kReportVariable = "STMDCM_FAULT_REPORT";
 inline constexpr const char* kRecordingEnd = ".disk";

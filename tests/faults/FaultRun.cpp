@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +18,8 @@ namespace stmdcm_test {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr uid_t kNobody = 65534;
 
 std::string Take(int memory) {
     std::string text(static_cast<std::size_t>(::lseek(memory, 0, SEEK_END)), '\0');
@@ -37,10 +40,11 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
 Snapshot FilesBelow(const fs::path& folder) {
     Snapshot files;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-        const std::string name = fs::relative(entry.path(), folder).string();
+        const std::string name = entry.path().lexically_relative(folder).string();
         files[name] = entry.is_symlink()        ? "-> " + fs::read_symlink(entry.path()).string()
                       : entry.is_regular_file() ? ReadWhole(entry.path().string())
-                                                : "folder";
+                      : entry.is_directory()    ? "folder"
+                                                : "no file";
     }
     return files;
 }
@@ -48,9 +52,10 @@ Snapshot FilesBelow(const fs::path& folder) {
 }  // namespace
 
 FaultMachine::FaultMachine() : m_report(m_root / "report") {
-    for (const char* folder : {"work", "home", "tmp"}) {
+    for (const char* folder : {"work", "home", "tmp", "foreign"}) {
         fs::create_directory(m_root / folder);
     }
+    ::chmod(m_root.Path().c_str(), 0755);
     WriteWhole(m_report, std::string(sizeof(Report), '\0'));
     m_environment = {std::string(kReportVariable) + "=" + m_report,
                      "HOME=" + m_root / "home",
@@ -71,9 +76,15 @@ FaultResult FaultMachine::Run(const std::vector<std::string>& command, const Fau
     const int error = ::memfd_create("error", MFD_CLOEXEC);
     const std::vector<char*> argv = Pointers(command), envp = Pointers(environment);
     const std::string folder = Folder();
+    ::chmod(m_report.c_str(), 0666);
     const pid_t child = ::vfork();
     if (child == 0) {
         ::alarm(30);
+        if (m_isUnprivileged) {  // of this process alone, whose memory is its parent's
+            ::syscall(SYS_setgroups, 0, nullptr);
+            ::syscall(SYS_setresgid, kNobody, kNobody, kNobody);
+            ::syscall(SYS_setresuid, kNobody, kNobody, kNobody);
+        }
         ::dup2(out, STDOUT_FILENO);
         ::dup2(error, STDERR_FILENO);
         if (::chdir(folder.c_str()) == 0) {
@@ -111,9 +122,24 @@ void FaultMachine::Reset(const Snapshot& files) const {
         const timespec times[2] = {{1'700'000'100, 0}, {1'700'000'100, 0}};  // what is printed is the same each time
         ::utimensat(AT_FDCWD, path.c_str(), times, 0);
     }
+    for (const char* name : {"work", "home", "tmp"}) {
+        Give(m_root / name);
+    }
+}
+
+/// To the user as whom programs run.
+void FaultMachine::Give(const std::string& folder) const {
+    if (m_isUnprivileged) {
+        ::lchown(folder.c_str(), kNobody, kNobody);
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+            ::lchown(entry.path().c_str(), kNobody, kNobody);
+        }
+    }
 }
 
 Snapshot FaultMachine::Files() const { return FilesBelow(Folder()); }
+
+Snapshot FaultMachine::ForeignFiles() const { return FilesBelow(ForeignFolder()); }
 
 Snapshot FaultMachine::Left() const {
     Snapshot left = FilesBelow(m_root / "home");

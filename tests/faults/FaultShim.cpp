@@ -27,7 +27,7 @@ namespace {
 using stmdcm_test::Report;
 using stmdcm_test::ShimRecorder;
 
-enum class Mode { Off, Count, Fail, Kill, Short, Alloc, Record };
+enum class Mode { Off, Count, Fail, Kill, Short, Cut, Alloc, Record };
 
 /// What a call does: which errors it can meet follows from it.
 enum CallKind : unsigned {
@@ -88,8 +88,8 @@ __attribute__((constructor)) void ReadPlan() {
     }
     g_plan.report = static_cast<Report*>(memory);
     g_plan.onwards = std::strcmp(when, "onwards") == 0;
-    const char* const kModes[] = {"off", "count", "fail", "kill", "short", "alloc", "record"};
-    for (int i = 0; i < 7; ++i) {
+    const char* const kModes[] = {"off", "count", "fail", "kill", "short", "cut", "alloc", "record"};
+    for (int i = 0; i < 8; ++i) {
         if (std::strcmp(mode, kModes[i]) == 0) {
             g_plan.mode = static_cast<Mode>(i);
         }
@@ -114,6 +114,19 @@ void Note(const char* call, const char* path, int descriptor) {
     }
 }
 
+/// Cuts the file that is being read to its half, if it is one of the folder that the program works in.
+void CutFile(int descriptor) {
+    char folder[PATH_MAX]{}, link[64], path[PATH_MAX]{};
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
+    ::syscall(SYS_getcwd, folder, sizeof folder);
+    ::syscall(SYS_readlink, link, path, sizeof path - 1);
+    const size_t length = std::strlen(folder);
+    struct stat info {};
+    if (std::strncmp(path, folder, length) == 0 && path[length] == '/' && ::syscall(SYS_stat, path, &info) == 0) {
+        ::syscall(SYS_truncate, path, info.st_size / 2);
+    }
+}
+
 bool IsNext() {
     const std::uint64_t number = ++g_plan.report->calls;
     const std::uint64_t step = g_plan.error == EINTR ? 2 : 1;  // a call is not interrupted for ever
@@ -124,7 +137,9 @@ bool IsNext() {
 bool Fails(const char* call, unsigned kind, const char* path, int descriptor) {
     if (g_plan.mode == Mode::Off || g_plan.mode == Mode::Alloc || g_plan.mode == Mode::Record ||
         (descriptor >= 0 && descriptor <= 2) || t_inside ||
-        (g_plan.mode == Mode::Short ? (kind & kTransfers) == 0 : (kind & KindsThatMeet(g_plan.error)) == 0)) {
+        (g_plan.mode == Mode::Short ? (kind & kTransfers) == 0
+         : g_plan.mode == Mode::Cut ? (kind & kReads) == 0
+                                    : (kind & KindsThatMeet(g_plan.error)) == 0)) {
         return false;
     }
     if (!IsNext() || g_plan.mode == Mode::Count) {
@@ -133,6 +148,11 @@ bool Fails(const char* call, unsigned kind, const char* path, int descriptor) {
     const int error = errno;
     Note(call, path, descriptor);
     errno = error;
+    if (g_plan.mode == Mode::Cut) {
+        CutFile(descriptor);
+        errno = error;
+        return false;
+    }
     if (g_plan.mode == Mode::Kill) {
         ::syscall(SYS_kill, ::getpid(), SIGKILL);
     }

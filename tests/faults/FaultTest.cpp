@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "tests/faults/DiskRecording.h"
-#include "tests/support/KillAtSyscall.h"
 #include "tests/support/SectionList.h"
 #include "trace/format/StmSections.h"
 
@@ -61,8 +60,7 @@ std::string FaultTest::Meaning(const std::string& name, const std::string& bytes
 bool FaultTest::IsChanged() { return Meaning(m_changed, m_machine.Files()[m_changed]) == m_newMeaning; }
 
 std::string FaultTest::WhatIsWrongWith(const std::string& name, const std::string& bytes) {
-    const auto before = m_before.find(name), after = m_after.find(name);
-    if ((before != m_before.end() && before->second == bytes) || (after != m_after.end() && after->second == bytes)) {
+    if (Holds(m_before, name, bytes) || Holds(m_after, name, bytes)) {
         return "";
     }
     if (name != m_changed) {
@@ -108,10 +106,8 @@ std::string FaultTest::WhatIsWrongWithFiles(bool mayClean) {
 }
 
 void FaultTest::Try(FaultPlan plan, unsigned step) {
-    FaultPlan counting = plan;
-    counting.mode = plan.mode == "alloc" ? "alloc" : "count";
-    counting.n = ~0U;
-    const unsigned calls = RunAnew(counting).calls;
+    plan.n = ~0U;
+    const unsigned calls = RunAnew(plan).calls;
     for (plan.n = 1 + step / 2; plan.n <= calls; plan.n += step) {
         const FaultResult result = RunAnew(plan);
         const bool isWhole = result == m_whole && m_machine.Files() == m_after;
@@ -135,16 +131,16 @@ void FaultTest::LosePower() {
     if (!capture.starts_with(Zu::Wep::Trace::kTDFIdentifier)) {
         return LosePowerDuring(subsets, random);
     }
-    constexpr std::size_t kPlaces = 16;  // of the file's end, at and around a sector's
+    constexpr unsigned kPlaces = 16;  // of the file's end, at and around a sector's
     const std::size_t header = stmdcm::MakeSection("PAD", 1, "").size();
-    constexpr std::size_t kStep = kIsSanitized ? 5 : 1;
-    for (std::size_t place = 0; place < kPlaces && !HasFatalFailure(); place += kStep) {
+    const unsigned step = FaultStep(3);
+    for (unsigned place = 0; place < kPlaces && !HasFatalFailure(); place += step) {
         const std::size_t padding = 1024 - 14 + place - (capture.size() + header) % 512;
         m_before[m_changed] = capture;
         m_before[m_changed].insert(Zu::Wep::Trace::kFirstSectionOffset,
                                    stmdcm::MakeSection("PAD", 1, std::string(padding, 'p')));
         Prepare(m_command, m_before, m_changed);
-        LosePowerDuring(subsets / kPlaces, random);
+        LosePowerDuring(subsets * step / kPlaces, random);
     }
 }
 

@@ -33,8 +33,14 @@ class FaultTest : public testing::Test {
     /// Fails for files neither old nor new after a loss of power, or old ones after one behind the program's end.
     void LosePower();
 
+    /// Puts each trap (a link, a pipe, a device ...) in the place of each of these files, for a user without rights.
+    void SpringTraps(const std::vector<std::string>& names);
+
     /// What is wrong with a run that did not do all of its work; empty: nothing.
     virtual std::string Judge(const FaultResult& result, const FaultPlan& plan) = 0;
+
+    /// Whether a run that did not do its work says so, of this file.
+    virtual bool Tells(const FaultResult& result, const std::string& name) const = 0;
 
     /// Why the next changes of a file that was left are not done or not found; empty: they are.
     virtual std::string WhatStopsWorkOn(const std::string& name);

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "tests/faults/FaultTest.h"
-#include "tests/tool/SectionList.h"
+#include "tests/support/SectionList.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 
@@ -16,12 +16,18 @@ namespace {
 struct Action {
     const char* name;
     const char* changes = "";
+    std::vector<std::string> files = {};  ///< that it works on
 };
 
 constexpr char kMine[] = ".ZU-trace/settings/mine.dcm";
 
-const Action kActions[] = {{"load-capture"},         {"load-settings"}, {"load-live"},  {"save-capture", "bare.tdf"},
-                           {"save-settings", kMine}, {"use-cases"},     {"object-file"}};
+const Action kActions[] = {{"load-capture", "", {"full.tdf"}},
+                           {"load-settings", "", {"settings.txt"}},
+                           {"load-live", "", {"example.json"}},
+                           {"save-capture", "bare.tdf", {"bare.tdf", "many.tdf"}},
+                           {"save-settings", kMine, {kMine, ".ZU-trace"}},
+                           {"use-cases"},
+                           {"object-file"}};
 
 class HostFaultTest : public FaultTest, public testing::WithParamInterface<Action> {
   protected:
@@ -59,7 +65,15 @@ class HostFaultTest : public FaultTest, public testing::WithParamInterface<Actio
 
     static bool IsFailure(const std::string& line) { return !line.starts_with("true") && !line.starts_with("done"); }
 
+    /// A host is not told which file: it has named it.
+    bool Tells(const FaultResult& result, const std::string&) const override {
+        return result.status == 0 && IsFailure(result.out);
+    }
+
     std::string Judge(const FaultResult& result, const FaultPlan& plan) override {
+        if (plan.mode == "cut" && result.status == 0) {
+            return "";  // a shorter file can be a whole one
+        }
         if (result.status != 0) {
             return "the host ended " + std::to_string(result.status);
         }
@@ -102,11 +116,18 @@ TEST_P(HostFaultTest, MemoryThatRunsOutEndsNoHost) {
     }
 }
 
+TEST_P(HostFaultTest, MeetsFilesThatAreCutShort) {
+    m_mayChangeFiles = true;
+    Try({"cut", 0, EIO, false}, 1);
+}
+
 TEST_P(HostFaultTest, SurvivesALossOfPower) {
     if (*GetParam().changes != '\0') {
         LosePower();
     }
 }
+
+TEST_P(HostFaultTest, IsNotTrapped) { SpringTraps(GetParam().files); }
 
 INSTANTIATE_TEST_SUITE_P(Each, HostFaultTest, testing::ValuesIn(kActions), [](const auto& action) {
     std::string name = action.param.name;
