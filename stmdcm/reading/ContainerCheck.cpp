@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "stmdcm/capture/Retired.h"
 #include "stmdcm/reading/Words.h"
 #include "trace/format/ObjectFileSection.h"
+#include "trace/format/RetiredSection.h"
 #include "trace/format/SectionLayout.h"
 #include "trace/format/StmSections.h"
 

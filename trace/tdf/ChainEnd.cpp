@@ -44,8 +44,7 @@ class EndFinder {
     void Walk() {
         SectionScanner scanner(m_source);
         for (SectionInfo section; scanner.Next(section);) {
-            if (m_mends && m_isPending && section.Has(kStmSection) &&
-                IsWholeList(m_last->payloadOffset, section.offset)) {
+            if (m_isPending && section.Has(kStmSection) && IsWholeList(m_last->payloadOffset, section.offset)) {
                 m_end.names.push_back({m_last->offset + SectionHeader::kSize, std::string(kCommonSection.name)});
             }
             m_isPending = IsUnfinishedName(section.name) && section.version == kCommonSectionVersion;
