@@ -67,11 +67,19 @@ TEST_F(SettingsTextTest, LongLinesAreNamedInTheLog) {
 TEST_F(SettingsTextTest, AFileThatCannotBeReadLeavesEverything) {
     LoadText("STM_ATB_Id=5\n{\n}");
     TakeLog();
-    const std::string before = Text();
+    const std::string before = Text(), none = m_home / "none", loop = m_home / "loop.tdf";
+    std::filesystem::create_symlink(loop, loop);
     EXPECT_FALSE(m_manager->LoadConfiguration(m_home.Path(), TRACE_DATA_FILE_LOCAL));  // a directory
-    EXPECT_FALSE(m_manager->LoadConfiguration(m_home / "none", TRACE_DATA_FILE_LOCAL));
+    for (const std::string& path : {none, loop}) {
+        EXPECT_FALSE(m_manager->LoadConfiguration(path, TRACE_DATA_FILE_LOCAL));
+        EXPECT_FALSE(m_manager->LoadConfiguration(path, TRACE_DATA_FILE_TDF));
+    }
     EXPECT_EQ(Text(), before);
-    EXPECT_EQ(TakeLog().front(), "    E STM Device DCM: LoadSTMConfiguration fail to open file: " + (m_home / "none"));
+    const std::string error = "    E ",
+                      manager = error + "STM Device DCM: ", open = "LoadSTMConfiguration fail to open file: ";
+    const std::string cause = " can't be opened: Too many levels of symbolic links";
+    EXPECT_EQ(TakeLog(), (std::vector{manager + m_home.Path() + " can't be read: Is a directory", manager + open + none,
+                                      manager + open + loop, manager + loop + cause, error + loop + ":" + cause}));
 }
 
 TEST_F(SettingsTextTest, NothingInAFilesPlaceIsWaitedForOrReadForever) {
