@@ -226,6 +226,13 @@ TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
         std::filesystem::resize_file(m_file, kMaxFileSize - room);
         EXPECT_EQ(ErrorOf([&] { Save(Name, 9, Payload); }), refusal);
     }
+    for (const std::string_view ours :
+         {std::string_view(kCommonSectionName), kUnfinishedName}) {  // torn, it states an end past them
+        fill(kMaxFileSize - 1000);
+        std::ofstream(m_file, std::ios::binary | std::ios::app) << Section(ours, "torn", 2000);
+        EXPECT_EQ(Save(), 0);
+        EXPECT_EQ(Loaded(), (ours == kCommonSectionName ? "torn|" : m_common + "|") + m_settings);
+    }
 }
 
 TEST_F(CaptureSaveTest, TwoWritersAndAReaderAtOnceMixNothing) {
