@@ -256,6 +256,13 @@ TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
         const std::uint64_t written = room == needed ? needed : room < header ? 0 : header;
         EXPECT_EQ(std::filesystem::file_size(m_file), kMaxFileSize - room + written);
     }
+    for (const std::string_view ours :
+         {std::string_view(kCommonSectionName), kUnfinishedName}) {  // torn, it states an end past them
+        fill(kMaxFileSize - 1000);
+        std::ofstream(m_file, std::ios::binary | std::ios::app) << Section(ours, "torn", 2000);
+        EXPECT_EQ(Save(), 0);
+        EXPECT_EQ(Loaded(), (ours == kCommonSectionName ? "torn|" : m_common + "|") + m_settings);
+    }
 }
 
 /// At each system call of the one writer the reader looks, and the other writer starts and has some time for itself.

@@ -258,7 +258,7 @@ TEST_F(ContainerCommandsTest, SayWhatIsWrong) {
                     {"extract --json " + full + " TRACE0", 2, "extract has no JSON"},
                     {"completion --json bash", 2, "completion has no JSON"}});
     EXPECT_THAT(Shell("env TMPDIR=/no/such " STMDCM_TOOL " demo").error,
-                HasSubstr("/no/such: this is no directory for temporary files; set TMPDIR"));
+                HasSubstr("/no/such: this is no directory for temporary files: No such file or directory; set TMPDIR"));
     WriteWhole(File("empty"), "");
     WriteWhole(File("secret"), "TDF2");
     ::chmod(File("secret").c_str(), 0);

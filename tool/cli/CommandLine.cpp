@@ -6,13 +6,13 @@
 #include <sstream>
 #include <string>
 
-#include "source_utilities/ErrnoText.h"
 #include "stmdcm/capture/LockedFile.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/UsageError.h"
 #include "tool/cli/ValueCheck.h"
+#include "tool/output/GuardedHome.h"
 
 namespace stmdcm {
 
@@ -121,7 +121,7 @@ ExitStatus CommandLine::RunChosen() {
     } catch (const std::bad_alloc&) {
         return Tell(Failure("there is not enough memory"), console);
     } catch (const std::filesystem::filesystem_error& error) {
-        return Tell(Failure(error.path1().string(), ZU_WEP::ErrnoText(error.code().value())), console);
+        return Tell(FailureOf(error), console);
     } catch (const std::exception& error) {
         return Tell(Failure(error.what()), console);
     }

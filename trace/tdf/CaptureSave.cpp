@@ -41,7 +41,7 @@ bool IsUnwritable(int error) { return error == EACCES || error == EPERM || error
 
 void CaptureSave::PrepareForHost() {
     const PosixFile file = PosixFile::OpenAtOnce(m_path.c_str(), O_RDWR);
-    if (!file.IsOpen() || !HasExtension(m_path.c_str(), kTDFExtension) || !StillHasIdentifier(file)) {
+    if (!file.IsOpen() || !HasExtension(m_path.c_str(), kTDFExtension) || !StillHasIdentifier(file).value_or(false)) {
         return;
     }
     const FileLock lock(file, m_patience);
@@ -81,6 +81,7 @@ SaveTarget CaptureSave::Open() {
         return SaveTarget::NotACapture;
     }
     const bool isWritable = Reopen(O_RDWR);
+    const int whyNot = errno;
     if (!isWritable && !(IsUnwritable(errno) && Reopen(O_RDONLY))) {
         return CannotOpen(errno);
     }
@@ -90,7 +91,10 @@ SaveTarget CaptureSave::Open() {
                     ErrnoText(errno).c_str());
         return SaveTarget::CannotRead;
     }
-    ThrowUnless(!hasIdentifier.value_or(false) || isWritable, TDFError::kOpen);
+    if (hasIdentifier.value_or(false) && !isWritable) {
+        errno = whyNot;
+        Fail(TDFError::kOpen);
+    }
     return hasIdentifier.value_or(false) ? SaveTarget::Capture : SaveTarget::NotACapture;
 }
 
@@ -136,7 +140,9 @@ void CaptureSave::Append(const std::vector<SectionToSave>& sections) {
             std::for_each(sections.begin(), sections.end(), [this](const SectionToSave& each) { AppendOne(each); });
         }
     }
-    ThrowUnless(m_file.Close(), TDFError::kWriteCorrupted);
+    if (!m_file.Close()) {
+        Fail(TDFError::kWriteCorrupted);
+    }
 }
 
 void CaptureSave::FindPlace() {
