@@ -297,6 +297,20 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     const std::string overwrite = "recover " + input + " --force -o " + File("way.tdf");
     Limited(RLIMIT_FSIZE, 100, [&] { EXPECT_EQ(Run(overwrite).status, 1); });
     EXPECT_EQ(ReadWhole(old), "old");
+    // Past the file-size limit the user's file is named, also where zeros make it so long.
+    const std::string zeros = File("zeros.tdf"), made = File("made.tdf");
+    WriteWhole(zeros, full + MakeSection("HOST", 1, std::string(1 << 20, '\0')));
+    Limited(RLIMIT_FSIZE, 1 << 19, [&] {
+        for (const auto& [arguments, named] : {std::pair("recover --plan " + zeros, zeros),
+                                               {"recover " + zeros + " -o " + made, made},
+                                               {"extract " + zeros + " HOST -o " + made, made}}) {
+            const Result result = Run(arguments);
+            EXPECT_EQ(result.status, 1) << arguments;
+            EXPECT_THAT(result.error, testing::MatchesRegex("stmdcm: " + named + ": .*: File too large\n"));
+        }
+    });
+    ExpectNothingLeft();
+    std::filesystem::remove(zeros);
     EXPECT_EQ(Run(overwrite).status, 0);
     EXPECT_EQ(ReadWhole(old), full);
     EXPECT_TRUE(std::filesystem::is_symlink(File("way.tdf")));

@@ -129,11 +129,27 @@ class Recover final : public Command {
     ExitStatus Run(const Context& context) override {
         CheckRequest();
         const CaptureFile file(m_file, CaptureFile::Identifier::Optional);
-        std::optional<GuardedHome> room;  // for a plan without an output, which never gets its name
-        if (m_output.empty()) {
-            room.emplace();
+        return m_output.empty() ? RunWithoutOutput(context, file) : RunWith(context, file, m_output);
+    }
+
+  private:
+    /// A plan is made where its capture never gets its name.
+    ExitStatus RunWithoutOutput(const Context& context, const CaptureFile& file) {
+        const GuardedHome room;
+        const std::string path = (room.Path() / "recovered.tdf").string();
+        try {
+            return RunWith(context, file, path);
+        } catch (const Failure& failure) {
+            if (failure.File() != path) {
+                throw;
+            }
+            throw Failure(m_file,
+                          fmt::format("the plan can't be made in the temporary directory: {}", failure.Cause()));
         }
-        OutputFile output(room ? (room->Path() / "recovered.tdf").string() : m_output, m_force, {m_file}, &file.File());
+    }
+
+    ExitStatus RunWith(const Context& context, const CaptureFile& file, const std::string& path) {
+        OutputFile output(path, m_force, {m_file}, &file.File());
         RecoveryPlan plan = Plan(file);
         for (const std::string& lost : output.NotKept()) {
             plan.remarks.Add(RemarkKind::NotKept, lost);
@@ -149,7 +165,6 @@ class Recover final : public Command {
         return plan.IsGood() ? ExitStatus::Done : ExitStatus::Doubtful;
     }
 
-  private:
     /// Before any work: no host takes a capture of another name.
     void CheckRequest() const {
         if (m_output.empty() && !m_isPlan) {
