@@ -289,6 +289,18 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     for (const char* name : {"in.tdf", "link.tdf", "hard.tdf", "./in.tdf"}) {
         ExpectTold("recover " + input + " --force -o ", {{File(name), 1, "this is the input"}});
     }
+    const std::string redirected = "sh -c '" STMDCM_TOOL " ";
+    for (const std::string& arguments :
+         {"extract " + input + " TRACE0", "show --json " + File("hard.tdf"), "recover --plan " + input,
+          "diff " + Sample("full.tdf") + " " + File("link.tdf"), "apply " + input + " " + File("none.tdf")}) {
+        for (const std::string& to : {" 1<>" + input, " >>" + input}) {
+            SCOPED_TRACE(arguments + to);
+            const Result result = Shell(redirected + arguments + to + "'");
+            EXPECT_EQ(result.status, 1);
+            EXPECT_THAT(result.error, HasSubstr(".tdf: this is standard output, too; "));
+            EXPECT_EQ(ReadWhole(input), full);
+        }
+    }
     EXPECT_EQ(ReadWhole(input), full);
 
     // Links are followed, and a full disk leaves the old file.
