@@ -47,7 +47,7 @@ std::vector<std::string> ProgramArguments() {
 }  // namespace
 
 void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
-    if (!fs::exists(directory / library)) {
+    if (!fs::is_regular_file(directory / library)) {
         throw Failure(directory.string(), fmt::format("there is no {} in this directory", library));
     }
     const std::string first = fs::canonical(directory).string();

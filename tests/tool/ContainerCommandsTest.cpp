@@ -263,6 +263,8 @@ TEST_F(ContainerCommandsTest, SayWhatIsWrong) {
     WriteWhole(File("secret"), "TDF2");
     ::chmod(File("secret").c_str(), 0);
     ASSERT_EQ(::mkfifo(File("pipe").c_str(), 0600), 0);
+    ExpectTold("", {{"show --plugin " + File("pipe") + " " + full, 1, "pipe: this is not a regular file"},
+                    {"live --cpu x --scenario " + File("pipe"), 1, "pipe: there is no such file; name a scenario"}});
     std::vector<std::pair<std::string, const char*>> files = {{File("none"), ": there is no such file"},
                                                               {m_directory.Path(), ": this is a directory"},
                                                               {File("empty"), ": the file is empty"},

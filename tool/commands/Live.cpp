@@ -85,11 +85,13 @@ class Live final : public Command {
 
   private:
     void ChooseFactory() const {
-        if (!m_scenario.empty()) {
-            if (!fs::is_regular_file(m_scenario)) {
-                throw Failure(m_scenario, "there is no such file; name a scenario");
+        const char* variable = ::getenv(kScenarioVariable);
+        const std::string scenario = !m_scenario.empty() || variable == nullptr ? m_scenario : variable;
+        if (!scenario.empty()) {
+            if (!fs::is_regular_file(scenario)) {
+                throw Failure(scenario, "there is no such file; name a scenario");
             }
-            ::setenv(kScenarioVariable, fs::absolute(m_scenario).c_str(), 1);
+            ::setenv(kScenarioVariable, fs::absolute(scenario).c_str(), 1);
         }
         if (!m_factoryDirectory.empty()) {
             SearchLibrariesFirstIn(m_factoryDirectory, kFactoryFile);
