@@ -6,6 +6,7 @@
 
 #include "sim/StdioFile.h"
 #include "source_utilities/ErrnoText.h"
+#include "stmdcm/reading/Escaped.h"
 
 namespace stmdcm_sim {
 
@@ -16,7 +17,8 @@ void CallLog::Write(const std::string& line) {
     }
     const StdioFile file = OpenStdioFile(path, "a");
     if (file == nullptr || std::fputs((line + "\n").c_str(), file.get()) < 0 || std::fflush(file.get()) != 0) {
-        std::fprintf(stderr, "libTraceFactory: %s: %s\n", path, ZU_WEP::ErrnoText(errno).c_str());
+        std::fprintf(stderr, "libTraceFactory: %s: %s\n", stmdcm::Escaped(path).c_str(),
+                     ZU_WEP::ErrnoText(errno).c_str());
     }
 }
 

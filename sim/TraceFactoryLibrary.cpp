@@ -13,6 +13,7 @@
 #include "sim/Play.h"
 #include "sim/ScenarioReader.h"
 #include "sim/SimulatedTraceFactory.h"
+#include "stmdcm/reading/Escaped.h"
 
 namespace stmdcm_sim {
 
@@ -62,8 +63,8 @@ std::unique_ptr<Scenario> ReadNamedScenario() {
         }
         return ReadScenario(path);
     } catch (const vornError& error) {
-        std::fprintf(stderr, "libTraceFactory: %s\n",
-                     error.what());  // a manager tells only that there was an exception
+        // A manager tells only that there was an exception.
+        std::fprintf(stderr, "libTraceFactory: %s\n", stmdcm::Escaped(error.what()).c_str());
         CallLog::Write(std::string(kCreateCall) + " throws");
         throw;
     }

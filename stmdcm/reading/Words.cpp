@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <bit>
 #include <ctime>
 #include <utility>
 #include <vector>
@@ -14,39 +13,6 @@ namespace {
 
 std::string PropertyValueInWords(const Property& property, std::int32_t value) {
     return property.isFlag ? InWords(Unit::None, value != 0) : InWords(property.unit, value);
-}
-
-struct Character {
-    std::size_t length;
-    bool isValid = true;
-    bool isPrintable = true;
-};
-
-/// Of a text that is not empty. What is no UTF-8 (utf-8(7)) goes byte by byte.
-Character FirstOf(std::string_view text) {
-    constexpr std::uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};  // by length: what is below takes less
-    constexpr Character kInvalid{1, false, false};
-    const auto lead = static_cast<unsigned char>(text.front());
-    if (lead < 0x80) {
-        return {1, true, lead >= 0x20 && lead != 0x7f};
-    }
-    const std::size_t length = static_cast<std::size_t>(std::countl_one(lead));
-    if (length < 2 || length > 4 || length > text.size()) {
-        return kInvalid;
-    }
-    std::uint32_t code = lead & (0x7FU >> length);
-    for (const char c : text.substr(1, length - 1)) {
-        const auto byte = static_cast<unsigned char>(c);
-        if ((byte & 0xC0U) != 0x80U) {
-            return kInvalid;
-        }
-        code = code << 6U | (byte & 0x3FU);
-    }
-    const bool isSurrogate = code >= 0xD800 && code < 0xE000;
-    if (code < kLeast[length] || code > 0x10FFFF || isSurrogate) {
-        return kInvalid;
-    }
-    return {length, true, code >= 0xA0};
 }
 
 }  // namespace
@@ -73,46 +39,20 @@ std::string InWords(Unit /*unit*/, bool value) { return value ? "yes" : "no"; }
 
 std::string InWords(Unit /*unit*/, std::string_view value) { return Escaped(value); }
 
-std::string Escaped(std::string_view text) {
-    std::string words;
-    while (!text.empty()) {
-        const Character first = FirstOf(text);
-        if (first.isPrintable) {
-            words += text.substr(0, first.length);
-        } else {
-            for (const char c : text.substr(0, first.length)) {
-                words += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
-            }
-        }
-        text.remove_prefix(first.length);
-    }
-    return words;
-}
-
 std::string Shown(std::string_view name) {
     constexpr std::string_view kCut = "...";
     constexpr std::size_t kBefore = (kMaxColumns - kCut.size()) / 2;
     constexpr std::size_t kBehind = kMaxColumns - kCut.size() - kBefore;
     const std::string words = Escaped(name);
     std::vector<std::size_t> starts;  // of each character
-    for (std::size_t place = 0; place < words.size(); place += FirstOf(std::string_view(words).substr(place)).length) {
+    for (std::size_t place = 0; place < words.size();
+         place += FirstCharacter(std::string_view(words).substr(place)).length) {
         starts.push_back(place);
     }
     if (starts.size() <= kMaxColumns) {
         return words;
     }
     return fmt::format("{}{}{}", words.substr(0, starts[kBefore]), kCut, words.substr(starts[starts.size() - kBehind]));
-}
-
-bool IsUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const Character first = FirstOf(text);
-        if (!first.isValid) {
-            return false;
-        }
-        text.remove_prefix(first.length);
-    }
-    return true;
 }
 
 std::string InWords(Unit unit, const std::optional<std::int64_t>& value) { return value ? InWords(unit, *value) : ""; }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "stmdcm/reading/Configuration.h"
+#include "stmdcm/reading/Escaped.h"
 
 namespace stmdcm {
 
@@ -19,13 +20,9 @@ inline std::string InWords(Unit unit, const std::string& value) { return InWords
 inline std::string InWords(Unit unit, std::int32_t value) { return InWords(unit, std::int64_t{value}); }
 inline std::string InWords(Unit unit, std::uint32_t value) { return InWords(unit, std::int64_t{value}); }
 
-/// Text that comes from outside, in one line that no terminal obeys: control bytes, the control characters U+0080 to
-/// U+009F and bytes that are no UTF-8 become \xNN. What was escaped stays as it is.
-std::string Escaped(std::string_view text);
-/// The same for a name or a path, cut in the middle to kMaxColumns.
+/// A name or a path, escaped and cut in the middle to kMaxColumns.
 std::string Shown(std::string_view name);
 inline constexpr std::size_t kMaxColumns = 80;
-bool IsUtf8(std::string_view text);
 
 std::string InWords(const Property& property);
 std::string DefaultInWords(const Property& property);

@@ -10,6 +10,7 @@
 #include "stmdcm/reading/Words.h"
 #include "stmdcm/recover/FirstSection.h"
 #include "trace/format/SectionLayout.h"
+#include "trace/format/UnfinishedSection.h"
 
 namespace stmdcm {
 
@@ -181,6 +182,9 @@ void RecoveryPlanner::LookInside(const Section& section, std::uint64_t end) {
 }
 
 void RecoveryPlanner::Split(const Section& section, std::uint64_t end) {
+    if (DropUnfinished(section, end)) {
+        return;
+    }
     Tell(RemarkKind::Split, section, end - section.offset,
          fmt::format("the section states the length {}; it was corrected to {}, up to the section that was split off",
                      section.length, end - section.offset));
@@ -188,6 +192,9 @@ void RecoveryPlanner::Split(const Section& section, std::uint64_t end) {
 }
 
 void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {
+    if (DropUnfinished(section, end)) {
+        return;
+    }
     const std::string name = m_rules.NameOf(section);
     const bool isLast = end == m_file.Size();
     const std::uint64_t kept = isLast && IsTextSection(name) ? EndOfWholeLines(section) : end;
@@ -204,6 +211,18 @@ void RecoveryPlanner::Repair(const Section& section, std::uint64_t end) {
     if (kept < end) {
         Drop(kept, end, fmt::format("are the part of a line at the end of section {}", name));
     }
+}
+
+/// What is left of an interrupted save may look like a whole list of object files, which a later save would bring in
+/// force (docs/tdf.md).
+bool RecoveryPlanner::DropUnfinished(const Section& section, std::uint64_t end) {
+    if (!IsUnfinishedName(m_rules.NameOf(section))) {
+        return false;
+    }
+    Drop(section.offset, end,
+         fmt::format("are part of a save that was interrupted and never in force; extract --offset {} writes them",
+                     section.offset));
+    return true;
 }
 
 void RecoveryPlanner::Shorten(const Section& section, std::uint64_t end) {

@@ -45,6 +45,7 @@ class RecoveryPlanner {
     void Repair(const Section& section, std::uint64_t end);
     void Split(const Section& section, std::uint64_t end);
     void Drop(std::uint64_t offset, std::uint64_t end, const std::string& why);
+    bool DropUnfinished(const Section& section, std::uint64_t end);
     /// It goes into the result with this end.
     void Shorten(const Section& section, std::uint64_t end);
     void LookInside(const Section& section, std::uint64_t end);

@@ -10,8 +10,9 @@ class ScenarioTest : public LiveTest {
     ScenarioTest() : m_library(::dlopen(STMDCM_SIMULATOR, RTLD_NOW)) {}
     ~ScenarioTest() override { ::dlclose(m_library); }
 
-    /// What making a factory fails with, without the directory of the scenario.
-    std::string Refusal() {
+    /// What making a factory fails with, without the directory of the scenario. `shown`: as standard error has it,
+    /// where that is not the same.
+    std::string Refusal(const std::string& shown = "") {
         testing::internal::CaptureStderr();
         std::string message;
         try {
@@ -21,7 +22,8 @@ class ScenarioTest : public LiveTest {
         } catch (const Vorn::vornError& error) {
             message = error.what();
         }
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), message.empty() ? "" : "libTraceFactory: " + message + "\n");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  message.empty() ? "" : "libTraceFactory: " + (shown.empty() ? message : shown) + "\n");
         return message.starts_with(m_home / "") ? message.substr((m_home / "").size()) : message;
     }
 
@@ -60,6 +62,10 @@ TEST_F(ScenarioTest, FaultsAreToldByFileLineAndField) {
 
 TEST_F(ScenarioTest, NoFile) {
     EXPECT_EQ(Refusal(), "target.json: No such file or directory");
+    // No name commands the terminal.
+    ::setenv("STMDCM_SCENARIO", "/none\x1b[2J\n\x9b", 1);
+    EXPECT_EQ(Refusal("/none\\x1b[2J\\x0a\\x9b: No such file or directory"),
+              "/none\x1b[2J\n\x9b: No such file or directory");
     ::setenv("STMDCM_SCENARIO", "", 1);
     EXPECT_EQ(Refusal(), "STMDCM_SCENARIO names no scenario file");
 }

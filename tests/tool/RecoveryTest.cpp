@@ -234,6 +234,9 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
     const std::string holder = MakeSection("HOLDER", 1, "xyz" + device);
     const std::string retired = MakeSection("DEVID", Retired(1), "old=1\n");
     const std::string old = MakeSection("STMDECODERINFO", 1, "x = 1\n");
+    // A save cut off behind a whole entry of its list: no later save may bring it in force.
+    const std::string list = MakeSection("unfinished", 1, std::string("core0\0/a\0\7\0\0\0\0\0\0\0", 17));
+    const std::string unfinished = stating(list, 800), text = MakeSection("STMDECODERINFO", 1, "STM_ATB_Id = 2\n");
     const std::string odd = MakeSection("\x01\x02", 1, "data");
     const struct {
         const char* what;
@@ -259,6 +262,9 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
          head + rest + MakeSection("DEVID", 1, ""), RemarkKind::Dropped},
         {"cut off in the first line", head + device.substr(0, device.size() - 1), head + MakeSection("DEVID", 1, ""),
          RemarkKind::Empty},
+        {"an unfinished save", head + rest + unfinished, head + rest, RemarkKind::Dropped},
+        {"an unfinished save with a part of its text", head + device + unfinished + stating(text, 100),
+         head + device + text, RemarkKind::Dropped},
         {"a text that is not read", head + old + rest, head + old + rest, RemarkKind::Finding},
         {"a section missing", head + trace, head + trace, RemarkKind::Missing},
         {"no capture", "STM_ATB_Id = 12\n{\ntype=CPT\n}\n", head, RemarkKind::Identifier},
@@ -270,6 +276,9 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
         EXPECT_EQ(result.plan.IsGood(), !c.remark || c.remark == RemarkKind::InnerCapture);
         EXPECT_TRUE(!c.remark || result.HasRemark(*c.remark));
     }
+    const std::string whole = head + rest + stating(list + text, list.size() + text.size());
+    EXPECT_EQ(Recover(whole).bytes, whole);
+    EXPECT_EQ(Recover(whole, {whole.size() - text.size()}).bytes, head + rest + text);
 }
 
 TEST_F(RecoveryTest, FindsHeadersAtEveryPlaceOfWhatIsReadAtOnce) {
