@@ -91,7 +91,21 @@ PosixFile::~PosixFile() {
 }
 
 PosixFile PosixFile::Open(const char* path, int flags, mode_t mode) {
-    return PosixFile(Retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
+    PosixFile file(Retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
+    file.LeaveStandardStreams();
+    return file;
+}
+
+/// Where the host has closed one of them, what anybody prints would land in the file. It stays if no other descriptor
+/// is free.
+void PosixFile::LeaveStandardStreams() {
+    if (m_descriptor < 0 || m_descriptor > STDERR_FILENO) {
+        return;
+    }
+    const int other = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (other >= 0) {
+        ::close(std::exchange(m_descriptor, other));
+    }
 }
 
 PosixFile PosixFile::OpenAtOnce(const char* path, int flags, mode_t mode) {
@@ -189,6 +203,9 @@ std::uint64_t PosixFile::NextData(std::uint64_t offset) const {
 }
 
 bool PosixFile::Truncate(std::uint64_t size) const {
+    if (size > Size().value_or(0) && !IsWithinSizeLimit(size)) {
+        return false;
+    }
     return Retry([&] { return ::ftruncate(m_descriptor, static_cast<off_t>(size)); }) == 0;
 }
 

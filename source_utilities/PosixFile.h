@@ -62,6 +62,7 @@ class PosixFile {
 
   private:
     explicit PosixFile(int descriptor) : m_descriptor(descriptor) {}
+    void LeaveStandardStreams();
 
     int m_descriptor = -1;
 };

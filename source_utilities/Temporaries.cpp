@@ -40,9 +40,14 @@ bool IsLeftover(std::string_view name) {
         return false;
     }
     pid_t process = 0;
-    const char* const digits = name.data() + kNameStart.size();
-    const auto [end, failure] = std::from_chars(digits, name.data() + name.size(), process);
-    return failure == std::errc() && *end == '-' && process > 0 && IsGone(process);
+    unsigned count = 0;
+    const char* const back = name.data() + name.size() - kNameEnd.size();
+    const auto [end, failure] = std::from_chars(name.data() + kNameStart.size(), back, process);
+    if (failure != std::errc() || end == back || *end != '-') {
+        return false;
+    }
+    const auto [countEnd, countFailure] = std::from_chars(end + 1, back, count);
+    return countFailure == std::errc() && countEnd == back && process > 0 && IsGone(process);
 }
 
 std::vector<std::string> LeftoversIn(const std::string& directory) {

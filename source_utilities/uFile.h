@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -50,6 +51,7 @@ class uFile {
     bool IsError();
     bool ClearError();
 
+    /// Both valid until the next `Open` with a path.
     const char* GetPath() const { return m_path.c_str(); }
     const char* GetOpenMode() const { return m_openMode; }
     bool IsOpen() const { return m_open; }
@@ -60,7 +62,7 @@ class uFile {
     auto WithStream(Operation operation) -> decltype(operation(nullptr));
     bool OpenStream(const char* mode);
 
-    bool m_open = false;
+    std::atomic<bool> m_open = false;
     std::string m_path;
     const char* m_openMode = nullptr;
     std::FILE* m_stream = nullptr;

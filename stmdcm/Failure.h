@@ -30,6 +30,12 @@ class Failure : public std::runtime_error {
         return copy;
     }
 
+    /// The same of another file, or in other words.
+    Failure Renamed(const std::string& file, const std::string& cause) const {
+        Failure copy = file.empty() ? Failure(cause, m_kind) : Failure(file, cause, m_kind);
+        return copy.At(m_offset);
+    }
+
     const std::string& File() const { return m_file; }  ///< as it was named; empty: none
     const std::string& Cause() const { return m_cause; }
     std::optional<std::uint64_t> Offset() const { return m_offset; }

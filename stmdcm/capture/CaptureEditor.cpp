@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "stmdcm/Failure.h"
-#include "stmdcm/capture/Retired.h"
+#include "trace/format/RetiredSection.h"
 #include "trace/tdf/AppendAt.h"
 
 namespace stmdcm {
@@ -24,7 +24,11 @@ const std::string& CheckedPath(const std::string& path) {
 }  // namespace
 
 CaptureEditor::CaptureEditor(const std::string& path, ChangeMode mode)
-    : m_mode(mode), m_file(CheckedPath(path)), m_end(FindEnd()), m_container(path) {
+    : m_mode(mode),
+      m_file(CheckedPath(path)),
+      m_fileSize(m_file.File().Size().value_or(0)),
+      m_end(FindEnd()),
+      m_container(path) {
     RequireReachableEnd();
     EndInterruptedSaves();
 }
@@ -52,7 +56,7 @@ void CaptureEditor::EndInterruptedSaves() {
 /// The end as it is to be.
 ChainEnd CaptureEditor::FindEnd() const {
     FileSectionSource source(m_file.File());
-    const ChainEnd end = FindChainEnd(source, m_file.File().Size().value_or(0), ChainLock::Held);
+    const ChainEnd end = FindChainEnd(source, m_fileSize, ChainLock::Held);
     if (end.stop == ScanStop::ReadError) {
         const int error = errno;
         throw Failure(m_file.Path(),
@@ -67,17 +71,17 @@ CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sectio
     for (const NewSection& section : sections) {
         const std::vector<const Section*> old = InUse(section);
         if (old.empty()) {  // Nothing hides the new section while it is written, so it begins as a retired one.
-            plan.switches.push_back({m_end.offset + plan.size, section.version});
+            plan.switches.push_back({m_end.offset + plan.size, section.version, section.name});
         }
         // The oldest, which is the one that is read, goes last: the others must not come up in its place.
         for (auto each = old.rbegin(); each != old.rend(); ++each) {
-            plan.switches.push_back({(*each)->offset, Retired(section.version)});
+            plan.switches.push_back({(*each)->offset, Retired(section.version), section.name});
         }
         plan.sections.push_back(Encode(section, old.empty() ? Retired(section.version) : section.version));
         plan.size += plan.sections.back().start.size() + section.payload.size();
     }
     if (m_end.offset > kMaxFileSize || plan.size > kMaxFileSize - m_end.offset) {
-        throw Failure(m_file.Path(), "the capture would grow past 4 GiB; nothing was changed");
+        throw Failure(m_file.Path(), fmt::format("the capture would grow past 4 GiB; {}", WhatIsChanged()));
     }
     return plan;
 }
@@ -92,8 +96,10 @@ bool CaptureEditor::Replace(const std::vector<NewSection>& sections) {
 
 void CaptureEditor::Write(const Plan& plan) {
     Append(plan);
-    for (const VersionWrite& write : plan.switches) {
-        Switch(write);
+    std::string before;
+    for (std::size_t i = 0; i < plan.switches.size(); ++i) {
+        before = i > 0 && plan.switches[i].name != plan.switches[i - 1].name ? plan.switches[i - 1].name : before;
+        Switch(plan.switches[i], before);
     }
     if (!m_file.Close()) {
         throw Failure(m_file.Path(),
@@ -146,10 +152,9 @@ std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) cons
             continue;
         }
         if (each.use == SectionUse::Read && m_container.IsTorn(each)) {
-            throw Failure(
-                m_file.Path(),
-                fmt::format("the end of the file cuts section {} off; nothing was changed; run stmdcm recover first",
-                            section.name));
+            throw Failure(m_file.Path(),
+                          fmt::format("the end of the file cuts section {} off; {}; run stmdcm recover first",
+                                      section.name, WhatIsChanged()));
         }
         found.push_back(&each);
     }
@@ -159,35 +164,47 @@ std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) cons
 CaptureEditor::HiddenSection CaptureEditor::Encode(const NewSection& section, std::uint32_t version) const {
     const std::uint64_t length = SectionHeader::kSize + section.name.size() + section.payload.size();
     if (length > kMaxSectionLength) {
-        throw Failure(m_file.Path(),
-                      fmt::format("the new section {} would be over 128 MiB, which no reader passes; nothing was "
-                                  "changed",
-                                  section.name));
+        throw Failure(m_file.Path(), fmt::format("the new section {} would be over 128 MiB, which no reader passes; {}",
+                                                 section.name, WhatIsChanged()));
     }
     return {EncodeSectionStart(static_cast<std::uint32_t>(length), section.name, version), section.payload};
 }
 
 void CaptureEditor::Append(const Plan& plan) {
+    if (m_file.File().Size() != m_fileSize) {
+        throw Failure(
+            m_file.Path(),
+            fmt::format("another program has written to the file meanwhile; {}; please try again", WhatIsChanged()));
+    }
     bool isDone = MendChain(m_file.File(), m_end);
+    std::uint64_t mendedSize = m_fileSize;
+    for (const FieldWrite& field : m_end.lengths) {
+        mendedSize = std::max(mendedSize, field.offset + field.bytes.size());
+    }
     std::uint64_t written = 0;
     for (const auto& [start, payload] : plan.sections) {
         const std::uint64_t end = m_end.offset + written;
-        const std::uint64_t fileSize = written == 0 ? m_container.Size() : std::max(m_container.Size(), end);
+        const std::uint64_t fileSize = written == 0 ? mendedSize : std::max(mendedSize, end);
         isDone = isDone && AppendAt(m_file.File(), fileSize, end, {start, payload}) == AppendResult::Done;
         if (!isDone) {
             const int error = errno;
             if (written > 0) {
-                CutBack(m_file.File(), m_container.Size(), m_end.offset, written);
+                CutBack(m_file.File(), mendedSize, m_end.offset, written);
             }
             throw Failure(m_file.Path(),
-                          fmt::format("the file can't be written: {}; nothing was changed", ZU_WEP::ErrnoText(error)));
+                          fmt::format("the file can't be written: {}; {}", ZU_WEP::ErrnoText(error), WhatIsChanged()));
         }
         written += start.size() + payload.size();
     }
 }
 
+const char* CaptureEditor::WhatIsChanged() const {
+    return m_end.names.empty() ? "nothing was changed"
+                               : "an interrupted save in it was ended, nothing else was changed";
+}
+
 /// Synced one by one, so that no loss of power can let a later one hold without the earlier ones.
-void CaptureEditor::Switch(const VersionWrite& write) {
+void CaptureEditor::Switch(const VersionWrite& write, const std::string& before) {
     const std::string version = EncodeSectionVersion(write.version);
     if (!m_file.File().WriteAt(write.sectionOffset + SectionHeader::kVersionOffset, {version}) ||
         !m_file.File().SyncData()) {
@@ -195,10 +212,10 @@ void CaptureEditor::Switch(const VersionWrite& write) {
         const int error = errno;
         throw Failure(
             m_file.Path(),
-            fmt::format(
-                "putting the new configuration in force failed: {}; the old one or the new one is in force, whole: "
-                "stmdcm history tells",
-                ZU_WEP::ErrnoText(error)));
+            fmt::format("putting the new {} in force failed: {}; the old one or the new one is in force, whole{}: "
+                        "stmdcm history tells",
+                        write.name, ZU_WEP::ErrnoText(error),
+                        before.empty() ? "" : fmt::format(", and the new {} is", before)));
     }
 }
 

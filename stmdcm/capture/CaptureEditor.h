@@ -40,6 +40,7 @@ class CaptureEditor {
     struct VersionWrite {
         std::uint64_t sectionOffset;
         std::uint32_t version;
+        std::string name;  ///< of what it puts in force
     };
     /// A section that nobody reads yet.
     struct HiddenSection {
@@ -61,10 +62,13 @@ class CaptureEditor {
     std::vector<const Section*> InUse(const NewSection& section) const;
     HiddenSection Encode(const NewSection& section, std::uint32_t version) const;
     void Append(const Plan& plan);
-    void Switch(const VersionWrite& write);
+    void Switch(const VersionWrite& write, const std::string& before);
+    /// What of the file is as it was when something fails before the new sections come in force.
+    const char* WhatIsChanged() const;
 
     ChangeMode m_mode;
     LockedFile m_file;
+    std::uint64_t m_fileSize;
     Zu::Wep::Trace::ChainEnd m_end;
     Container m_container;
 };

@@ -4,10 +4,11 @@
 #include <functional>
 #include <utility>
 
-#include "stmdcm/capture/Retired.h"
+#include "trace/format/RetiredSection.h"
 
 namespace stmdcm {
 
+using Zu::Wep::Trace::IsRetired;
 using Zu::Wep::Trace::kFirstSectionOffset;
 using Zu::Wep::Trace::kMaxNameLength;
 using Zu::Wep::Trace::SectionHeader;

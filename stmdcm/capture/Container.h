@@ -16,7 +16,7 @@ namespace stmdcm {
 enum class SectionUse : std::uint8_t {
     Read,        ///< it is the one that is found
     Shadowed,    ///< an older one of that name and version is found
-    Retired,     ///< taken out of use by an edit (stmdcm/capture/Retired.h)
+    Retired,     ///< taken out of use by an edit (trace/format/RetiredSection.h)
     Unreachable  ///< the search ends before it
 };
 
@@ -32,7 +32,7 @@ std::string_view ComparedName(std::string_view name);
 struct Section {
     std::uint64_t offset = 0;      ///< of the header's first byte
     std::uint32_t length = 0;      ///< as stated: it may be below its header or reach past the end of the file
-    std::uint32_t version = 0;     ///< as stored, with stmdcm/capture/Retired.h's bit
+    std::uint32_t version = 0;     ///< as stored, with trace/format/RetiredSection.h's bit
     std::uint32_t nameLength = 0;  ///< as stated
     SectionUse use = SectionUse::Unreachable;
 

@@ -6,11 +6,11 @@
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
-#include "stmdcm/capture/Retired.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
 #include "stmdcm/reading/Reading.h"
 #include "trace/format/ObjectFileSection.h"
+#include "trace/format/RetiredSection.h"
 #include "trace/format/StmSections.h"
 
 namespace stmdcm {

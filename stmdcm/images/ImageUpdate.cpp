@@ -79,17 +79,24 @@ ImageList ListImages(const std::string& path, ImageFinder& finder) {
     return list;
 }
 
+/// Searches before it holds the capture's lock, for a search may take as long as it likes; again, where another has
+/// changed the list meanwhile.
 ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged, ChangeMode mode) {
-    CaptureEditor editor(path, mode);
-    const std::string payload = ReadPayload(editor.Contents());
-    ImageList list = MakeList(path, payload, finder);
-    CountUnresolved(list, acceptChanged);
-    std::string updated = Encode(list.answers, acceptChanged);
-    list.hasChanges = !payload.starts_with(updated);  // What is behind the whole entries is no reason to write.
-    if (list.hasChanges) {
-        list.isWritten = editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}});
+    for (std::string payload = ReadPayload(Container(path));;) {
+        ImageList list = MakeList(path, payload, finder);
+        CaptureEditor editor(path, mode);
+        if (std::string now = ReadPayload(editor.Contents()); now != payload) {
+            payload = std::move(now);
+            continue;
+        }
+        CountUnresolved(list, acceptChanged);
+        std::string updated = Encode(list.answers, acceptChanged);
+        list.hasChanges = !payload.starts_with(updated);  // What is behind the whole entries is no reason to write.
+        if (list.hasChanges) {
+            list.isWritten = editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}});
+        }
+        return list;
     }
-    return list;
 }
 
 }  // namespace stmdcm

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <fstream>
 #include <sstream>
 #include <utility>
 
@@ -11,6 +10,7 @@
 #include "stmdcm/change/NewCapture.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
+#include "stmdcm/plugin/WorkingFile.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "trace/format/StmPropertyTable.h"
 
@@ -28,18 +28,6 @@ std::vector<PmiUsecase> ReadPmi(const PMIUsecaseRecordIF& record) {
     PMIUsecaseRecord copy;
     copy.RetrieveAllRecords(in);
     return ItemsOf(copy);
-}
-
-/// What the plug-in logged first as an error, without the file in front of it.
-std::string FirstError(const std::vector<PluginMessage>& messages, const std::string& file) {
-    const auto first = std::find_if(messages.begin(), messages.end(), [](const PluginMessage& message) {
-        return message.kind == PluginMessage::Kind::Error;
-    });
-    if (first == messages.end()) {
-        return "";
-    }
-    const std::string start = file + ": ";
-    return ": " + first->text.substr(first->StartsWith(start) ? start.size() : 0);
 }
 
 }  // namespace
@@ -68,12 +56,12 @@ std::vector<ObjectFile> ObjectFilesHeldBy(const Manager& manager, const std::vec
 
 std::string SaveIntoCapture(PluginSession& session, Manager& manager) {
     std::string path = session.WorkingFile("saved.tdf");
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << NewCapture({DeviceSection()});
+    WriteWorkingFile(path, NewCapture({DeviceSection()}));
     session.log.Take();
     if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
         throw Failure(session.home.Path().parent_path().string(),
                       fmt::format("what the plug-in holds can't be read back by way of this directory{}",
-                                  FirstError(session.log.Take(), path)));
+                                  session.log.WhyFailed(path)));
     }
     return path;
 }

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <system_error>
+
+#include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
 
 namespace stmdcm {
@@ -10,7 +13,14 @@ namespace {
 
 constexpr char kPluginFile[] = "libStmDCM.so";
 
-std::filesystem::path ProgramDirectory() { return std::filesystem::read_symlink("/proc/self/exe").parent_path(); }
+std::filesystem::path ProgramDirectory() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) {
+        throw Failure(fmt::format("where this program is can't be found out: {}", ZU_WEP::ErrnoText(error.value())));
+    }
+    return program.parent_path();
+}
 
 }  // namespace
 

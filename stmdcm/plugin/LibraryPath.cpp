@@ -5,12 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
+#include "stmdcm/plugin/WorkingFile.h"
 
 namespace stmdcm {
 
@@ -21,7 +22,7 @@ namespace {
 constexpr char kVariable[] = "LD_LIBRARY_PATH";
 
 std::vector<std::string> ProgramArguments() {
-    std::ifstream in("/proc/self/cmdline", std::ios::binary);
+    std::istringstream in(ReadWorkingFile("/proc/self/cmdline"));
     std::vector<std::string> arguments;
     for (std::string argument; std::getline(in, argument, '\0');) {
         arguments.push_back(argument);
@@ -29,7 +30,7 @@ std::vector<std::string> ProgramArguments() {
     return arguments;
 }
 
-[[noreturn]] void StartAgain() {
+[[noreturn]] void StartAgain() try {
     std::vector<std::string> arguments = ProgramArguments();
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);
@@ -37,18 +38,16 @@ std::vector<std::string> ProgramArguments() {
         pointers.push_back(argument.data());
     }
     pointers.push_back(nullptr);
-    if (arguments.empty()) {
-        throw Failure("/proc/self/cmdline", "this program can't be started again: its arguments can't be read");
-    }
     ::execv("/proc/self/exe", pointers.data());
-    throw Failure(
-        fmt::format("this program can't be started again to set {}: {}", kVariable, ZU_WEP::ErrnoText(errno)));
+    throw Failure(ZU_WEP::ErrnoText(errno));
+} catch (const Failure& failure) {
+    throw Failure(fmt::format("this program can't be started again to set {}: {}", kVariable, failure.Cause()));
 }
 
 }  // namespace
 
 void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
-    if (!fs::exists(directory / library)) {
+    if (!fs::is_regular_file(directory / library)) {
         throw Failure(directory.string(), fmt::format("there is no {} in this directory", library));
     }
     const std::string first = fs::canonical(directory).string();

@@ -17,6 +17,9 @@ namespace fs = std::filesystem;
 namespace {
 
 fs::path FindPlugin(const fs::path& file) {
+    if (!file.empty() && fs::exists(file) && !fs::is_regular_file(file)) {
+        throw Failure(file.string(), "this is not a regular file; name a plug-in");  // the loader would wait for a pipe
+    }
     if (!file.empty()) {
         return fs::absolute(file).lexically_normal();  // A bare name would make the loader search its own directories.
     }

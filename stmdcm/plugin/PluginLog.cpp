@@ -2,12 +2,15 @@
 
 #include <stdlib.h>
 
-#include <fstream>
-#include <iterator>
+#include <algorithm>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
+#include "source_utilities/ErrnoText.h"
+#include "stmdcm/Failure.h"
 #include "stmdcm/plugin/TraceHome.h"
+#include "stmdcm/plugin/WorkingFile.h"
 #include "trace/dcm/EnvironmentVariables.h"
 
 namespace stmdcm {
@@ -44,18 +47,26 @@ PluginLog::PluginLog(const TraceHome& home) : m_directory(home.Path() / ".ZU-tra
     ::setenv(Zu::Wep::Trace::kLoggingVariable, kFileOnly, 1);
 }
 
-std::string PluginLog::ReadNew() {
-    std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator(m_directory, ignored)) {
-        if (entry.path().filename().string().starts_with(kFileNameStart)) {
-            std::ifstream in(entry.path(), std::ios::binary);
-            in.seekg(static_cast<std::streamoff>(m_taken));
-            std::string text{std::istreambuf_iterator<char>(in), {}};
-            m_taken += text.size();
-            return text;
+/// Empty while there is none.
+std::string PluginLog::File() const {
+    std::error_code error;
+    for (fs::directory_iterator entry(m_directory, error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        if (entry->path().filename().string().starts_with(kFileNameStart)) {
+            return entry->path().string();
         }
     }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        throw Failure(m_directory.string(), "the directory can't be read: " + ZU_WEP::ErrnoText(error.value()));
+    }
     return {};
+}
+
+std::string PluginLog::ReadNew() {
+    const std::string file = File();
+    std::string text = file.empty() ? "" : ReadWorkingFile(file);
+    text.erase(0, std::exchange(m_taken, text.size()));
+    return text;
 }
 
 std::vector<PluginMessage> PluginLog::Take() {
@@ -68,6 +79,18 @@ std::vector<PluginMessage> PluginLog::Take() {
         }
     }
     return messages;
+}
+
+std::string PluginLog::WhyFailed(const std::string& file) {
+    const std::vector<PluginMessage> messages = Take();
+    const auto first = std::find_if(messages.begin(), messages.end(), [](const PluginMessage& message) {
+        return message.kind == PluginMessage::Kind::Error;
+    });
+    if (first == messages.end()) {
+        return "";
+    }
+    const std::string start = file + ": ";
+    return ": " + first->text.substr(first->StartsWith(start) ? start.size() : 0);
 }
 
 }  // namespace stmdcm

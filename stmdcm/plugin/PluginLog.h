@@ -25,10 +25,13 @@ class PluginLog {
     /// Switches the log on, in `home`: make it before the first manager.
     explicit PluginLog(const TraceHome& home);
 
-    /// The messages since the last call. None where the log can't be written.
+    /// The messages since the last call. None where the log can't be written; throws Failure where it can't be read.
     std::vector<PluginMessage> Take();
+    /// Takes them; ": " and what was logged first as an error, without the file in front of it. Empty for none.
+    std::string WhyFailed(const std::string& file);
 
   private:
+    std::string File() const;
     std::string ReadNew();
 
     std::filesystem::path m_directory;

@@ -31,7 +31,8 @@ fs::path MakeTemporary(ZU_WEP::PosixFile& lock) {
     if (error) {
         const char* variable = ::getenv("TMPDIR");
         throw Failure(variable == nullptr ? "/tmp" : variable,
-                      "this is no directory for temporary files; set TMPDIR to one that is there");
+                      fmt::format("this is no directory for temporary files: {}; set TMPDIR to one that is there",
+                                  ZU_WEP::ErrnoText(error.value())));
     }
     ZU_WEP::RemoveLeftovers(directory, RemoveTree);
     std::string made;
@@ -42,7 +43,7 @@ fs::path MakeTemporary(ZU_WEP::PosixFile& lock) {
     if (!isMade) {
         const int reason = errno;
         throw Failure(directory.string(),
-                      fmt::format("a temporary directory can't be made in it: {}", ZU_WEP::ErrnoText(reason)));
+                      fmt::format("no temporary directory can be made in it: {}", ZU_WEP::ErrnoText(reason)));
     }
     lock = ZU_WEP::PosixFile::Open(made.c_str(), O_RDONLY | O_DIRECTORY);
     ZU_WEP::LockTemporary(lock);
@@ -84,6 +85,21 @@ TraceHome::TraceHome(const fs::path& keep)
         Remove();
         throw;
     }
+}
+
+Failure TraceHome::Named(const Failure& failure) const {
+    if (m_isKept) {
+        return failure;
+    }
+    const std::string start = m_path.string() + "/";
+    std::string cause = failure.Cause();
+    for (std::size_t at = 0; (at = cause.find(start)) != std::string::npos;) {
+        cause.erase(at, start.size());
+    }
+    if (!failure.File().starts_with(m_path.string())) {
+        return failure.Renamed(failure.File(), cause);
+    }
+    return failure.Renamed(m_path.parent_path().string(), "a temporary file in it can't be used: " + cause);
 }
 
 void TraceHome::Remove() const {

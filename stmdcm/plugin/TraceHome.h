@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "source_utilities/PosixFile.h"
+#include "stmdcm/Failure.h"
 
 namespace stmdcm {
 
@@ -20,6 +21,10 @@ class TraceHome {
     TraceHome& operator=(const TraceHome&) = delete;
 
     const std::filesystem::path& Path() const { return m_path; }
+
+    /// The same failure for a user, to whom a private directory and its files mean nothing: it is about the directory
+    /// that holds it.
+    Failure Named(const Failure& failure) const;
 
     /// Does already what the end does.
     void Remove() const;

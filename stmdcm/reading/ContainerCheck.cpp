@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "stmdcm/capture/Retired.h"
 #include "stmdcm/reading/Words.h"
 #include "trace/format/ObjectFileSection.h"
+#include "trace/format/RetiredSection.h"
 #include "trace/format/SectionLayout.h"
 #include "trace/format/StmSections.h"
+#include "trace/tdf/ChainEnd.h"
 
 namespace stmdcm {
 
@@ -69,8 +70,7 @@ const std::array<WantedSection, 3> kWantedSections = {{
 
 void ContainerCheck::Run() {
     if (m_container.Size() > kMaxFileSize) {
-        m_findings.Add(Kind("C-OVER-4GIB"), {}, fmt::format("the file has {} bytes", m_container.Size()),
-                       fmt::format("what is behind offset {} can't be found, and nothing can be saved", kMaxFileSize));
+        TellOverLimit();
     }
     for (const Section& section : m_container.Sections()) {
         CheckSection(section);
@@ -83,6 +83,14 @@ void ContainerCheck::Run() {
     TellStop();
     m_saves.Tell(m_container.Stop() == ScanStop::EndOfFile, m_findings);
     TellMissingAndEmpty();
+}
+
+void ContainerCheck::TellOverLimit() {
+    CaptureSource source(m_container.File());
+    const bool canSave = FindChainEnd(source, m_container.Size(), ChainLock::Held).offset < kMaxFileSize;
+    m_findings.Add(Kind("C-OVER-4GIB"), {}, fmt::format("the file has {} bytes", m_container.Size()),
+                   fmt::format("what is behind offset {} can't be found{}", kMaxFileSize,
+                               canSave ? "" : ", and nothing can be saved"));
 }
 
 void ContainerCheck::CheckSection(const Section& section) {

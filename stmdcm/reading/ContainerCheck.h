@@ -43,6 +43,7 @@ class ContainerCheck {
     }
 
   private:
+    void TellOverLimit();
     void CheckSection(const Section& section);
     void CheckLength(const Section& section, const Place& place);
     void CheckUse(const Section& section, const std::string& name, const Place& place);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "stmdcm/capture/Retired.h"
 #include "trace/format/ObjectFileSection.h"
+#include "trace/format/RetiredSection.h"
 #include "trace/format/SectionLayout.h"
 #include "trace/format/StmSections.h"
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureFile.h"
 #include "stmdcm/reading/Reading.h"
 #include "trace/format/SectionScanner.h"
@@ -59,6 +60,14 @@ void TellError(const Finding& finding, RecoveryPlan& plan) {
                       finding.kind->id});
 }
 
+void RequireRead(const Reading& result) {
+    for (const Finding& finding : result.findings.Sorted()) {
+        if (finding.kind == &Kind("F-UNREADABLE")) {
+            throw Failure(result.path, finding.what).At(finding.place.offset);
+        }
+    }
+}
+
 void TellErrors(const Findings& findings, RecoveryPlan& plan) {
     const auto isTold = [](const FindingKind& kind) {
         return kind.severity == Severity::Error && &kind != &Kind("F-EXTENSION");
@@ -84,7 +93,9 @@ void TellErrors(const Findings& findings, RecoveryPlan& plan) {
 
 void CheckRecovery(const std::string& result, RecoveryPlan& plan) {
     TellMismatch(CaptureFile(result), plan);
-    TellErrors(CheckFile(result, ConfigurationKind::Capture).findings, plan);
+    const Reading reading = CheckFile(result, ConfigurationKind::Capture);
+    RequireRead(reading);
+    TellErrors(reading.findings, plan);
 }
 
 }  // namespace stmdcm

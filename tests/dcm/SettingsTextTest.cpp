@@ -64,13 +64,25 @@ TEST_F(SettingsTextTest, LongLinesAreNamedInTheLog) {
     EXPECT_EQ(Number("STM_STP_Version"), 2);
 }
 
-TEST_F(SettingsTextTest, NothingInAFilesPlaceIsWaitedForOrReadForever) {
-    const std::string before = Text();
-    for (const std::string& unreadable : {m_home.Path(), m_home / "none"}) {
-        EXPECT_FALSE(m_manager->LoadConfiguration(unreadable, TRACE_DATA_FILE_LOCAL));
+TEST_F(SettingsTextTest, AFileThatCannotBeReadLeavesEverything) {
+    LoadText("STM_ATB_Id=5\n{\n}");
+    TakeLog();
+    const std::string before = Text(), none = m_home / "none", loop = m_home / "loop.tdf";
+    std::filesystem::create_symlink(loop, loop);
+    EXPECT_FALSE(m_manager->LoadConfiguration(m_home.Path(), TRACE_DATA_FILE_LOCAL));  // a directory
+    for (const std::string& path : {none, loop}) {
+        EXPECT_FALSE(m_manager->LoadConfiguration(path, TRACE_DATA_FILE_LOCAL));
+        EXPECT_FALSE(m_manager->LoadConfiguration(path, TRACE_DATA_FILE_TDF));
     }
     EXPECT_EQ(Text(), before);
-    EXPECT_EQ(TakeLog().back(), "    E STM Device DCM: LoadSTMConfiguration fail to open file: " + (m_home / "none"));
+    const std::string error = "    E ",
+                      manager = error + "STM Device DCM: ", open = "LoadSTMConfiguration fail to open file: ";
+    const std::string cause = " can't be opened: Too many levels of symbolic links";
+    EXPECT_EQ(TakeLog(), (std::vector{manager + m_home.Path() + " can't be read: Is a directory", manager + open + none,
+                                      manager + open + loop, manager + loop + cause, error + loop + ":" + cause}));
+}
+
+TEST_F(SettingsTextTest, NothingInAFilesPlaceIsWaitedForOrReadForever) {
     const std::string fifo = m_home / "pipe.dcm", large = Write("large.txt", "STM_ATB_Id=5\n{\n}");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_FALSE(m_manager->LoadConfiguration(fifo, TRACE_DATA_FILE_LOCAL));

@@ -184,22 +184,5 @@ TEST_F(uLog, MissingHomeLeavesTheLoggerInForce) {
     EXPECT_EQ(ReadWhole("log.txt"), "M      MODULE INFO - source_utilities_test\n");
 }
 
-TEST_F(uLog, LinesOfSeveralThreadsStayWhole) {
-    Start("1");
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([i] {
-            const std::string text(100, static_cast<char>('a' + i));
-            for (int n = 0; n < 200; ++n) Log(LogInformation, "%s", text.c_str());
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    const std::regex whole("M     [0-9:]{12} \\| (.)\\1{99}");
-    std::istringstream in(ReadWhole("log.txt"));
-    int count = 0;
-    for (std::string line; std::getline(in, line);) count += std::regex_match(line, whole);
-    EXPECT_EQ(count, 800);
-}
-
 }  // namespace
 }  // namespace ZU_WEP

@@ -67,6 +67,16 @@ struct Clock : uTime {
     }
 };
 
+TEST(PosixFileTest, TakesNoStandardStreamForItsOwn) {
+    const auto open = [] {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            ::close(stream);
+        }
+        return PosixFile::Open("/dev/null", O_RDONLY).Descriptor() > STDERR_FILENO ? 0 : 1;
+    };
+    EXPECT_EQ(stmdcm_test::RunInChild(open), 0);
+}
+
 TEST(uTime, FormatsWithItsOwnTokensInTheRoomThereIs) {
     const std::tuple<int, int, int, const char*, const char*> cases[] = {
         {2, 0, 0, "%H:%M:%S:%s", "12:00:05:000"}, {2, 45, 0, "%s %#s %s", "045 45 045"}, {2, 0, 0, "%m", "02"},

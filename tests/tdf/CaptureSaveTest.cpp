@@ -49,6 +49,12 @@ struct CaptureSaveTest : CaptureTest {
         return ErrorOf(work).empty() ? 0 : 1;
     }
     using CaptureTest::Save;
+    /// Without a wait for the lock.
+    void SaveAtOnce(const std::vector<SectionToSave>& sections) {
+        CaptureSave save(m_file, {std::chrono::nanoseconds(0)});
+        TDFError::ThrowUnless(save.Open() == SaveTarget::Capture, "no capture");
+        save.Append(sections);
+    }
     /// What a host gets: nothing unless it gets all.
     std::string Loaded() {
         std::string loaded;
@@ -144,6 +150,49 @@ TEST_F(CaptureSaveTest, AnInterruptedSaveComesInForceOnlyIfItWasWhole) {
     CaptureTest::Save(kStmSectionName, 1, "more");
     ASSERT_EQ(Save(), 0);
     EXPECT_EQ(Loaded(), m_common + "|" + m_settings);
+
+    // Beside a lock that another holds it must not be mixed with the next save, either.
+    WriteWhole(m_file, bare + Section(kUnfinishedName, List(2)) + stm);
+    const ZU_WEP::PosixFile other = ZU_WEP::PosixFile::Open(m_path, O_RDWR);
+    ASSERT_EQ(::flock(other.Descriptor(), LOCK_EX), 0);
+    ASSERT_EQ(ErrorOf([&] { SaveAtOnce({{kCommonSectionName, 1, m_common}, {kStmSectionName, 1, m_settings}}); }), "");
+    EXPECT_EQ(Loaded(), List(2) + "|old");
+}
+
+TEST_F(CaptureSaveTest, OneSectionComesInForceWhole) {
+    m_settings.assign(5000, 's');
+    const auto prepare = [&] { Copy("empty.tdf"); };
+    const auto work = [&] { return ErrorOf([&] { SaveAtOnce({{kStmSectionName, 1, m_settings}}); }) != "" ? 1 : 0; };
+    const auto found = [&] {
+        std::string text;
+        ErrorOf([&] { text = ReadSection(m_path, kStmSectionName, 1); });
+        return text;
+    };
+    const auto check = [&](const stmdcm_test::ChildRun& run) {
+        EXPECT_TRUE(found() == m_settings || (run.exitStatus != 0 && found().empty()));
+        EXPECT_EQ(work(), 0);
+        EXPECT_EQ(found(), m_settings);
+    };
+    for (const int error : {0, EIO}) {
+        stmdcm_test::StopEverywhere(error, {SYS_pwritev, SYS_fdatasync}, work, 1, prepare, check);
+    }
+}
+
+/// A host appends at the end of the file, and its part and the save are found.
+TEST_F(CaptureSaveTest, BridgesZerosOfAnyLengthForTheHost) {
+    for (const std::uint64_t zeros :
+         {std::uint64_t{3}, std::uint64_t{kMaxSectionLength} + 3, std::uint64_t{400} << 20}) {
+        const std::string bare = "TDF2" + Section("DEVID", "a=1\n");
+        WriteWhole(m_file, bare);
+        std::filesystem::resize_file(m_file, bare.size() + zeros);
+        CaptureSave save(m_file);
+        save.PrepareForHost();
+        CaptureTest::Save("HOST", 1, "host");
+        ASSERT_EQ(save.Open(), SaveTarget::Capture);
+        save.Append({{kCommonSectionName, 1, m_common}, {kStmSectionName, 1, m_settings}});
+        EXPECT_EQ(Loaded(), m_common + "|" + m_settings) << zeros;
+        EXPECT_EQ(ReadSection(m_path, "HOST", 1), "host") << zeros;
+    }
 }
 
 TEST_F(CaptureSaveTest, SavesTwoOneByOneWhereNoSearchWouldPassBoth) {
@@ -181,6 +230,8 @@ TEST_F(CaptureSaveTest, MeetsAFileSizeLimitAsAnError) {
     EXPECT_EQ(limited(FileSize(m_path) + 2, [&] { AppendSection(m_path, Name, 9, Payload); }), 1);
     EXPECT_EQ(ReadWhole(m_file), Reference("full.tdf"));
     EXPECT_EQ(limited(3, [&] { m_handler.CreateTDFFile(m_path); }), 1);
+    WriteWhole(m_file, "TDF2" + Section("TRACE0", "torn", 20 << 20));
+    EXPECT_EQ(limited(10 << 20, [&] { TDFError::ThrowUnless(Save() == 0, "refused"); }), 1);
 }
 
 TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
@@ -204,6 +255,13 @@ TEST_F(CaptureSaveTest, RefusesWhatWouldPassFourGigabytes) {
         EXPECT_EQ(ErrorOf([&] { Save(Name, 9, Payload); }), refusal);
         const std::uint64_t written = room == needed ? needed : room < header ? 0 : header;
         EXPECT_EQ(std::filesystem::file_size(m_file), kMaxFileSize - room + written);
+    }
+    for (const std::string_view ours :
+         {std::string_view(kCommonSectionName), kUnfinishedName}) {  // torn, it states an end past them
+        fill(kMaxFileSize - 1000);
+        std::ofstream(m_file, std::ios::binary | std::ios::app) << Section(ours, "torn", 2000);
+        EXPECT_EQ(Save(), 0);
+        EXPECT_EQ(Loaded(), (ours == kCommonSectionName ? "torn|" : m_common + "|") + m_settings);
     }
 }
 

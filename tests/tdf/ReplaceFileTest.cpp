@@ -105,7 +105,9 @@ TEST_F(ReplaceFileTest, TakesNoNameThatIsThereAndRemovesWhatADeadProcessLeft) {
     const std::size_t number = mine.rfind('-') + 1;
     const std::string next = mine.substr(0, number) + std::to_string(std::stoi(mine.substr(number)) + 1) + ".tmp";
     const std::string locked = ".stmdcm-2147483647-1.tmp", victim = m_directory / "victim";
-    const std::set<std::string> kept{next, locked, ".stmdcm-2147483647-2.tmp", ".stmdcm-1-1.tmp", "a.tmp"};
+    const std::set<std::string> kept{
+        next, locked, ".stmdcm-2147483647-2.tmp", ".stmdcm-1-1.tmp", ".stmdcm-2147483647-my notes.tmp", "a.tmp"};
+    WriteWhole(m_directory / ".stmdcm-2147483647-my notes.tmp", "no temporary file");
     WriteWhole(m_directory / ".stmdcm-1-1.tmp", "of a process that lives");
     const auto lock = PosixFile::Open((m_directory / locked).c_str(), O_RDWR | O_CREAT);
     ASSERT_EQ(::flock(lock.Descriptor(), LOCK_EX), 0);

@@ -3,7 +3,7 @@
 #include <iterator>
 #include <span>
 
-#include "stmdcm/capture/Retired.h"
+#include "trace/format/RetiredSection.h"
 
 namespace stmdcm {
 

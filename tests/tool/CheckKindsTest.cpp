@@ -81,6 +81,19 @@ TEST_F(CheckKindsTest, EachInputGivesItsIdentifiersAndEachIdentifierHasAnInput) 
             Identifiers(Take(CheckFile(m_directory / "large.tdf", std::nullopt))),
             std::string(over > 0 ? "C-OVER-4GIB " : "") + "C-PAST-4GIB C-REPEATED C-NO-COMMON C-NO-DEVID C-NO-STM");
     }
+    // A tail of zeros is space for a save.
+    for (const auto& [name, canSave] : {std::pair("large.tdf", false), {"zeros.tdf", true}}) {
+        const std::string file = m_directory / name;
+        if (canSave) {
+            WriteWhole(file, CaptureParts{}.Bytes());
+            fs::resize_file(file, Zu::Wep::Trace::kMaxFileSize + 9);
+        }
+        const auto findings = Take(CheckFile(file, std::nullopt)).findings.Sorted();
+        const auto over = std::find_if(findings.begin(), findings.end(),
+                                       [](const Finding& each) { return each.kind == &Kind("C-OVER-4GIB"); });
+        ASSERT_NE(over, findings.end());
+        EXPECT_EQ(over->effect.find("nothing can be saved") == std::string::npos, canSave) << over->effect;
+    }
 
     for (const FindingKind& kind : kFindingKinds) {
         EXPECT_TRUE(m_met.contains(kind.id)) << kind.id << " is produced by no input";

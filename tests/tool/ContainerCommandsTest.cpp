@@ -258,11 +258,13 @@ TEST_F(ContainerCommandsTest, SayWhatIsWrong) {
                     {"extract --json " + full + " TRACE0", 2, "extract has no JSON"},
                     {"completion --json bash", 2, "completion has no JSON"}});
     EXPECT_THAT(Shell("env TMPDIR=/no/such " STMDCM_TOOL " demo").error,
-                HasSubstr("/no/such: this is no directory for temporary files; set TMPDIR"));
+                HasSubstr("/no/such: this is no directory for temporary files: No such file or directory; set TMPDIR"));
     WriteWhole(File("empty"), "");
     WriteWhole(File("secret"), "TDF2");
     ::chmod(File("secret").c_str(), 0);
     ASSERT_EQ(::mkfifo(File("pipe").c_str(), 0600), 0);
+    ExpectTold("", {{"show --plugin " + File("pipe") + " " + full, 1, "pipe: this is not a regular file"},
+                    {"live --cpu x --scenario " + File("pipe"), 1, "pipe: there is no such file; name a scenario"}});
     std::vector<std::pair<std::string, const char*>> files = {{File("none"), ": there is no such file"},
                                                               {m_directory.Path(), ": this is a directory"},
                                                               {File("empty"), ": the file is empty"},
@@ -289,6 +291,18 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     for (const char* name : {"in.tdf", "link.tdf", "hard.tdf", "./in.tdf"}) {
         ExpectTold("recover " + input + " --force -o ", {{File(name), 1, "this is the input"}});
     }
+    const std::string redirected = "sh -c '" STMDCM_TOOL " ";
+    for (const std::string& arguments :
+         {"extract " + input + " TRACE0", "show --json " + File("hard.tdf"), "recover --plan " + input,
+          "diff " + Sample("full.tdf") + " " + File("link.tdf"), "apply " + input + " " + File("none.tdf")}) {
+        for (const std::string& to : {" 1<>" + input, " >>" + input}) {
+            SCOPED_TRACE(arguments + to);
+            const Result result = Shell(redirected + arguments + to + "'");
+            EXPECT_EQ(result.status, 1);
+            EXPECT_THAT(result.error, HasSubstr(".tdf: this is standard output, too; "));
+            EXPECT_EQ(ReadWhole(input), full);
+        }
+    }
     EXPECT_EQ(ReadWhole(input), full);
 
     // Links are followed, and a full disk leaves the old file.
@@ -297,6 +311,20 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     const std::string overwrite = "recover " + input + " --force -o " + File("way.tdf");
     Limited(RLIMIT_FSIZE, 100, [&] { EXPECT_EQ(Run(overwrite).status, 1); });
     EXPECT_EQ(ReadWhole(old), "old");
+    // Past the file-size limit the user's file is named, also where zeros make it so long.
+    const std::string zeros = File("zeros.tdf"), made = File("made.tdf");
+    WriteWhole(zeros, full + MakeSection("HOST", 1, std::string(1 << 20, '\0')));
+    Limited(RLIMIT_FSIZE, 1 << 19, [&] {
+        for (const auto& [arguments, named] : {std::pair("recover --plan " + zeros, zeros),
+                                               {"recover " + zeros + " -o " + made, made},
+                                               {"extract " + zeros + " HOST -o " + made, made}}) {
+            const Result result = Run(arguments);
+            EXPECT_EQ(result.status, 1) << arguments;
+            EXPECT_THAT(result.error, testing::MatchesRegex("stmdcm: " + named + ": .*: File too large\n"));
+        }
+    });
+    ExpectNothingLeft();
+    std::filesystem::remove(zeros);
     EXPECT_EQ(Run(overwrite).status, 0);
     EXPECT_EQ(ReadWhole(old), full);
     EXPECT_TRUE(std::filesystem::is_symlink(File("way.tdf")));

@@ -154,7 +154,18 @@ TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
         const Result result = run(arguments + " >/dev/full");
         EXPECT_EQ(result.status, 1);
         EXPECT_THAT(result.error, StartsWith("stmdcm: standard output can't be written: "));
+        EXPECT_EQ(run(arguments + " >&-").error, "stmdcm: standard output can't be written: Bad file descriptor\n");
     }
+    // What goes to standard error changes nothing.
+    const std::string convert = "convert --force " + full + " " + Path("to.txt"), one = Path("one.tdf");
+    std::filesystem::copy_file(full, one);
+    for (const auto& [arguments, status] : {std::pair("check /none " + full, 4),
+                                            {"diff /none " + full, 4},
+                                            {convert, 3},
+                                            {"apply " + Sample("settings-packed.txt") + " /none " + one, 1}}) {
+        EXPECT_EQ(run(arguments + " 2>/dev/full").status, status) << arguments;
+    }
+    EXPECT_TRUE(Content(one) != Content(full)) << "apply goes on";
     // A file must not take the place of a closed descriptor.
     const std::string extract = "extract " + full + " TRACE0 --progress --force -o " + Path("payload");
     ASSERT_EQ(run(extract).status, 0);

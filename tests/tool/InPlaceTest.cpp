@@ -5,8 +5,12 @@
 #include <numeric>
 
 #include "source_utilities/PosixFile.h"
+#include "stmdcm/Failure.h"
+#include "stmdcm/capture/CaptureEditor.h"
+#include "tests/support/AppendSection.h"
 #include "tests/tool/ConfigurationRun.h"
 #include "trace/format/SectionLayout.h"
+#include "trace/format/StmSections.h"
 
 namespace stmdcm {
 namespace {
@@ -55,6 +59,17 @@ TEST_F(InPlaceTest, RefusesToGrowPastFourGigabytes) {
 }
 
 using TwoUsersTest = ConfigurationRun;
+
+/// Hosts take no lock while they append.
+TEST_F(TwoUsersTest, AChangeOverwritesNothingThatAHostAppendsMeanwhile) {
+    const std::string file = Copy("full.tdf");
+    CaptureEditor editor(file);
+    stmdcm_test::AppendSection(file.c_str(), "HOST", 1, "appended meanwhile");
+    EXPECT_THROW(editor.Replace({{kStmSectionName, kStmSectionVersion, "STM_ATB_Id = 1\n"}}), Failure);
+    const std::string after = Content(file);
+    EXPECT_TRUE(after.ends_with("appended meanwhile"));
+    EXPECT_TRUE(after.starts_with(Content(Copy("full.tdf"))));
+}
 
 TEST_F(TwoUsersTest, LoseNothingOfEachOther) {
     for (const char* name : {"full.tdf", "settings.txt"}) {

@@ -4,12 +4,12 @@
 #include <set>
 
 #include "stmdcm/Failure.h"
-#include "stmdcm/capture/Retired.h"
 #include "stmdcm/recover/RecoveryCheck.h"
 #include "stmdcm/recover/RecoveryPlanner.h"
 #include "stmdcm/recover/RecoveryWriter.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/support/SectionList.h"
+#include "trace/format/RetiredSection.h"
 
 namespace stmdcm {
 

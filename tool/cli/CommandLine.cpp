@@ -1,18 +1,22 @@
 #include "tool/cli/CommandLine.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <new>
 #include <sstream>
 #include <string>
 
-#include "source_utilities/ErrnoText.h"
 #include "stmdcm/capture/LockedFile.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/HelpFormatter.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/UsageError.h"
 #include "tool/cli/ValueCheck.h"
+#include "tool/cli/ValueKind.h"
+#include "tool/output/GuardedHome.h"
 
 namespace stmdcm {
 
@@ -34,6 +38,31 @@ std::string FailureText(const char* command, const Failure& failure) {
                    {{"file", JsonRenderer::OrNull(failure.File())},
                     {"offset", failure.Offset() ? Json(std::to_string(*failure.Offset())) : nullptr},
                     {"cause", failure.Cause()}}}}));
+}
+
+/// What is printed would go into a file that is read, or be lost with one that is replaced.
+void RefuseStandardOutputIn(const std::vector<std::string>& files) {
+    struct stat out {};
+    if (::fstat(STDOUT_FILENO, &out) != 0 || !S_ISREG(out.st_mode)) {
+        return;
+    }
+    for (const std::string& file : files) {
+        struct stat info {};
+        if (::stat(file.c_str(), &info) == 0 && info.st_dev == out.st_dev && info.st_ino == out.st_ino) {
+            throw Failure(file, "this is standard output, too; send that to another file", Failure::Kind::Output);
+        }
+    }
+}
+
+/// Those that the command line names.
+std::vector<std::string> FilesIn(const CLI::App& command) {
+    std::vector<std::string> files;
+    for (const CLI::Option* option : command.get_options()) {
+        if (ValueSyntaxOf(*option).kind == ValueKind::File) {
+            files.insert(files.end(), option->results().begin(), option->results().end());
+        }
+    }
+    return files;
 }
 
 }  // namespace
@@ -115,13 +144,14 @@ ExitStatus CommandLine::RunChosen() {
         if (m_options.json && !m_chosen->HasDocument()) {
             throw Failure(std::string(m_chosenName) + " has no JSON; leave --json out", Failure::Kind::Request);
         }
+        RefuseStandardOutputIn(FilesIn(*m_app.get_subcommands().front()));
         return m_chosen->Run({m_options, console});
     } catch (const Failure& failure) {
         return Tell(failure, console);
     } catch (const std::bad_alloc&) {
         return Tell(Failure("there is not enough memory"), console);
     } catch (const std::filesystem::filesystem_error& error) {
-        return Tell(Failure(error.path1().string(), ZU_WEP::ErrnoText(error.code().value())), console);
+        return Tell(FailureOf(error), console);
     } catch (const std::exception& error) {
         return Tell(Failure(error.what()), console);
     }

@@ -236,9 +236,9 @@ class Check final : public Command {
         if (context.options.plugin.empty() || !file.kind) {
             return false;
         }
-        const GuardedHome home;
-        const std::vector<std::string> differences =
-            DifferencesThroughPlugin(Plugin(home, context.options.plugin), file);
+        const std::vector<std::string> differences = InGuardedHome({}, [&](const GuardedHome& home) {
+            return DifferencesThroughPlugin(Plugin(home, context.options.plugin), file);
+        });
         context.console.Diagnose(differences);
         return !differences.empty();
     }

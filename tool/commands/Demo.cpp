@@ -131,12 +131,13 @@ class Demo final : public Command {
 
     ExitStatus Run(const Context& context) override {
         SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
-        const GuardedHome home(m_keep);
-        PluginSession session(home, context.options.plugin);
-        const DemoResult demo = RunDemo(session);
-        const LiveDemoResult live = RunLiveDemo(session);
-        context.Print(DemoReport{demo, live});
-        return demo.Passed() && live.Passed() ? ExitStatus::Done : ExitStatus::Failed;
+        return InGuardedHome(m_keep, [&](const GuardedHome& home) {
+            PluginSession session(home, context.options.plugin);
+            const DemoResult demo = RunDemo(session);
+            const LiveDemoResult live = RunLiveDemo(session);
+            context.Print(DemoReport{demo, live});
+            return demo.Passed() && live.Passed() ? ExitStatus::Done : ExitStatus::Failed;
+        });
     }
 
   private:

@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <fstream>
+#include <cerrno>
 #include <iterator>
 #include <utility>
 
@@ -14,6 +14,7 @@
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Installation.h"
 #include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/WorkingFile.h"
 
 namespace stmdcm {
 
@@ -75,9 +76,16 @@ std::string Payload(const std::string& path, const char* name) {
     return section == nullptr ? "" : capture.ReadPayload(*section);
 }
 
+void LoadCapture(PluginSession& session, Manager& manager, const std::string& path) {
+    session.log.Take();
+    if (!manager.Load(path, TRACE_DATA_FILE_TDF)) {
+        throw Failure(path, fmt::format("the plug-in can't load the configuration{}", session.log.WhyFailed(path)));
+    }
+}
+
 class DemoRun {
   public:
-    explicit DemoRun(const PluginSession& session) : m_session(session) {
+    explicit DemoRun(PluginSession& session) : m_session(session) {
         m_result.cpu = kDemoCpu;
         m_result.plugin = session.plugin.Path().string();
         m_result.capture = session.WorkingFile(kShippedCapture);
@@ -111,11 +119,9 @@ class DemoRun {
     }
 
     void Load(Manager& manager) {
-        fs::copy_file(DataFile(kShippedCapture), m_result.capture);
+        WriteWorkingFile(m_result.capture, ReadWorkingFile(DataFile(kShippedCapture)));
         m_result.recorded = Read(m_result.capture).configuration.objectFiles;
-        if (!manager.Load(m_result.capture, TRACE_DATA_FILE_TDF)) {
-            throw Failure(m_result.capture, "the plug-in can't load the configuration");
-        }
+        LoadCapture(m_session, manager, m_result.capture);
         m_result.questions = manager.Questions();
         m_result.loaded = ReadConfiguration(manager);
         m_result.loaded.objectFiles = ObjectFilesHeldBy(manager, m_result.recorded);
@@ -140,10 +146,12 @@ class DemoRun {
     void Save(Manager& manager) {
         const std::string& path = m_result.savedCapture;
         const std::string trace = Payload(m_result.capture, kTraceSection);
-        std::ofstream(path, std::ios::binary)
-            << NewCapture({{kTraceSection, kHostSectionVersion, trace}, DeviceSection(kDeviceIdentification)});
+        WriteWorkingFile(
+            path, NewCapture({{kTraceSection, kHostSectionVersion, trace}, DeviceSection(kDeviceIdentification)}));
+        m_session.log.Take();
         if (!manager.Save(path, TRACE_DATA_FILE_TDF)) {
-            throw Failure(path, "the plug-in can't save the configuration");
+            throw Failure(path,
+                          fmt::format("the plug-in can't save the configuration{}", m_session.log.WhyFailed(path)));
         }
         CheckHostSection(kTraceSection, trace);
         CheckHostSection(kDeviceSectionName, kDeviceIdentification);
@@ -157,7 +165,7 @@ class DemoRun {
 
     void ReloadAndCompare() {
         Manager manager(m_session.plugin, kDemoCpu);
-        Reload(manager, m_result);
+        Reload(m_session, manager, m_result);
         m_result.differences = Compare(m_result.changed, m_result.reloaded);
 
         Configuration held = m_result.reloaded;
@@ -167,28 +175,27 @@ class DemoRun {
         }
     }
 
-    const PluginSession& m_session;
+    PluginSession& m_session;
     DemoResult m_result;
 };
 
 }  // namespace
 
-DemoResult RunDemo(const PluginSession& session) { return DemoRun(session).Run(); }
+DemoResult RunDemo(PluginSession& session) { return DemoRun(session).Run(); }
 
-void Reload(Manager& manager, DemoOutcome& outcome) {
-    if (!manager.Load(outcome.savedCapture, TRACE_DATA_FILE_TDF)) {
-        throw Failure(outcome.savedCapture, "the plug-in can't load what it saved");
-    }
+void Reload(PluginSession& session, Manager& manager, DemoOutcome& outcome) {
+    LoadCapture(session, manager, outcome.savedCapture);
     outcome.reloaded = ReadConfiguration(manager);
     outcome.reloaded.objectFiles = Read(outcome.savedCapture).configuration.objectFiles;
 }
 
 void WriteDemoImage(const fs::path& path, std::int64_t modified) {
     fs::create_directories(path.parent_path());
-    std::ofstream(path) << "program image " << path.filename().string() << "\n";
+    WriteWorkingFile(path, fmt::format("program image {}\n", path.filename().string()));
     const timespec times[2] = {{modified, 0}, {modified, 0}};
     if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) {
-        throw Failure(path.string(), "the program image can't be written");
+        const int error = errno;
+        throw Failure(path.string(), fmt::format("its time can't be set: {}", ZU_WEP::ErrnoText(error)));
     }
 }
 

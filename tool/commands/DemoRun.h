@@ -45,7 +45,7 @@ struct LiveDemoResult : DemoOutcome {
 
 /// The main job: load a capture, answer the manager's questions, change and add, save into another capture, load that
 /// into a second manager, compare.
-DemoResult RunDemo(const PluginSession& session);
+DemoResult RunDemo(PluginSession& session);
 
 /// The road of a capture: load from a live target, save, lose the target, load the capture without it, compare. The
 /// simulated factory must be the one that is found.
@@ -57,6 +57,6 @@ inline constexpr char kDemoCpu[] = "Core_0/Cluster";  // The "/" must not reach 
 void WriteDemoImage(const std::filesystem::path& path, std::int64_t modified);
 
 /// Loads the saved capture into a second manager. The object files are those that the capture records.
-void Reload(Manager& manager, DemoOutcome& outcome);
+void Reload(PluginSession& session, Manager& manager, DemoOutcome& outcome);
 
 }  // namespace stmdcm

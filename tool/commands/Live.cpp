@@ -70,25 +70,28 @@ class Live final : public Command {
         if (SavesIntoCapture()) {
             KindOf(m_save);  // fails before the target is bothered
         }
-        const GuardedHome home;
-        PluginSession session(home, context.options.plugin);
-        Manager manager(session.plugin, m_cpu);
-        LiveConfiguration live = LiveConfiguration::Load(session, manager);
-        if (!m_save.empty()) {
-            Save(manager, live);
-        }
-        context.Print(LiveReport{live, session.plugin.Path().string(), m_save});
-        context.console.Diagnose(live.doubts);
-        return StatusOf(live.doubts);
+        return InGuardedHome({}, [&](const GuardedHome& home) {
+            PluginSession session(home, context.options.plugin);
+            Manager manager(session.plugin, m_cpu);
+            LiveConfiguration live = LiveConfiguration::Load(session, manager);
+            if (!m_save.empty()) {
+                Save(session, manager, live);
+            }
+            context.Print(LiveReport{live, session.plugin.Path().string(), m_save});
+            context.console.Diagnose(live.doubts);
+            return StatusOf(live.doubts);
+        });
     }
 
   private:
     void ChooseFactory() const {
-        if (!m_scenario.empty()) {
-            if (!fs::is_regular_file(m_scenario)) {
-                throw Failure(m_scenario, "there is no such file; name a scenario");
+        const char* variable = ::getenv(kScenarioVariable);
+        const std::string scenario = !m_scenario.empty() || variable == nullptr ? m_scenario : variable;
+        if (!scenario.empty()) {
+            if (!fs::is_regular_file(scenario)) {
+                throw Failure(scenario, "there is no such file; name a scenario");
             }
-            ::setenv(kScenarioVariable, fs::absolute(m_scenario).c_str(), 1);
+            ::setenv(kScenarioVariable, fs::absolute(scenario).c_str(), 1);
         }
         if (!m_factoryDirectory.empty()) {
             SearchLibrariesFirstIn(m_factoryDirectory, kFactoryFile);
@@ -100,9 +103,9 @@ class Live final : public Command {
     bool SavesIntoCapture() const { return fs::exists(m_save) && KindOfName(m_save) == ConfigurationKind::Capture; }
 
     /// Adds to the doubts what could not be kept.
-    void Save(Manager& manager, LiveConfiguration& live) const {
+    void Save(PluginSession& session, Manager& manager, LiveConfiguration& live) const {
         if (SavesIntoCapture()) {
-            AppendTo(manager, live);
+            AppendTo(session, manager, live);
             return;
         }
         const bool isCapture = KindOfName(m_save) == ConfigurationKind::Capture;
@@ -119,7 +122,7 @@ class Live final : public Command {
     }
 
     /// Into a capture that holds no configuration yet; Failure for one that does.
-    void AppendTo(Manager& manager, LiveConfiguration& live) const {
+    void AppendTo(PluginSession& session, Manager& manager, LiveConfiguration& live) const {
         const Container container(m_save);
         if (!container.IsWhole()) {
             throw Failure(
@@ -134,8 +137,10 @@ class Live final : public Command {
                           "the capture holds a configuration, and hosts would go on reading that; save into "
                           "a file of its own and use apply");
         }
+        session.log.Take();
         if (!manager.Save(m_save, TRACE_DATA_FILE_TDF)) {
-            throw Failure(m_save, "the plug-in can't save the configuration; check that the file can be written");
+            throw Failure(m_save,
+                          fmt::format("the plug-in can't save the configuration{}", session.log.WhyFailed(m_save)));
         }
         const Reading saved = Read(m_save);
         if (!saved.isLoaded) {

@@ -3,7 +3,6 @@
 #include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -11,6 +10,7 @@
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Installation.h"
 #include "stmdcm/plugin/Manager.h"
+#include "stmdcm/plugin/WorkingFile.h"
 #include "tool/commands/DemoRun.h"
 #include "trace/dcm/EnvironmentVariables.h"
 
@@ -23,6 +23,15 @@ namespace {
 
 constexpr char kShippedScenario[] = "example.json";
 constexpr std::int64_t kImageTime = 1'700'000'000;
+
+nlohmann::ordered_json ShippedScenario() {
+    const fs::path file = DataFile(kShippedScenario);
+    try {
+        return nlohmann::ordered_json::parse(ReadWorkingFile(file));
+    } catch (const nlohmann::json::exception&) {
+        throw Failure(file, "the file that belongs to this program is damaged; install it again");
+    }
+}
 
 /// A live load leaves the CPU's settings here, which would help the second manager.
 void ForgetSettings() {
@@ -47,7 +56,7 @@ class LiveDemoRun {
   private:
     /// The shipped target, with program images that exist.
     void PlayTarget() {
-        auto scenario = nlohmann::ordered_json::parse(std::ifstream(DataFile(kShippedScenario)));
+        auto scenario = ShippedScenario();
         for (auto& cpu : scenario.at("cpus")) {
             const fs::path file = cpu.at("object_file").get<std::string>();
             const fs::path image = m_session.home.Path() / "target" / file.filename();
@@ -55,7 +64,7 @@ class LiveDemoRun {
             cpu["object_file"] = image.string();
         }
         m_result.scenario = m_session.WorkingFile(kShippedScenario);
-        std::ofstream(m_result.scenario) << scenario.dump(2) << "\n";
+        WriteWorkingFile(m_result.scenario, scenario.dump(2) + "\n");
         ::setenv(kScenarioVariable, m_result.scenario.c_str(), 1);
     }
 
@@ -63,7 +72,7 @@ class LiveDemoRun {
         Manager manager(m_session.plugin, kDemoCpu);
         m_result.live = LiveConfiguration::Load(m_session, manager);
         m_result.savedCapture = m_session.WorkingFile("live.tdf");
-        fs::copy_file(m_result.live.saved.path, m_result.savedCapture);
+        WriteWorkingFile(m_result.savedCapture, ReadWorkingFile(m_result.live.saved.path));
         for (const Difference& lost : Compare(m_result.live.configuration, Read(m_result.savedCapture).configuration)) {
             m_result.problems.push_back(lost.Sentence(m_result.savedCapture));
         }
@@ -81,7 +90,7 @@ class LiveDemoRun {
 
     void ReloadAndCompare() {
         Manager manager(m_session.plugin, kDemoCpu);
-        Reload(manager, m_result);
+        Reload(m_session, manager, m_result);
         m_result.reloaded.objectFiles = ObjectFilesHeldBy(manager, m_result.reloaded.objectFiles);
         m_result.differences = Compare(m_result.live.configuration, m_result.reloaded);
         if (!manager.Questions().empty()) {

@@ -129,11 +129,17 @@ class Recover final : public Command {
     ExitStatus Run(const Context& context) override {
         CheckRequest();
         const CaptureFile file(m_file, CaptureFile::Identifier::Optional);
-        std::optional<GuardedHome> room;  // for a plan without an output, which never gets its name
-        if (m_output.empty()) {
-            room.emplace();
+        if (!m_output.empty()) {
+            return RecoverInto(m_output, context, file);
         }
-        OutputFile output(room ? (room->Path() / "recovered.tdf").string() : m_output, m_force, {m_file}, &file.File());
+        return InGuardedHome({}, [&](const GuardedHome& room) {  // the output of a plan never gets its name
+            return RecoverInto((room.Path() / "recovered.tdf").string(), context, file);
+        });
+    }
+
+  private:
+    ExitStatus RecoverInto(const std::string& path, const Context& context, const CaptureFile& file) const {
+        OutputFile output(path, m_force, {m_file}, &file.File());
         RecoveryPlan plan = Plan(file);
         for (const std::string& lost : output.NotKept()) {
             plan.remarks.Add(RemarkKind::NotKept, lost);
@@ -149,7 +155,6 @@ class Recover final : public Command {
         return plan.IsGood() ? ExitStatus::Done : ExitStatus::Doubtful;
     }
 
-  private:
     /// Before any work: no host takes a capture of another name.
     void CheckRequest() const {
         if (m_output.empty() && !m_isPlan) {
@@ -184,11 +189,13 @@ class Recover final : public Command {
     static void CheckLoading(const Context& context, const OutputFile& output, RecoveryPlan& plan) {
         std::string reason;
         try {
-            const GuardedHome home;
-            const PluginSession session(home, context.options.plugin);
-            const std::string name = session.WorkingFile("recovered.tdf");
-            std::filesystem::create_symlink(output.ReadBackPath(), name);
-            if (Manager(session.plugin, "stmdcm").Load(name, Zu::Wep::Trace::TRACE_DATA_FILE_TDF)) {
+            const bool loads = InGuardedHome({}, [&](const GuardedHome& home) {
+                const PluginSession session(home, context.options.plugin);
+                const std::string name = session.WorkingFile("recovered.tdf");
+                std::filesystem::create_symlink(output.ReadBackPath(), name);
+                return Manager(session.plugin, "stmdcm").Load(name, Zu::Wep::Trace::TRACE_DATA_FILE_TDF);
+            });
+            if (loads) {
                 return;
             }
             reason = "the plug-in can't load a configuration from the result";

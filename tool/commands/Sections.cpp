@@ -2,17 +2,18 @@
 #include <unistd.h>
 
 #include "stmdcm/capture/Container.h"
-#include "stmdcm/capture/Retired.h"
 #include "stmdcm/capture/SectionRuns.h"
 #include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/LayoutPicture.h"
+#include "trace/format/RetiredSection.h"
 
 namespace stmdcm {
 
 namespace {
 
+using Zu::Wep::Trace::LiveVersion;
 using Zu::Wep::Trace::ScanStop;
 using Zu::Wep::Trace::ScanStopText;
 

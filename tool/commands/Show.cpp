@@ -49,8 +49,9 @@ class Show final : public Command {
         const Reading loaded = Read(m_file);
         std::vector<std::string> differences;
         if (!context.options.plugin.empty()) {
-            const GuardedHome home;
-            differences = DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
+            differences = InGuardedHome({}, [&](const GuardedHome& home) {
+                return DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
+            });
         }
         ShowReport report{loaded, SelectionFor(loaded), loaded.Doubts()};
         if (report.selection.objectFiles) {

@@ -23,7 +23,8 @@ void Console::Print(std::string_view text) {
 }
 
 void Console::Diagnose(std::string_view sentence) const {
-    fmt::print(stderr, "{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), Escaped(sentence));
+    // Not by fmt, which throws where it can't be written: what the command does is not changed by that.
+    std::fputs(fmt::format("{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), Escaped(sentence)).c_str(), stderr);
 }
 
 void Console::Diagnose(const std::vector<std::string>& sentences) const {

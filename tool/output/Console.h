@@ -17,7 +17,8 @@ class Console {
 
     /// Throws Failure when standard output does not take it all.
     static void Print(std::string_view text);
-    /// One line: "stmdcm: " and the sentence, in which what a terminal would obey is escaped.
+    /// One line: "stmdcm: " and the sentence, in which what a terminal would obey is escaped. Lost
+    /// where standard error does not take it.
     void Diagnose(std::string_view sentence) const;
     void Diagnose(const std::vector<std::string>& sentences) const;
     /// Behind the name of the file that they are about.

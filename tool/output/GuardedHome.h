@@ -1,7 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
+#include "source_utilities/ErrnoText.h"
 #include "stmdcm/capture/InterruptBlock.h"
 #include "stmdcm/plugin/TraceHome.h"
 #include "tool/output/InterruptGuard.h"
@@ -19,5 +21,23 @@ class GuardedHome : public TraceHome {
   private:
     InterruptGuard m_guard;
 };
+
+/// A file that a function of std::filesystem failed for.
+inline Failure FailureOf(const std::filesystem::filesystem_error& error) {
+    return {error.path1().string(), ZU_WEP::ErrnoText(error.code().value())};
+}
+
+/// Calls `work(home)` in a home of its own. What it throws for a file in there names what the user knows.
+template <class Work>
+auto InGuardedHome(const std::string& keep, Work work) {
+    const GuardedHome home(keep);
+    try {
+        return work(home);
+    } catch (const Failure& failure) {
+        throw home.Named(failure);
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw home.Named(FailureOf(error));
+    }
+}
 
 }  // namespace stmdcm

@@ -35,21 +35,26 @@ bool IsSameFile(const std::string& path, const struct stat& other) {
 /// As far as it can be looked at without the right to read it.
 PosixFile OpenToLookAt(const fs::path& path) {
     PosixFile file = PosixFile::OpenAtOnce(path.c_str(), O_RDONLY);
-    return file.IsOpen() ? std::move(file) : PosixFile::Open(path.c_str(), O_PATH);
+    return !file.IsOpen() && errno == EACCES ? PosixFile::Open(path.c_str(), O_PATH) : std::move(file);
 }
 
-std::optional<FileMetadata> MetadataOf(const PosixFile& file) {
+/// `path`: as the user names it.
+FileMetadata MetadataOf(const PosixFile& file, const std::string& path) {
     struct stat status {};
-    return ::fstat(file.Descriptor(), &status) == 0 ? std::optional(FileMetadata(file, status)) : std::nullopt;
+    if (!file.IsOpen() || ::fstat(file.Descriptor(), &status) != 0) {
+        const int error = errno;
+        throw Failure(path, fmt::format("the file can't be looked at: {}", ZU_WEP::ErrnoText(error)));
+    }
+    return {file, status};
 }
 
 }  // namespace
 
 OutputFile::OutputFile(std::string path, bool force, const std::vector<std::string>& inputs, const PosixFile* source)
     : m_path(std::move(path)) {
-    CheckTarget(force, inputs);
-    const auto old = m_replaces ? MetadataOf(OpenToLookAt(m_target)) : std::nullopt;
-    const auto rights = source != nullptr ? MetadataOf(*source) : std::nullopt;
+    const bool isThere = CheckTarget(force, inputs);
+    const auto old = isThere ? std::optional(MetadataOf(OpenToLookAt(m_target), m_path)) : std::nullopt;
+    const auto rights = source != nullptr ? std::optional(MetadataOf(*source, inputs.front())) : std::nullopt;
     MakeTemporary(old || rights ? kPrivate : kNewFile);
     if (old) {
         const mode_t most = rights ? rights->ModeWithoutAcl() : FileMetadata::kPermissionBits;
@@ -57,6 +62,7 @@ OutputFile::OutputFile(std::string path, bool force, const std::vector<std::stri
     } else if (rights) {
         rights->GiveTo(m_file, FileMetadata::Part::Rights);  // what is lost of them is given to nobody
     }
+    KeepReadable();
 }
 
 OutputFile::~OutputFile() {
@@ -65,7 +71,8 @@ OutputFile::~OutputFile() {
     }
 }
 
-void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs) {
+/// Whether a file is there.
+bool OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs) {
     if (m_path == "-") {
         throw Failure("-: this is standard output, but the result is read back before it takes its place; name a file",
                       Failure::Kind::Request);
@@ -80,7 +87,7 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
         if (m_replaces && !force) {
             throw Failure(m_path, "this is a link to nothing; name another file, or use --force");
         }
-        return;
+        return false;
     }
     for (const std::string& input : inputs) {
         if (IsSameFile(input, info)) {
@@ -96,6 +103,7 @@ void OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
     }
     m_target = fs::canonical(m_path);
     m_replaces = true;
+    return true;
 }
 
 void OutputFile::MakeTemporary(mode_t mode) {
@@ -112,6 +120,15 @@ void OutputFile::MakeTemporary(mode_t mode) {
         Fail("the file can't be made");
     }
     ZU_WEP::LockTemporary(m_file);
+}
+
+/// Its owner can read it back until it takes its place, whatever its mode is then.
+void OutputFile::KeepReadable() {
+    struct stat status {};
+    if (::fstat(m_file.Descriptor(), &status) == 0 && (status.st_mode & kPrivate) != kPrivate) {
+        m_mode = status.st_mode & FileMetadata::kPermissionBits;
+        ::fchmod(m_file.Descriptor(), *m_mode | kPrivate);
+    }
 }
 
 void OutputFile::TellLosses(const std::vector<FileMetadata::Loss>& losses) {
@@ -157,7 +174,7 @@ std::string OutputFile::ReadBackPath() const { return fmt::format("/proc/self/fd
 
 void OutputFile::Commit() {
     Flush();
-    if (!m_file.Sync()) {
+    if ((m_mode && ::fchmod(m_file.Descriptor(), *m_mode) != 0) || !m_file.Sync()) {
         Fail("the file can't be written");
     }
     if (!TakePlace()) {

@@ -55,8 +55,9 @@ class OutputFile final : public ByteSink {
     void Commit();
 
   private:
-    void CheckTarget(bool force, const std::vector<std::string>& inputs);
+    bool CheckTarget(bool force, const std::vector<std::string>& inputs);
     void MakeTemporary(mode_t mode);
+    void KeepReadable();
     void TellLosses(const std::vector<ZU_WEP::FileMetadata::Loss>& losses);
     bool NameTemporary(const std::function<bool(const char* path)>& make);
     void ForgetTemporary();
@@ -70,6 +71,7 @@ class OutputFile final : public ByteSink {
     std::optional<InterruptGuard> m_guard;  ///< of the temporary file
     bool m_replaces = false;
     ZU_WEP::PosixFile m_file;
+    std::optional<mode_t> m_mode;  ///< when it takes its place, where that is not what it has now
     std::vector<std::string> m_notKept;
     std::uint64_t m_written = 0;
 };

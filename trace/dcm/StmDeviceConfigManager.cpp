@@ -51,6 +51,10 @@ std::string ConfigFileName(const CPUInfo* cpu) {
     return name + kConfigFileNameEnd;
 }
 
+void TellFailure(const char* what, const std::string& path, int error) {
+    ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s %s: %s", path.c_str(), what, ZU_WEP::ErrnoText(error).c_str());
+}
+
 }  // namespace
 
 StmDeviceConfigManager::StmDeviceConfigManager(CPUInfo* cpu, CDeviceIdentifier* id)
@@ -189,7 +193,11 @@ std::string StmDeviceConfigManager::ConfigurationText() {
 bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
     const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::OpenAtOnce(path.c_str(), O_RDONLY);
     if (!file.IsOpen()) {
+        const int error = errno;
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: LoadSTMConfiguration fail to open file: %s", path.c_str());
+        if (error != ENOENT) {
+            TellFailure("can't be opened", path, error);
+        }
         return false;
     }
     std::string content;
@@ -197,6 +205,9 @@ bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
     if (end == ZU_WEP::PosixFile::ReadEnd::Limit) {
         ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s is longer than %zu bytes, the rest is not read", path.c_str(),
                     kMaxSettingsFileSize);
+    }
+    if (end == ZU_WEP::PosixFile::ReadEnd::Failure) {
+        TellFailure("can't be read", path, errno);
     }
     SettingsLog log(path);
     const SettingsText text(std::move(content), kFileLineLimits, Applier(), &log);
@@ -238,8 +249,10 @@ bool StmDeviceConfigManager::SaveSTMConfigurationLive(const std::string& name) {
         if (result != ZU_WEP::ReplaceResult::Failed) {
             return true;
         }
-    } catch (const std::exception&) {
-        // told below, like any failure to write
+        TellFailure("can't be written", path, errno);
+    } catch (const std::exception&) {  // what there is to throw is want of memory
+        ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: %s%s can't be written: Cannot allocate memory", name.c_str(),
+                    kSettingsExtension);
     }
     m_errorText = isOpen ? "Failed to write file" : "Failed to open file";
     ZU_WEP::Log(ZU_WEP::LogError, "STM Device DCM: SaveSTMConfigurationLive fail to write buffer to file");

@@ -26,6 +26,9 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
     if (offset > kMaxFileSize || size > kMaxFileSize - offset) {
         return AppendResult::TooLarge;
     }
+    if (file.Size() != fileSize) {
+        return AppendResult::HasGrown;
+    }
     std::uint64_t done = 0;
     AppendResult result = AppendResult::WriteFailed;
     const auto isStored = [&](std::initializer_list<std::string_view> all) {

@@ -13,6 +13,7 @@ inline constexpr std::uint64_t kSectorSize = 512;
 
 enum class AppendResult {
     Done,
+    HasGrown,     ///< the file has not the size that was stated: another has written meanwhile; not a byte was written
     TooLarge,     ///< it would end past kMaxFileSize; not a byte was written
     WriteFailed,  ///< also for want of space, and past the process's file-size limit
     SyncFailed
@@ -22,7 +23,7 @@ enum class AppendResult {
 /// several the first states a length that spans them all, and is stored over zeros before the others take the zeros'
 /// place: so a search passes them, whichever sectors a loss of power leaves. `offset` is in front of the end of the
 /// file where zeros lie behind it. After a failure the file is cut back as CutBack tells, and `errno` tells the reason,
-/// but for TooLarge.
+/// but for HasGrown and TooLarge.
 AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
                       std::initializer_list<std::string_view> pieces);
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "source_utilities/Log.h"
+#include "trace/format/RetiredSection.h"
 #include "trace/format/UnfinishedSection.h"
 #include "trace/tdf/AppendAt.h"
 #include "trace/tdf/TDFError.h"
@@ -19,6 +20,9 @@ using ZU_WEP::FileLock;
 using ZU_WEP::PosixFile;
 
 namespace {
+
+/// How often a place is looked for anew where hosts, who take no lock, append just then.
+constexpr int kMostAttempts = 100;
 
 ChainLock IsHeld(const FileLock& lock) { return lock.IsHeld() ? ChainLock::Held : ChainLock::NotHeld; }
 
@@ -37,7 +41,7 @@ bool IsUnwritable(int error) { return error == EACCES || error == EPERM || error
 
 void CaptureSave::PrepareForHost() {
     const PosixFile file = PosixFile::OpenAtOnce(m_path.c_str(), O_RDWR);
-    if (!file.IsOpen() || !HasExtension(m_path.c_str(), kTDFExtension) || !StillHasIdentifier(file)) {
+    if (!file.IsOpen() || !HasExtension(m_path.c_str(), kTDFExtension) || !StillHasIdentifier(file).value_or(false)) {
         return;
     }
     const FileLock lock(file, m_patience);
@@ -58,21 +62,18 @@ void CaptureSave::PrepareForHost() {
     }
 }
 
-/// A section without a name over a tail of zeros, so that what the host appends behind it can be reached.
+/// Sections without a name over a tail of zeros, so that what the host appends behind it can be reached. Each is stored
+/// before the next, for until then the rest is a tail of zeros, too.
 void CaptureSave::BridgeZeros(const PosixFile& file, std::uint64_t offset, std::uint64_t size) {
-    const std::uint64_t length = std::max<std::uint64_t>(size - offset, SectionHeader::kSize);
-    if (length <= kMaxSectionLength && file.Truncate(offset + length) &&
-        WriteFields(file, {{offset, EncodeSectionLength(static_cast<std::uint32_t>(length))}})) {
-        m_bridge = {offset, offset + length};
+    const std::uint64_t end = std::max(size, offset + SectionHeader::kSize);
+    bool isPassable = file.Truncate(end);
+    while (isPassable && offset < end) {
+        std::uint64_t length = std::min<std::uint64_t>(end - offset, kMaxSectionLength);
+        const std::uint64_t rest = end - offset - length;
+        length -= rest > 0 && rest < SectionHeader::kSize ? SectionHeader::kSize : 0;
+        isPassable = WriteFields(file, {{offset, EncodeSectionLength(static_cast<std::uint32_t>(length))}});
+        offset += length;
     }
-}
-
-/// Gives the space back where the host has appended nothing.
-void CaptureSave::TakeBridgeBack(const FileLock& lock) {
-    if (lock.IsHeld() && m_bridge && m_file.Size() == m_bridge->end) {
-        WriteFields(m_file, {{m_bridge->offset, std::string(SectionHeader::kLengthSize, '\0')}});
-    }
-    m_bridge.reset();
 }
 
 SaveTarget CaptureSave::Open() {
@@ -80,6 +81,7 @@ SaveTarget CaptureSave::Open() {
         return SaveTarget::NotACapture;
     }
     const bool isWritable = Reopen(O_RDWR);
+    const int whyNot = errno;
     if (!isWritable && !(IsUnwritable(errno) && Reopen(O_RDONLY))) {
         return CannotOpen(errno);
     }
@@ -89,7 +91,10 @@ SaveTarget CaptureSave::Open() {
                     ErrnoText(errno).c_str());
         return SaveTarget::CannotRead;
     }
-    ThrowUnless(!hasIdentifier.value_or(false) || isWritable, TDFError::kOpen);
+    if (hasIdentifier.value_or(false) && !isWritable) {
+        errno = whyNot;
+        Fail(TDFError::kOpen);
+    }
     return hasIdentifier.value_or(false) ? SaveTarget::Capture : SaveTarget::NotACapture;
 }
 
@@ -122,8 +127,8 @@ void CaptureSave::Append(const std::vector<SectionToSave>& sections) {
     {
         const FileLock lock(m_file, m_patience);
         TellUnlocked(lock);
-        TakeBridgeBack(lock);
-        FindPlace(lock);
+        m_lock = IsHeld(lock);
+        FindPlace();
         std::uint64_t span = 0;
         for (const SectionToSave& section : sections) {
             span += SizeOf(section);
@@ -135,14 +140,16 @@ void CaptureSave::Append(const std::vector<SectionToSave>& sections) {
             std::for_each(sections.begin(), sections.end(), [this](const SectionToSave& each) { AppendOne(each); });
         }
     }
-    ThrowUnless(m_file.Close(), TDFError::kWriteCorrupted);
+    if (!m_file.Close()) {
+        Fail(TDFError::kWriteCorrupted);
+    }
 }
 
-void CaptureSave::FindPlace(const FileLock& lock) {
+void CaptureSave::FindPlace() {
     m_fileSize = m_file.Size().value_or(0);
     ThrowUnless(m_fileSize >= kFirstSectionOffset, TDFError::kHeaderOffset);
     FileSectionSource source(m_file);
-    const ChainEnd end = FindChainEnd(source, m_fileSize, IsHeld(lock));
+    const ChainEnd end = FindChainEnd(source, m_fileSize, m_lock);
     if (end.stop == ScanStop::ReadError) {
         Fail(TDFError::kReadLength);
     }
@@ -161,8 +168,15 @@ void CaptureSave::TellBroken(const ChainEnd& end) const {
     }
 }
 
+/// Until the section has its true version, no search finds it.
 void CaptureSave::AppendOne(const SectionToSave& section) {
-    AppendPieces({StartOf(section) + section.payload});
+    if (SizeOf(section) > kMaxSectionLength) {
+        ZU_WEP::Log(ZU_WEP::LogError, "%s: section %s is over 128 MiB: no search finds it, or what is behind it",
+                    m_path.c_str(), std::string(section.name).c_str());
+    }
+    const auto length = static_cast<std::uint32_t>(SizeOf(section));
+    AppendPieces({EncodeSectionStart(length, section.name, Retired(section.version)), section.payload});
+    Finish({m_offset + SectionHeader::kVersionOffset, EncodeSectionVersion(section.version)}, SizeOf(section));
     m_offset += SizeOf(section);
     m_fileSize = std::max(m_fileSize, m_offset);
 }
@@ -178,7 +192,11 @@ void CaptureSave::AppendTogether(const SectionToSave& first, const SectionToSave
 }
 
 void CaptureSave::AppendPieces(std::initializer_list<std::string_view> pieces) {
-    const AppendResult result = AppendAt(m_file, m_fileSize, m_offset, pieces);
+    AppendResult result = AppendAt(m_file, m_fileSize, m_offset, pieces);
+    for (int again = 0; result == AppendResult::HasGrown && again < kMostAttempts; ++again) {
+        FindPlace();
+        result = AppendAt(m_file, m_fileSize, m_offset, pieces);
+    }
     ThrowUnless(result != AppendResult::TooLarge, TDFError::kHeaderOffset);
     if (result != AppendResult::Done) {
         Fail(result == AppendResult::SyncFailed ? TDFError::kWriteCorrupted : TDFError::kWriteData);

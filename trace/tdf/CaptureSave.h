@@ -59,16 +59,11 @@ class CaptureSave {
     const ZU_WEP::LockPatience& Patience() const { return m_patience; }
 
   private:
-    struct Bridge {
-        std::uint64_t offset, end;
-    };
-
     void BridgeZeros(const ZU_WEP::PosixFile& file, std::uint64_t offset, std::uint64_t size);
-    void TakeBridgeBack(const ZU_WEP::FileLock& lock);
     bool Reopen(int flags);
     SaveTarget CannotOpen(int error) const;
     void TellUnlocked(const ZU_WEP::FileLock& lock);
-    void FindPlace(const ZU_WEP::FileLock& lock);
+    void FindPlace();
     void TellBroken(const ChainEnd& end) const;
     void AppendOne(const SectionToSave& section);
     void AppendTogether(const SectionToSave& first, const SectionToSave& second);
@@ -79,7 +74,7 @@ class CaptureSave {
     const std::string& m_path;
     ZU_WEP::LockPatience m_patience;
     bool m_hasToldOfLock = false;
-    std::optional<Bridge> m_bridge;
+    ChainLock m_lock = ChainLock::NotHeld;
     ZU_WEP::PosixFile m_file;
     std::uint64_t m_fileSize = 0;  ///< before what is written next
     std::uint64_t m_offset = 0;    ///< of what is written next

@@ -32,8 +32,11 @@ class EndFinder {
 
     ChainEnd Find() {
         Walk();
+        if (EndBehindOurs()) {
+            return std::move(m_end);
+        }
         if (m_end.stop == ScanStop::EndOfFile) {
-            EndBehindLast();
+            EndAt(m_end.stopOffset);
         } else if (m_end.stop != ScanStop::ReadError && !EndAtZeros() && !EndBehindTorn() && !EndOverLostSector()) {
             m_end.offset = m_fileSize;
         }
@@ -44,8 +47,7 @@ class EndFinder {
     void Walk() {
         SectionScanner scanner(m_source);
         for (SectionInfo section; scanner.Next(section);) {
-            if (m_mends && m_isPending && section.Has(kStmSection) &&
-                IsWholeList(m_last->payloadOffset, section.offset)) {
+            if (m_isPending && section.Has(kStmSection) && IsWholeList(m_last->payloadOffset, section.offset)) {
                 m_end.names.push_back({m_last->offset + SectionHeader::kSize, std::string(kCommonSection.name)});
             }
             m_isPending = IsUnfinishedName(section.name) && section.version == kCommonSectionVersion;
@@ -124,16 +126,17 @@ class EndFinder {
     /// One of ours that is cut off loads as far as it goes, so it gets that length; one byte of payload stays, since an
     /// empty one loads otherwise. Zeros behind an unfinished one keep it from being a whole list, which a later section
     /// would bring in force. Of a foreign one nothing is changed: what it states is there afterwards.
-    void EndBehindLast() {
-        if (m_mends && m_last && m_end.stopOffset > m_fileSize && IsOurs(*m_last)) {
-            const std::uint64_t begin = m_last->payloadOffset;
-            const bool isUnfinished = IsUnfinishedName(m_last->name);
-            std::uint64_t end = std::max(m_fileSize + (isUnfinished ? 1 : 0), begin + 1);
-            end += isUnfinished && IsWholeList(begin, end) ? 1 : 0;
-            EndWithLength(m_last->offset, m_last->length, end);
-        } else {
-            EndAt(m_end.stopOffset);
+    bool EndBehindOurs() {
+        const bool isLast = m_end.stop == ScanStop::EndOfFile || m_end.stop == ScanStop::Wrap;
+        if (!m_mends || !isLast || !m_last || !IsOurs(*m_last) || m_last->offset + m_last->length <= m_fileSize) {
+            return false;
         }
+        const std::uint64_t begin = m_last->payloadOffset;
+        const bool isUnfinished = IsUnfinishedName(m_last->name);
+        std::uint64_t end = std::max(m_fileSize + (isUnfinished ? 1 : 0), begin + 1);
+        end += isUnfinished && IsWholeList(begin, end) ? 1 : 0;
+        EndWithLength(m_last->offset, m_last->length, end);
+        return true;
     }
 
     /// A tail of zeros is space.

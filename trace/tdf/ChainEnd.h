@@ -11,7 +11,8 @@
 
 namespace Zu::Wep::Trace {
 
-/// Whether the file's lock is held: without it another may be writing what looks broken, so nothing is mended.
+/// Whether the file's lock is held: without it another may be writing what looks broken, so no length is mended. Names
+/// are: what they bring in force is stored by then, and a save behind one must not come in force with its other half.
 enum class ChainLock { Held, NotHeld };
 
 struct FieldWrite {

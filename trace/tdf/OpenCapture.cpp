@@ -3,8 +3,10 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <tuple>
 
+#include "source_utilities/Log.h"
 #include "trace/tdf/TDFError.h"
 #include "trace/tdf/TDFFile.h"
 
@@ -45,7 +47,10 @@ std::string OpenCapture::Read(const SectionKey& key) {
     const std::uint64_t held = size - std::min(size, section.payloadOffset);
     std::string payload(std::min<std::uint64_t>(section.payloadLength, held), '\0');
     const auto count = m_file.ReadAt(section.payloadOffset, payload.data(), payload.size());
-    ThrowUnless(count.has_value(), TDFError::kReadCorrupted);
+    if (!count) {
+        TellFailure("can't be read");
+        TDFError::Throw(TDFError::kReadCorrupted);
+    }
     payload.resize(*count);  // fewer when the file was cut short meanwhile
     return payload;
 }
@@ -55,7 +60,7 @@ void OpenCapture::Refresh() {
     if (!IsUnchanged()) {
         Open();
     } else if (m_hostWasCalled) {
-        m_hasIdentifier = StillHasIdentifier(m_file);
+        TakeIdentifier(StillHasIdentifier(m_file), "can't be read");
     } else {
         return;
     }
@@ -67,7 +72,21 @@ void OpenCapture::Open() {
     m_file.Close();  // first, so that one free descriptor is enough
     m_file = ZU_WEP::PosixFile::OpenAtOnce(m_path.c_str(), O_RDONLY);
     // Before a byte is read: what is read later is at least as new as this.
-    m_hasIdentifier = m_file.IsOpen() && ::fstat(m_file.Descriptor(), &m_opened) == 0 && HasIdentifier(m_file);
+    const bool isSeen = m_file.IsOpen() && ::fstat(m_file.Descriptor(), &m_opened) == 0;
+    TakeIdentifier(isSeen ? ReadIdentifier(m_file) : std::nullopt, isSeen ? "can't be read" : "can't be opened");
+}
+
+/// `failure` is what `errno` tells the reason of, where nobody knows whether it is there.
+void OpenCapture::TakeIdentifier(std::optional<bool> hasIdentifier, const char* failure) {
+    m_hasIdentifier = hasIdentifier.value_or(false);
+    const bool isNoCapture = errno == ENOENT || errno == ENOTDIR || errno == EISDIR || errno == EAGAIN;
+    if (!hasIdentifier && !isNoCapture) {
+        TellFailure(failure);
+    }
+}
+
+void OpenCapture::TellFailure(const char* what) const {
+    ZU_WEP::Log(ZU_WEP::LogError, "%s: %s: %s", m_path.c_str(), what, ZU_WEP::ErrnoText(errno).c_str());
 }
 
 /// While the file is open nothing else gets its device and inode numbers.
@@ -98,12 +117,16 @@ const SectionInfo& OpenCapture::Require(const SectionKey& key) {
     ThrowUnless(m_file.IsOpen(), TDFError::kLoadFileName);
     ThrowUnless(m_hasIdentifier, TDFError::kFormat);
     const Note& wanted = NoteOf(key);
+    const bool isOver = m_scanner->Stop() != ScanStop::None;
     for (SectionInfo section; !wanted.section && m_scanner->Next(section);) {
         const auto note =
             std::find_if(m_notes.begin(), m_notes.end(), [&](const Note& n) { return section.Has(n.key); });
         if (note != m_notes.end() && !note->section) {
             note->section = section;
         }
+    }
+    if (!isOver && m_scanner->Stop() == ScanStop::ReadError) {
+        TellFailure("can't be read");
     }
     ThrowUnless(wanted.section.has_value(), TDFError::kSectionSizeNotFound);
     return *wanted.section;

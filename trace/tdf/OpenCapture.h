@@ -23,7 +23,7 @@ class OpenCapture {
     OpenCapture(const OpenCapture&) = delete;
     OpenCapture& operator=(const OpenCapture&) = delete;
 
-    /// The answer of TDFHandler::ISTDF.
+    /// The answer of TDFHandler::ISTDF. The log tells why a file can't be opened or read.
     bool IsTDF();
     /// The stated payload size of the first section of that key. Looks at no extension. Throws what
     /// TDFHandler::GetSectionDataLengthInBytes does.
@@ -44,6 +44,8 @@ class OpenCapture {
 
     void Refresh();
     void Open();
+    void TakeIdentifier(std::optional<bool> hasIdentifier, const char* failure);
+    void TellFailure(const char* what) const;
     bool IsUnchanged() const;
     void StartWalk();
     Note& NoteOf(const SectionKey& key);

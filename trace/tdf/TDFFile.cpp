@@ -18,8 +18,12 @@ namespace {
 
 using IdentifierBytes = std::array<char, kTDFIdentifier.size()>;
 
-bool IsIdentifier(const IdentifierBytes& bytes, std::optional<std::size_t> count) {
-    return count == bytes.size() && std::string_view(bytes.data(), bytes.size()) == kTDFIdentifier;
+/// Of what was read, if it could be.
+std::optional<bool> IsIdentifier(const IdentifierBytes& bytes, std::optional<std::size_t> count) {
+    if (!count) {
+        return std::nullopt;
+    }
+    return *count == bytes.size() && std::string_view(bytes.data(), bytes.size()) == kTDFIdentifier;
 }
 
 }  // namespace
@@ -43,11 +47,10 @@ bool CanOpenForReading(const char* path) {
 
 std::optional<bool> ReadIdentifier(const PosixFile& file) {
     IdentifierBytes bytes{};
-    const auto count = file.Read(bytes.data(), bytes.size());
-    return count ? std::optional(IsIdentifier(bytes, count)) : std::nullopt;
+    return IsIdentifier(bytes, file.Read(bytes.data(), bytes.size()));
 }
 
-bool StillHasIdentifier(const PosixFile& file) {
+std::optional<bool> StillHasIdentifier(const PosixFile& file) {
     IdentifierBytes bytes{};
     return IsIdentifier(bytes, file.ReadAt(0, bytes.data(), bytes.size()));
 }

@@ -25,7 +25,7 @@ std::optional<bool> ReadIdentifier(const ZU_WEP::PosixFile& file);
 inline bool HasIdentifier(const ZU_WEP::PosixFile& file) { return ReadIdentifier(file).value_or(false); }
 
 /// Reads it again, from the start of the file, which can seek.
-bool StillHasIdentifier(const ZU_WEP::PosixFile& file);
+std::optional<bool> StillHasIdentifier(const ZU_WEP::PosixFile& file);
 
 /// Throws where there is no file, or none that may be read: writing never creates one.
 void CheckPathToSave(const char* path);

@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-namespace stmdcm {
+namespace Zu::Wep::Trace {
 
-// An edit retires a section by setting the high bit of its version field, so that no search finds it any more
-// (docs/tdf.md, "Changing a configuration in place").
+// A section is out of use while the high bit of its version field is set: no search finds it. A section that is being
+// saved begins so, and an edit leaves one so (docs/tdf.md, "Saving" and "Changing a configuration in place").
 
 inline constexpr std::uint32_t kRetiredBit = 0x80000000;
 
@@ -14,4 +14,4 @@ constexpr bool IsRetired(std::uint32_t version) { return (version & kRetiredBit)
 /// The version that a section has, or had before it was retired.
 constexpr std::uint32_t LiveVersion(std::uint32_t version) { return version & ~kRetiredBit; }
 
-}  // namespace stmdcm
+}  // namespace Zu::Wep::Trace
