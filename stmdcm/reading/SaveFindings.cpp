@@ -40,10 +40,11 @@ void SaveFindings::Tell(bool isRowWhole, Findings& findings) const {
 }
 
 void SaveFindings::TellUnfinished(Findings& findings) const {
+    auto settings = m_lastSteps.begin();  // in the order of the file, as the others are
     for (const Section* section : m_unfinished) {
-        const bool isLastStep = std::any_of(m_lastSteps.begin(), m_lastSteps.end(), [&](const Section* settings) {
-            return settings->offset == section->End();
-        });
+        settings = std::find_if(settings, m_lastSteps.end(),
+                                [&](const Section* each) { return each->offset >= section->End(); });
+        const bool isLastStep = settings != m_lastSteps.end() && (*settings)->offset == section->End();
         findings.Add(Kind("C-UNFINISHED"), {std::string(kUnfinishedName), section->offset},
                      isLastStep
                          ? fmt::format("a save was interrupted before this section became {}", kCommonSectionName)

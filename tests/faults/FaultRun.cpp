@@ -79,7 +79,7 @@ FaultResult FaultMachine::Run(const std::vector<std::string>& command, const Fau
     ::chmod(m_report.c_str(), 0666);
     const pid_t child = ::vfork();
     if (child == 0) {
-        ::alarm(30);
+        ::alarm(60);
         if (m_isUnprivileged) {  // of this process alone, whose memory is its parent's
             ::syscall(SYS_setgroups, 0, nullptr);
             ::syscall(SYS_setresgid, kNobody, kNobody, kNobody);

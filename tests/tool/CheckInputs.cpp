@@ -146,7 +146,7 @@ const Case kTails[] = {
     {MakeSection("DCM_nished", 1, "") + MakeSection("STMDECODERINFO", 1, kText), "C-LATER-SAVES C-UNFINISHED"},
     {MakeSection("DEVID", 2, ""), "C-OTHER-VERSION"},
     {MakeSection("TRACE", 2, "") + MakeSection("TRACE", 2, ""), "C-REPEATED"},
-    {MakeSection("DEVID", Retired(1), ""), "C-RETIRED"},
+    {MakeSection("DEVID", Zu::Wep::Trace::Retired(1), ""), "C-RETIRED"},
 };
 
 const Case kCaptures[] = {
