@@ -9,7 +9,7 @@
 
 #include "tests/faults/FaultTest.h"
 #include "tests/support/KillAtSyscall.h"
-#include "tests/tool/SectionList.h"
+#include "tests/support/SectionList.h"
 #include "trace/format/ObjectFileSection.h"
 #include "trace/format/StmSections.h"
 #include "trace/format/UnfinishedSection.h"
