@@ -4,8 +4,10 @@
 #include <fmt/format.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -19,9 +21,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void RemoveTree(const fs::path& path) {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
+/// Destructors call it: it throws nothing. What took the memory may have given it back a moment later.
+void RemoveTree(const fs::path& path) noexcept {
+    std::error_code error = std::make_error_code(std::errc::not_enough_memory);
+    for (int attempt = 0; attempt < 2 && error == std::errc::not_enough_memory; ++attempt) {
+        try {
+            fs::remove_all(path, error);
+        } catch (const std::bad_alloc&) {
+        }
+    }
 }
 
 fs::path MakeTemporary(ZU_WEP::PosixFile& lock) {
@@ -47,7 +55,12 @@ fs::path MakeTemporary(ZU_WEP::PosixFile& lock) {
     }
     lock = ZU_WEP::PosixFile::Open(made.c_str(), O_RDONLY | O_DIRECTORY);
     ZU_WEP::LockTemporary(lock);
-    return made;
+    try {
+        return made;
+    } catch (...) {
+        ::rmdir(made.c_str());
+        throw;
+    }
 }
 
 fs::path MakeKept(const fs::path& directory) {

@@ -315,7 +315,7 @@ TEST_F(ContainerCommandsTest, AnOutputIsNeverAnInputAndNeverHalf) {
     const std::string zeros = File("zeros.tdf"), made = File("made.tdf");
     WriteWhole(zeros, full + MakeSection("HOST", 1, std::string(1 << 20, '\0')));
     Limited(RLIMIT_FSIZE, 1 << 19, [&] {
-        for (const auto& [arguments, named] : {std::pair("recover --plan " + zeros, zeros),
+        for (const auto& [arguments, named] : {std::pair("recover --plan " + zeros, Temporary().string()),
                                                {"recover " + zeros + " -o " + made, made},
                                                {"extract " + zeros + " HOST -o " + made, made}}) {
             const Result result = Run(arguments);
