@@ -56,7 +56,7 @@ fs::path MakeTemporary(ZU_WEP::PosixFile& lock) {
     lock = ZU_WEP::PosixFile::Open(made.c_str(), O_RDONLY | O_DIRECTORY);
     ZU_WEP::LockTemporary(lock);
     try {
-        return made;
+        return fs::path(made.c_str());  // which leaves the name for below
     } catch (...) {
         ::rmdir(made.c_str());
         throw;
