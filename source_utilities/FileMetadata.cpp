@@ -72,6 +72,7 @@ void FileMetadata::ReadAttributes(const PosixFile& file) {
     const auto names = ReadWhole(list);
     if (!names && errno != ENOTSUP) {
         m_unread.push_back({"extended attributes", errno == EBADF ? EACCES : errno});  // EBADF: one of O_PATH
+        m_knowsAcl = false;
     }
     for (std::size_t at = 0; names && at < names->size();) {
         const std::string name = names->c_str() + at;
@@ -83,6 +84,7 @@ void FileMetadata::ReadAttributes(const PosixFile& file) {
             m_attributes.emplace_back(name, std::move(*value));
         } else if (errno != ENODATA) {  // it is gone meanwhile
             m_unread.push_back({WhatIs(name), errno});
+            m_knowsAcl = m_knowsAcl && name != kAcl;
         }
     }
 }
@@ -92,7 +94,7 @@ bool FileMetadata::HasAcl() const {
                        [](const Attribute& attribute) { return attribute.first == kAcl; });
 }
 
-mode_t FileMetadata::ModeWithoutAcl() const { return HasAcl() ? GroupAsOthers(m_mode) : m_mode; }
+mode_t FileMetadata::ModeWithoutAcl() const { return HasAcl() || !m_knowsAcl ? GroupAsOthers(m_mode) : m_mode; }
 
 std::vector<FileMetadata::Loss> FileMetadata::GiveTo(const PosixFile& file, Part part, mode_t most) const {
     const bool isAll = part == Part::All;
@@ -111,7 +113,7 @@ std::vector<FileMetadata::Loss> FileMetadata::GiveTo(const PosixFile& file, Part
     const bool isOwned = ChangeOwner(file, own, owner, m_group);  // first, since it takes rights away (chown(2))
     const bool hasOwner = isOwned || given("owner", owner == own.st_uid);
     const bool hasGroup = isOwned || given("group", ChangeOwner(file, own, own.st_uid, m_group));
-    bool hasAcl = given(WhatIs(kAcl), RemoveAcl(file));
+    bool hasAcl = given(WhatIs(kAcl), RemoveAcl(file)) && m_knowsAcl;
     for (const auto& [name, value] : m_attributes) {
         if (name == kAcl) {
             hasAcl = given(WhatIs(name), hasGroup ? SetAttribute(file, name, value) : Refuse());

@@ -48,6 +48,7 @@ class FileMetadata {
     mode_t m_mode;
     std::vector<Attribute> m_attributes;
     std::vector<Loss> m_unread;
+    bool m_knowsAcl = true;  ///< whether it has one, and which
 };
 
 }  // namespace ZU_WEP

@@ -31,7 +31,7 @@ TemporaryFile::~TemporaryFile() {
 }
 
 bool TemporaryFile::Fill(std::string_view content) {
-    return m_file.WriteAt(0, {content}) && m_file.Sync() && m_file.Close();
+    return m_file.WriteAt(0, {content}) && m_file.Sync();
 }
 
 bool TemporaryFile::RenameTo(const std::string& target) {
@@ -39,6 +39,7 @@ bool TemporaryFile::RenameTo(const std::string& target) {
         return false;
     }
     m_exists = false;
+    m_file.Close();  // not before, since its lock goes with it; all of it was synced
     return true;
 }
 

@@ -21,9 +21,9 @@ class TemporaryFile {
 
     bool Exists() const { return m_exists; }
     const PosixFile& File() const { return m_file; }
-    /// Stores the content, synced, and closes the file.
+    /// Stores the content, synced.
     bool Fill(std::string_view content);
-    /// Takes the place of the file of that name, in the same directory.
+    /// Takes the place of the file of that name, in the same directory, and is closed and unlocked.
     bool RenameTo(const std::string& target);
 
   private:
