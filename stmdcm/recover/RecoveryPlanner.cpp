@@ -86,7 +86,9 @@ std::uint64_t RecoveryPlanner::Step(std::uint64_t offset) {
     const std::uint64_t next = std::min(NextFound(offset), split);
     const bool isNamed = section && IsPlausibleName(m_rules.NameOf(*section));
     if (fits && (isNamed || isSplit) && section->End() <= next && !TakesOrphan(*section, next)) {
-        Keep(*section);
+        if (!DropUnfinished(*section, section->End())) {  // what is dropped behind it would bring it next to a text
+            Keep(*section);
+        }
         return section->End();
     }
     if (isNamed && HasRoom(*section, next)) {

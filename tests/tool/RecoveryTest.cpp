@@ -265,6 +265,8 @@ TEST_F(RecoveryTest, TellsWhatIsWrongAndKeepsTheRest) {
         {"an unfinished save", head + rest + unfinished, head + rest, RemarkKind::Dropped},
         {"an unfinished save with a part of its text", head + device + unfinished + stating(text, 100),
          head + device + text, RemarkKind::Dropped},
+        {"an unfinished save with garbage before its text", head + device + list + std::string(40, '\xEE') + text,
+         head + device + text, RemarkKind::Dropped},
         {"a text that is not read", head + old + rest, head + old + rest, RemarkKind::Finding},
         {"a section missing", head + trace, head + trace, RemarkKind::Missing},
         {"no capture", "STM_ATB_Id = 12\n{\ntype=CPT\n}\n", head, RemarkKind::Identifier},

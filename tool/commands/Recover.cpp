@@ -120,8 +120,7 @@ class Recover final : public Command {
             "Keeps every section that can be found byte for byte, retired ones too, and tells what was dropped, where, "
             "and what is doubtful, such as sections within another one, which may have swallowed them. Ends with "
             "status 0 only when every section is whole, nothing was skipped, check finds no error in the result and "
-            "the "
-            "plug-in can load it; with status 3 otherwise.\n\nExample:\n"
+            "the plug-in can load it; with status 3 otherwise.\n\nExample:\n"
             "  stmdcm recover --plan full.tdf\n"
             "  stmdcm recover full.tdf -o recovered.tdf");
     }
