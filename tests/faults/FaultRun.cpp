@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -57,11 +58,13 @@ FaultMachine::FaultMachine() : m_report(m_root / "report") {
     }
     ::chmod(m_root.Path().c_str(), 0755);
     WriteWhole(m_report, std::string(sizeof(Report), '\0'));
+    const char* const counts = std::getenv("LLVM_PROFILE_FILE");
     m_environment = {std::string(kReportVariable) + "=" + m_report,
                      "HOME=" + m_root / "home",
                      "TMPDIR=" + m_root / "tmp",
                      "LD_PRELOAD=" STMDCM_SHIM,
                      "PATH=/usr/bin:/bin",
+                     std::string("LLVM_PROFILE_FILE=") + (counts != nullptr ? counts : ""),  // scripts/coverage
                      "ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0"};
 }
 
@@ -121,6 +124,7 @@ void FaultMachine::Reset(const Snapshot& files) const {
         WriteWhole(path, bytes);
         const timespec times[2] = {{1'700'000'100, 0}, {1'700'000'100, 0}};  // what is printed is the same each time
         ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+        ::setxattr(path.c_str(), "user.kept", "1", 1, 0);  // where the file system can
     }
     for (const char* name : {"work", "home", "tmp"}) {
         Give(m_root / name);

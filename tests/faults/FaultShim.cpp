@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -249,6 +250,12 @@ WRAP_RECORDED(kWrites, ftruncate64, (int fd, off64_t size), (fd, size), nullptr,
 WRAP(int, -1, kWrites, fallocate, (int fd, int mode, off_t at, off_t size), (fd, mode, at, size), nullptr, fd)
 WRAP(int, -1, kLooks, fchmod, (int fd, mode_t mode), (fd, mode), nullptr, fd)
 WRAP(int, -1, kLooks, fchown, (int fd, uid_t user, gid_t group), (fd, user, group), nullptr, fd)
+WRAP(ssize_t, -1, kLooks, flistxattr, (int fd, char* list, size_t size), (fd, list, size), nullptr, fd)
+WRAP(ssize_t, -1, kLooks, fgetxattr, (int fd, const char* name, void* value, size_t size), (fd, name, value, size),
+     nullptr, fd)
+WRAP(int, -1, kLooks, fsetxattr, (int fd, const char* name, const void* value, size_t size, int flags),
+     (fd, name, value, size, flags), nullptr, fd)
+WRAP(int, -1, kLooks, fremovexattr, (int fd, const char* name), (fd, name), nullptr, fd)
 WRAP_TRANSFER(kReads, read, (int fd, void* to, size_t size), (fd, to, size), (fd, to, Cut(size)))
 WRAP_TRANSFER(kReads, pread, (int fd, void* to, size_t size, off_t at), (fd, to, size, at), (fd, to, Cut(size), at))
 WRAP_TRANSFER(kReads, pread64, (int fd, void* to, size_t size, off64_t at), (fd, to, size, at), (fd, to, Cut(size), at))
@@ -300,7 +307,7 @@ extern "C" int fcntl(int fd, int command, ...) {
     va_start(list, command);
     void* argument = va_arg(list, void*);
     va_end(list);
-    g_isStarted = true;
+    g_isStarted = g_isStarted || command == F_GETFD;
     return real(fd, command, argument);
 }
 

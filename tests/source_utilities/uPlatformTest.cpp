@@ -5,9 +5,15 @@
 #include <tuple>
 
 #include "source_utilities/PosixFile.h"
+#include "source_utilities/source_utilities_error.h"
+#include "source_utilities/uDll.h"
+#include "source_utilities/uEnvironment.h"
 #include "source_utilities/uFile.h"
+#include "source_utilities/uLogSystem.h"
+#include "source_utilities/uLogger.h"
 #include "source_utilities/uMutex.h"
 #include "source_utilities/uProcess.h"
+#include "source_utilities/uString.h"
 #include "source_utilities/uTime.h"
 #include "tests/source_utilities/TempHome.h"
 #include "tests/support/KillAtSyscall.h"
@@ -121,6 +127,52 @@ TEST(uProcess, ChildOfAMissingProgramReturnsZero) {
     const auto child = static_cast<pid_t>(uProcess::InvokeProcess("/no such program", nullptr, false));
     if (getpid() != parent) _exit(child == 0 ? 42 : 1);
     EXPECT_EQ(stmdcm_test::WaitForChild(child), 42);
+}
+
+using SourceUtilities = TempHome;
+
+TEST_F(SourceUtilities, ANullArgumentIsNothing) {
+    std::string out = "kept";
+    char buffer[8] = "kept";
+    uFile file("f", nullptr);
+    uLogSystem system;
+    EXPECT_FALSE(file.Open() || uFile("", "r").Open() || uFile("f", "").Open());
+    EXPECT_FALSE(system.InitLog(nullptr, "LEVEL", nullptr, false) || system.InitLog("f", nullptr, nullptr, false) ||
+                 system.InitLogEx(nullptr, 1, nullptr) || system.LookupLogger(nullptr) != nullptr);
+    EXPECT_EQ(uDll::GetPlatformName(out, nullptr), std::string("kept"));
+    EXPECT_EQ(uDll::GetUniversalName(out, nullptr), std::string("kept"));
+    EXPECT_THROW(uEnvironment::GetVar(nullptr), source_utilities_error);
+    EXPECT_THROW(uEnvironment::SetVar(nullptr, ""), source_utilities_error);
+    EXPECT_THROW(uEnvironment::SetVar("NAME", nullptr), source_utilities_error);
+    EXPECT_EQ(uEnvironment::SetWorkingDirectory(nullptr), -1);
+    EXPECT_EQ(uEnvironment::MakeDirectory(nullptr), -1);
+    uEnvironment::ScopedDirectoryChanger(nullptr).Restore();
+    EXPECT_EQ(uProcess::InvokeProcess(nullptr, nullptr, false), 0U);
+    EXPECT_EQ(uProcess::LookupProcess(nullptr, 0), 0U);
+    for (const auto& [to, size, format] : {std::tuple(buffer + 8, 0, "%d"), {nullptr, 8, "%d"}, {buffer, 8, nullptr}}) {
+        EXPECT_EQ(uTime().FormatTime(to, size, format), nullptr);
+    }
+    EXPECT_EQ(buffer, std::string("kept"));
+    EXPECT_EQ(uTime::ReplaceString(buffer, 8, "", "x"), 0);
+    for (const int start : {-1, 5}) EXPECT_EQ(uTime::FindSubString(buffer, "", start), -1);
+    EXPECT_FALSE(uDll::hasExtension(nullptr));
+    std::vector<std::string> pieces;
+    EXPECT_EQ(uString::Split(pieces, "", ""), 0U);
+    EXPECT_EQ(uString::FromBool(false, out, false), std::string("false"));
+    const char* const none = nullptr;
+    uLogger logger("log.txt", true);
+    logger.SetFileName(nullptr, true);
+    logger.Clear();
+    EXPECT_EQ(logger.GetName(), std::string());
+    logger.SetFileName("log.txt", true);
+    logger.Log(none);
+    EXPECT_EQ(stmdcm_test::ReadWhole("log.txt"), "M      \n");
+    EXPECT_TRUE(system.InitLogEx("log.txt", 0, nullptr));
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    EXPECT_TRUE(file.Open(("/proc/self/fd/" + std::to_string(ends[0])).c_str(), "r+"));
+    EXPECT_EQ(file.GetSize(), 0U);  // of what has no places
+    EXPECT_TRUE(file.Open("log.txt", nullptr) && file.Open("log.txt", ""));
 }
 
 TEST(uMutex, BelongsToItsThreadUntilUnlockedAsOften) {
