@@ -30,9 +30,7 @@ TemporaryFile::~TemporaryFile() {
     }
 }
 
-bool TemporaryFile::Fill(std::string_view content) {
-    return m_file.WriteAt(0, {content}) && m_file.Sync();
-}
+bool TemporaryFile::Fill(std::string_view content) { return m_file.WriteAt(0, {content}) && m_file.Sync(); }
 
 bool TemporaryFile::RenameTo(const std::string& target) {
     if (::rename(m_path.c_str(), target.c_str()) != 0) {

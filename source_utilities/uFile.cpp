@@ -1,5 +1,7 @@
 #include "source_utilities/uFile.h"
 
+#include <stdio_ext.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <algorithm>
@@ -43,6 +45,11 @@ bool uFile::OpenStream(const char* mode) {
     Close();
     m_stream = OpenCloseOnExec(m_path.c_str(), mode);
     m_open = m_stream != nullptr;
+    if (m_open) {
+        ::__fsetlocking(m_stream, FSETLOCKING_BYCALLER);  // m_lock serves
+    }
+    struct stat info {};
+    m_isRegular = m_open && ::fstat(::fileno(m_stream), &info) == 0 && S_ISREG(info.st_mode);
     return m_open;
 }
 
@@ -108,6 +115,13 @@ int uFile::Printf(const char* format, ...) {
 
 bool uFile::Flush() {
     return WithStream([](std::FILE* stream) { return std::fflush(stream) == 0; });
+}
+
+bool uFile::WriteThrough(const void* data, std::size_t size) {
+    return WithStream([=](std::FILE* stream) {
+        const bool isTaken = std::fwrite(data, 1, size, stream) == size;
+        return std::fflush(stream) == 0 && isTaken;
+    });
 }
 
 bool uFile::SeekToBegin() {

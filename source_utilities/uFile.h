@@ -38,6 +38,8 @@ class uFile {
     bool ReadString(char* buffer, std::size_t size);
     int Printf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     bool Flush();
+    /// Writes and flushes.
+    bool WriteThrough(const void* data, std::size_t size);
 
     bool SeekToBegin();
     bool SeekToEnd();
@@ -55,6 +57,8 @@ class uFile {
     const char* GetPath() const { return m_path.c_str(); }
     const char* GetOpenMode() const { return m_openMode; }
     bool IsOpen() const { return m_open; }
+    /// Whether what is open is a regular file: writing one finds nobody gone at its other end.
+    bool IsRegular() const { return m_isRegular; }
 
   private:
     /// What `operation` makes of the stream, under the lock; a zero of that type when there is none.
@@ -63,6 +67,7 @@ class uFile {
     bool OpenStream(const char* mode);
 
     std::atomic<bool> m_open = false;
+    std::atomic<bool> m_isRegular = false;
     std::string m_path;
     const char* m_openMode = nullptr;
     std::FILE* m_stream = nullptr;

@@ -1,9 +1,11 @@
 #include "source_utilities/uLogger.h"
 
 #include <dlfcn.h>
+#include <sys/resource.h>
 
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "source_utilities/WriteSignalBlock.h"
 #include "source_utilities/uTime.h"
@@ -11,6 +13,12 @@
 namespace ZU_WEP {
 
 namespace {
+
+/// Past which a write raises SIGXFSZ.
+bool HasFileSizeLimit() {
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+}
 
 constexpr std::uint32_t lineBufferSize = 4096;
 constexpr char levelLetters[] = "MWFAE";
@@ -67,8 +75,7 @@ void uLogger::LogList(unsigned level, TIME_DATE when, const char* format, std::v
     std::size_t used = PutLevel(m_lineBuffer.get(), level);
     used = AppendStamp(used, when);
     used = AppendMessage(used, format, args);
-    EndLine(used);
-    WriteLine();
+    WriteLine(EndLine(used));
 }
 
 void uLogger::Log(const char* format, ...) {
@@ -81,12 +88,15 @@ void uLogger::Log(const char* format, ...) {
 void uLogger::LogTimeStamp() { Log(LogInformation, DATE_TIME_STAMP, "\n"); }
 
 std::size_t uLogger::AppendStamp(std::size_t used, TIME_DATE when) {
-    char* rest = m_lineBuffer.get() + used;
     uTime::GetLocal();
-    if (uTime().FormatTime(rest, static_cast<int>(m_bufferSize - used), StampFormat(when)) == nullptr) {
-        return used;
+    if (uTime::GetNumSnapshots() != m_stampSnapshot || when != m_stampKind) {
+        char text[32] = "";
+        uTime().FormatTime(text, sizeof text, StampFormat(when));
+        m_stamp = text;
+        m_stampKind = when;
+        m_stampSnapshot = uTime::GetNumSnapshots();
     }
-    return used + std::strlen(rest);
+    return used + m_stamp.copy(m_lineBuffer.get() + used, m_stamp.size());
 }
 
 std::size_t uLogger::AppendMessage(std::size_t used, const char* format, std::va_list args) {
@@ -96,10 +106,10 @@ std::size_t uLogger::AppendMessage(std::size_t used, const char* format, std::va
     char* rest = m_lineBuffer.get() + used;
     *rest = '\0';
     std::vsnprintf(rest, m_bufferSize - used - 1, format, args);  // Leaves room for the line feed.
-    return used + std::strlen(rest);
+    return used + std::strlen(rest);  // which counts no more than was written, as the result of the call may
 }
 
-void uLogger::EndLine(std::size_t used) {
+std::size_t uLogger::EndLine(std::size_t used) {
     char* line = m_lineBuffer.get();
     const char last = line[used - 1];
     if (last == '\n' || last == '\r') {
@@ -109,21 +119,23 @@ void uLogger::EndLine(std::size_t used) {
             --used;
         }
     }
-    line[used] = '\n';
-    line[used + 1] = '\0';
+    line[used++] = '\n';
+    return used;
 }
 
-void uLogger::WriteLine() {
+void uLogger::WriteLine(std::size_t size) {
     if (!m_fileOpen) {
         OpenFile();
     }
-    const WriteSignalBlock block;
-    m_file.WriteString(m_lineBuffer.get());
-    m_file.Flush();
+    std::optional<WriteSignalBlock> block;
+    if (m_logToStdio || !m_file.IsRegular() || HasFileSizeLimit()) {  // else no write raises a signal
+        block.emplace();
+    }
+    m_file.WriteThrough(m_lineBuffer.get(), size);
     if (!m_logToStdio) {
         return;
     }
-    std::fputs(m_lineBuffer.get(), stdout);
+    std::fwrite(m_lineBuffer.get(), 1, size, stdout);
     std::fflush(stdout);
 }
 

@@ -70,8 +70,8 @@ class uLogger {
         __attribute__((format(printf, 4, 0)));
     std::size_t AppendStamp(std::size_t used, TIME_DATE when);
     std::size_t AppendMessage(std::size_t used, const char* format, std::va_list args);
-    void EndLine(std::size_t used);
-    void WriteLine();
+    std::size_t EndLine(std::size_t used);
+    void WriteLine(std::size_t size);
 
     uFile m_file;
     std::string m_fileName;
@@ -85,6 +85,9 @@ class uLogger {
     std::uint32_t m_bufferSize;
     std::unique_ptr<char[]> m_lineBuffer;
     std::uint32_t m_levelMask = 31;
+    std::string m_stamp;  ///< of the last line, and what it was made of
+    TIME_DATE m_stampKind = NO_STAMP;
+    unsigned long m_stampSnapshot = 0;
 };
 
 }  // namespace ZU_WEP

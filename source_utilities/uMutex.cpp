@@ -4,34 +4,36 @@ namespace ZU_WEP {
 
 uMutex::~uMutex() { pthread_mutex_destroy(&m_mutex); }
 
+// Only the thread that holds the system mutex changes owner and count, and any other need only see that the owner is
+// not itself: the mutex orders all the rest.
 bool uMutex::Lock() {
-    // Read without the system mutex: only the thread that holds it can find itself here.
-    if (m_owner != pthread_self()) {
+    if (GetOwnerThreadHandle() != pthread_self()) {
         if (pthread_mutex_lock(&m_mutex) != 0) {
             return false;
         }
-        m_owner = pthread_self();
+        m_owner.store(pthread_self(), std::memory_order_relaxed);
     }
-    ++m_lockCount;
+    SetLockCount(LockCount() + 1);
     return true;
 }
 
 bool uMutex::Unlock() {
-    if (m_owner != pthread_self()) {
+    if (GetOwnerThreadHandle() != pthread_self()) {
         return false;
     }
-    if (m_lockCount < 1) {
+    if (LockCount() < 1) {
         return true;
     }
-    if (--m_lockCount == 0) {
-        m_owner = 0;
+    SetLockCount(LockCount() - 1);
+    if (LockCount() == 0) {
+        m_owner.store(0, std::memory_order_relaxed);
         pthread_mutex_unlock(&m_mutex);
     }
     return true;
 }
 
-bool uMutex::IsLocked() const { return m_lockCount > 0; }
+bool uMutex::IsLocked() const { return LockCount() > 0; }
 
-pthread_t uMutex::GetOwnerThreadHandle() const { return m_owner; }
+pthread_t uMutex::GetOwnerThreadHandle() const { return m_owner.load(std::memory_order_relaxed); }
 
 }  // namespace ZU_WEP

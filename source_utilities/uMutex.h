@@ -36,6 +36,9 @@ class uMutex {
     pthread_t GetOwnerThreadHandle() const;
 
   private:
+    std::int32_t LockCount() const { return m_lockCount.load(std::memory_order_relaxed); }
+    void SetLockCount(std::int32_t count) { m_lockCount.store(count, std::memory_order_relaxed); }
+
     pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<std::int32_t> m_lockCount{0};
     std::atomic<pthread_t> m_owner{0};

@@ -19,6 +19,8 @@ int uTime::m_wday = 0;
 int uTime::m_yday = 0;
 int uTime::m_milli = 0;
 int uTime::m_status = 0;
+std::time_t uTime::m_taken = -1;
+unsigned long uTime::m_snapshots = 0;
 
 namespace {
 
@@ -36,6 +38,13 @@ uTime::~uTime() = default;
 void uTime::GetLocal() {
     timeval now{};
     gettimeofday(&now, nullptr);
+    m_milli = static_cast<int>(now.tv_sec % 10000000 / 10000);  // Of the seconds: docs/log.md, "A line".
+    m_status = 0;
+    if (now.tv_sec == m_taken) {
+        return;  // to ask for the time zone is to look at its file, which costs as much as a log line
+    }
+    m_taken = now.tv_sec;
+    ++m_snapshots;
     std::tm local{};
     tzset();
     if (localtime_r(&now.tv_sec, &local) != nullptr) {
@@ -48,8 +57,6 @@ void uTime::GetLocal() {
         m_wday = local.tm_wday;
         m_yday = local.tm_yday;
     }
-    m_milli = static_cast<int>(now.tv_sec % 10000000 / 10000);  // Of the seconds: docs/log.md, "A line".
-    m_status = 0;
 }
 
 void uTime::ConvertTime(std::tm& out) {

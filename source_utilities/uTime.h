@@ -20,8 +20,11 @@ class uTime {
     bool operator<=(const uTime&) const { return true; }
     bool operator>=(const uTime&) const { return true; }
 
-    /// Takes the snapshot. The date stays as it was when the system can't convert it.
+    /// Takes the snapshot, to the second: within one it stays, so that a changed time zone is noticed in the next. The
+    /// date stays as it was when the system can't convert it.
     static void GetLocal();
+    /// How many there were: as long as this is the same, so is what FormatTime makes of one format.
+    static unsigned long GetNumSnapshots() { return m_snapshots; }
 
     static int GetYear() { return m_year; }
     /// 0 to 11.
@@ -57,6 +60,8 @@ class uTime {
     static int m_milli;
     /// 0 valid, 1 invalid, 2 unusable.
     static int m_status;
+    static std::time_t m_taken;
+    static unsigned long m_snapshots;
 };
 
 }  // namespace ZU_WEP

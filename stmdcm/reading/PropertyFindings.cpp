@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view kPackedStart = "{type";
 
-bool IsBlank(std::string_view line) { return line.find_first_not_of(kTrailingBlanks) == std::string_view::npos; }
+bool IsBlank(std::string_view line) { return StripBlanks(line).empty(); }
 
 }  // namespace
 

@@ -201,8 +201,8 @@ TEST_F(ObjectFilesTest, ALoadOpensTheCaptureOnceAndReadsEachHeaderOnce) {
             const auto load = [&] { return Load(path) && Number("STM_ATB_Id") == 7 ? 0 : 1; };
             EXPECT_EQ(stmdcm_test::WatchSyscalls(load, note), 0);
             EXPECT_EQ(opened, 1);
-            EXPECT_GE(read.size(), 60U);
-            EXPECT_LT(read.rbegin()->first, bytes.size());
+            EXPECT_GE(read.size(), 5U);
+            EXPECT_LE(read.size(), 10U);  // of 83 sections
             for (const auto& [offset, times] : read) {
                 EXPECT_LE(times, objectFiles == missing ? 2 : 1) << "offset " << offset;  // it may be another by now
             }

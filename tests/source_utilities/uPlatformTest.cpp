@@ -1,7 +1,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <future>
+#include <thread>
 #include <tuple>
 
 #include "source_utilities/PosixFile.h"
@@ -97,6 +99,17 @@ TEST(uTime, FormatsWithItsOwnTokensInTheRoomThereIs) {
             EXPECT_EQ(small.back(), '#') << size << format;
         }
     }
+}
+
+TEST(uTime, NoticesAnotherTimeZoneWithinASecond) {
+    for (const auto& [zone, difference] : {std::pair("UTC-3", 3), std::pair("UTC+5", -5)}) {
+        ::setenv("TZ", zone, 1);
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+        uTime::GetLocal();
+        const std::time_t now = std::time(nullptr) + difference * 3600;
+        EXPECT_EQ(uTime::GetHour(), std::gmtime(&now)->tm_hour);
+    }
+    ::unsetenv("TZ");
 }
 
 TEST(uTime, TakesMillisecondsFromTheSeconds) {

@@ -51,7 +51,7 @@ inline std::int32_t WrittenValue(std::uint32_t value) { return static_cast<std::
 template <class Owner>
 void StoreField(Owner& owner, std::span<const BlockField<Owner>> fields, const KeyLine& keyLine, const BlockLines& in,
                 bool isInFormula = false) {
-    BlockKey told{keyLine.key, keyLine.value, keyLine.key == "type" ? KeyUse::Type : KeyUse::Unknown, {}, isInFormula};
+    BlockKey told{keyLine.key, keyLine.value, KeyUse::Unknown, {}, isInFormula};
     const auto field = std::find_if(fields.begin(), fields.end(),
                                     [&](const BlockField<Owner>& each) { return each.key == keyLine.key; });
     if (field != fields.end()) {
@@ -62,6 +62,8 @@ void StoreField(Owner& owner, std::span<const BlockField<Owner>> fields, const K
                 told.shape = ShapeOf(&(owner.*member));
             },
             field->member);
+    } else if (keyLine.key == "type") {
+        told.use = KeyUse::Type;
     }
     in.Tell(&TextReporter::OnKey, told);
 }

@@ -57,6 +57,7 @@ class BlockLines {
     }
 
   private:
+    void FindZero(std::size_t end);
     void MoveStream();
     void EndStream(std::ios_base::iostate state);
 
@@ -65,6 +66,7 @@ class BlockLines {
     UsecaseKind m_kind;
     const BlockText* m_text;
     std::string_view m_rest;
+    std::size_t m_free = 0;  ///< how much of it is known to hold no zero byte
     TextReporter* m_reporter = nullptr;
     std::istringstream* m_in = nullptr;
     std::size_t m_moved = 0;  ///< how much of the text was left when the stream was moved last

@@ -37,23 +37,4 @@ int SearchForNextBlock(std::string_view line, BlockLines& in) {
     return 1;
 }
 
-int SplitKeyLine(std::string_view line, KeyLine& out) {
-    if (line.size() > kMaxBlockLine) {
-        return -1;
-    }
-    const std::size_t equals = line.find('=');
-    if (equals == std::string_view::npos) {
-        return 1;
-    }
-    out = {line.substr(0, equals), line.substr(equals + 1)};
-    return 0;
-}
-
-LineResult ToLineResult(int result) {
-    if (result == 0) {
-        return LineResult::Next;
-    }
-    return result > 0 ? LineResult::NoEquals : LineResult::TooLong;
-}
-
 }  // namespace Zu::Wep::Trace

@@ -2,6 +2,7 @@
 
 // Reads use-case blocks (docs/use-case-blocks.md) out of lines.
 
+#include <algorithm>
 #include <cstddef>
 #include <sstream>
 #include <string_view>
@@ -15,12 +16,19 @@ inline constexpr std::string_view kBlockOpen = "{";
 inline constexpr std::string_view kBlockClose = "}";
 inline constexpr std::string_view kFormulaOpen = "/$";
 inline constexpr std::string_view kFormulaClose = "$/";
-/// What no reader of blocks sees at the end of a line.
-inline constexpr char kTrailingBlanks[] = " \t\r\n";
+
+/// A line without what no reader of blocks sees at its end.
+inline std::string_view StripBlanks(std::string_view line) {
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!line.empty() && isBlank(line.back())) {
+        line.remove_suffix(1);
+    }
+    return line;
+}
 
 /// The text of a line as the readers of blocks take it: without what is blank at its end, and up to a zero byte.
 inline std::string_view StripBlockLine(std::string_view line) {
-    line = line.substr(0, line.find_last_not_of(kTrailingBlanks) + 1);
+    line = StripBlanks(line);
     return line.substr(0, line.find('\0'));
 }
 
@@ -39,13 +47,26 @@ struct KeyLine {
 };
 
 /// Returns 0 split, 1 no "=" in the line, -1 line too long; `out` is only set for 0.
-int SplitKeyLine(std::string_view line, KeyLine& out);
+inline int SplitKeyLine(std::string_view line, KeyLine& out) {
+    if (line.size() > kMaxBlockLine) {
+        return -1;
+    }
+    const auto equals = std::find(line.begin(), line.end(), '=');  // keys are too short for a call of memchr to pay
+    if (equals == line.end()) {
+        return 1;
+    }
+    const auto size = static_cast<std::size_t>(equals - line.begin());
+    out = {line.substr(0, size), line.substr(size + 1)};
+    return 0;
+}
 
 /// What becomes of a block behind one of its lines.
 enum class LineResult { Next, BlockDone, NoEquals, TooLong };
 
 /// The same for what the readers of lines return: 0 handled, 1 no "=", -1 too long.
-LineResult ToLineResult(int result);
+inline LineResult ToLineResult(int result) {
+    return result == 0 ? LineResult::Next : result > 0 ? LineResult::NoEquals : LineResult::TooLong;
+}
 
 /// Reads one block. `accepts(firstLine)` tells whether the block is of the reader's kind, `process(line)` handles every
 /// line between the braces, reads on as it needs, with `line` the last that it read, and returns a `LineResult`.

@@ -12,8 +12,7 @@ namespace {
 std::string_view CutToLine(std::string_view value, std::string_view key, BlockWriteReporter& reporter) {
     const std::size_t room = kMaxWrittenLine - key.size() - std::string_view("=\n").size();
     if (value.size() > room) {
-        value = value.substr(0, room);
-        value = value.substr(0, value.find_last_not_of(kTrailingBlanks) + 1);
+        value = StripBlanks(value.substr(0, room));
         reporter.OnValueCut(key, value.size());
     }
     return value;

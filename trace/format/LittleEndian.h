@@ -2,8 +2,10 @@
 
 // Where integers meet bytes: little-endian, whatever the machine's own order is.
 
+#include <bit>
 #include <concepts>
 #include <cstddef>
+#include <cstring>
 #include <type_traits>
 
 namespace Zu::Wep::Trace {
@@ -20,9 +22,13 @@ constexpr void StoreLittleEndian(T value, char* out) {
 
 /// Reads sizeof(T) bytes at `in`.
 template <std::integral T>
-constexpr T LoadLittleEndian(const char* in) {
+T LoadLittleEndian(const char* in) {
     using Unsigned = std::make_unsigned_t<T>;
     Unsigned value = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&value, in, sizeof value);  // the loop below is no single load to every compiler
+        return static_cast<T>(value);
+    }
     for (std::size_t i = sizeof(T); i-- > 0;) {
         value = static_cast<Unsigned>(static_cast<Unsigned>(value << 8) | static_cast<unsigned char>(in[i]));
     }

@@ -1,7 +1,5 @@
 #include "trace/format/SectionLayout.h"
 
-#include "trace/format/LittleEndian.h"
-
 namespace Zu::Wep::Trace {
 
 namespace {
@@ -13,12 +11,6 @@ std::string EncodeField(std::uint32_t value) {
 }
 
 }  // namespace
-
-SectionHeader DecodeSectionHeader(const char* bytes) {
-    return {DecodeSectionLength(bytes + SectionHeader::kLengthOffset),
-            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::kVersionOffset),
-            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::kNameLengthOffset)};
-}
 
 std::string EncodeSectionHeader(const SectionHeader& header) {
     std::string bytes(SectionHeader::kSize, '\0');

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "trace/format/LittleEndian.h"
+
 namespace Zu::Wep::Trace {
 
 inline constexpr std::string_view kTDFIdentifier = "TDF2";
@@ -39,7 +41,11 @@ struct SectionKey {
 };
 
 /// Reads the `SectionHeader::kSize` bytes at `bytes`.
-SectionHeader DecodeSectionHeader(const char* bytes);
+inline SectionHeader DecodeSectionHeader(const char* bytes) {
+    return {LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::kLengthOffset),
+            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::kVersionOffset),
+            LoadLittleEndian<std::uint32_t>(bytes + SectionHeader::kNameLengthOffset)};
+}
 
 /// The bytes of a header.
 std::string EncodeSectionHeader(const SectionHeader& header);

@@ -1,8 +1,6 @@
 #include "trace/format/SectionScanner.h"
 
 #include <algorithm>
-#include <array>
-#include <string_view>
 
 namespace Zu::Wep::Trace {
 
@@ -11,71 +9,78 @@ namespace {
 /// Read at once for each section: the header with all but the longest names.
 constexpr std::size_t kBlockSize = 64;
 
-}  // namespace
-
-bool SectionInfo::Has(const SectionKey& key) const {
-    return reachable && version == key.version && std::string_view(name.c_str()) == key.name;
+bool IsFoundBy(const SectionKey& key, std::uint32_t version, std::string_view name) {
+    return version == key.version && name.substr(0, name.find('\0')) == key.name;
 }
 
+}  // namespace
+
+bool SectionInfo::Has(const SectionKey& key) const { return reachable && IsFoundBy(key, version, name); }
+
 bool SectionScanner::Next(SectionInfo& info) {
-    if (m_ended || !ReadSectionAtOffset(info)) {
+    if (m_ended || !ReadHeader()) {
         return false;
     }
-    const std::uint64_t next = m_offset + info.length;
-    // The section itself may be the one that is searched for, so the walk ends behind it.
+    Describe(info);
+    GoOn();
+    return true;
+}
+
+bool SectionScanner::Find(std::span<const SectionKey> wanted, SectionInfo& info) {
+    bool isFound = false;
+    while (!isFound && !m_ended && ReadHeader()) {
+        isFound = m_stop == ScanStop::None && std::any_of(wanted.begin(), wanted.end(), [this](const SectionKey& key) {
+                      return IsFoundBy(key, m_header.version, m_name);
+                  });
+        if (isFound) {
+            Describe(info);
+        }
+        GoOn();
+    }
+    return isFound;
+}
+
+bool SectionScanner::ReadHeader() {
+    auto bytes = m_window.At(m_offset, kBlockSize);
+    if (!bytes || bytes->size() < SectionHeader::kSize) {
+        return End(!bytes ? ScanStop::ReadError : bytes->empty() ? ScanStop::EndOfFile : ScanStop::TornHeader);
+    }
+    m_header = DecodeSectionHeader(bytes->data());
+    if ((m_header.length > kMaxSectionLength && !PassLimit(ScanStop::LengthOverLimit)) ||
+        (m_header.nameLength > kMaxNameLength && !PassLimit(ScanStop::NameOverLimit))) {
+        return false;
+    }
+    const std::size_t size = SectionHeader::kSize + std::min(m_header.nameLength, kMaxNameLength);
+    if (bytes->size() < size) {
+        bytes = m_window.At(m_offset, size);
+        if (!bytes || bytes->size() < size) {
+            return End(bytes ? ScanStop::TornHeader : ScanStop::ReadError);
+        }
+    }
+    m_name = bytes->substr(SectionHeader::kSize, size - SectionHeader::kSize);
+    return true;
+}
+
+void SectionScanner::Describe(SectionInfo& info) const {
+    info.offset = m_offset;
+    info.length = m_header.length;
+    info.version = m_header.version;
+    info.name = m_name;
+    info.payloadOffset = m_offset + SectionHeader::kSize + m_header.nameLength;
+    // Wraps around for a length below the header: a reader takes the rest of the file then (docs/tdf.md).
+    info.payloadLength = m_header.length - static_cast<std::uint32_t>(SectionHeader::kSize) - m_header.nameLength;
+    info.reachable = m_stop == ScanStop::None;
+}
+
+/// The section itself may be the one that is searched for, so the walk ends behind it.
+void SectionScanner::GoOn() {
+    const std::uint64_t next = m_offset + m_header.length;
     if (next == m_offset) {
         End(ScanStop::NoProgress);
     } else if (next > kMaxFileSize) {
         End(ScanStop::Wrap);
     }
     m_offset = next;
-    return true;
-}
-
-bool SectionScanner::Find(const char* name, std::uint32_t version, SectionInfo& info) {
-    const SectionKey wanted{name != nullptr ? name : "", version};
-    while (Next(info)) {
-        if (info.Has(wanted)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool SectionScanner::ReadSectionAtOffset(SectionInfo& info) {
-    std::array<char, kBlockSize> block;
-    const auto count = m_source.ReadAt(m_offset, block.data(), block.size());
-    if (!count || *count < SectionHeader::kSize) {
-        return End(!count ? ScanStop::ReadError : *count == 0 ? ScanStop::EndOfFile : ScanStop::TornHeader);
-    }
-    const SectionHeader header = DecodeSectionHeader(block.data());
-    if ((header.length > kMaxSectionLength && !PassLimit(ScanStop::LengthOverLimit)) ||
-        (header.nameLength > kMaxNameLength && !PassLimit(ScanStop::NameOverLimit))) {
-        return false;
-    }
-    info.name.resize(std::min(header.nameLength, kMaxNameLength));
-    const std::size_t known = std::min(info.name.size(), *count - SectionHeader::kSize);
-    info.name.replace(0, known, block.data() + SectionHeader::kSize, known);
-    if (!ReadNameBehind(known, info.name)) {
-        return false;
-    }
-    info.offset = m_offset;
-    info.length = header.length;
-    info.version = header.version;
-    info.payloadOffset = m_offset + SectionHeader::kSize + header.nameLength;
-    // Wraps around for a length below the header: a reader takes the rest of the file then (docs/tdf.md).
-    info.payloadLength = header.length - static_cast<std::uint32_t>(SectionHeader::kSize) - header.nameLength;
-    info.reachable = m_stop == ScanStop::None;
-    return true;
-}
-
-bool SectionScanner::ReadNameBehind(std::size_t known, std::string& name) {
-    if (known == name.size()) {
-        return true;
-    }
-    const std::size_t rest = name.size() - known;
-    const auto count = m_source.ReadAt(m_offset + SectionHeader::kSize + known, name.data() + known, rest);
-    return (count && *count == rest) || End(count ? ScanStop::TornHeader : ScanStop::ReadError);
 }
 
 void SectionScanner::NoteStop(ScanStop stop) {

@@ -4,10 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
+#include <string_view>
 
 #include "trace/format/SectionLayout.h"
-#include "trace/format/SectionSource.h"
+#include "trace/format/SectionWindow.h"
 
 namespace Zu::Wep::Trace {
 
@@ -47,13 +49,14 @@ class SectionScanner {
     /// Borrows the source. `offset` is that of the first section.
     explicit SectionScanner(SectionSource& source, std::uint64_t offset = kFirstSectionOffset,
                             Reach reach = Reach::AsSearch)
-        : m_source(source), m_reach(reach), m_offset(offset) {}
+        : m_window(source), m_reach(reach), m_offset(offset) {}
 
     /// Gives the next section; false at the end of the walk, with `info` unspecified.
     bool Next(SectionInfo& info);
 
-    /// Goes on to the first section that a search for name and version finds; false when there is none.
-    bool Find(const char* name, std::uint32_t version, SectionInfo& info);
+    /// Goes on to the next section that a search for one of the keys finds, if it finds none before; false when there
+    /// is none.
+    bool Find(std::span<const SectionKey> wanted, SectionInfo& info);
 
     /// Why and where a search ends: `None` until the walk has met that place. The offset is that of the section that
     /// can't be read or passed; for `EndOfFile` it is the stated end of the last section.
@@ -61,15 +64,18 @@ class SectionScanner {
     std::uint64_t StopOffset() const { return m_stopOffset; }
 
   private:
-    bool ReadSectionAtOffset(SectionInfo& info);
-    bool ReadNameBehind(std::size_t known, std::string& name);
+    bool ReadHeader();
+    void Describe(SectionInfo& info) const;
+    void GoOn();
     void NoteStop(ScanStop stop);
     bool PassLimit(ScanStop stop);
     bool End(ScanStop stop);
 
-    SectionSource& m_source;
+    SectionWindow m_window;
     Reach m_reach;
-    std::uint64_t m_offset;  ///< of the section that Next gives
+    std::uint64_t m_offset;  ///< of the section that is read next
+    SectionHeader m_header;  ///< of that section, once it is read
+    std::string_view m_name;
     bool m_ended = false;
     ScanStop m_stop = ScanStop::None;
     std::uint64_t m_stopOffset = 0;

@@ -36,7 +36,7 @@ PropertyLine SplitPropertyLine(std::string_view line) {
 }
 
 /// How much of a line counts when it is asked whether it is within its limit.
-std::size_t LengthToLimit(std::string_view line) { return line.find_last_not_of(kTrailingBlanks) + 1; }
+std::size_t LengthToLimit(std::string_view line) { return StripBlanks(line).size(); }
 
 void TellZeroByte(TextReporter* reporter, std::size_t number, std::string_view line) {
     if (reporter == nullptr) {

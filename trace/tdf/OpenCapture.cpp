@@ -24,11 +24,8 @@ auto StateOf(const struct stat& file) {
 
 }  // namespace
 
-OpenCapture::OpenCapture(const std::string& path, std::initializer_list<SectionKey> wanted) : m_path(path) {
-    for (const SectionKey& key : wanted) {
-        m_notes.push_back({key, std::nullopt});
-    }
-}
+OpenCapture::OpenCapture(const std::string& path, std::initializer_list<SectionKey> wanted)
+    : m_path(path), m_keys(wanted), m_notes(wanted.size()) {}
 
 bool OpenCapture::IsTDF() {
     if (!HasExtension(m_path.c_str(), kTDFExtension)) {
@@ -96,40 +93,40 @@ bool OpenCapture::IsUnchanged() const {
 }
 
 void OpenCapture::StartWalk() {
-    for (Note& note : m_notes) {
-        note.section.reset();
-    }
+    std::fill(m_notes.begin(), m_notes.end(), std::nullopt);
     m_scanner.emplace(m_source);
 }
 
-OpenCapture::Note& OpenCapture::NoteOf(const SectionKey& key) {
-    const auto note = std::find_if(m_notes.begin(), m_notes.end(), [&](const Note& n) { return n.key == key; });
-    if (note != m_notes.end()) {
-        return *note;
+std::size_t OpenCapture::IndexOf(const SectionKey& key) {
+    const auto known = std::find(m_keys.begin(), m_keys.end(), key);
+    const auto index = static_cast<std::size_t>(known - m_keys.begin());
+    if (known == m_keys.end()) {
+        m_keys.push_back(key);
+        m_notes.emplace_back();
+        StartWalk();
     }
-    StartWalk();
-    m_notes.push_back({key, std::nullopt});
-    return m_notes.back();
+    return index;
 }
 
 const SectionInfo& OpenCapture::Require(const SectionKey& key) {
     Refresh();
     ThrowUnless(m_file.IsOpen(), TDFError::kLoadFileName);
     ThrowUnless(m_hasIdentifier, TDFError::kFormat);
-    const Note& wanted = NoteOf(key);
+    const Note& wanted = m_notes[IndexOf(key)];
     const bool isOver = m_scanner->Stop() != ScanStop::None;
-    for (SectionInfo section; !wanted.section && m_scanner->Next(section);) {
-        const auto note =
-            std::find_if(m_notes.begin(), m_notes.end(), [&](const Note& n) { return section.Has(n.key); });
-        if (note != m_notes.end() && !note->section) {
-            note->section = section;
+    for (SectionInfo section; !wanted && m_scanner->Find(m_keys, section);) {
+        const auto met =
+            std::find_if(m_keys.begin(), m_keys.end(), [&](const SectionKey& k) { return section.Has(k); });
+        Note& note = m_notes[static_cast<std::size_t>(met - m_keys.begin())];
+        if (!note) {
+            note = section;
         }
     }
     if (!isOver && m_scanner->Stop() == ScanStop::ReadError) {
         TellFailure("can't be read");
     }
-    ThrowUnless(wanted.section.has_value(), TDFError::kSectionSizeNotFound);
-    return *wanted.section;
+    ThrowUnless(wanted.has_value(), TDFError::kSectionSizeNotFound);
+    return *wanted;
 }
 
 }  // namespace Zu::Wep::Trace

@@ -37,10 +37,7 @@ class OpenCapture {
     void HostWasCalled() { m_hostWasCalled = true; }
 
   private:
-    struct Note {
-        SectionKey key;
-        std::optional<SectionInfo> section;  ///< nothing until the walk has met it
-    };
+    using Note = std::optional<SectionInfo>;
 
     void Refresh();
     void Open();
@@ -48,7 +45,7 @@ class OpenCapture {
     void TellFailure(const char* what) const;
     bool IsUnchanged() const;
     void StartWalk();
-    Note& NoteOf(const SectionKey& key);
+    std::size_t IndexOf(const SectionKey& key);
     const SectionInfo& Require(const SectionKey& key);
 
     const std::string& m_path;
@@ -56,7 +53,8 @@ class OpenCapture {
     struct stat m_opened {};  ///< what the file was when it was opened
     bool m_hasIdentifier = false;
     bool m_hostWasCalled = false;
-    std::vector<Note> m_notes;
+    std::vector<SectionKey> m_keys;
+    std::vector<Note> m_notes;  ///< by key; nothing until the walk has met the section
     FileSectionSource m_source{m_file};
     std::optional<SectionScanner> m_scanner;  ///< stands behind the last section that was noted
 };

@@ -75,7 +75,8 @@ SectionInfo RequireSection(const PosixFile& file, const char* name, unsigned int
     FileSectionSource source(file);
     SectionScanner scanner(source);
     SectionInfo section;
-    if (!scanner.Find(name, version, section)) {
+    const SectionKey wanted = KeyOf(name, version);
+    if (!scanner.Find({&wanted, 1}, section)) {
         TDFError::Throw(notFoundText);
     }
     return section;

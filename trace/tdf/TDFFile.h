@@ -36,6 +36,9 @@ ZU_WEP::PosixFile OpenForUpdate(const char* path);
 /// Opens a file for reading and checks its identifier; throws.
 ZU_WEP::PosixFile OpenForReading(const char* path);
 
+/// A null name is the empty one.
+inline SectionKey KeyOf(const char* name, unsigned int version) { return {name != nullptr ? name : "", version}; }
+
 /// Finds a section; throws `notFoundText`.
 SectionInfo RequireSection(const ZU_WEP::PosixFile& file, const char* name, unsigned int version,
                            const std::string& notFoundText);

@@ -124,7 +124,8 @@ bool TDFHandler::SeekSectionData(std::FILE* stream, const char* name, unsigned i
     StreamSectionSource source(stream);
     SectionScanner scanner(source, static_cast<std::uint64_t>(position));
     SectionInfo section;
-    if (!scanner.Find(name, version, section) ||
+    const SectionKey wanted = KeyOf(name, version);
+    if (!scanner.Find({&wanted, 1}, section) ||
         ::fseeko(stream, static_cast<off_t>(section.payloadOffset), SEEK_SET) != 0) {
         return false;
     }

@@ -11,6 +11,8 @@ constexpr BlockField<FormulaInfo> kFormulaFieldTable[] = {
 };
 constexpr std::span<const BlockField<FormulaInfo>> kFormulaFields = kFormulaFieldTable;
 
+constexpr std::size_t kUsualCounters = 4;
+
 // The number in the three characters behind the first ":", or in the first three characters where there is none.
 std::uint32_t TagNumber(std::string_view formula) {
     const std::size_t colon = formula.find(':');
@@ -82,6 +84,9 @@ int UsecaseInfo::StoreKeyLine(std::string_view line, const BlockLines& in) {
     const int result = SplitKeyLine(line, keyLine);
     if (result == 0 && keyLine.key.starts_with('#')) {
         const auto number = static_cast<std::uint32_t>(BlockNumber(keyLine.key.substr(1)));
+        if (m_counters.empty()) {
+            m_counters.reserve(kUsualCounters);
+        }
         m_counters.push_back({number, std::string(keyLine.value)});
         in.Tell(&TextReporter::OnKey, BlockKey{keyLine.key, keyLine.value, KeyUse::Counter});
     } else if (result == 0) {
