@@ -14,7 +14,8 @@
 
 #include "bench/Ratios.h"
 #include "bench/ScratchCapture.h"
-#include "trace/format/SectionLayout.h"
+#include "source_utilities/PosixFile.h"
+#include "trace/format/SectionScanner.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace {
@@ -24,6 +25,14 @@ using namespace Zu::Wep::Trace;
 
 constexpr std::size_t kStartSize = SectionHeader::kSize + kFillerName.size();
 
+void ReadHeaders(const char* path) {
+    const ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path, O_RDONLY);
+    FileSectionSource source(file);
+    SectionScanner scanner(source);
+    for (SectionInfo section; scanner.Next(section);) {
+    }
+}
+
 const char* Capture(const CaptureShape& shape) {
     static std::map<std::pair<std::uint32_t, std::uint32_t>, std::unique_ptr<ScratchFile>> captures;
     auto& capture = captures[{shape.count, shape.payload}];
@@ -31,6 +40,7 @@ const char* Capture(const CaptureShape& shape) {
         capture = std::make_unique<ScratchFile>(".tdf");
         FillCapture(*capture, shape);
     }
+    ReadHeaders(capture->Path().c_str());  // what lay idle for a while may not be in memory any more
     return capture->Path().c_str();
 }
 

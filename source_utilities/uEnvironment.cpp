@@ -61,7 +61,8 @@ const char* uEnvironment::GetWorkingDirectory(std::string& dir) {
 int uEnvironment::SetWorkingDirectory(const char* path) { return path == nullptr ? -1 : chdir(path); }
 
 int uEnvironment::MakeDirectory(const char* path) {
-    if (path == nullptr) {
+    struct stat info {};
+    if (path == nullptr || ::stat(path, &info) == 0) {  // a manager asks for what is there a score of times
         return -1;
     }
     std::string rest = path;

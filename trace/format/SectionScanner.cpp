@@ -10,7 +10,8 @@ namespace {
 constexpr std::size_t kBlockSize = 64;
 
 bool IsFoundBy(const SectionKey& key, std::uint32_t version, std::string_view name) {
-    return version == key.version && name.substr(0, name.find('\0')) == key.name;
+    const std::size_t size = key.name.size();  // a zero byte ends a name
+    return version == key.version && name.starts_with(key.name) && (name.size() == size || name[size] == '\0');
 }
 
 }  // namespace
