@@ -7,13 +7,15 @@ namespace stmdcm {
 // A new command is a source in this folder, with its report in it, and here its name and its line.
 
 using CommandFactory = std::unique_ptr<Command>();
-CommandFactory MakeApply, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff, MakeExtract,
-    MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections, MakeSet, MakeShow;
+CommandFactory MakeApply, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff, MakeExplain,
+    MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections, MakeSet,
+    MakeShow;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", MakeShow},
     {"check", "Tell what the lenient readers pass over in silence", MakeCheck},
+    {"explain", "Tell why a property, use case or program image is what it is", MakeExplain},
     {"sections", "List the sections of a capture and how readers find them", MakeSections},
     {"extract", "Write the payload of one section of a capture", MakeExtract},
     {"recover", "Make a new capture of what can be found in a torn or broken one", MakeRecover},
