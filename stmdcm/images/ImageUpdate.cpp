@@ -81,7 +81,14 @@ std::string Encode(const std::vector<ImageAnswer>& answers, bool acceptChanged) 
     return payload;
 }
 
-/// Pins what is resolved; what is not keeps the pin that it has.
+void CountUnresolved(ImageList& list, bool acceptChanged) {
+    for (const ImageAnswer& answer : list.answers) {
+        list.unresolved += IsResolved(answer, acceptChanged) ? 0U : 1U;
+    }
+}
+
+}  // namespace
+
 std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged) {
     std::vector<Pin> pins;
     std::map<std::string, std::uint32_t> counts;
@@ -101,22 +108,6 @@ std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& exam
     }
     return pins;
 }
-
-std::string Encode(const std::vector<Pin>& pins) {
-    std::string payload;
-    for (const Pin& pin : pins) {
-        AppendPin(payload, pin);
-    }
-    return payload;
-}
-
-void CountUnresolved(ImageList& list, bool acceptChanged) {
-    for (const ImageAnswer& answer : list.answers) {
-        list.unresolved += IsResolved(answer, acceptChanged) ? 0U : 1U;
-    }
-}
-
-}  // namespace
 
 ImageList ListImages(const std::string& path, ImageFinder& finder) {
     ImageList list = MakeList(path, Recorded(Container(path)), finder);
@@ -145,7 +136,7 @@ ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool accept
             sections.push_back({kCommonSectionName, kCommonSectionVersion, std::move(updated)});
         }
         if (pins != recorded.pins.pins) {
-            sections.push_back({kPinSectionName, kPinSectionVersion, Encode(pins)});
+            sections.push_back({kPinSectionName, kPinSectionVersion, EncodePins(pins)});
         }
         list.hasChanges = !sections.empty();
         if (list.hasChanges) {

@@ -5,6 +5,7 @@
 
 #include "stmdcm/capture/ChangeMode.h"
 #include "stmdcm/images/ImageFinder.h"
+#include "stmdcm/pins/PinSection.h"
 
 namespace stmdcm {
 
@@ -25,6 +26,10 @@ struct ImageParts {
     bool places = true;  ///< paths and times
     bool pins = false;   ///< what each file is, docs/pins.md
 };
+
+/// The pins of the images that were found, or accepted, which get them; the others keep what pins they have. Throws
+/// Failure for an image that can't be read.
+std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged);
 
 /// How the images of a capture are, as far as `finder` finds them. Throws Failure.
 ImageList ListImages(const std::string& path, ImageFinder& finder);

@@ -23,13 +23,6 @@ namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{128} << 10;
 
-std::int64_t Nanoseconds(const timespec& time) {
-    constexpr std::int64_t kInASecond = 1'000'000'000;
-    // A time that no calendar holds wraps, which still tells it from others.
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.tv_sec) * kInASecond +
-                                     static_cast<std::uint64_t>(time.tv_nsec));
-}
-
 }  // namespace
 
 /// The file with that stamp, or none.
@@ -38,7 +31,6 @@ class ImageExaminer::OpenFile {
     OpenFile(const std::string& path, const Answer& answer)
         : m_path(path),
           m_file(ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY)),
-          m_size(answer.image.size),
           m_stamp(answer.stamp) {
         if (!m_file.IsOpen()) {
             Fail(path);
@@ -51,7 +43,7 @@ class ImageExaminer::OpenFile {
         ::posix_fadvise(Descriptor(), 0, 0, POSIX_FADV_SEQUENTIAL);
         Sha256 hash;
         const auto piece = std::make_unique<std::array<char, kPieceSize>>();
-        for (std::uint64_t done = 0; done < m_size;) {
+        for (std::uint64_t done = 0; done < m_stamp.size;) {
             const auto count = m_file.ReadAt(done, piece->data(), piece->size());
             if (!count) {
                 Fail(m_path);
@@ -62,7 +54,7 @@ class ImageExaminer::OpenFile {
                 break;
             }
             if (onHashed) {
-                onHashed(m_path, done, m_size);
+                onHashed(m_path, done, m_stamp.size);
             }
         }
         RequireUnchanged();
@@ -70,11 +62,7 @@ class ImageExaminer::OpenFile {
     }
 
     void RequireUnchanged() const {
-        struct stat info {};
-        if (::fstat(Descriptor(), &info) != 0) {
-            Fail(m_path);
-        }
-        if (StampOf(info) != m_stamp) {
+        if (FileStamp::Of(m_file, m_path) != m_stamp) {
             throw Failure(m_path, "the file was changed while it was read; please try again");
         }
     }
@@ -82,14 +70,8 @@ class ImageExaminer::OpenFile {
   private:
     const std::string& m_path;
     ZU_WEP::PosixFile m_file;
-    std::uint64_t m_size;
-    const Stamp& m_stamp;
+    const FileStamp& m_stamp;
 };
-
-ImageExaminer::Stamp ImageExaminer::StampOf(const struct stat& info) {
-    return {info.st_dev, info.st_ino, static_cast<std::uint64_t>(info.st_size), Nanoseconds(info.st_mtim),
-            Nanoseconds(info.st_ctim)};
-}
 
 std::shared_ptr<ImageExaminer::Answer> ImageExaminer::AnswerOf(const std::string& path) {
     struct stat info {};
@@ -100,10 +82,10 @@ std::shared_ptr<ImageExaminer::Answer> ImageExaminer::AnswerOf(const std::string
         throw Failure(path, "this is no regular file, so no program image");
     }
     const std::lock_guard lock(m_mutex);
-    auto& answer = m_answers[StampOf(info)];
+    auto& answer = m_answers[FileStamp(info)];
     if (!answer) {
         answer = std::make_shared<Answer>();
-        answer->stamp = StampOf(info);
+        answer->stamp = FileStamp(info);
         answer->image.size = static_cast<std::uint64_t>(info.st_size);
     }
     return answer;

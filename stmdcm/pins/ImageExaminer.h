@@ -1,15 +1,13 @@
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <tuple>
 
+#include "stmdcm/capture/FileStamp.h"
 #include "stmdcm/pins/ImageIdentity.h"
 
 namespace stmdcm {
@@ -31,12 +29,9 @@ class ImageExaminer {
     PinMatch Compare(const std::string& path, const ImageIdentity& pin);
 
   private:
-    /// Tells whether a file is still the one that was asked: device, inode, size, and the times of the last
-    /// modification and change, in nanoseconds.
-    using Stamp = std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::int64_t, std::int64_t>;
     class OpenFile;
     struct Answer {
-        Stamp stamp;
+        FileStamp stamp;
         std::mutex mutex;
         bool hasBuildId = false;
         ImageIdentity image;  ///< its hash is empty until it is asked for
@@ -45,11 +40,10 @@ class ImageExaminer {
     std::shared_ptr<Answer> AnswerOf(const std::string& path);
     static void AskBuildId(const std::string& path, Answer& answer);
     void AskHash(const std::string& path, Answer& answer) const;
-    static Stamp StampOf(const struct stat& info);
 
     OnHashed m_onHashed;
     std::mutex m_mutex;
-    std::map<Stamp, std::shared_ptr<Answer>> m_answers;
+    std::map<FileStamp, std::shared_ptr<Answer>> m_answers;
 };
 
 }  // namespace stmdcm

@@ -39,8 +39,6 @@ bool TakePin(std::string_view& rest, std::vector<Pin>& pins) {
     return true;
 }
 
-}  // namespace
-
 void AppendPin(std::string& payload, const Pin& pin) {
     payload.append(pin.name, 0, pin.name.find('\0'));
     payload += '\0';
@@ -51,6 +49,16 @@ void AppendPin(std::string& payload, const Pin& pin) {
     payload += pin.image.sha256;
     payload += static_cast<char>(static_cast<unsigned char>(pin.image.buildId.size()));
     payload += pin.image.buildId;
+}
+
+}  // namespace
+
+std::string EncodePins(const std::vector<Pin>& pins) {
+    std::string payload;
+    for (const Pin& pin : pins) {
+        AppendPin(payload, pin);
+    }
+    return payload;
 }
 
 bool ReadPins(std::string_view payload, std::vector<Pin>& pins) {

@@ -25,7 +25,7 @@ struct Pin {
     bool operator==(const Pin&) const = default;
 };
 
-void AppendPin(std::string& payload, const Pin& pin);
+std::string EncodePins(const std::vector<Pin>& pins);
 
 /// Adds the whole pins at the start of `payload`. False when they don't fill it.
 bool ReadPins(std::string_view payload, std::vector<Pin>& pins);

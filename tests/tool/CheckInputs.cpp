@@ -179,8 +179,7 @@ std::string AsCommon(const std::string& payload) {
 /// A capture with the object file "a" of this machine, and the pin of another one for it.
 std::string AsPinned(const std::string& path) {
     const std::string common = ObjectFileEntryBytes("a", path, 1);
-    std::string pins;
-    AppendPin(pins, {"a", 0, {1, std::string(kSha256Size, 'h'), "id"}});
+    const std::string pins = EncodePins({{"a", 0, {1, std::string(kSha256Size, 'h'), "id"}}});
     return AsCommon(common) + MakeSection(kPinSectionName, kPinSectionVersion, pins);
 }
 

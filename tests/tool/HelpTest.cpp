@@ -117,6 +117,8 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
         {"show $F", file},
         {"sections $F", file},
         {"explain $F STM_ATB_Id", file},
+        {"bundle $F -o ${F}2", file},
+        {"unbundle $F", file},
         {"recover $F -o ${F}2.tdf", file},
         {"set $F STM_ATB_Id=1", file},
         {"apply $F " + settings, file},

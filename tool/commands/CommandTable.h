@@ -7,9 +7,9 @@ namespace stmdcm {
 // A new command is a source in this folder, with its report in it, and here its name and its line.
 
 using CommandFactory = std::unique_ptr<Command>();
-CommandFactory MakeApply, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff, MakeExplain,
-    MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections, MakeSet,
-    MakeShow;
+CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,
+    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections,
+    MakeSet, MakeShow, MakeUnbundle;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
@@ -24,6 +24,8 @@ inline constexpr CommandEntry kCommands[] = {
     {"convert", "Turn a capture into settings text, or settings into a capture", MakeConvert},
     {"diff", "Compare the configurations of two captures or settings files", MakeDiff},
     {"objects", "Tell which program images are there, and record their new places", MakeObjects},
+    {"bundle", "Copy a capture and its program images, to decode it elsewhere", MakeBundle},
+    {"unbundle", "Put a bundle to work: verify it and map the images' places", MakeUnbundle},
     {"history", "List the earlier configurations that a capture holds", MakeHistory},
     {"restore", "Put an earlier configuration of a capture in force again", MakeRestore},
     {"live", "Load the configuration from the live target, show it and save it", MakeLive},
