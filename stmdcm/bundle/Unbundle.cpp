@@ -39,6 +39,9 @@ void RequireKind(const std::string& path, fs::file_type kind, const char* what) 
     if (status.type() == fs::file_type::not_found) {
         throw Failure(path, "this is missing, so the bundle is not whole");
     }
+    if (error) {
+        throw Failure(path, fmt::format("this can't be looked at: {}", ZU_WEP::ErrnoText(error.value())));
+    }
     if (status.type() != kind) {
         throw Failure(path, fmt::format("this is {}, and no {} of a bundle",
                                         status.type() == fs::file_type::symlink ? "a link" : "something else", what));
@@ -92,8 +95,8 @@ void VerifiedBundle::MapImages(ImageExaminer& examiner) {
             ++i;
         }
         if (i == m_images.size()) {
-            throw Failure(PathOf(kManifestFile), fmt::format("the capture has no program image {} at {}",
-                                                             Quoted(image.name), Shown(image.path)));
+            throw Failure(CapturePath(), fmt::format("it has no program image {} at {}, which {} tells",
+                                                     Quoted(image.name), Shown(image.path), kManifestFile));
         }
         isMapped[i] = true;
         Take(image, m_images[i], examiner);

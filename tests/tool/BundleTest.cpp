@@ -114,7 +114,7 @@ TEST_F(BundleTest, RefusesWhatIsNotWhatWasBundled) {
         {[&] { Edit(manifest, " run.tdf", " r%00.tdf"); }, "is no text"},
         {[&] { Edit(manifest, "capture ", "capture -"); }, "is no size"},
         {[&] { Edit(manifest, "capture ", "capture 9"); }, "another size or SHA-256"},
-        {[&] { Edit(manifest, "core0", "core9"); }, "the capture has no program image \"core9\""},
+        {[&] { Edit(manifest, "core0", "core9"); }, "it has no program image \"core9\""},
         {[&] { Edit(manifest, "end\n", "end\nend\n"); }, "something stands behind the end"},
         {[&] { Edit(manifest, "bundle 1", "bundle 2"); }, "does not begin with"},
         {[&] { Edit(a, "image", "imagE"); }, "another size or SHA-256"},

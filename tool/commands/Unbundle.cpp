@@ -86,7 +86,9 @@ class Unbundle final : public Command {
         const Configuration written =
             file.ReadBack([](const std::string& path) { return Read(Container(path)).configuration; });
         if (!Compare(wanted, written).empty()) {
-            throw Failure(file.Path(), "what was written does not load as the bundle's capture; nothing was kept");
+            throw Failure(file.Path(),
+                          fmt::format("what was written does not load as {}, and is not kept; was that changed?",
+                                      Shown(bundle.CapturePath())));
         }
     }
 

@@ -7,10 +7,10 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <system_error>
 
 #include "source_utilities/Temporaries.h"
 #include "stmdcm/capture/InterruptBlock.h"
+#include "stmdcm/capture/RemoveTree.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
@@ -23,11 +23,6 @@ using ZU_WEP::PosixFile;
 namespace {
 
 constexpr mode_t kNewDirectory = 0777;
-
-void RemoveTree(const fs::path& path) {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-}
 
 std::string WithoutLastSlash(std::string path) {
     path.erase(path.find_last_not_of('/') + 1);
@@ -65,7 +60,7 @@ OutputDirectory::OutputDirectory(const std::string& path) : m_path(WithoutLastSl
     m_parent = m_parent.empty() ? "." : m_parent;
     const InterruptBlock block;  // no interrupt comes between the directory and its guard
     Make();
-    m_guard.emplace(m_temporary);
+    m_guard.emplace(m_temporary.string());
 }
 
 OutputDirectory::~OutputDirectory() {
@@ -90,9 +85,10 @@ void OutputDirectory::Make() {
 
 void OutputDirectory::Add(const std::string& name, const std::string& input, const PosixFile* source,
                           const std::function<void(ByteSink&)>& write) {
-    const fs::path target = fs::path(m_temporary) / name;
+    const fs::path target = m_temporary / name;
     const std::uint64_t size = source != nullptr ? source->Size().value_or(0) : 0;
-    if (::mkdir(target.parent_path().c_str(), kNewDirectory) != 0 && errno != EEXIST) {
+    const std::string folder = target.parent_path().string();
+    if (folder != m_temporary && m_folders.insert(folder).second && ::mkdir(folder.c_str(), kNewDirectory) != 0) {
         Fail("a directory in it can't be made");
     }
     try {
@@ -106,11 +102,9 @@ void OutputDirectory::Add(const std::string& name, const std::string& input, con
 }
 
 void OutputDirectory::Commit() {
-    Sync(m_temporary);
-    for (const fs::directory_entry& entry : fs::directory_iterator(m_temporary)) {
-        if (entry.is_directory()) {
-            Sync(entry.path().string());
-        }
+    Sync(m_temporary.string());
+    for (const std::string& folder : m_folders) {
+        Sync(folder);
     }
     const InterruptBlock block;
     bool isDone = ::renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, m_path.c_str(), RENAME_NOREPLACE) == 0;
@@ -135,8 +129,9 @@ void OutputDirectory::Sync(const std::string& directory) const {
 
 /// The same failure of a file in the directory as that will be called.
 Failure OutputDirectory::Named(const Failure& failure) const {
-    const bool isInside = failure.File().starts_with(m_temporary);
-    return isInside ? failure.Renamed(m_path + failure.File().substr(m_temporary.size()), failure.Cause()) : failure;
+    const std::string temporary = m_temporary.string();
+    const bool isInside = failure.File().starts_with(temporary);
+    return isInside ? failure.Renamed(m_path + failure.File().substr(temporary.size()), failure.Cause()) : failure;
 }
 
 void OutputDirectory::Fail(const char* what) const {

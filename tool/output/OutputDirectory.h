@@ -1,7 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "source_utilities/PosixFile.h"
@@ -34,8 +36,9 @@ class OutputDirectory final : public BundleFolder {
 
     std::string m_path;
     std::string m_parent;
-    std::string m_temporary;   ///< empty once it has its name
-    ZU_WEP::PosixFile m_lock;  ///< open as long as the directory is temporary
+    std::filesystem::path m_temporary;  ///< empty once it has its name
+    std::set<std::string> m_folders;    ///< in it
+    ZU_WEP::PosixFile m_lock;           ///< open as long as the directory is temporary
     std::optional<InterruptGuard> m_guard;
 };
 
