@@ -106,9 +106,8 @@ void ImageFinder::HoldAgainstPin(ObjectFile& file) {
 std::vector<ImageAnswer> ImageFinder::Find(const std::vector<ObjectFile>& files) {
     m_doubts.clear();
     std::vector<ImageAnswer> answers;
-    for (const ObjectFile& file : files) {
-        answers.push_back(Map(file));
-    }
+    std::transform(files.begin(), files.end(), std::back_inserter(answers),
+                   [&](const ObjectFile& file) { return Map(file); });
     std::set<std::string> names;
     std::vector<PinnedImage> pinned;
     for (ImageAnswer& answer : answers) {
