@@ -14,7 +14,8 @@ namespace stmdcm {
 
 namespace fs = std::filesystem;
 
-FileSearch::FileSearch(const std::vector<std::string>& directories, const std::set<std::string>& names) {
+FileSearch::FileSearch(const std::vector<std::string>& directories, const std::set<std::string>& names, OnFile onFile)
+    : m_onFile(std::move(onFile)) {
     for (const std::string& name : names) {
         m_found[name];
     }
@@ -59,16 +60,33 @@ void FileSearch::LookAt(const fs::directory_entry& entry, std::vector<Path>& dir
         directories.push_back(entry.path());
         return;
     }
+    if (!fs::is_regular_file(status)) {
+        return;
+    }
+    const std::string path = entry.path().string();
     const auto wanted = m_found.find(entry.path().filename().string());
-    if (wanted != m_found.end() && fs::is_regular_file(status)) {
-        wanted->second.push_back(entry.path().string());
+    if (wanted != m_found.end()) {
+        wanted->second.push_back(path);
+    }
+    if (m_onFile) {
+        try {
+            m_onFile(path);
+        } catch (const Failure& failure) {
+            CountUnread(path, failure.Cause());
+        }
     }
 }
 
 void FileSearch::NoteUnread(const Path& path, const std::error_code& error) {
     const bool isGone = error == std::errc::no_such_file_or_directory;
-    if (error && !isGone && m_unread++ == 0) {
-        m_firstUnread = fmt::format("{}: {}", Shown(path.string()), ZU_WEP::ErrnoText(error.value()));
+    if (error && !isGone) {
+        CountUnread(path.string(), ZU_WEP::ErrnoText(error.value()));
+    }
+}
+
+void FileSearch::CountUnread(const std::string& place, const std::string& why) {
+    if (m_unread++ == 0) {
+        m_firstUnread = fmt::format("{}: {}", Shown(place), why);
     }
 }
 

@@ -1,11 +1,16 @@
 #include "stmdcm/images/ImageFinder.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <iterator>
 
+#include "stmdcm/Failure.h"
 #include "stmdcm/images/FileSearch.h"
+#include "stmdcm/reading/Findings.h"
+#include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
 
@@ -38,6 +43,40 @@ void Choose(const std::vector<std::string>& paths, ImageAnswer& answer) {
     }
 }
 
+/// An image that is searched by its pin; borrows the answer.
+class PinnedImage {
+  public:
+    explicit PinnedImage(ImageAnswer& answer) : m_answer(answer) {}
+
+    void HoldAgainst(const std::string& path, ImageExaminer& examiner) {
+        const PinMatch match = examiner.Compare(path, *m_answer.recorded.pin);
+        if (match == PinMatch::Same && (m_same.empty() || path < m_same)) {
+            m_same = path;
+        } else if (match == PinMatch::SameBuildId && path != m_answer.found.path) {
+            m_answer.candidates.push_back(path);
+        }
+    }
+
+    void Choose(std::vector<std::string>& doubts) {
+        if (!m_same.empty()) {
+            m_answer.found = At(m_answer.recorded, m_same);
+            m_answer.found.match = PinMatch::Same;
+            m_answer.how = ImageAnswer::How::Searched;
+            m_answer.candidates.clear();
+        }
+        std::sort(m_answer.candidates.begin(), m_answer.candidates.end());
+        for (const std::string& candidate : m_answer.candidates) {
+            doubts.push_back(
+                fmt::format("{} has the build-id of the image of {}, but another content, so it is not taken",
+                            Shown(candidate), Quoted(m_answer.recorded.name)));
+        }
+    }
+
+  private:
+    ImageAnswer& m_answer;
+    std::string m_same;
+};
+
 }  // namespace
 
 const char* ImageAnswer::HowName() const {
@@ -45,28 +84,57 @@ const char* ImageAnswer::HowName() const {
     return kNames[static_cast<std::size_t>(how)];
 }
 
-ImageAnswer ImageFinder::Map(const ObjectFile& file) const {
+ImageAnswer ImageFinder::Map(ObjectFile file) {
+    HoldAgainstPin(file);
     const auto path = MapPath(m_mappings, file.path);
-    return path ? ImageAnswer{file, At(file, *path), ImageAnswer::How::Mapped, {}} : ImageAnswer{file, file, {}, {}};
+    if (!path) {
+        return {file, file, {}, {}};
+    }
+    ImageAnswer answer{file, At(file, *path), ImageAnswer::How::Mapped, {}};
+    HoldAgainstPin(answer.found);
+    return answer;
+}
+
+void ImageFinder::HoldAgainstPin(ObjectFile& file) {
+    try {
+        file.HoldAgainstPin(m_examiner);
+    } catch (const Failure& failure) {
+        m_doubts.push_back(fmt::format("{} can't be held against its pin: {}", Shown(failure.File()), failure.Cause()));
+    }
 }
 
 std::vector<ImageAnswer> ImageFinder::Find(const std::vector<ObjectFile>& files) {
+    m_doubts.clear();
     std::vector<ImageAnswer> answers;
-    std::set<std::string> wanted;
-    for (const ObjectFile& file : files) {
-        answers.push_back(Map(file));
-        if (!answers.back().IsPresent() && !FileName(file).empty()) {
-            wanted.insert(FileName(file));
+    std::transform(files.begin(), files.end(), std::back_inserter(answers),
+                   [&](const ObjectFile& file) { return Map(file); });
+    std::set<std::string> names;
+    std::vector<PinnedImage> pinned;
+    for (ImageAnswer& answer : answers) {
+        if (!answer.IsPresent() && answer.recorded.pin) {
+            pinned.emplace_back(answer);
+        } else if (!answer.IsPresent() && !FileName(answer.recorded).empty()) {
+            names.insert(FileName(answer.recorded));
         }
     }
-    const FileSearch search(m_directories, wanted);
+    const auto hold = [&](const std::string& path) {
+        for (PinnedImage& image : pinned) {
+            image.HoldAgainst(path, m_examiner);
+        }
+    };
+    const FileSearch search(m_directories, names, pinned.empty() ? nullptr : FileSearch::OnFile(hold));
     for (ImageAnswer& answer : answers) {
-        if (!answer.IsPresent()) {
+        if (!answer.IsPresent() && !answer.recorded.pin) {
             Choose(search.Found(FileName(answer.recorded)), answer);
         }
     }
-    const bool isFound = std::all_of(answers.begin(), answers.end(), std::mem_fn(&ImageAnswer::IsPresent));
-    m_doubts = isFound ? std::vector<std::string>() : search.Doubts();
+    for (PinnedImage& image : pinned) {
+        image.Choose(m_doubts);
+    }
+    if (!std::all_of(answers.begin(), answers.end(), std::mem_fn(&ImageAnswer::IsPresent))) {
+        const std::vector<std::string> unsearched = search.Doubts();
+        m_doubts.insert(m_doubts.end(), unsearched.begin(), unsearched.end());
+    }
     return answers;
 }
 

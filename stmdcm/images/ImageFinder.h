@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "stmdcm/images/PathMapping.h"
+#include "stmdcm/pins/ImageExaminer.h"
 #include "stmdcm/reading/Configuration.h"
 
 namespace stmdcm {
@@ -20,28 +21,37 @@ struct ImageAnswer {
     std::vector<std::string> candidates;  ///< several that were found, none of which was chosen
 
     const char* HowName() const;
-    bool IsPresent() const { return found.DiskState() == ObjectFile::State::Present; }
+    bool IsPresent() const { return found.IsPresent(); }
 };
 
-/// Finds the program images of captures: by mappings, then by searching for the file's name. Of several files of that
-/// name the one with the recorded modification time is taken; where there is no such, or more than one, nobody guesses.
+/// Finds the program images of captures: by mappings, then by searching. One with a pin is searched by that, whatever
+/// the file is called; of several that are it the first by name is taken. One without a pin is searched by the file's
+/// name: of several the one with the recorded modification time is taken; where there is no such, or more than one,
+/// nobody guesses.
 class ImageFinder {
   public:
-    ImageFinder(std::vector<PathMapping> mappings, std::vector<std::string> directories)
-        : m_mappings(std::move(mappings)), m_directories(std::move(directories)) {}
+    ImageFinder(std::vector<PathMapping> mappings, std::vector<std::string> directories,
+                ImageExaminer::OnHashed onHashed = nullptr)
+        : m_mappings(std::move(mappings)), m_directories(std::move(directories)), m_examiner(std::move(onHashed)) {}
 
     /// Throws Failure for a directory that can't be searched.
     std::vector<ImageAnswer> Find(const std::vector<ObjectFile>& files);
 
-    /// Sentences, where not all of the last ones were found: what was not searched.
+    /// Sentences about the last ones: what could not be held against its pin, and where not all were found what was not
+    /// searched.
     const std::vector<std::string>& Doubts() const { return m_doubts; }
 
+    /// Which has asked the files about their pins.
+    ImageExaminer& Examiner() { return m_examiner; }
+
   private:
-    ImageAnswer Map(const ObjectFile& file) const;
+    ImageAnswer Map(ObjectFile file);
+    void HoldAgainstPin(ObjectFile& file);
 
     std::vector<PathMapping> m_mappings;
     std::vector<std::string> m_directories;
     std::vector<std::string> m_doubts;
+    ImageExaminer m_examiner;
 };
 
 }  // namespace stmdcm

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <map>
+
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
@@ -36,12 +38,27 @@ std::vector<std::string> NotLookedAt(const std::vector<ImageAnswer>& answers) {
     return NotLookedAt(places);
 }
 
-ImageList MakeList(const std::string& path, const std::string& payload, ImageFinder& finder) {
+/// What of a capture is about its images.
+struct Recorded {
+    std::string objectFiles;  ///< the payload
+    PinList pins;
+
+    explicit Recorded(const Container& capture) : objectFiles(ReadPayload(capture)), pins(PinList::Of(capture)) {}
+    bool operator==(const Recorded& other) const {
+        return objectFiles == other.objectFiles && pins.pins == other.pins.pins;
+    }
+};
+
+ImageList MakeList(const std::string& path, const Recorded& recorded, ImageFinder& finder) {
     std::vector<ObjectFile> files;
-    const bool isComplete = ParseObjectFiles(payload, files);
+    const bool isComplete = ParseObjectFiles(recorded.objectFiles, files);
+    AttachPins(recorded.pins, files);
     ImageList list{path, finder.Find(files), {}};
     if (!isComplete) {
         list.doubts.emplace_back("the list of program images ends within one; the whole ones before it count");
+    }
+    if (!recorded.pins.isComplete) {
+        list.doubts.emplace_back("the pins end within one; the whole ones before it count");
     }
     for (const std::vector<std::string>& more : {NotLookedAt(list.answers), finder.Doubts()}) {
         list.doubts.insert(list.doubts.end(), more.begin(), more.end());
@@ -50,8 +67,7 @@ ImageList MakeList(const std::string& path, const std::string& payload, ImageFin
 }
 
 bool IsResolved(const ImageAnswer& answer, bool acceptChanged) {
-    return answer.IsPresent() ||
-           (acceptChanged && answer.found.DiskState() == ObjectFile::State::Changed && answer.candidates.empty());
+    return answer.IsPresent() || (acceptChanged && answer.found.modified && answer.candidates.empty());
 }
 
 std::string Encode(const std::vector<ImageAnswer>& answers, bool acceptChanged) {
@@ -73,27 +89,58 @@ void CountUnresolved(ImageList& list, bool acceptChanged) {
 
 }  // namespace
 
+std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged) {
+    std::vector<Pin> pins;
+    std::map<std::string, std::uint32_t> counts;
+    for (ImageAnswer& answer : answers) {
+        const std::string& name = answer.recorded.name;
+        const std::uint32_t nth = counts[name]++;
+        if (IsResolved(answer, acceptChanged)) {
+            answer.found.pin = examiner.Identify(answer.found.path);
+            answer.found.match = PinMatch::Same;
+            pins.push_back({name, nth, *answer.found.pin});
+            if (answer.how == ImageAnswer::How::Recorded) {
+                answer.recorded = answer.found;
+            }
+        } else if (answer.recorded.pin) {
+            pins.push_back({name, nth, *answer.recorded.pin});
+        }
+    }
+    return pins;
+}
+
 ImageList ListImages(const std::string& path, ImageFinder& finder) {
-    ImageList list = MakeList(path, ReadPayload(Container(path)), finder);
+    ImageList list = MakeList(path, Recorded(Container(path)), finder);
     CountUnresolved(list, false);
     return list;
 }
 
-/// Searches before it holds the capture's lock, for a search may take as long as it likes; again, where another has
-/// changed the list meanwhile.
-ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged, ChangeMode mode) {
-    for (std::string payload = ReadPayload(Container(path));;) {
-        ImageList list = MakeList(path, payload, finder);
+/// Searches and hashes before it holds the capture's lock, for that may take as long as it likes; again, where another
+/// has changed what is recorded meanwhile.
+ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged, ChangeMode mode,
+                       ImageParts parts) {
+    for (Recorded recorded{Container(path)};;) {
+        ImageList list = MakeList(path, recorded, finder);
+        const std::vector<Pin> pins =
+            parts.pins ? MakePins(list.answers, finder.Examiner(), acceptChanged) : recorded.pins.pins;
         CaptureEditor editor(path, mode);
-        if (std::string now = ReadPayload(editor.Contents()); now != payload) {
-            payload = std::move(now);
+        if (Recorded now(editor.Contents()); now != recorded) {
+            recorded = std::move(now);
             continue;
         }
         CountUnresolved(list, acceptChanged);
+        std::vector<NewSection> sections;
         std::string updated = Encode(list.answers, acceptChanged);
-        list.hasChanges = !payload.starts_with(updated);  // What is behind the whole entries is no reason to write.
+        // What is behind the whole entries is no reason to write.
+        if (parts.places && !recorded.objectFiles.starts_with(updated)) {
+            sections.push_back({kCommonSectionName, kCommonSectionVersion, std::move(updated)});
+        }
+        if (pins != recorded.pins.pins) {
+            sections.push_back({kPinSectionName, kPinSectionVersion, EncodePins(pins)});
+        }
+        list.hasChanges = !sections.empty();
         if (list.hasChanges) {
-            list.isWritten = editor.Replace({{kCommonSectionName, kCommonSectionVersion, std::move(updated)}});
+            list.isWritten = editor.Replace(sections);
         }
         return list;
     }

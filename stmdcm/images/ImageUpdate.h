@@ -5,6 +5,7 @@
 
 #include "stmdcm/capture/ChangeMode.h"
 #include "stmdcm/images/ImageFinder.h"
+#include "stmdcm/pins/PinSection.h"
 
 namespace stmdcm {
 
@@ -16,17 +17,27 @@ struct ImageList {
     std::vector<ImageAnswer> answers;
     std::vector<std::string> doubts;  ///< sentences
     std::size_t unresolved = 0;       ///< images that are missing, or changed and not accepted
-    bool hasChanges = false;          ///< there are new places to record
+    bool hasChanges = false;          ///< there are new places or pins to record
     bool isWritten = false;
 };
+
+/// What of the images is recorded.
+struct ImageParts {
+    bool places = true;  ///< paths and times
+    bool pins = false;   ///< what each file is, docs/pins.md
+};
+
+/// The pins of the images that were found, or accepted, which get them; the others keep what pins they have. Throws
+/// Failure for an image that can't be read.
+std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged);
 
 /// How the images of a capture are, as far as `finder` finds them. Throws Failure.
 ImageList ListImages(const std::string& path, ImageFinder& finder);
 
-/// Records the paths of the images that were found as new object files of the capture, in place (CaptureEditor). An
-/// image with another modification time than the recorded one is not the one that was captured: it is only recorded
-/// when `acceptChanged`, with its own time. Others stay as they were recorded.
+/// Records the images that were found, in place (CaptureEditor). One that its pin tells to be another, or without a pin
+/// one with another modification time than the recorded one, is not the one that was captured: it is only recorded when
+/// `acceptChanged`, with its own time. Others stay as they were recorded, and pinned.
 ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool acceptChanged,
-                       ChangeMode mode = ChangeMode::Write);
+                       ChangeMode mode = ChangeMode::Write, ImageParts parts = {});
 
 }  // namespace stmdcm

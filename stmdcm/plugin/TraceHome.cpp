@@ -7,12 +7,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <new>
 #include <string>
 #include <system_error>
 
 #include "source_utilities/Temporaries.h"
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/RemoveTree.h"
 #include "trace/dcm/EnvironmentVariables.h"
 
 namespace stmdcm {
@@ -20,17 +20,6 @@ namespace stmdcm {
 namespace fs = std::filesystem;
 
 namespace {
-
-/// Destructors call it: it throws nothing. What took the memory may have given it back a moment later.
-void RemoveTree(const fs::path& path) noexcept {
-    std::error_code error = std::make_error_code(std::errc::not_enough_memory);
-    for (int attempt = 0; attempt < 2 && error == std::errc::not_enough_memory; ++attempt) {
-        try {
-            fs::remove_all(path, error);
-        } catch (const std::bad_alloc&) {
-        }
-    }
-}
 
 fs::path MakeTemporary(ZU_WEP::PosixFile& lock) {
     std::error_code error;

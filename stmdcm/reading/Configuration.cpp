@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "stmdcm/pins/ImageExaminer.h"
 #include "trace/dcm/ModificationTime.h"
 
 namespace stmdcm {
@@ -42,17 +43,30 @@ void ObjectFile::LookAtDisk() {
     modified = ModificationTime(path);
     const bool isGone = !modified && (errno == ENOENT || errno == ENOTDIR);
     diskError = modified || isGone ? 0 : errno;
+    match.reset();
+}
+
+void ObjectFile::HoldAgainstPin(ImageExaminer& examiner) {
+    if (pin && modified) {
+        match = examiner.Compare(path, *pin);
+    }
 }
 
 ObjectFile::State ObjectFile::DiskState() const {
     if (!modified) {
         return diskError == 0 ? State::Missing : State::Unknown;
     }
+    if (match) {
+        constexpr State kOfMatch[] = {State::Captured, State::OtherContent, State::OtherImage};
+        return kOfMatch[static_cast<std::size_t>(*match)];
+    }
     return *modified == recorded ? State::Present : State::Changed;
 }
 
 const char* ObjectFile::DiskStateName() const {
-    constexpr const char* kNames[] = {"same time, not proven", "changed", "missing", "unknown"};
+    constexpr const char* kNames[] = {
+        "same time, not proven",        "changed",      "missing", "unknown", "as captured",
+        "same build-id, other content", "another image"};
     return kNames[static_cast<std::size_t>(DiskState())];
 }
 

@@ -6,12 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "stmdcm/pins/ImageIdentity.h"
 #include "stmdcm/reading/Field.h"
 #include "trace/format/UsecaseKind.h"
 #include "trace/usecase/CTUsecaseInfoIF.h"
 #include "trace/usecase/UsecaseInfoIF.h"
 
 namespace stmdcm {
+
+class ImageExaminer;
 
 // A configuration as plain values. Each item lists its fields once, in `Visit` or `Walk`; reading, showing, JSON and
 // comparing all go through that list. `Key` says which item of another configuration is the same one.
@@ -147,16 +150,30 @@ void VisitFields(const Item& item, Visitor&& visit) {
 
 /// An object (program) file as recorded, and how it is now.
 struct ObjectFile {
-    enum class State { Present, Changed, Missing, Unknown };
+    enum class State {
+        Present,  ///< a file of the recorded time, as any may be
+        Changed,
+        Missing,
+        Unknown,
+        Captured,      ///< by its pin, whatever its time is
+        OtherContent,  ///< of the build-id of its pin, but not that image
+        OtherImage     ///< not that of its pin
+    };
 
     std::string name;  ///< of the CPU or application
     std::string path;
     std::int64_t recorded = 0;                  ///< modification time
     std::optional<std::int64_t> modified = {};  ///< of the file on disk, nothing where there is none
     int diskError = 0;                          ///< the `errno` that tells why it can't be looked at
+    std::optional<ImageIdentity> pin = {};      ///< the image that was captured, where the capture has it pinned
+    std::optional<PinMatch> match = {};         ///< what the file is to its pin; nothing: nobody has asked
 
-    /// Sets `modified` and `diskError`.
+    /// Sets `modified` and `diskError`, and forgets `match`.
     void LookAtDisk();
+    /// Sets `match`, where there is a pin and a file. Throws Failure for one that can't be read.
+    void HoldAgainstPin(ImageExaminer& examiner);
+    /// It is what was captured, as far as is known.
+    bool IsPresent() const { return DiskState() == State::Present || DiskState() == State::Captured; }
     State DiskState() const;
     const char* DiskStateName() const;
     std::string Key() const { return name; }

@@ -29,6 +29,7 @@ inline constexpr NextStep kSplit{"recover --split", Needs::WholeCapture};  ///< 
 inline constexpr NextStep kRestore{"restore", Needs::WholeCapture};
 inline constexpr NextStep kApply{"apply", Needs::Device};
 inline constexpr NextStep kMap{"objects --map", Needs::Configuration};
+inline constexpr NextStep kSearch{"objects --search", Needs::Configuration};
 inline constexpr NextStep kSet{"set", Needs::Configuration};
 
 /// One kind of finding. Identifiers are stable: scripts match them.
@@ -141,6 +142,10 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"O-TRUNCATED", Severity::Error, "An object file's entry runs past the payload."},
     {"O-MISSING", Severity::Warning, "An object file can't be opened on this machine.", &kMap},
     {"O-CHANGED", Severity::Warning, "An object file has another modification time than was recorded.", &kMap},
+    {"O-NOT-CAPTURED", Severity::Warning, "An object file is not the image that was captured, as its pin tells.",
+     &kSearch},
+    {"O-NOT-COMPARED", Severity::Warning, "An object file can't be held against its pin."},
+    {"O-PINS-TORN", Severity::Warning, "The pins of the object files end within one."},
     {"O-EMPTY-PATH", Severity::Warning, "An object file is recorded without a path."},
     {"O-DUPLICATE", Severity::Warning, "Two object files are recorded under one name."},
 };

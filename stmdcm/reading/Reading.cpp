@@ -64,7 +64,8 @@ bool ReadTextInto(std::string text, const LineLimits& limits, const Place& place
 /// Reads one file into its answer.
 class Reader {
   public:
-    explicit Reader(Reading& reading) : m_reading(reading), m_findings(reading.findings) {}
+    explicit Reader(Reading& reading, ImageExaminer* examiner = nullptr)
+        : m_reading(reading), m_findings(reading.findings), m_examiner(examiner) {}
 
     void ReadSettings(const CaptureFile& file) {
         m_reading.kind = ConfigurationKind::Settings;
@@ -101,14 +102,25 @@ class Reader {
         m_reading.hasDeviceText = device && !device->empty() && *device != kNoDeviceText;
         m_reading.hasSettings = stm.has_value();
         if (common) {
-            m_reading.configuration.objectFiles =
-                ReadObjectFiles(*common, PlaceOf(sections, Wanted::Common), m_findings);
+            m_reading.configuration.objectFiles = ReadObjectFiles(*common, PlaceOf(sections, Wanted::Common),
+                                                                  m_findings, ReadPins(container), m_examiner);
         }
         ReadTexts(sections, device, stm);
         m_reading.loads = m_reading.isLoaded = hasName && common && device && stm;
     }
 
   private:
+    PinList ReadPins(const Container& container) {
+        PinList pins = PinList::Of(container);
+        m_reading.pins = pins.pins.size();
+        if (!pins.isComplete) {
+            m_findings.Add(Kind("O-PINS-TORN"), {kPinSectionName, std::nullopt},
+                           fmt::format("the pins end within number {}", pins.pins.size() + 1),
+                           fmt::format("passed over; stmdcm takes the {} in front of it", pins.pins.size()));
+        }
+        return pins;
+    }
+
     /// DEVID first: STMDECODERINFO sets properties again.
     void ReadTexts(const ContainerCheck& sections, const std::optional<std::string>& device,
                    const std::optional<std::string>& stm) {
@@ -165,6 +177,7 @@ class Reader {
 
     Reading& m_reading;
     Findings& m_findings;
+    ImageExaminer* m_examiner;  ///< nullptr: the program images are not opened
 };
 
 /// Whether the finding is about a section that a reader reads.
@@ -253,7 +266,7 @@ Reading Read(const Container& capture) {
 
 namespace {
 
-Reading CheckAs(const std::string& path, std::optional<ConfigurationKind> forced) {
+Reading CheckAs(const std::string& path, std::optional<ConfigurationKind> forced, ImageExaminer* examiner) {
     Reading reading;
     reading.path = path;
     const bool isNamedCapture = KindOfName(path) == ConfigurationKind::Capture;
@@ -270,7 +283,7 @@ Reading CheckAs(const std::string& path, std::optional<ConfigurationKind> forced
     if (kind == ConfigurationKind::Settings) {
         Reader(reading).ReadSettings(file);
     } else if (file.HasIdentifier()) {
-        Reader(reading).ReadCapture(Container(path));
+        Reader(reading, examiner).ReadCapture(Container(path));
     } else {
         reading.kind = kind;
         reading.findings.Add(Kind("F-NO-CAPTURE"), {}, "the file does not begin with \"TDF2\"",
@@ -282,9 +295,9 @@ Reading CheckAs(const std::string& path, std::optional<ConfigurationKind> forced
 
 }  // namespace
 
-Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forced) {
+Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forced, ImageExaminer* examiner) {
     try {
-        return CheckAs(path, forced);
+        return CheckAs(path, forced, examiner);
     } catch (const Failure& failure) {
         Reading reading;
         reading.path = path;

@@ -44,6 +44,7 @@ struct Reading {
     bool hasDeviceText = false;   ///< and a host has written it
     std::vector<std::uint64_t> readSections;  ///< the offsets of those sections of a capture that are read
     std::unique_ptr<Settings> settings = std::make_unique<Settings>();
+    std::size_t pins = 0;         ///< of program images in a capture
     Configuration configuration;  ///< the same and the object files, as plain values
 
     /// Sentences, without the path: the findings that tell what of the configuration is not read.
@@ -76,7 +77,8 @@ void RequireWhole(const Reading& source, bool force);
 std::vector<std::string> PayloadLosses(const Place& place, const std::string& payload);
 
 /// Reads any file, taken for what its first bytes and its name say, or as `forced`. A file that can't be read is a
-/// finding.
-Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forced = {});
+/// finding. An `examiner` holds the program images against their pins.
+Reading CheckFile(const std::string& path, std::optional<ConfigurationKind> forced = {},
+                  ImageExaminer* examiner = nullptr);
 
 }  // namespace stmdcm

@@ -33,6 +33,10 @@ const Command kCommands[] = {
     {"objects, new paths",
      {"objects", "full.tdf", "--map", "/opt/images/app0.out=settings.txt", "--update", "--accept-changed"},
      "full.tdf"},
+    {"objects, pins", {"objects", "found.tdf", "--pin"}, "found.tdf"},
+    {"explain", {"explain", "changed.tdf", "STM_ATB_Id"}},
+    {"bundle", {"bundle", "found.tdf", "-o", "out.bundle", "--force"}},
+    {"unbundle", {"unbundle", "run.bundle", "-o", "out.tdf"}},
     {"set in a capture", {"set", "full.tdf", "STM_ATB_Id=42"}, "full.tdf"},
     {"set where others are shadowed", {"set", "shadowed.tdf", "STM_ATB_Id=42"}, "shadowed.tdf"},
     {"set in settings", {"set", "settings.txt", "STM_ATB_Id=42"}, "settings.txt"},
@@ -55,8 +59,18 @@ class CommandFaultTest : public FaultTest, public testing::WithParamInterface<Co
         }
         files["bare.tdf"] = BareCapture();
         files["example.json"] = ReadWhole(STMDCM_SCENARIO);
+        files["images/app0.out"] = "one image";
+        files["found.tdf"] = files["full.tdf"];
         m_machine.Reset(files);
         m_machine.Run({STMDCM_TOOL, "set", "full.tdf", "STM_ATB_Id=43"});
+        m_machine.Run({STMDCM_TOOL, "objects", "found.tdf", "--map", "/opt/images/app0.out=images/app0.out", "--update",
+                       "--accept-changed"});
+        m_machine.Run({STMDCM_TOOL, "bundle", "found.tdf", "-o", "run.bundle", "--force"});
+        for (const auto& [name, bytes] : m_machine.Files()) {
+            if ((name.starts_with("run.bundle/") && name != "run.bundle/images") || name == "found.tdf") {
+                files[name] = bytes;
+            }
+        }
         files["changed.tdf"] = m_machine.Files()["full.tdf"];
         std::vector<std::string> command{STMDCM_TOOL};
         command.insert(command.end(), GetParam().arguments.begin(), GetParam().arguments.end());

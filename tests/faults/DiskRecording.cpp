@@ -66,8 +66,17 @@ void DiskRecording::Rename(Disk& disk, const Change& change) const {
         return (fs::path(m_folder) / path).lexically_normal().lexically_relative(m_folder).string();
     };
     const std::size_t end = change.bytes.find('\0');
-    disk.names.erase(inside(change.bytes.substr(end + 1)));
-    disk.names[inside(change.bytes.substr(0, end))] = change.inode;
+    const std::string from = inside(change.bytes.substr(end + 1)), to = inside(change.bytes.substr(0, end));
+    bool isFolder = false;
+    for (auto each = disk.names.lower_bound(from + "/");
+         each != disk.names.end() && each->first.starts_with(from + "/"); each = disk.names.erase(each)) {
+        disk.names[to + each->first.substr(from.size())] = each->second;
+        isFolder = true;
+    }
+    disk.names.erase(from);
+    if (!isFolder) {
+        disk.names[to] = change.inode;
+    }
 }
 
 Snapshot DiskRecording::After(std::size_t changes, unsigned lucky, std::mt19937& random) const {

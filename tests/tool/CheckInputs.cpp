@@ -146,7 +146,14 @@ const Case kTails[] = {
     {MakeSection("DCM_nished", 1, "") + MakeSection("STMDECODERINFO", 1, kText), "C-LATER-SAVES C-UNFINISHED"},
     {MakeSection("DEVID", 2, ""), "C-OTHER-VERSION"},
     {MakeSection("TRACE", 2, "") + MakeSection("TRACE", 2, ""), "C-REPEATED"},
+    {MakeSection("IMAGE_PINS", 1, std::string("a\0b", 3)), "O-PINS-TORN"},
     {MakeSection("DEVID", Zu::Wep::Trace::Retired(1), ""), "C-RETIRED"},
+};
+
+const Case kPinned[] = {
+    {STMDCM_TEST_DATA "/full.tdf", "O-CHANGED O-NOT-CAPTURED"},
+    {STMDCM_TEST_DATA, "O-CHANGED O-NOT-COMPARED"},
+    {"/no/such/file", "O-MISSING"},
 };
 
 const Case kCaptures[] = {
@@ -169,6 +176,13 @@ std::string AsCommon(const std::string& payload) {
     return parts.Bytes();
 }
 
+/// A capture with the object file "a" of this machine, and the pin of another one for it.
+std::string AsPinned(const std::string& path) {
+    const std::string common = ObjectFileEntryBytes("a", path, 1);
+    const std::string pins = EncodePins({{"a", 0, {1, std::string(kSha256Size, 'h'), "id"}}});
+    return AsCommon(common) + MakeSection(kPinSectionName, kPinSectionVersion, pins);
+}
+
 std::string BehindCapture(const std::string& tail) { return CaptureParts{}.Bytes() + tail; }
 
 }  // namespace
@@ -185,6 +199,7 @@ std::vector<CheckInput> CheckInputs() {
     add("section.tdf", kSections, InSection);
     add("device.tdf", kDeviceTexts, AsDevice);
     add("common.tdf", kCommons, AsCommon);
+    add("pinned.tdf", kPinned, AsPinned);
     add("tail.TDF", kTails, BehindCapture);
     add("bytes.tdf", kCaptures, AsIs);
     return inputs;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "stmdcm/capture/Container.h"
+#include "stmdcm/pins/PinSection.h"
 #include "stmdcm/reading/Reading.h"
 #include "tests/support/SectionList.h"
 #include "trace/format/ObjectFileSection.h"

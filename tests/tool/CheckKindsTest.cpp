@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 
+#include "stmdcm/pins/ImageExaminer.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/tool/CheckInputs.h"
 
@@ -21,7 +22,8 @@ class CheckKindsTest : public testing::Test {
   protected:
     Reading Check(const std::string& name, const std::string& bytes) {
         WriteWhole(m_directory / name, bytes);
-        return Take(CheckFile(m_directory / name, std::nullopt));
+        ImageExaminer examiner;
+        return Take(CheckFile(m_directory / name, std::nullopt, &examiner));
     }
 
     Reading Take(Reading report) {

@@ -87,7 +87,9 @@ TEST_F(CompletionTest, BashOffersWhatFits) {
         {"set full.tdf STM_VornLib_Import = y", "yes"},
         {"set full.tdf STM_ATB_Id =", ""},
         {"extract full.tdf ''", "DCM_COMMON,DEVID,STMDECODERINFO,TRACE0"},
-        {"extract notes.md ''", ""}};
+        {"extract notes.md ''", ""},
+        {"explain full.tdf co", "core0,core1"},
+        {"explain full.tdf STM_ATB", "STM_ATB_Id"}};
     for (const auto& [words, offered] : cases) {
         EXPECT_EQ(InBash(words), offered) << words;
     }

@@ -116,6 +116,9 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
         // the command line, and the file that it fails for
         {"show $F", file},
         {"sections $F", file},
+        {"explain $F STM_ATB_Id", file},
+        {"bundle $F -o ${F}2", file},
+        {"unbundle $F", file},
         {"recover $F -o ${F}2.tdf", file},
         {"set $F STM_ATB_Id=1", file},
         {"apply $F " + settings, file},

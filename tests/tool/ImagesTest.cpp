@@ -1,5 +1,6 @@
 // Finding program images, and recording where they are.
 
+#include <elf.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,8 +8,12 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/images/ImageUpdate.h"
+#include "stmdcm/reading/Reading.h"
 #include "tests/support/ScratchDir.h"
+#include "tests/tool/CommandHere.h"
 #include "tool/cli/ExitStatus.h"
+#include "trace/dcm/CDeviceConfigManager.h"
+#include "trace/dcm/DeviceConfigManager.h"
 #include "trace/format/ObjectFileSection.h"
 
 namespace stmdcm {
@@ -135,6 +140,136 @@ TEST_F(ImagesTest, CallsNothingMissingThatCantBeLookedAt) {
     }
     Record(Image("a.out") + "/b.out");
     EXPECT_STREQ(Now().DiskStateName(), "missing");
+}
+
+/// An image for a target of 32 bits, with a build-id where there is one.
+std::string Elf(const std::string& buildId, const std::string& code) {
+    Elf32_Ehdr header{};
+    std::copy_n(ELFMAG, SELFMAG, header.e_ident);
+    header.e_ident[EI_CLASS] = ELFCLASS32;
+    header.e_ident[EI_DATA] = ELFDATA2LSB;
+    header.e_version = header.e_ident[EI_VERSION] = EV_CURRENT;
+    header.e_type = ET_EXEC;
+    header.e_phoff = header.e_ehsize = sizeof header;
+    header.e_phentsize = sizeof(Elf32_Phdr);
+    header.e_phnum = buildId.empty() ? 0 : 1;
+    const Elf32_Nhdr note{sizeof ELF_NOTE_GNU, static_cast<Elf32_Word>(buildId.size()), NT_GNU_BUILD_ID};
+    const std::uint32_t size = sizeof note + sizeof ELF_NOTE_GNU + note.n_descsz;
+    const Elf32_Phdr segment{PT_NOTE, sizeof header + sizeof segment, 0, 0, size, size, PF_R, 4};
+    std::string bytes;
+    const auto add = [&](const auto& part) { bytes.append(reinterpret_cast<const char*>(&part), sizeof part); };
+    add(header);
+    add(segment);
+    add(note);
+    return bytes.append(ELF_NOTE_GNU, sizeof ELF_NOTE_GNU) + buildId + code;
+}
+
+struct PinsTest : ImagesTest {
+    PinsTest() { std::filesystem::create_directory(m_directory / "search"); }
+
+    std::string Put(const std::string& name, const std::string& bytes, std::int64_t modified = kRecorded) {
+        const std::string path = Image(name);
+        WriteWhole(path, bytes);
+        const timespec times[] = {{modified, 0}, {modified, 0}};
+        EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+        return path;
+    }
+    ImageList Pin(bool acceptChanged = false) {
+        ImageFinder finder({}, {});
+        return UpdateImages(m_file, finder, acceptChanged, ChangeMode::Write, {false, true});
+    }
+};
+
+TEST_F(PinsTest, TellsTheImageThatWasCapturedFromAllOthers) {
+    for (const std::string id : {"", "0123", "01234567890123456789"}) {
+        const std::string image = Put("a.out", Elf(id, "code"));
+        Record(image);
+        ASSERT_EQ(StatusOf(Pin()), ExitStatus::Done);
+        const std::string pinned = ReadWhole(m_file);
+        EXPECT_FALSE(Pin().isWritten);
+        EXPECT_EQ(ReadWhole(m_file), pinned);
+        EXPECT_EQ(Container(m_file).ReadPayload(*Container(m_file).Find("IMAGE_PINS", 1)).size(), 6 + 45 + id.size());
+        const std::tuple<std::string, std::int64_t, const char*> cases[] = {
+            {Elf(id, "code"), kRecorded, "as captured"},
+            {Elf(id, "code"), kRecorded + 1, "as captured"},
+            {Elf(id, "Code"), kRecorded, id.empty() ? "another image" : "same build-id, other content"},
+            {Elf(id, "code+"), kRecorded, id.empty() ? "another image" : "same build-id, other content"},
+            {Elf(id + "x", "code"), kRecorded, "another image"},
+            {Elf(id.empty() ? "" : "x" + id.substr(1), "code"), kRecorded,
+             id.empty() ? "as captured" : "another image"}};
+        for (const auto& [bytes, modified, state] : cases) {
+            Put("a.out", bytes, modified);
+            EXPECT_STREQ(Now().DiskStateName(), state) << id << " " << modified;
+            const bool isOther = state != std::string_view("as captured");
+            EXPECT_EQ(StatusOf(Pin()), isOther ? ExitStatus::Failed : ExitStatus::Done);
+            EXPECT_EQ(ReadWhole(m_file), pinned) << "pinned what was not captured";
+        }
+        Put("a.out", Elf(id, "new"));
+        EXPECT_TRUE(Pin(true).isWritten);
+        EXPECT_STREQ(Now().DiskStateName(), "as captured");
+        EXPECT_EQ(CheckFile(m_file).findings.Count(Kind("C-RETIRED")), 2U) << "DCM_COMMON and the first pins";
+    }
+}
+
+TEST_F(PinsTest, SearchFindsTheImageUnderAnyNameAndTime) {
+    for (const std::string id : {"", "01234567890123456789"}) {
+        const std::string image = Put("a.out", Elf(id, "code"));
+        Record(image);
+        Pin();
+        std::filesystem::remove(image);
+        Put("search/a.out", Elf(id, "Code"));
+        EXPECT_EQ(StatusOf(Update(true)), ExitStatus::Failed) << "it has name, time and size";
+        const std::string stripped = Put("search/b.out", Elf(id, "c"));
+        const ImageList unsure = Update(false);
+        const auto told = [](const std::string& doubt) {
+            return doubt.find("but another content") != std::string::npos;
+        };
+        EXPECT_EQ(std::count_if(unsure.doubts.begin(), unsure.doubts.end(), told), id.empty() ? 0 : 2);
+        EXPECT_EQ(unsure.answers.front().candidates.size(), id.empty() ? 0U : 2U);
+        Put("search/y/other.elf", Elf(id, "code"), 5);
+        const std::string first = Put("search/x/renamed.elf", Elf(id, "code"), 7);
+        EXPECT_EQ(StatusOf(Update(false)), ExitStatus::Done);
+        EXPECT_EQ(std::tuple(Now().path, Now().recorded), std::tuple(first, 7));
+        EXPECT_STREQ(Now().DiskStateName(), "as captured");
+        std::filesystem::remove_all(m_directory / "search/x");
+        std::filesystem::remove_all(m_directory / "search/y");
+    }
+}
+
+TEST_F(PinsTest, StayWhereACaptureIsChangedAndAreNothingToThePlugin) {
+    const std::string plain = m_directory / "plain.tdf";
+    const std::string recovered = m_directory / "recovered.tdf";
+    Record(Put("a.out", Elf("0123", "code")));
+    WriteWhole(plain, ReadWhole(m_file));
+    Pin();
+    ::setenv("HOME", m_directory.Path().c_str(), 1);
+    const std::size_t size = ReadWhole(m_file).size();
+    ASSERT_GT(size, ReadWhole(plain).size());
+
+    for (const std::string& file : {plain, m_file}) {
+        char name[] = "CPU";
+        Zu::Wep::Trace::CPUInfo cpu{name, 0, 0, 0};
+        auto* manager = static_cast<Zu::Wep::Trace::CDeviceConfigManager*>(CreateDeviceConfigManager(&cpu, nullptr));
+        EXPECT_TRUE(manager->LoadConfiguration(file, Zu::Wep::Trace::TRACE_DATA_FILE_TDF));
+        EXPECT_TRUE(manager->SaveConfiguration(file, Zu::Wep::Trace::TRACE_DATA_FILE_TDF));
+        DestroyDeviceConfigManager(manager);
+    }
+    const std::size_t plainSize = size - (ReadWhole(m_file).size() - ReadWhole(plain).size());
+    EXPECT_EQ(ReadWhole(m_file).substr(size), ReadWhole(plain).substr(plainSize));
+
+    const std::vector<std::vector<std::string>> changes = {{"set", m_file, "STM_ATB_Id=42"},
+                                                           {"apply", plain, m_file},
+                                                           {"restore", m_file, "2"},
+                                                           {"recover", m_file, "-o", recovered},
+                                                           {"objects", m_file, "--update"}};
+    for (const auto& arguments : changes) {
+        const ToolRun::Result result = CommandHere().Run(arguments);
+        EXPECT_TRUE(result.status == 0 || result.status == 3) << arguments.front() << result.error;
+        EXPECT_EQ(Read(std::filesystem::exists(recovered) ? recovered : m_file).pins, 1U) << arguments.front();
+    }
+    const ToolRun::Result lost = CommandHere().Run({"convert", m_file, m_directory / "settings.txt"});
+    EXPECT_EQ(lost.status, 3);
+    EXPECT_NE(lost.error.find("settings have no pins: those of 1 program image"), std::string::npos) << lost.error;
 }
 
 }  // namespace

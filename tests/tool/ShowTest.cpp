@@ -1,4 +1,6 @@
+#include "stmdcm/capture/CaptureEditor.h"
 #include "tests/tool/ConfigurationRun.h"
+#include "trace/format/ObjectFileSection.h"
 
 namespace stmdcm {
 
@@ -70,6 +72,42 @@ TEST_F(ShowTest, SaysWhatIsWrong) {
         EXPECT_TRUE(Configuration(Sample(name)).at("properties").is_null());
     }
     EXPECT_EQ(Run("show").status, 2);
+}
+
+TEST_F(ShowTest, ExplainTellsEachPlaceInItsOrderAndWhichCounts) {
+    const std::string capture = Write("run.tdf", Content(Sample("full.tdf")));
+    ASSERT_EQ(Run("set " + capture + " STM_ATB_Id=42 STM_STP_Version=3").status, 3);
+    std::string payload;
+    Zu::Wep::Trace::AppendObjectFileEntry(payload, {"core0", "/new.out", 1});
+    CaptureEditor(capture).Replace({{"DCM_COMMON", 1, payload}});
+    const std::string settings =
+        Write("s.txt", "STM_ATB_Id = 3\nSTM_ATB_Id = 5\nSTM_STP_Version =\nSTM_ATB_Id = 9\n{\ntype=SC\nname=m\n");
+    const std::tuple<std::string, const char*, const char*, const char*> cases[] = {
+        // the file, the name, the value in force, and each place with its standing and value
+        {capture, "STM_ATB_Id", "42", "overridden 1, in force 42, not in force 12"},
+        {capture, "STM_STP_Version", "3", "overridden 1, overridden 9, in force 3, not in force 2"},
+        {capture, "core0", "/new.out", "in force /new.out, not in force /opt/images/app0.out"},
+        {capture, "core1", "", "not in force /opt/images/app1.out"},
+        {capture, "CMI1", "source CMI1", "in force source CMI1, not in force source CMI1"},
+        {settings, "STM_ATB_Id", "5", "overridden 1, overridden 3, in force 5, not read "},
+        {settings, "STM_STP_Version", "1", "in force 1, not read "},
+        {settings, "m", "", "not read "}};
+    for (const auto& [file, name, value, places] : cases) {
+        SCOPED_TRACE(name);
+        const Json item = RunJson("explain " + file + " " + name).at("items").at(0);
+        const auto firstWords = [](const Json& text) {
+            const std::string words = text.is_null() ? "" : text.get<std::string>();
+            return words.substr(0, words.find(','));
+        };
+        std::string told;
+        for (const Json& each : item.at("statements")) {
+            told += (told.empty() ? "" : ", ") + each.at("standing").get<std::string>() + " " +
+                    firstWords(each.at("value"));
+        }
+        EXPECT_EQ(told, places);
+        EXPECT_EQ(firstWords(item.at("value")), value);
+        EXPECT_EQ(Run("explain " + file + " no_such_name").status, 1);
+    }
 }
 
 }  // namespace stmdcm

@@ -43,11 +43,12 @@ inline constexpr TextRow kFiles[] = {
     {"PREFIX/share/stmdcm/full.tdf", "A capture to try the commands on; demo works with it."},
     {"TMPDIR/.stmdcm-*.tmp", "The plug-in's private directory; removed at the end, after an interrupt too."},
     {".stmdcm-*.tmp",
-     "A new file beside the one that it will replace. Only a SIGKILL can leave these; the next command "
-     "that makes one in the same directory removes yours."},
+     "A new file beside the one that it will replace, or the new directory of bundle. Only a SIGKILL can leave these; "
+     "the next command that makes one in the same directory removes yours."},
 };
 inline constexpr char kSeeAlso[] =
     "flock(2), the lock that is held while a file is changed; docs/ in the source of this program: tdf.md and "
-    "settings-text.md for the formats, check.md for the findings, recover.md, json.md and host-guide.md.";
+    "settings-text.md for the formats, pins.md, bundle.md, check.md for the findings, recover.md, json.md and "
+    "host-guide.md.";
 
 }  // namespace stmdcm

@@ -5,6 +5,7 @@
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/Container.h"
+#include "stmdcm/reading/Reading.h"
 #include "tool/cli/Syntax.h"
 #include "trace/format/StmPropertyTable.h"
 
@@ -25,7 +26,7 @@ constexpr Row kRows[] = {
     {"SETTINGS", kConfigurationFile},       {"OUT", {ValueKind::File, ""}},
     {"FILE.so", {ValueKind::File, ".so"}},  {"FILE.json", {ValueKind::File, ".json"}},
     {"DIR", {ValueKind::Directory, ""}},    {"NAME=VALUE", {ValueKind::Property, ""}},
-    {"SECTION", {ValueKind::Section, ""}},
+    {"SECTION", {ValueKind::Section, ""}},  {"ITEM", {ValueKind::Item, ""}},
 };
 
 bool IsPlainPositional(const CLI::Option& option) {
@@ -77,6 +78,37 @@ std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals)
     return Plain({names.begin(), names.end()});
 }
 
+/// What stands in the file that is named in front of it, by the names that Explain takes.
+std::vector<Candidate> ItemNames(const std::vector<std::string>& positionals) {
+    std::set<std::string> names;
+    try {
+        const Configuration configuration = Read(positionals.empty() ? "" : positionals.back()).configuration;
+        const auto add = [&](const std::string& name) {
+            if (IsPlausibleName(name) && names.size() < kMostSections) {
+                names.insert(name);
+            }
+        };
+        Configuration::ForEachKind([&](auto /*kind*/, auto list) {
+            for (const auto& item : configuration.*list) {
+                if constexpr (requires { item.moduleName; }) {
+                    add(item.moduleName);
+                } else {
+                    add(item.source);
+                }
+            }
+        });
+        for (const ObjectFile& file : configuration.objectFiles) {
+            add(file.name);
+        }
+        for (const Property& property : configuration.properties) {
+            add(property.name);
+        }
+    } catch (const Failure&) {
+        return {};
+    }
+    return Plain({names.begin(), names.end()});
+}
+
 }  // namespace
 
 ValueSyntax ValueSyntaxOf(const CLI::Option& option) {
@@ -101,6 +133,8 @@ std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::str
             return Properties(value);
         case ValueKind::Section:
             return SectionNames(positionals);
+        case ValueKind::Item:
+            return ItemNames(positionals);
         default:
             return {};
     }

@@ -8,7 +8,7 @@
 namespace stmdcm {
 
 /// What completion offers for a value.
-enum class ValueKind { Nothing, Choice, File, Directory, Property, Section };
+enum class ValueKind { Nothing, Choice, File, Directory, Property, Section, Item };
 
 struct ValueSyntax {
     ValueKind kind = ValueKind::Nothing;

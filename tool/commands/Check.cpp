@@ -6,6 +6,7 @@
 #include <span>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/pins/ImageExaminer.h"
 #include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/PluginReading.h"
 #include "stmdcm/reading/Verdict.h"
@@ -200,8 +201,9 @@ class Check final : public Command {
             throw Failure("check needs a FILE, or --list", Failure::Kind::Request);
         }
         std::vector<Reading> files;
+        ImageExaminer examiner;
         for (const std::string& file : m_files) {
-            files.push_back(CheckFile(file, KindAskedFor()));
+            files.push_back(CheckFile(file, KindAskedFor(), &examiner));
             if (!files.back().kind) {
                 context.console.Diagnose(
                     fmt::format("{}: {}", Shown(file), files.back().findings.Sorted().front().what));

@@ -7,13 +7,15 @@ namespace stmdcm {
 // A new command is a source in this folder, with its report in it, and here its name and its line.
 
 using CommandFactory = std::unique_ptr<Command>();
-CommandFactory MakeApply, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff, MakeExtract,
-    MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections, MakeSet, MakeShow;
+CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,
+    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections,
+    MakeSet, MakeShow, MakeUnbundle;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", MakeShow},
     {"check", "Tell what the lenient readers pass over in silence", MakeCheck},
+    {"explain", "Tell why a property, use case or program image is what it is", MakeExplain},
     {"sections", "List the sections of a capture and how readers find them", MakeSections},
     {"extract", "Write the payload of one section of a capture", MakeExtract},
     {"recover", "Make a new capture of what can be found in a torn or broken one", MakeRecover},
@@ -22,6 +24,8 @@ inline constexpr CommandEntry kCommands[] = {
     {"convert", "Turn a capture into settings text, or settings into a capture", MakeConvert},
     {"diff", "Compare the configurations of two captures or settings files", MakeDiff},
     {"objects", "Tell which program images are there, and record their new places", MakeObjects},
+    {"bundle", "Copy a capture and its program images, to decode it elsewhere", MakeBundle},
+    {"unbundle", "Put a bundle to work: verify it and map the images' places", MakeUnbundle},
     {"history", "List the earlier configurations that a capture holds", MakeHistory},
     {"restore", "Put an earlier configuration of a capture in force again", MakeRestore},
     {"live", "Load the configuration from the live target, show it and save it", MakeLive},

@@ -101,6 +101,10 @@ class Convert final : public Command {
             lost.push_back(fmt::format("{}: settings have no object files: the {} of {} are lost", Shown(m_to),
                                        source.configuration.objectFiles.size(), Shown(m_from)));
         }
+        if (source.pins > 0) {
+            lost.push_back(fmt::format("{}: settings have no pins: those of {} in {} are lost", Shown(m_to),
+                                       Counted(source.pins, "program image"), Shown(m_from)));
+        }
         if (source.hasDeviceText) {
             lost.push_back(
                 fmt::format("{}: settings have no device identification: the section DEVID of {} is lost, "

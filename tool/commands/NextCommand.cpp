@@ -173,6 +173,9 @@ std::string NextCommands::Line(const NextStep& step) const {
     if (&step == &kApply) {
         return fmt::format("apply GOOD {}", m_file);
     }
+    if (&step == &kSearch) {
+        return fmt::format("objects {} --search DIR --update", m_file);
+    }
     return &step == &kMap ? fmt::format("objects {} --map OLD=NEW --update", m_file)
                           : fmt::format("set {} NAME=VALUE", m_file);
 }

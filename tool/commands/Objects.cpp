@@ -1,8 +1,10 @@
 #include <fmt/format.h>
 
+#include "stmdcm/Failure.h"
 #include "stmdcm/images/ImageUpdate.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/output/HashProgress.h"
 #include "tool/render/Table.h"
 #include "tool/render/TextRenderer.h"
 
@@ -15,10 +17,13 @@ Cell StateCell(const ObjectFile& file) { return {file.DiskStateName(), StateStyl
 /// Tells how the program images of a capture are.
 struct ObjectsReport {
     const ImageList& list;
+    ImageParts parts;  ///< that were to be recorded
 
     static void AddRows(const ImageAnswer& answer, Table& table) {
         const auto modified = [](const ObjectFile& file) {
-            return "modified " + InWords(Unit::UnixTime, file.modified);
+            const bool isOther = file.match && *file.match != PinMatch::Same;
+            return "modified " + InWords(Unit::UnixTime, file.modified) +
+                   (isOther ? ": this is not the image that was captured" : "");
         };
         table.AddRow({{Shown(answer.recorded.name)},
                       StateCell(answer.recorded),
@@ -29,7 +34,7 @@ struct ObjectsReport {
                           StateCell(answer.found),
                           {Shown(answer.found.path)},
                           {answer.found.modified ? modified(answer.found) : "", Style::Quiet}});
-        } else if (answer.recorded.DiskState() == ObjectFile::State::Changed) {
+        } else if (answer.recorded.modified && !answer.recorded.IsPresent()) {
             table.AddRow({{}, {}, {}, {modified(answer.recorded), Style::Quiet}});
         }
         for (const std::string& candidate : answer.candidates) {
@@ -43,9 +48,10 @@ struct ObjectsReport {
             AddRows(answer, table);
         }
         const std::size_t total = list.answers.size();
-        const char* recorded =
-            list.isWritten ? ", the capture has their new places" : ", the capture would get their new places";
-        const char* outcome = list.hasChanges ? recorded : "";
+        const std::string what =
+            parts.places ? parts.pins ? "their places and pins" : "their new places" : "their pins";
+        const char* recorded = list.isWritten ? ", the capture has " : ", the capture would get ";
+        const std::string outcome = list.hasChanges ? recorded + what : "";
         return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images were found{}", Shown(list.path),
                                                          total - list.unresolved, total, outcome)) +
                "\n" + table.Text(palette, 2);
@@ -80,30 +86,39 @@ class Objects final : public Command {
         app.add_option("--search", m_directories, "Look for missing and changed images, by name, below this directory")
             ->type_name("DIR")
             ->allow_extra_args(false);
-        CLI::Option* update = app.add_flag("--update", m_update, "Record the new places in the capture, in place");
-        app.add_flag("--accept-changed", m_acceptChanged, "Record images, too, that were modified since the capture")
-            ->needs(update);
-        app.add_flag("--dry-run", m_dryRun, "Tell what would be recorded, and write nothing")->needs(update);
+        app.add_flag("--update", m_update, "Record the new places in the capture, in place");
+        app.add_flag("--pin", m_pin,
+                     "Write into the capture, in place, what each image is: size, SHA-256 and build-id");
+        app.add_flag("--accept-changed", m_acceptChanged, "Record images, too, that are not what was captured");
+        app.add_flag("--dry-run", m_dryRun, "Tell what would be recorded, and write nothing");
         app.footer(
             "A capture holds the path and the modification time of each image, not what is in it: a file with that "
-            "time "
-            "is called \"same time, not proven\". One with another time is not what ran, and is never recorded without "
-            "being told. Ends with status 1 when an image is missing or changed, with status 3 when the others were "
+            "time is called \"same time, not proven\". One with another time is not what ran, and is never recorded "
+            "without being told. Once --pin has told the capture what they are (docs/pins.md), content decides, not "
+            "time, and --search finds them under whatever name. Ends with status 1 when an image is missing or "
+            "changed, with status 3 when the others were "
             "recorded.\n\nExample:\n"
+            "  stmdcm objects capture.tdf --pin\n"
             "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
     }
 
     ExitStatus Run(const Context& context) override {
+        const ImageParts parts{m_update, m_pin};
+        const bool isRecording = m_update || m_pin;
+        if ((m_acceptChanged || m_dryRun) && !isRecording) {
+            throw Failure("--accept-changed and --dry-run need --update or --pin", Failure::Kind::Request);
+        }
         std::vector<PathMapping> mappings;
         for (const std::string& text : m_mappings) {
             mappings.push_back(PathMapping::Parse(text));
         }
-        ImageFinder finder(std::move(mappings), m_directories);
-        const ImageList list =
-            m_update ? UpdateImages(m_file, finder, m_acceptChanged, m_dryRun ? ChangeMode::DryRun : ChangeMode::Write)
-                     : ListImages(m_file, finder);
-        context.Print(ObjectsReport{list});
-        if (m_update && list.unresolved > 0) {
+        HashProgress progress;
+        ImageFinder finder(std::move(mappings), m_directories, progress.Teller());
+        const ImageList list = isRecording ? UpdateImages(m_file, finder, m_acceptChanged,
+                                                          m_dryRun ? ChangeMode::DryRun : ChangeMode::Write, parts)
+                                           : ListImages(m_file, finder);
+        context.Print(ObjectsReport{list, parts});
+        if (isRecording && list.unresolved > 0) {
             context.console.Diagnose(
                 fmt::format("{}: {} of the program images stay as they were recorded; --map and --search find them, "
                             "--accept-changed takes changed ones",
@@ -118,6 +133,7 @@ class Objects final : public Command {
     std::vector<std::string> m_mappings;
     std::vector<std::string> m_directories;
     bool m_update = false;
+    bool m_pin = false;
     bool m_acceptChanged = false;
     bool m_dryRun = false;
 };

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "stmdcm/pins/Sha256.h"
 #include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
@@ -82,6 +83,12 @@ Json PropertyToJson(const Property& property) {
             {"text", InWords(property)}};
 }
 
+Json PinToJson(const ImageIdentity& pin) {
+    return {{"size", std::to_string(pin.size)},
+            {"sha256", InHexadecimal(pin.sha256)},
+            {"build_id", JsonRenderer::OrNull(InHexadecimal(pin.buildId))}};
+}
+
 Json PropertiesToJson(const std::vector<Property>& properties, bool changedOnly) {
     Json array = Json::array();
     for (const Property& property : properties) {
@@ -145,7 +152,13 @@ Json JsonRenderer::Render(const Configuration& configuration, const Selection& s
     return json;
 }
 
-Json JsonRenderer::ObjectFiles(const std::vector<ObjectFile>& files) { return ItemsToJson(files); }
+Json JsonRenderer::ObjectFiles(const std::vector<ObjectFile>& files) {
+    Json array = ItemsToJson(files);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        array[i]["pin"] = files[i].pin ? PinToJson(*files[i].pin) : Json(nullptr);
+    }
+    return array;
+}
 
 Json JsonRenderer::Differences(const std::vector<Difference>& differences) {
     Json array = Json::array();

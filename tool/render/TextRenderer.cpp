@@ -84,7 +84,8 @@ Style StateStyle(std::string_view state) {
     if (state == "changed") {
         return Style::Notable;
     }
-    return state == "missing" || state == "unknown" ? Style::Bad : Style::Plain;
+    constexpr std::string_view kBad[] = {"missing", "unknown", "another image", "same build-id, other content"};
+    return std::find(std::begin(kBad), std::end(kBad), state) != std::end(kBad) ? Style::Bad : Style::Plain;
 }
 
 std::string TextRenderer::Properties(const std::vector<Property>& properties, bool changedOnly) const {

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "stmdcm/reading/Findings.h"
+
+namespace stmdcm {
+
+/// What becomes of what a place says.
+enum class Standing : std::uint8_t {
+    InForce,
+    Overridden,  ///< it is read, and another place counts
+    NotInForce,  ///< its section is not read
+    NotRead,     ///< its section is, but not this line of it
+    Beside       ///< it is no place of the configuration, but says something about it
+};
+
+/// "in force", "overridden", "not in force", "not read", "beside".
+const char* StandingName(Standing standing);
+
+/// One place that states a property, a use case or an image.
+struct Statement {
+    std::string source;  ///< "default", "settings text", or the name of a section
+    Place place;         ///< without an offset and a line for a default
+    std::string value;   ///< what a reader makes of it, in words
+    std::string text;    ///< as it stands there; empty where it is no text
+    Standing standing = Standing::InForce;
+    std::string why;  ///< a clause: who reads it when, and why it counts or does not
+};
+
+/// How one thing of a configuration comes to be what it is.
+struct Explanation {
+    std::string kind;                   ///< "property", "SC use case" and so on, "object file"
+    std::string item;                   ///< which of them
+    std::string value;                  ///< in force, in words; empty: there is none
+    std::vector<Statement> statements;  ///< in the order of reading, then those that are not in force
+};
+
+/// Explains every property, use case and image that goes by that name in a capture or a settings file: a property by
+/// its name; a use case by "job N, module N", its module's name or its source; an image by its name or its path. Throws
+/// Failure where there is none, or the file can't be read.
+std::vector<Explanation> Explain(const std::string& path, const std::string& name);
+
+}  // namespace stmdcm

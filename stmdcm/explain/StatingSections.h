@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "stmdcm/capture/Container.h"
+#include "stmdcm/explain/Explanation.h"
+#include "trace/format/SettingsText.h"
+
+namespace stmdcm {
+
+/// A part of a file that may state something, with what it says.
+struct StatingSection {
+    std::string name;  ///< of the section; empty for a settings file
+    Place place;       ///< of its header
+    std::string text;  ///< the payload, as far as the file holds it
+    bool isRead = true;
+    std::string why;  ///< it is read, when, or why not
+};
+
+/// Everything of a file that may state something.
+struct StatingFile {
+    explicit StatingFile(const std::string& path);
+
+    /// The sections of that name, the one that is read first.
+    std::vector<StatingSection> Of(const std::string& name) const;
+    /// The text that is read of that section; empty for none.
+    std::string TextInForce(const std::string& name) const;
+
+    std::vector<StatingSection> sections;  ///< a settings file is one that is called kSettingsFile
+    Zu::Wep::Trace::LineLimits limits;     ///< of its settings text
+    std::string settings;                  ///< the name of the sections that hold settings text
+
+    static constexpr char kSettingsFile[] = "";
+};
+
+}  // namespace stmdcm
