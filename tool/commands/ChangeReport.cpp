@@ -53,4 +53,8 @@ void Diagnose(const ChangeResult& result, const Console& console) {
     }
 }
 
+FileResult ResultOf(const ChangeResult& result) {
+    return {StatusOf(result), {ChangeCount(result.HasChanges(), result.isWritten)}};
+}
+
 }  // namespace stmdcm::ChangeReport

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "stmdcm/change/ConfigurationChange.h"
+#include "tool/many/FileWork.h"
 #include "tool/output/Console.h"
 #include "tool/render/JsonRenderer.h"
 #include "tool/render/Palette.h"
@@ -21,6 +22,9 @@ Json Document(const ChangeResult& result);
 
 /// The doubts and warnings of a result that changes something.
 void Diagnose(const ChangeResult& result, const Console& console);
+
+/// For the summary of many.
+FileResult ResultOf(const ChangeResult& result);
 
 }  // namespace ChangeReport
 

@@ -43,7 +43,7 @@ class BinaryOutput final : public ByteSink {
             throw Failure("binary data does not go to a terminal; use -o FILE, or a pipe", Failure::Kind::Request);
         }
     }
-    void Write(std::string_view bytes) override { Console::Print(bytes); }
+    void Write(std::string_view bytes) override { Console::ToStandardOutput(bytes); }
 };
 
 /// One section's payload, byte for byte.

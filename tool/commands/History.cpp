@@ -8,6 +8,7 @@
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/ChangeReport.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/many/ManyFiles.h"
 #include "tool/render/Table.h"
 
 namespace stmdcm {
@@ -95,26 +96,31 @@ struct HistoryReport {
 class ShowHistory final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
+        m_files.DeclareFiles(app, "CAPTURE", "Captures");
+        m_files.DeclareOptions(app);
         app.footer(
             "Every change in a capture leaves the old configuration in it as a retired section. The numbers stay the "
             "same; \"restore\" takes them. A shadowed section is hidden by an older one that is read.\n\nExample:\n"
             "  stmdcm history capture.tdf");
     }
 
-    ExitStatus Run(const Context& context) override {
-        const Container container(m_file);
+    void Check() override { m_files.RequireAny("CAPTURE"); }
+
+    ExitStatus Run(const Context& context) override { return m_files.Run(context, List); }
+
+  private:
+    static FileResult List(const Context& context, const std::string& file) {
+        const Container container(file);
         const History history(container);
-        HistoryReport report{m_file, {}};
+        HistoryReport report{file, {}};
         for (const HistoryEntry& entry : history.Entries()) {
             report.rows.push_back({entry, history.Compare(entry)});
         }
         context.Print(report);
-        return ExitStatus::Done;
+        return {};
     }
 
-  private:
-    std::string m_file;
+    ManyFiles m_files{ManyFiles::Purpose::Read};
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "stmdcm/images/ImageUpdate.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/many/ManyFiles.h"
 #include "tool/render/Table.h"
 #include "tool/render/TextRenderer.h"
 
@@ -73,7 +74,7 @@ struct ObjectsReport {
 class Objects final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
+        m_files.DeclareFiles(app, "CAPTURE", "Captures");
         app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
             ->type_name("OLD=NEW")
             ->allow_extra_args(false);
@@ -84,6 +85,7 @@ class Objects final : public Command {
         app.add_flag("--accept-changed", m_acceptChanged, "Record images, too, that were modified since the capture")
             ->needs(update);
         app.add_flag("--dry-run", m_dryRun, "Tell what would be recorded, and write nothing")->needs(update);
+        m_files.DeclareOptions(app);
         app.footer(
             "A capture holds the path and the modification time of each image, not what is in it: a file with that "
             "time "
@@ -93,28 +95,43 @@ class Objects final : public Command {
             "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
     }
 
+    void Check() override { m_files.RequireAny("CAPTURE"); }
+
     ExitStatus Run(const Context& context) override {
         std::vector<PathMapping> mappings;
         for (const std::string& text : m_mappings) {
             mappings.push_back(PathMapping::Parse(text));
         }
-        ImageFinder finder(std::move(mappings), m_directories);
+        return m_files.Run(
+            context, [this, finder = ImageFinder(std::move(mappings), m_directories)](
+                         const Context& own, const std::string& file) mutable { return LookAt(own, file, finder); });
+    }
+
+  private:
+    FileResult LookAt(const Context& context, const std::string& file, ImageFinder& finder) const {
         const ImageList list =
-            m_update ? UpdateImages(m_file, finder, m_acceptChanged, m_dryRun ? ChangeMode::DryRun : ChangeMode::Write)
-                     : ListImages(m_file, finder);
+            m_update ? UpdateImages(file, finder, m_acceptChanged, m_dryRun ? ChangeMode::DryRun : ChangeMode::Write)
+                     : ListImages(file, finder);
         context.Print(ObjectsReport{list});
         if (m_update && list.unresolved > 0) {
             context.console.Diagnose(
                 fmt::format("{}: {} of the program images stay as they were recorded; --map and --search find them, "
                             "--accept-changed takes changed ones",
-                            Shown(m_file), list.unresolved));
+                            Shown(file), list.unresolved));
         }
-        context.console.Diagnose(m_file, list.doubts);
-        return StatusOf(list);
+        context.console.Diagnose(file, list.doubts);
+        return {StatusOf(list), CountsOf(list)};
     }
 
-  private:
-    std::string m_file;
+    std::vector<Count> CountsOf(const ImageList& list) const {
+        std::vector<Count> counts{{list.unresolved > 0 ? "with images that are not there" : "with all images"}};
+        if (m_update) {
+            counts.push_back(ChangeCount(list.hasChanges, list.isWritten));
+        }
+        return counts;
+    }
+
+    ManyFiles m_files{ManyFiles::Purpose::Change};
     std::vector<std::string> m_mappings;
     std::vector<std::string> m_directories;
     bool m_update = false;

@@ -1,8 +1,10 @@
-#include "stmdcm/plugin/Plugin.h"
-#include "stmdcm/plugin/PluginReading.h"
+#include <fmt/format.h>
+
 #include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/output/GuardedHome.h"
+#include "tool/commands/OtherPlugin.h"
+#include "tool/many/ManyFiles.h"
 #include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
@@ -14,9 +16,12 @@ struct ShowReport {
     const Reading& loaded;
     Selection selection;
     std::vector<std::string> doubts;
+    bool isOneOfMany;
 
     std::string Text(const Palette& palette) const {
-        return TextRenderer(palette).Render(loaded.configuration, selection);
+        const TextRenderer renderer(palette);
+        const std::string text = renderer.Render(loaded.configuration, selection);
+        return isOneOfMany ? renderer.Heading(Shown(loaded.path)) + text + "\n" : text;
     }
 
     Json Document() const {
@@ -33,11 +38,12 @@ struct ShowReport {
 class Show final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("FILE", m_file, "A capture (.tdf) or a settings file")->required();
+        m_files.DeclareFiles(app, "FILE", "Captures (.tdf) and settings files");
         app.add_flag("--properties", m_properties, "Show the properties");
         app.add_flag("--changed", m_changedOnly, "Show the properties that are not at their default");
         app.add_flag("--use-cases", m_usecases, "Show the use cases");
         app.add_flag("--objects", m_objectFiles, "Show the object files and how they are on disk");
+        m_files.DeclareOptions(app);
         app.footer(
             "Shows everything unless parts are selected. Ends with status 3 when the file was read in part, or an "
             "object file can't be looked at; with status 1 when hosts can't load it. What can be read is shown all "
@@ -45,27 +51,33 @@ class Show final : public Command {
             "  stmdcm show --changed --objects capture.tdf");
     }
 
+    void Check() override { m_files.RequireAny("FILE"); }
+
     ExitStatus Run(const Context& context) override {
-        const Reading loaded = Read(m_file);
-        std::vector<std::string> differences;
-        if (!context.options.plugin.empty()) {
-            differences = InGuardedHome({}, [&](const GuardedHome& home) {
-                return DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
-            });
-        }
-        ShowReport report{loaded, SelectionFor(loaded), loaded.Doubts()};
+        return m_files.Run(context,
+                           [this, plugin = OtherPlugin()](const Context& own, const std::string& file) mutable {
+                               return ShowOne(own, file, plugin);
+                           });
+    }
+
+  private:
+    FileResult ShowOne(const Context& context, const std::string& file, OtherPlugin& plugin) const {
+        const Reading loaded = Read(file);
+        const std::vector<std::string> differences = plugin.Differences(context, loaded);
+        ShowReport report{loaded, SelectionFor(loaded), loaded.Doubts(), context.isOneOfMany};
         if (report.selection.objectFiles) {
             const std::vector<std::string> images = NotLookedAt(loaded.configuration.objectFiles);
             report.doubts.insert(report.doubts.end(), images.begin(), images.end());
         }
         context.Print(report);
-        context.console.Diagnose(m_file, report.doubts);
+        context.console.Diagnose(file, report.doubts);
         context.console.Diagnose(differences);
-        const ExitStatus status = loaded.isLoaded ? StatusOf(report.doubts) : ExitStatus::Failed;
-        return status == ExitStatus::Done ? StatusOf(differences) : status;
+        if (!loaded.isLoaded) {
+            return {ExitStatus::Failed, {}, fmt::format("{}: hosts can't load it", Shown(file))};
+        }
+        return {StatusOf(report.doubts.empty() ? differences : report.doubts)};
     }
 
-  private:
     Selection SelectionFor(const Reading& loaded) const {
         const bool isEverything = !m_properties && !m_changedOnly && !m_usecases && !m_objectFiles;
         Selection selection;
@@ -76,7 +88,7 @@ class Show final : public Command {
         return selection;
     }
 
-    std::string m_file;
+    ManyFiles m_files{ManyFiles::Purpose::Read};
     bool m_properties = false;
     bool m_usecases = false;
     bool m_objectFiles = false;

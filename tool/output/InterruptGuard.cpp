@@ -75,6 +75,11 @@ InterruptGuard::~InterruptGuard() {
     *link = m_before;
 }
 
+void InterruptGuard::SetLastWords(std::string words) {
+    const InterruptBlock block;
+    m_lastWords = std::move(words);
+}
+
 void InterruptGuard::TakeSignals() {
     struct sigaction taken {};
     taken.sa_handler = CleanUpAndEnd;
@@ -91,6 +96,10 @@ void InterruptGuard::TakeSignals() {
 void InterruptGuard::CleanUpAndEnd(int number) {
     for (const InterruptGuard* guard = s_last; guard != nullptr; guard = guard->m_before) {
         Remove(AT_FDCWD, guard->m_path.c_str(), kDeepest);
+        // Who closed the pipe has seen enough.
+        if (number != SIGPIPE && ::write(STDERR_FILENO, guard->m_lastWords.data(), guard->m_lastWords.size()) < 0) {
+            continue;
+        }
     }
     ::signal(number, SIG_DFL);
     sigset_t own;

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace stmdcm {
+
+/// Throws Failure where standard output is that very file: what is printed would go into a file that is read, or be
+/// lost with one that is replaced.
+void RefuseStandardOutputIn(const std::string& file);
+
+}  // namespace stmdcm
