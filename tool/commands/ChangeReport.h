@@ -17,6 +17,9 @@ namespace ChangeReport {
 /// What changed: a property, or a field of a use case or object file.
 std::string Item(const Difference& change);
 
+/// A line for each, in columns.
+std::string Changes(const std::vector<Difference>& changes, const Palette& palette);
+
 std::string Text(const ChangeResult& result, const Palette& palette);
 Json Document(const ChangeResult& result);
 

@@ -8,7 +8,8 @@ namespace stmdcm {
 
 using CommandFactory = std::unique_ptr<Command>();
 CommandFactory MakeApply, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff, MakeExtract,
-    MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections, MakeSet, MakeShow;
+    MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections, MakeSet, MakeShow,
+    MakeUndo;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
@@ -24,6 +25,7 @@ inline constexpr CommandEntry kCommands[] = {
     {"objects", "Tell which program images are there, and record their new places", MakeObjects},
     {"history", "List the earlier configurations that a capture holds", MakeHistory},
     {"restore", "Put an earlier configuration of a capture in force again", MakeRestore},
+    {"undo", "Put the configuration before the last change in force again", MakeUndo},
     {"live", "Load the configuration from the live target, show it and save it", MakeLive},
     {"demo", "Load, change, save and reload configurations, and compare them", MakeDemo},
     {"completion", "Print the script that completes command lines in a shell", MakeCompletion},
