@@ -95,7 +95,9 @@ TEST_F(ManyTest, TellsAtTheEndWhatBecameOfThem) {
                     {"show --files-from " + Path("of"), 1, "can't be read: Is a directory"},
                     {"show --files-from " + Write("zero", a + '\0' + b), 1, "use -0"},
                     {"show --files-from " + Write("long", std::string(9000, 'x')), 1, "longer than 8192 bytes"},
-                    {"show -0" + both, 2, "-0"}});
+                    {"show -0" + both, 2, "-0"},
+                    {"show --get STM_Atb" + both, 2, "there is no property \"STM_Atb\""},
+                    {"show --get STM_ATB_Id --changed" + both, 2, "--get"}});
     std::string none;
     for (int i = 0; i < 26; ++i) {
         none += "/none" + std::to_string(i) + "\n";
@@ -121,6 +123,18 @@ TEST_F(ManyTest, ComesAsTheListDoesAndSaysHowFarItCame) {
                     testing::HasSubstr("stmdcm: interrupted; 2 of the files done; each of the others"));
         std::filesystem::remove(list);
     }
+}
+
+TEST_F(ManyTest, GivesBareValuesALineAFile) {
+    const std::string files = " " + Sample("full.tdf") + " /none " + Sample("settings.txt") + " " +
+                              Sample("empty.tdf") + " " + Sample("no-devid.tdf");
+    EXPECT_EQ(Run("show --get STM_DTC_target_clock_hz,STM_data_flip --get STM_ATB_Id" + files).out,
+              "1000000000 1 12\n\n1000000000 1 12\n\n1000000000 1 12\n");
+    EXPECT_EQ(Run("show --get STM_ATB_Id " + Sample("full.tdf")).out, "12\n");
+    const Json shown = RunLines("show --get STM_ATB_Id,STM_data_flip" + files, 1).at(0).at("configuration");
+    EXPECT_EQ(shown.at("properties").at(0).at("value"), 12);
+    EXPECT_EQ(shown.at("properties").size(), 2U);
+    EXPECT_TRUE(shown.at("use_cases").is_null());
 }
 
 /// Each capture is old or new, and the same command again does the rest.

@@ -6,6 +6,7 @@
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/many/ManyFiles.h"
+#include "tool/output/InputFile.h"
 #include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
@@ -49,7 +50,7 @@ struct DiffReport {
 class Diff final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("LEFT", m_left, "A capture (.tdf) or a settings file")->required();
+        app.add_option("LEFT", m_left, "A capture (.tdf) or a settings file; - is standard input")->required();
         m_files.DeclareFiles(app, "RIGHT", "Others, each of which is compared with LEFT");
         m_files.DeclareOptions(app);
         app.footer(
@@ -62,10 +63,10 @@ class Diff final : public Command {
     void Check() override { m_files.RequireAny("RIGHT"); }
 
     ExitStatus Run(const Context& context) override {
-        const Reading left = Read(m_left);
+        const Reading left = InputFile(m_left).Read();
         left.RequireLoaded();
         return m_files.Run(context, [&](const Context& own, const std::string& file) {
-            const Reading right = Read(file);
+            const Reading right = InputFile(file).Read();
             right.RequireLoaded();
             const DiffReport report{left, right, own.isOneOfMany};
             own.Print(report);

@@ -3,6 +3,7 @@
 #include "stmdcm/plugin/Plugin.h"
 #include "stmdcm/plugin/PluginReading.h"
 #include "tool/output/GuardedHome.h"
+#include "tool/output/InputFile.h"
 
 namespace stmdcm {
 
@@ -17,6 +18,9 @@ struct OtherPlugin::Loaded {
 std::vector<std::string> OtherPlugin::Differences(const Context& context, const Reading& reading) {
     if (context.options.plugin.empty() || !reading.kind) {
         return {};
+    }
+    if (reading.path == kStandardStream) {
+        throw Failure("--plugin needs a file, standard input is none; name one", Failure::Kind::Request);
     }
     if (!m_loaded) {
         m_loaded = std::make_shared<Loaded>(context.options.plugin);

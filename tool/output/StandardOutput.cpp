@@ -16,4 +16,10 @@ void RefuseStandardOutputIn(const std::string& file) {
     }
 }
 
+void RefuseTerminal() {
+    if (::isatty(STDOUT_FILENO) == 1) {
+        throw Failure("binary data does not go to a terminal; use -o FILE, or a pipe", Failure::Kind::Request);
+    }
+}
+
 }  // namespace stmdcm

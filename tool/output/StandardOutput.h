@@ -8,4 +8,7 @@ namespace stmdcm {
 /// lost with one that is replaced.
 void RefuseStandardOutputIn(const std::string& file);
 
+/// Throws Failure where what is no text would confuse a terminal.
+void RefuseTerminal();
+
 }  // namespace stmdcm
