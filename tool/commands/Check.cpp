@@ -5,6 +5,7 @@
 #include <set>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/reading/Portability.h"
 #include "stmdcm/reading/Verdict.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/ValueCheck.h"
@@ -12,6 +13,7 @@
 #include "tool/commands/NextCommand.h"
 #include "tool/commands/OtherPlugin.h"
 #include "tool/many/ManyFiles.h"
+#include "tool/output/InputFile.h"
 #include "tool/render/Table.h"
 
 namespace stmdcm {
@@ -42,6 +44,17 @@ Json ToJson(const Finding& finding, const std::string& next) {
             {"next", JsonRenderer::OrNull(next)}};
 }
 
+std::vector<std::string> KindNames() {
+    std::vector<std::string> names;
+    for (const FindingKind& kind : kFindingKinds) {
+        names.emplace_back(kind.id);
+    }
+    return names;
+}
+
+/// No capture says yet what an image is.
+bool IsPinned(const ObjectFile& /*file*/) { return false; }
+
 /// Tells the kinds of findings.
 struct KindList {
     static std::string Text(const Palette& palette) {
@@ -65,11 +78,20 @@ struct KindList {
 /// Tells what was found in a file.
 struct CheckReport {
     const Reading& file;
-    Severity least;  ///< findings below are left out, in the counts too
+    Severity least;                           ///< findings below are left out, in the counts too
+    const std::vector<std::string>& ignored;  ///< identifiers of findings that are, too
 
-    bool IsShown(const FindingKind& kind) const { return kind.severity >= least; }
+    bool IsShown(const FindingKind& kind) const {
+        return kind.severity >= least && std::find(ignored.begin(), ignored.end(), kind.id) == ignored.end();
+    }
 
-    std::size_t Number(Severity severity) const { return severity >= least ? file.findings.Count(severity) : 0; }
+    std::size_t Number(Severity severity) const {
+        std::size_t number = 0;
+        for (const FindingKind& kind : kFindingKinds) {
+            number += kind.severity == severity && IsShown(kind) ? file.findings.Count(kind) : 0;
+        }
+        return number;
+    }
 
     /// Whether anything that is shown is more than a note.
     bool HasProblem() const { return Number(Severity::Error) + Number(Severity::Warning) > 0; }
@@ -150,16 +172,23 @@ class Check final : public Command {
   public:
     void Declare(CLI::App& app) override {
         auto* list = app.add_flag("--list", m_list, "List the kinds of findings instead");
-        m_files.DeclareFiles(app, "FILE", "Captures and settings files")->excludes(list);
+        m_files.DeclareFiles(app, "FILE", "Captures and settings files; - is standard input")->excludes(list);
         app.add_option("--as", m_kind, "Take every file for a capture or for settings, whatever it looks like")
             ->check(OneOf({"capture", "settings"}))
             ->type_name("KIND");
         app.add_option("--severity", m_severity, "Show nothing below this: error, warning or note")
             ->check(OneOf({"error", "warning", "note"}))
             ->type_name("SEVERITY");
+        app.add_option("--ignore", m_ignored, "Show none of these kinds, which --list lists")
+            ->check(OneOf(KindNames()))
+            ->type_name("ID")
+            ->delimiter(',')
+            ->allow_extra_args(false);
+        app.add_flag("--portable", m_portable, "Tell also what a capture would lack on another machine");
         m_files.DeclareOptions(app);
         app.footer(
-            "Goes on after a bad file. Ends with status 1 when an error or a warning is shown; notes alone are no "
+            "Goes on after a bad file. What --ignore and --severity leave out does not count. Ends with status 1 when "
+            "an error or a warning is shown; notes alone are no "
             "problem; with status 4 when a file could not be read. docs/check.md explains the findings.\n\nExample:\n"
             "  stmdcm check --severity warning capture.tdf settings.dcm");
     }
@@ -189,8 +218,12 @@ class Check final : public Command {
     }
 
     FileResult CheckOne(const Context& context, const std::string& file, OtherPlugin& plugin) const {
-        const Reading reading = CheckFile(file, KindAskedFor());
-        const CheckReport report{reading, ToSeverity(m_severity)};
+        Reading reading =
+            InputFile(file).Read([this](const std::string& path) { return CheckFile(path, KindAskedFor()); });
+        if (m_portable) {
+            CheckPortability(reading, IsPinned);
+        }
+        const CheckReport report{reading, ToSeverity(m_severity), m_ignored};
         FileResult result{ExitStatus::Done, report.Counts()};
         const std::vector<std::string> differences = plugin.Differences(context, reading);
         if (!reading.kind) {
@@ -213,6 +246,8 @@ class Check final : public Command {
     ManyFiles m_files{ManyFiles::Purpose::Read};
     std::string m_kind;
     std::string m_severity = "note";
+    std::vector<std::string> m_ignored;
+    bool m_portable = false;
     bool m_list = false;
 };
 
