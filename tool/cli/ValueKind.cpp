@@ -1,10 +1,14 @@
 #include "tool/cli/ValueKind.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <set>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/Container.h"
+#include "stmdcm/change/History.h"
+#include "stmdcm/plugin/TargetCpus.h"
 #include "tool/cli/Syntax.h"
 #include "trace/format/StmPropertyTable.h"
 
@@ -21,11 +25,20 @@ struct Row {
 };
 
 constexpr Row kRows[] = {
-    {"CAPTURE", {ValueKind::File, ".tdf"}}, {"FILE", kConfigurationFile},
-    {"SETTINGS", kConfigurationFile},       {"OUT", {ValueKind::File, ""}},
-    {"FILE.so", {ValueKind::File, ".so"}},  {"FILE.json", {ValueKind::File, ".json"}},
-    {"DIR", {ValueKind::Directory, ""}},    {"NAME=VALUE", {ValueKind::Property, ""}},
+    {"CAPTURE", {ValueKind::File, ".tdf"}},
+    {"FILE", kConfigurationFile},
+    {"SETTINGS", kConfigurationFile},
+    {"OUT", {ValueKind::File, ""}},
+    {"FILE.so", {ValueKind::File, ".so"}},
+    {"FILE.json", {ValueKind::File, ".json"}},
+    {"DIR", {ValueKind::Directory, ""}},
+    {"LIST", {ValueKind::File, ""}},
     {"SECTION", {ValueKind::Section, ""}},
+    {"NAME=VALUE", {ValueKind::Assignment, ".tdf .txt .dcm", true}},
+    {"PROPERTY", {ValueKind::Property, ""}},
+    {"PART", {ValueKind::Part, ""}},
+    {"NUMBER", {ValueKind::Number, ".tdf", true}},
+    {"CPU", {ValueKind::Cpu, ""}},
 };
 
 bool IsPlainPositional(const CLI::Option& option) {
@@ -33,7 +46,7 @@ bool IsPlainPositional(const CLI::Option& option) {
 }
 
 /// What is beyond is no help on a terminal.
-constexpr std::size_t kMostSections = 200;
+constexpr std::size_t kMostListed = 200;
 
 std::vector<Candidate> Plain(const std::vector<std::string>& words) {
     std::vector<Candidate> candidates;
@@ -45,7 +58,7 @@ std::vector<Candidate> Plain(const std::vector<std::string>& words) {
 }
 
 /// The names, and behind the "=" of a flag its values.
-std::vector<Candidate> Properties(const std::string& value) {
+std::vector<Candidate> Assignments(const std::string& value) {
     std::vector<Candidate> candidates;
     const std::size_t equals = value.find('=');
     for (const Zu::Wep::Trace::StmProperty& property : Zu::Wep::Trace::kStmProperties) {
@@ -60,21 +73,56 @@ std::vector<Candidate> Properties(const std::string& value) {
     return candidates;
 }
 
-/// None of a file that is no capture: a completion is no place for a diagnostic.
-std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals) {
+std::vector<Candidate> Properties() {
+    std::vector<Candidate> candidates;
+    for (const Zu::Wep::Trace::StmProperty& property : Zu::Wep::Trace::kStmProperties) {
+        candidates.push_back({property.name, ""});
+    }
+    return candidates;
+}
+
+std::vector<Candidate> Parts() {
+    std::vector<Candidate> candidates = Plain({"properties", "usecases", "objects"});
+    const std::vector<Candidate> properties = Properties();
+    candidates.insert(candidates.end(), properties.begin(), properties.end());
+    return candidates;
+}
+
+std::vector<Candidate> SectionNames(const Container& container) {
     std::set<std::string> names;
-    try {
-        const Container container(positionals.empty() ? "" : positionals.back());
-        for (const Section& section : container.Sections()) {
-            const std::string name = container.Name(section);
-            if (IsPlausibleName(name) && names.size() < kMostSections) {
-                names.insert(name);
-            }
+    for (const Section& section : container.Sections()) {
+        const std::string name = container.Name(section);
+        if (IsPlausibleName(name) && names.size() < kMostListed) {
+            names.insert(name);
         }
-    } catch (const Failure&) {
-        return {};
     }
     return Plain({names.begin(), names.end()});
+}
+
+/// Of the configurations that are not in force; the youngest where there are too many.
+std::vector<Candidate> HistoryNumbers(const Container& container) {
+    std::vector<Candidate> candidates;
+    const History history(container);
+    for (const HistoryEntry& entry : history.Entries()) {
+        if (!entry.IsCurrent() && entry.number + kMostListed > history.Entries().size()) {
+            candidates.push_back(
+                {std::to_string(entry.number), fmt::format("{}, {}", entry.name, SectionUseText(entry.section.use))});
+        }
+    }
+    return candidates;
+}
+
+std::string ValueOf(const GivenWords& given, const char* option) {
+    const auto found = given.options.find(option);
+    return found == given.options.end() ? "" : found->second;
+}
+
+std::vector<Candidate> Listed(ValueKind kind, const GivenWords& given) {
+    if (kind == ValueKind::Cpu) {
+        return Plain(TargetCpus(ChooseFactory(ValueOf(given, "--scenario"), ValueOf(given, "--factory-dir"))));
+    }
+    const Container container(given.positionals.empty() ? "" : given.positionals.back());
+    return kind == ValueKind::Section ? SectionNames(container) : HistoryNumbers(container);
 }
 
 }  // namespace
@@ -92,17 +140,28 @@ ValueSyntax ValueSyntaxOf(const CLI::Option& option) {
     return IsPlainPositional(option) ? kConfigurationFile : ValueSyntax{};
 }
 
-std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::string& value,
-                                       const std::vector<std::string>& positionals) {
-    switch (ValueSyntaxOf(option).kind) {
+std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::string& value, const GivenWords& given) {
+    const ValueKind kind = ValueSyntaxOf(option).kind;
+    switch (kind) {
         case ValueKind::Choice:
             return Plain(Choices(option));
+        case ValueKind::Assignment:
+            return Assignments(value);
         case ValueKind::Property:
-            return Properties(value);
+            return Properties();
+        case ValueKind::Part:
+            return Parts();
         case ValueKind::Section:
-            return SectionNames(positionals);
+        case ValueKind::Number:
+        case ValueKind::Cpu:
+            break;
         default:
             return {};
+    }
+    try {
+        return Listed(kind, given);
+    } catch (const Failure&) {  // a completion is no place for a diagnostic
+        return {};
     }
 }
 
