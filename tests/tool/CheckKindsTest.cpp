@@ -100,7 +100,8 @@ TEST_F(CheckKindsTest, EachInputGivesItsIdentifiersAndEachIdentifierHasAnInput) 
     elsewhere.common += ObjectFileEntryBytes("b", "b", 1);
     Reading portable = Check("elsewhere.tdf", elsewhere.Bytes());
     CheckPortability(portable, [](const ObjectFile& file) { return file.name == "a"; });
-    EXPECT_EQ(Identifiers(Take(std::move(portable))), "T-NOT-SET P-CLOCK-DEFAULT O-MISSING M-PATH M-NOT-PINNED M-SETTINGS");
+    EXPECT_EQ(Identifiers(Take(std::move(portable))),
+              "T-NOT-SET P-CLOCK-DEFAULT O-MISSING M-PATH M-NOT-PINNED M-SETTINGS");
 
     for (const FindingKind& kind : kFindingKinds) {
         EXPECT_TRUE(m_met.contains(kind.id)) << kind.id << " is produced by no input";

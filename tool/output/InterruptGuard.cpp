@@ -76,8 +76,9 @@ InterruptGuard::~InterruptGuard() {
 }
 
 void InterruptGuard::SetLastWords(std::string words) {
-    const InterruptBlock block;
-    m_lastWords = std::move(words);
+    std::string& free = m_words[m_lastWords == m_words.data() ? 1 : 0];
+    free = std::move(words);
+    m_lastWords = &free;
 }
 
 void InterruptGuard::TakeSignals() {
@@ -96,9 +97,9 @@ void InterruptGuard::TakeSignals() {
 void InterruptGuard::CleanUpAndEnd(int number) {
     for (const InterruptGuard* guard = s_last; guard != nullptr; guard = guard->m_before) {
         Remove(AT_FDCWD, guard->m_path.c_str(), kDeepest);
-        // Who closed the pipe has seen enough.
-        if (number != SIGPIPE && ::write(STDERR_FILENO, guard->m_lastWords.data(), guard->m_lastWords.size()) < 0) {
-            continue;
+        const std::string* words = number == SIGPIPE ? nullptr : guard->m_lastWords.load();
+        if (words != nullptr && ::write(STDERR_FILENO, words->data(), words->size()) < 0) {
+            continue;  // nobody can be told
         }
     }
     ::signal(number, SIG_DFL);

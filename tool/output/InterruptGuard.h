@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <string>
 
 namespace stmdcm {
@@ -15,7 +17,7 @@ class InterruptGuard {
     InterruptGuard(const InterruptGuard&) = delete;
     InterruptGuard& operator=(const InterruptGuard&) = delete;
 
-    /// What standard error is to say then, in the place of what it was to say before.
+    /// What standard error is to say then, in the place of what it was to say before. Without a call into the system.
     void SetLastWords(std::string words);
 
     /// For a process that was forked off: all that are there are those of its parent.
@@ -28,7 +30,8 @@ class InterruptGuard {
     static InterruptGuard* s_last;  ///< the head of a list
 
     std::string m_path;
-    std::string m_lastWords;
+    std::array<std::string, 2> m_words;             ///< one of which may be changed
+    std::atomic<const std::string*> m_lastWords{};  ///< the other; null: none
     InterruptGuard* m_before;
 };
 

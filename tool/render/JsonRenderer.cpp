@@ -27,11 +27,11 @@ Json ItemsToJson(const std::vector<Item>& items) {
 
 class JsonVisitor {
   public:
-    explicit JsonVisitor(Json& out) : m_object(out) {}
+    explicit JsonVisitor(Json& out) : m_members(out.get_ref<Json::object_t&>()) { m_members.reserve(kMostFields); }
 
     template <class T>
     void operator()(const Field& field, const T& value) const {
-        m_object[field.name] = value;
+        m_members.emplace_back(field.name, value);
     }
     // JavaScript would round a large number, so all of this width are strings.
     void operator()(const Field& field, std::int64_t value) const {
@@ -46,18 +46,20 @@ class JsonVisitor {
     }
     template <class T>
     void operator()(const Field& field, const std::vector<T>& items) const {
-        m_object[field.name] = ItemsToJson(items);
+        m_members.emplace_back(field.name, ItemsToJson(items));
     }
 
   private:
     void Put(const Field& field, Json value, Json time) const {
-        m_object[field.name] = std::move(value);
+        m_members.emplace_back(field.name, std::move(value));
         if (field.unit == Unit::UnixTime) {
-            m_object[std::string(field.name) + "_utc"] = std::move(time);
+            m_members.emplace_back(std::string(field.name) + "_utc", std::move(time));
         }
     }
 
-    Json& m_object;
+    static constexpr std::size_t kMostFields = 12;  // more than that are kept, too
+
+    Json::object_t& m_members;  ///< behind each other, without a search: no two fields have one name
 };
 
 template <class Item>
