@@ -94,7 +94,7 @@ TEST_F(ManyTest, TellsAtTheEndWhatBecameOfThem) {
                     {"show --files-from /none", 1, "/none: the list of files can't be opened: No such file"},
                     {"show --files-from " + Path("of"), 1, "can't be read: Is a directory"},
                     {"show --files-from " + Write("zero", a + '\0' + b), 1, "use -0"},
-                    {"show --files-from " + Write("long", std::string(9000, 'x')), 1, "longer than 8192 bytes"},
+                    {"show --files-from " + Write("long", std::string(9000, 'x')), 1, "longer than 4096 bytes"},
                     {"show -0" + both, 2, "-0"},
                     {"show --get STM_Atb" + both, 2, "there is no property \"STM_Atb\""},
                     {"show --get STM_ATB_Id --changed" + both, 2, "--get"}});

@@ -5,11 +5,18 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
 
 namespace stmdcm {
+
+namespace {
+
+constexpr std::size_t kPiece = 1 << 16;
+
+}  // namespace
 
 std::pair<Channel, Channel> Channel::Pair() {
     int ends[2];
@@ -22,6 +29,8 @@ std::pair<Channel, Channel> Channel::Pair() {
 
 Channel& Channel::operator=(Channel&& other) noexcept {
     std::swap(m_descriptor, other.m_descriptor);
+    std::swap(m_buffer, other.m_buffer);
+    std::swap(m_begin, other.m_begin);
     return *this;
 }
 
@@ -33,40 +42,50 @@ void Channel::Close() {
 
 bool Channel::Send(std::string_view message) const {
     const std::size_t size = message.size();
-    std::string bytes(reinterpret_cast<const char*>(&size), sizeof size);
-    return SendAll(bytes.append(message));
-}
-
-std::optional<std::string> Channel::Receive() const {
-    std::size_t size = 0;
-    if (!ReceiveAll(reinterpret_cast<char*>(&size), sizeof size)) {
-        return std::nullopt;
-    }
-    std::string message(size, '\0');
-    return ReceiveAll(message.data(), size) ? std::optional(std::move(message)) : std::nullopt;
-}
-
-bool Channel::SendAll(std::string_view bytes) const {
-    while (!bytes.empty()) {
-        const ssize_t count = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const std::string bytes = std::string(reinterpret_cast<const char*>(&size), sizeof size).append(message);
+    for (std::string_view left = bytes; !left.empty();) {
+        const ssize_t count = ::send(m_descriptor, left.data(), left.size(), MSG_NOSIGNAL);
         if (count < 0 && errno != EINTR) {
             return false;
         }
-        bytes.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
+        left.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
     }
     return true;
 }
 
-bool Channel::ReceiveAll(char* buffer, std::size_t size) const {
-    while (size > 0) {
-        const ssize_t count = ::recv(m_descriptor, buffer, size, 0);
-        if (count == 0 || (count < 0 && errno != EINTR)) {
-            return false;
+std::optional<std::string> Channel::Receive() {
+    while (!HasMessage()) {
+        if (!ReadMore()) {
+            return std::nullopt;
         }
-        buffer += count < 0 ? 0 : count;
-        size -= count < 0 ? 0 : static_cast<std::size_t>(count);
     }
-    return true;
+    const std::size_t size = SizeOfNext();
+    std::string message = m_buffer.substr(m_begin + sizeof size, size);
+    m_begin += sizeof size + size;
+    return message;
+}
+
+bool Channel::HasMessage() const {
+    const std::size_t here = m_buffer.size() - m_begin;
+    return here >= sizeof(std::size_t) && here - sizeof(std::size_t) >= SizeOfNext();
+}
+
+std::size_t Channel::SizeOfNext() const {
+    std::size_t size = 0;
+    std::memcpy(&size, m_buffer.data() + m_begin, sizeof size);
+    return size;
+}
+
+bool Channel::ReadMore() {
+    m_buffer.erase(0, m_begin);
+    m_begin = 0;
+    const std::size_t old = m_buffer.size();
+    m_buffer.resize(old + kPiece);
+    ssize_t count = 0;
+    while ((count = ::recv(m_descriptor, m_buffer.data() + old, kPiece, 0)) < 0 && errno == EINTR) {
+    }
+    m_buffer.resize(old + (count > 0 ? static_cast<std::size_t>(count) : 0));
+    return count > 0;
 }
 
 }  // namespace stmdcm

@@ -13,7 +13,10 @@ class Channel {
     /// The two ends. Throws Failure.
     static std::pair<Channel, Channel> Pair();
 
-    Channel(Channel&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    Channel(Channel&& other) noexcept
+        : m_descriptor(std::exchange(other.m_descriptor, -1)),
+          m_buffer(std::move(other.m_buffer)),
+          m_begin(std::exchange(other.m_begin, 0)) {}
     Channel& operator=(Channel&& other) noexcept;
     ~Channel() { Close(); }
     void Close();
@@ -21,14 +24,18 @@ class Channel {
     int Descriptor() const { return m_descriptor; }
     /// Both wait. False, or nothing, where the other end is gone.
     bool Send(std::string_view message) const;
-    std::optional<std::string> Receive() const;
+    std::optional<std::string> Receive();
+    /// Whether one is here already; the descriptor can't be read then, unless more has come.
+    bool HasMessage() const;
 
   private:
     explicit Channel(int descriptor) : m_descriptor(descriptor) {}
-    bool SendAll(std::string_view bytes) const;
-    bool ReceiveAll(char* buffer, std::size_t size) const;
+    std::size_t SizeOfNext() const;
+    bool ReadMore();
 
     int m_descriptor;
+    std::string m_buffer;     ///< what was read; a call into the system may bring many messages
+    std::size_t m_begin = 0;  ///< of what was not received of it
 };
 
 }  // namespace stmdcm

@@ -14,8 +14,8 @@ namespace stmdcm {
 /// comes and never kept.
 class FileNames {
   public:
-    /// No longer name is taken; the system takes none of half the length.
-    static constexpr std::size_t kLongest = 8192;
+    /// No longer name is taken: nor does the system (PATH_MAX).
+    static constexpr std::size_t kLongest = 4096;
 
     /// `list` is a file with a name a line, or with a zero byte behind each where `isZeroEnded`; "-" is standard
     /// input, empty none. Throws Failure where it can't be opened.

@@ -20,6 +20,7 @@ namespace stmdcm {
 namespace {
 
 constexpr std::size_t kMostJobs = 256;
+constexpr std::size_t kMostKept = 1 << 16;
 
 }  // namespace
 
@@ -36,10 +37,15 @@ class ManyFiles::Round {
 
     const Context& Asked() const { return m_context; }
 
-    void Take(const FileOutcome& outcome) {
-        m_progress.Clear();
-        if (!outcome.told.out.empty()) {
-            Console::ToStandardOutput(outcome.told.out);
+    /// Where more are here already what is printed may wait for them.
+    void Take(const FileOutcome& outcome, bool areMoreHere) {
+        if (!outcome.told.error.empty() || (m_isOutTerminal && !outcome.told.out.empty())) {
+            m_progress.Clear();
+        }
+        m_out += outcome.told.out;
+        if (!m_out.empty() && (!areMoreHere || !outcome.told.error.empty() || m_out.size() > kMostKept)) {
+            Console::ToStandardOutput(m_out);
+            m_out.clear();
         }
         Console::ToStandardError(outcome.told.error);
         m_summary.Add(outcome.result);
@@ -68,6 +74,8 @@ class ManyFiles::Round {
     const Context& m_context;
     Purpose m_purpose;
     std::optional<std::uint64_t> m_total;
+    std::string m_out;  ///< not printed yet
+    bool m_isOutTerminal = ::isatty(STDOUT_FILENO) == 1;
     Progress m_progress;
     Summary m_summary;
     InterruptGuard m_guard;
@@ -126,13 +134,13 @@ ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
 
 void ManyFiles::RunHere(FileNames& names, Round& round, const FileWork& work) const {
     while (const std::optional<std::string> file = names.Next()) {
-        round.Take(WorkOn(*file, work, round.Asked()));
+        round.Take(WorkOn(*file, work, round.Asked()), false);
     }
 }
 
 /// In turn, so that the next result in the order of the files is always that of the next worker.
 void ManyFiles::RunInWorkers(FileNames& names, Round& round, const FileWork& work) const {
-    const Workers workers(Jobs(), work, round.Asked());
+    Workers workers(Jobs(), work, round.Asked());
     std::deque<std::string> waiting;
     std::size_t sent = 0;
     std::size_t received = 0;
@@ -146,10 +154,11 @@ void ManyFiles::RunInWorkers(FileNames& names, Round& round, const FileWork& wor
                 workers.Send(sent++ % workers.Count(), *name);
                 waiting.push_back(std::move(*name));
             }
-        } else if (isFull || !names.WaitFor(workers.Descriptor(next()))) {
-            round.Take(workers.Receive(next(), waiting.front()));
+        } else if (isFull || workers.HasResult(next()) || !names.WaitFor(workers.Descriptor(next()))) {
+            const FileOutcome outcome = workers.Receive(next(), waiting.front());
             waiting.pop_front();
             ++received;
+            round.Take(outcome, !waiting.empty() && workers.HasResult(next()));
         }
     }
 }

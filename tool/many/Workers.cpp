@@ -15,7 +15,7 @@ namespace stmdcm {
 namespace {
 
 /// What the work keeps, such as a plug-in, goes before the process does.
-[[noreturn]] void Serve(const Channel& channel, FileWork work, const Context& context) {
+[[noreturn]] void Serve(Channel& channel, FileWork work, const Context& context) {
     try {
         while (const std::optional<std::string> file = channel.Receive()) {
             if (!channel.Send(WorkOn(*file, work, context).Encode())) {
@@ -62,7 +62,7 @@ Workers::~Workers() {
     }
 }
 
-FileOutcome Workers::Receive(std::size_t worker, const std::string& file) const {
+FileOutcome Workers::Receive(std::size_t worker, const std::string& file) {
     const std::optional<std::string> message = m_channels[worker].Receive();
     if (!message) {
         throw Failure(file, "the process that worked on it, or on one before it, has ended too early");

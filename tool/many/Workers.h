@@ -17,7 +17,7 @@ class Workers {
   public:
     /// So many names may wait in front of each: these fit into its channel (FileNames::kLongest), so nobody waits for
     /// a name to be taken while results wait to be taken, too.
-    static constexpr std::size_t kMostWaiting = 8;
+    static constexpr std::size_t kMostWaiting = 16;
 
     /// Borrows the context. Throws Failure where they can't be started.
     Workers(std::size_t count, const FileWork& work, const Context& context);
@@ -30,7 +30,9 @@ class Workers {
     int Descriptor(std::size_t worker) const { return m_channels[worker].Descriptor(); }
     void Send(std::size_t worker, const std::string& file) const { m_channels[worker].Send(file); }
     /// Of the first `file` that was sent and not received yet. Throws Failure where the worker has ended.
-    FileOutcome Receive(std::size_t worker, const std::string& file) const;
+    FileOutcome Receive(std::size_t worker, const std::string& file);
+    /// Whether that would not wait, though perhaps the descriptor can't be read.
+    bool HasResult(std::size_t worker) const { return m_channels[worker].HasMessage(); }
 
   private:
     void Start(const FileWork& work, const Context& context);
