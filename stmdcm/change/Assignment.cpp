@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <limits>
 #include <optional>
@@ -15,6 +16,7 @@
 
 namespace stmdcm {
 
+using Zu::Wep::Trace::FindStmProperty;
 using Zu::Wep::Trace::kStmProperties;
 using Zu::Wep::Trace::StmProperty;
 
@@ -141,6 +143,13 @@ const StmProperty& RequireProperty(const std::string& name) {
 
 void Assignment::ApplyTo(Zu::Wep::Trace::StmProperties& properties) const {
     SetNumber(properties, RequireProperty(name), value);
+}
+
+bool Assignment::LooksLikeOne(const std::string& text) {
+    const std::string start = text.substr(0, text.find('='));
+    const bool isWord = !start.empty() && std::all_of(start.begin(), start.end(),
+                                                      [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
+    return isWord && (start.size() < text.size() || FindStmProperty(start) != nullptr);
 }
 
 Assignment Assignment::Parse(const std::string& text) {

@@ -16,6 +16,10 @@ struct Assignment {
     std::string name;
     std::int32_t value = 0;  ///< flags are 0 or 1
 
+    /// Whether the text is more likely one of these than a file's name: a property's name, or a word with "=" behind
+    /// it.
+    static bool LooksLikeOne(const std::string& text);
+
     void ApplyTo(Zu::Wep::Trace::StmProperties& properties) const;
 
     /// Strict, where the formats are lenient: an unknown name, and a value that is none of the property's kind or out

@@ -52,6 +52,19 @@ struct RestoreResult {
     bool isWritten = false;
 };
 
+/// What an undone change has left.
+struct UndoResult {
+    std::vector<HistoryEntry> restored = {};  ///< DCM_COMMON first
+    std::vector<Difference> changes = {};     ///< left as it was until now, right as it is to be
+    std::vector<std::string> doubts = {};     ///< as of RestoreResult
+    bool isWritten = false;
+};
+
+/// Puts in force what was in force before the last change, as RestoreConfiguration does: of the section that was
+/// appended last the youngest retired one that is not the same, and where DCM_COMMON was appended directly in front of
+/// it, which one change does, that of both. Done twice it undoes itself. Throws Failure where nothing was changed.
+UndoResult UndoLastChange(const std::string& path, ChangeMode mode = ChangeMode::Write);
+
 /// Puts a copy of the configuration `number` in force, byte for byte, and retires the one that was. See CaptureEditor.
 RestoreResult RestoreConfiguration(const std::string& path, std::size_t number, ChangeMode mode = ChangeMode::Write);
 

@@ -42,7 +42,7 @@ struct FindingKind {
 };
 
 /// Every kind that `check` reports: F file, C container, T text, D text of DEVID, P value of a property, U use case, O
-/// object file.
+/// object file, M what another machine would lack (CheckPortability).
 /// Error: data is lost or the load fails. Warning: doubtful. Note: worth knowing.
 inline constexpr FindingKind kFindingKinds[] = {
     {"F-UNREADABLE", Severity::Error, "The file can't be opened or read."},
@@ -148,6 +148,10 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"O-PINS-TORN", Severity::Warning, "The pins of the object files end within one."},
     {"O-EMPTY-PATH", Severity::Warning, "An object file is recorded without a path."},
     {"O-DUPLICATE", Severity::Warning, "Two object files are recorded under one name."},
+
+    {"M-PATH", Severity::Warning, "An object file is recorded under an absolute path."},
+    {"M-NOT-PINNED", Severity::Warning, "Nothing but path and time tells which file an object file is."},
+    {"M-SETTINGS", Severity::Warning, "Properties are left to the settings file of the machine."},
 };
 
 /// Whether it is about what a file says, not about the file that holds it or its sections.

@@ -43,6 +43,8 @@ const Command kCommands[] = {
     {"apply", {"apply", "settings.txt", "packed.tdf"}, "packed.tdf"},
     {"apply to a host's own capture", {"apply", "settings.txt", "bare.tdf"}, "bare.tdf"},
     {"restore", {"restore", "changed.tdf", "2"}, "changed.tdf"},
+    {"undo", {"undo", "changed.tdf"}, "changed.tdf"},
+    {"prune", {"history", "--prune", "0", "changed.tdf", "-o", "out.tdf"}},
     {"convert to settings", {"convert", "full.tdf", "out.txt"}},
     {"convert over a file", {"convert", "shadowed.tdf", "settings.txt", "--force"}, "settings.txt"},
     {"recover", {"recover", "torn-payload.tdf", "-o", "out.tdf"}},

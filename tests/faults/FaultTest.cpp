@@ -91,7 +91,7 @@ std::string FaultTest::WhatIsWrongWithFiles(bool mayClean) {
         return "left behind: " + left.begin()->first;
     }
     for (const auto& [name, bytes] : files) {
-        const bool isTemporary = name.starts_with(".stmdcm-");
+        const bool isTemporary = name.find(".stmdcm-") != name.npos;
         const std::string wrong = isTemporary && !mayClean ? "" : WhatIsWrongWith(name, bytes);
         if (!wrong.empty()) {
             return wrong;

@@ -159,13 +159,13 @@ TEST_F(ChangeTest, SaysWhatIsLostOfACapture) {
 
 TEST_F(ChangeTest, AppliesToManyAndGoesOnAfterABadOne) {
     const std::string good = Copy("packed.tdf"), bad = Copy("wrong-magic.tdf"), other = Copy("shadowed.tdf");
-    const Json captures =
-        RunJson("apply " + Sample("full.tdf") + " " + good + " " + bad + " " + other, 1).at("captures");
-    ASSERT_EQ(captures.size(), 3U);
-    EXPECT_THAT(captures[1].at("failure").get<std::string>(), testing::HasSubstr("wrong-magic.tdf"));
+    const std::vector<Json> lines = RunLines("apply " + Sample("full.tdf") + " " + good + " " + bad + " " + other, 1);
+    ASSERT_EQ(lines.size(), 3U);
+    const auto of = [&](std::size_t i) { return lines[i].at("captures").at(0); };
+    EXPECT_THAT(of(1).at("failure").get<std::string>(), testing::HasSubstr("wrong-magic.tdf"));
     const Json source = Configuration(Sample("full.tdf"));
     for (const auto& [row, file] : {std::pair(0U, good), {2U, other}}) {
-        EXPECT_EQ(captures[row].at("written"), true);
+        EXPECT_EQ(of(row).at("written"), true);
         EXPECT_EQ(Configuration(file).at("properties"), source.at("properties"));
         EXPECT_EQ(Configuration(file).at("use_cases"), source.at("use_cases"));
     }

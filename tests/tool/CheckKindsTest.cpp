@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "stmdcm/pins/ImageExaminer.h"
+#include "stmdcm/reading/Portability.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/tool/CheckInputs.h"
 
@@ -96,6 +97,13 @@ TEST_F(CheckKindsTest, EachInputGivesItsIdentifiersAndEachIdentifierHasAnInput) 
         ASSERT_NE(over, findings.end());
         EXPECT_EQ(over->effect.find("nothing can be saved") == std::string::npos, canSave) << over->effect;
     }
+
+    CaptureParts elsewhere{"STM_ATB_Id = 7\n", "board=7\n", ObjectFileEntryBytes("a", "/none/a", 1)};
+    elsewhere.common += ObjectFileEntryBytes("b", "b", 1);
+    Reading portable = Check("elsewhere.tdf", elsewhere.Bytes());
+    CheckPortability(portable, [](const ObjectFile& file) { return file.name == "a"; });
+    EXPECT_EQ(Identifiers(Take(std::move(portable))),
+              "T-NOT-SET P-CLOCK-DEFAULT O-MISSING M-PATH M-NOT-PINNED M-SETTINGS");
 
     for (const FindingKind& kind : kFindingKinds) {
         EXPECT_TRUE(m_met.contains(kind.id)) << kind.id << " is produced by no input";

@@ -44,9 +44,14 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
          "settings-packed.txt: loads, but the host is told that it failed; 6 notes", ""},
         {kFull, 1, "full.tdf: loads, but without 2 program images on this machine; 2 warnings, 4 notes", ""},
         {std::string("--severity error ") + kFull, 0, "machine; nothing found", ""},
+        {std::string("--ignore O-MISSING ") + kFull, 0, "machine; 4 notes", ""},
+        {std::string("--portable --severity warning --ignore O-MISSING,M-PATH ") + kFull, 1, "M-NOT-PINNED", ""},
+        {std::string("--ignore O-NOTHING ") + kFull, 2, "", "O-NOTHING"},
+        {std::string("- <") + kFull, 1, "-: loads, but without 2 program images", ""},
+        {"--as capture - </dev/null", 1, "-: does not load", "-: the file is empty"},
         {std::string("/no/such/file ") + kUnknown, 4, "T-UNKNOWN-KEY line 2: \"STM_Colour\" is no property",
          "stmdcm: /no/such/file: there is no such file"},
-        {std::string("/no/such/file ") + kUnknown, 4, "2 files: 3 errors, 1 note", "/no/such/file"},
+        {std::string("/no/such/file ") + kUnknown, 4, "1 error", "2 files: 3 errors, 1 note, 1 failed"},
         {Home().string(), 4, "F-UNREADABLE", "this is a directory"},
         {std::string("--as capture ") + kUnknown, 1, "F-NO-CAPTURE", ""},
         {std::string("--as settings ") + kFull, 1, "T-ZERO-BYTE", ""},
@@ -68,11 +73,12 @@ TEST_F(CheckTest, StatusTellsWhetherThereIsAProblem) {
 TEST_F(CheckTest, JsonSaysWhatTheTextSays) {
     const std::string files = std::string(kFull) + " " + kUnknown + " " STMDCM_TEST_DATA "/torn-payload.tdf /none";
     const std::string text = Run("check " + files).out;
-    const Json document = RunJson("check " + files, 4);
-    EXPECT_TRUE(document.at("problems").get<bool>());
-    ASSERT_EQ(document.at("files").size(), 4U);
-    EXPECT_TRUE(document.at("files")[3].at("kind").is_null());
-    for (const Json& file : document.at("files")) {
+    const std::vector<Json> documents = RunLines("check " + files, 4);
+    ASSERT_EQ(documents.size(), 4U);
+    EXPECT_TRUE(documents[3].at("files")[0].at("kind").is_null());
+    for (const Json& document : documents) {
+        EXPECT_TRUE(document.at("problems").get<bool>());
+        const Json& file = document.at("files").at(0);
         EXPECT_THAT(text, HasSubstr(file.at("path").get<std::string>() + ": " + file.at("verdict").get<std::string>()));
         for (const Json& finding : file.at("findings")) {
             const auto line = [&](const char* key, const std::string& before) {

@@ -16,6 +16,8 @@ class CompletionTest : public ConfigurationRun {
     CompletionTest() {
         std::filesystem::create_directory(Path("folder"));
         Write("full.tdf", Content(Sample("full.tdf")));
+        Run("set " + Path("full.tdf") + " STM_ATB_Id=1");
+        Run("set " + Path("full.tdf") + " STM_ATB_Id=2");
         for (const char* name : {"a b.tdf", "notes.md", "other.so", "settings.txt", "UPPER.TDF"}) {
             Write(name, "");
         }
@@ -75,7 +77,8 @@ TEST_F(CompletionTest, BashOffersWhatFits) {
         {"show 'a\\ '", "a b.tdf"},
         {"show no", "notes.md"},
         {"show -- --ch", ""},
-        {"show full.tdf ''", ""},
+        {"sections full.tdf ''", ""},
+        {"show full.tdf se", "settings.txt"},
         {"--json --color never show fu", "full.tdf"},
         {"--plugin ''", "folder,other.so"},
         {"--plugin = o", "other.so"},
@@ -89,7 +92,17 @@ TEST_F(CompletionTest, BashOffersWhatFits) {
         {"extract full.tdf ''", "DCM_COMMON,DEVID,STMDECODERINFO,TRACE0"},
         {"extract notes.md ''", ""},
         {"explain full.tdf co", "core0,core1"},
-        {"explain full.tdf STM_ATB", "STM_ATB_Id"}};
+        {"explain full.tdf STM_ATB", "STM_ATB_Id"},
+        {"set full.tdf se", "settings.txt"},
+        {"show --get STM_ATB_Id,STM_ATB", "STM_ATB_Id,STM_ATB_Id"},
+        {"check --ignore O-MISSING,O-D", "O-MISSING,O-DUPLICATE"},
+        {"apply settings.txt --only use", "usecases"},
+        {"restore full.tdf ''", "2,3"},
+        {"restore full.tdf full.tdf 3", "3"},
+        {"restore full.tdf se", "settings.txt"},
+        {"live --scenario " STMDCM_TEST_DATA "/../../sim/scenarios/example.json --cpu ''",
+         "Core_0/Cluster,Core_1/Cluster"},
+        {"live --cpu ''", ""}};
     for (const auto& [words, offered] : cases) {
         EXPECT_EQ(InBash(words), offered) << words;
     }

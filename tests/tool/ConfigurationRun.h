@@ -50,6 +50,17 @@ class ConfigurationRun : public ToolRun {
         EXPECT_TRUE(status == -1 || result.status == status) << result.status << ": " << result.error;
         return Json::parse(result.out);
     }
+    /// The documents for many files, one a line.
+    std::vector<Json> RunLines(const std::string& arguments, int status) const {
+        const Result result = Run("--json " + arguments);
+        EXPECT_EQ(result.status, status) << result.error;
+        std::vector<Json> documents;
+        std::istringstream in(result.out);
+        for (std::string line; std::getline(in, line);) {
+            documents.push_back(Json::parse(line));
+        }
+        return documents;
+    }
     /// Of a capture or a settings file.
     Json Configuration(const std::string& path) const { return RunJson("show " + path).at("configuration"); }
 

@@ -44,6 +44,28 @@ TEST_F(ConvertTest, SaysWhatIsLost) {
                 testing::HasSubstr("with losses"));
 }
 
+TEST_F(ConvertTest, WorksInPipes) {
+    const std::string full = Sample("full.tdf"), other = Path("other.txt"), back = Path("back.tdf");
+    ASSERT_EQ(Run("convert " + full + " " + other).status, 3);
+    for (const std::string& line :
+         {"convert - - <" + full, "convert " + full + " -o -", "convert - -o - --as settings <" + full}) {
+        EXPECT_EQ(Run(line).out, Content(other)) << line;
+    }
+    ASSERT_EQ(Run("convert " + other + " " + back).status, 0);
+    EXPECT_EQ(Run("convert - - <" + other).out, Content(back));
+    EXPECT_EQ(Run("convert - - --as settings <" + other).out, Content(other));
+    const std::string all = STMDCM_TOOL " show ";
+    EXPECT_EQ(Shell("cat " + full + " | " + all + "-").out, Run("show " + full).out);
+    EXPECT_EQ(Run("diff " + full + " - <" + other).status, 0);
+    EXPECT_EQ(RunJson("diff - " + full + " <" + back, 1).at("left").at("file"), "-");
+    ExpectTold("", {{"show - </dev/null", 1, "stmdcm: -: the file is empty"},
+                    {"show --json - </dev/null", 1, "stmdcm: -: the file is empty"},
+                    {"convert - - --as capture <" + full, 1, "use apply"},
+                    {"convert --json - - <" + full, 2, "--json"},
+                    {"show - --plugin x.so <" + full, 2, "--plugin needs a file"}});
+    ExpectNothingLeft(2);
+}
+
 TEST_F(ConvertTest, NeverTouchesWhatIsThere) {
     const std::string settings = Write("settings", "STM_ATB_Id = 3\n");
     const std::string capture = Write("capture.tdf", Content(Sample("full.tdf")));

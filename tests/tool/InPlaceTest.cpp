@@ -44,6 +44,53 @@ TEST_F(InPlaceTest, HistoryGivesBackTheBytes) {
               1);
 }
 
+TEST_F(InPlaceTest, UndoGoesBackBeforeTheLastChange) {
+    const std::string file = Copy("full.tdf"), other = Copy("packed.tdf");
+    const Json first = Configuration(file);
+    ExpectTold("", {{"undo " + file, 1, "nothing was changed in it yet"},
+                    {"undo " + Copy("settings.txt"), 1, "no capture"},
+                    {"set " + file + " STM_ATB_Id=42", 0, ""},
+                    {"apply " + other + " " + file, 0, ""}});
+    const Json applied = Configuration(file);
+    EXPECT_EQ(RunJson("undo --dry-run " + file, 0).at("restored").size(), 2U) << "one change of both sections";
+    EXPECT_EQ(Configuration(file), applied);
+    const Result undone = Run("undo " + file);
+    EXPECT_TRUE(HasLineWith(undone.out, "configuration 1 (DCM_COMMON) and configuration 3 (STMDECODERINFO)", "again"));
+    EXPECT_TRUE(HasLineWith(undone.out, "STM_ATB_Id  ", "->  42")) << undone.out;
+    EXPECT_EQ(Configuration(file).at("object_files"), first.at("object_files"));
+    ExpectTold("undo ", {{file, 0, ""}});
+    EXPECT_EQ(Configuration(file), applied) << "undone twice";
+    ExpectTold("set " + file, {{" STM_ATB_Id=43", 0, ""}});
+    EXPECT_EQ(RunJson("undo " + file, 0).at("restored").size(), 1U) << "the images were not changed with it";
+    EXPECT_EQ(Configuration(file), applied);
+}
+
+TEST_F(InPlaceTest, PruningLeavesTheRestAsItWas) {
+    const std::string file = Copy("full.tdf"), original = Content(file), out = Path("out.tdf");
+    for (int id = 1; id <= 5; ++id) {
+        ExpectTold("set " + file, {{" STM_ATB_Id=" + std::to_string(id), 0, ""}});
+    }
+    const Json before = Configuration(file);
+    const std::string changed = Content(file);
+    const auto freed = [&](const std::string& options) {
+        return std::stoul(RunJson("history " + file + options, 0).at("prune").at("freed").get<std::string>());
+    };
+    EXPECT_EQ(freed(" --prune 9"), 0U);
+    for (std::size_t keep = 0; keep < 3; ++keep) {
+        const std::string options = " --prune " + std::to_string(keep);
+        EXPECT_EQ(freed(options + " --force -o " + out), freed(options));
+        EXPECT_EQ(Content(out).size(), changed.size() - freed(options));
+        EXPECT_EQ(RunJson("history " + out).at("configurations").size(), 2 + keep);
+        EXPECT_EQ(Configuration(out), before);
+        EXPECT_TRUE(Content(out).starts_with(original.substr(0, 20000))) << "payloads of others stay";
+        EXPECT_EQ(Run("undo " + out).status, keep == 0 ? 1 : 0);
+    }
+    EXPECT_EQ(Content(file), changed);
+    ExpectTold("history --prune 0 ", {{file + " -o " + file + " --force", 1, "this is the input"},
+                                      {file + " " + out + " -o " + Path("both"), 2, "-o is for one capture"},
+                                      {Sample("torn-payload.tdf"), 1, "recover first"}});
+}
+
 TEST_F(InPlaceTest, RefusesToGrowPastFourGigabytes) {
     const std::string file = Copy("full.tdf"), before = Content(file);
     const std::uint64_t size = kMaxFileSize - 100;

@@ -43,9 +43,10 @@ class ToolRun : public testing::Test {
                 stmdcm_test::ReadWhole(m_root / "error")};
     }
 
-    void ExpectNothingLeft() const {
+    /// But for so many files of the test's own.
+    void ExpectNothingLeft(std::ptrdiff_t own = 0) const {
         EXPECT_TRUE(std::filesystem::is_empty(Home()));
-        EXPECT_TRUE(std::filesystem::is_empty(Temporary()));
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Temporary()), {}), own);
     }
 
   private:

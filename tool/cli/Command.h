@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "stmdcm/Failure.h"
 #include "tool/cli/ExitStatus.h"
 #include "tool/output/Console.h"
 #include "tool/render/JsonRenderer.h"
@@ -21,12 +22,25 @@ struct GlobalOptions {
 struct Context {
     const GlobalOptions& options;
     const Console& console;
+    const char* command;       ///< its name
+    ExitStatus ofFailure;      ///< Command::FailureStatus
+    bool isOneOfMany = false;  ///< what is printed is about one of many files: a document is one line
 
     /// What the command found: a report's Text(palette), or its Document() where JSON is asked for.
     template <class Report>
     void Print(const Report& report) const {
-        Console::Print(options.json ? JsonRenderer::Text(report.Document()) : report.Text(console.Out()));
+        if (options.json) {
+            PrintDocument(report.Document());
+        } else {
+            console.Print(report.Text(console.Out()));
+        }
     }
+    void PrintDocument(const Json& document) const {
+        console.Print(isOneOfMany ? JsonRenderer::Line(document) : JsonRenderer::Text(document));
+    }
+
+    /// Tells why the work could not be done, and gives the status of that.
+    ExitStatus Tell(const Failure& failure) const;
 };
 
 /// One command of the tool. Lives from the declaration of its options to the end of its run.
@@ -39,6 +53,9 @@ class Command {
     /// completion what to offer, see tool/cli/ValueKind.h. In the footer lines that begin with two blanks stay as they
     /// are, all others are wrapped anew.
     virtual void Declare(CLI::App& app) = 0;
+
+    /// Looks at what was parsed, where the parser can't; throws CLI::ParseError.
+    virtual void Check() {}
 
     /// Does the work. A failure is told by the status or by an exception, which becomes a diagnostic.
     virtual ExitStatus Run(const Context& context) = 0;

@@ -1,11 +1,6 @@
 #include "tool/cli/CommandLine.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cstdio>
-#include <filesystem>
-#include <new>
 #include <sstream>
 #include <string>
 
@@ -16,7 +11,8 @@
 #include "tool/cli/UsageError.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/cli/ValueKind.h"
-#include "tool/output/GuardedHome.h"
+#include "tool/output/AsFailure.h"
+#include "tool/output/StandardOutput.h"
 
 namespace stmdcm {
 
@@ -29,29 +25,6 @@ ColorMode ToColorMode(const std::string& name) {
         return ColorMode::Auto;
     }
     return name == "always" ? ColorMode::Always : ColorMode::Never;
-}
-
-/// docs/json.md
-std::string FailureText(const char* command, const Failure& failure) {
-    return JsonRenderer::Text(JsonRenderer::Document(
-        command, {{"failure",
-                   {{"file", JsonRenderer::OrNull(failure.File())},
-                    {"offset", failure.Offset() ? Json(std::to_string(*failure.Offset())) : nullptr},
-                    {"cause", failure.Cause()}}}}));
-}
-
-/// What is printed would go into a file that is read, or be lost with one that is replaced.
-void RefuseStandardOutputIn(const std::vector<std::string>& files) {
-    struct stat out {};
-    if (::fstat(STDOUT_FILENO, &out) != 0 || !S_ISREG(out.st_mode)) {
-        return;
-    }
-    for (const std::string& file : files) {
-        struct stat info {};
-        if (::stat(file.c_str(), &info) == 0 && info.st_dev == out.st_dev && info.st_ino == out.st_ino) {
-            throw Failure(file, "this is standard output, too; send that to another file", Failure::Kind::Output);
-        }
-    }
 }
 
 /// Those that the command line names.
@@ -104,6 +77,7 @@ void CommandLine::DeclareCommand(const CommandEntry& entry) {
     app->callback([this, command, name = entry.name] {
         m_chosen = command;
         m_chosenName = name;
+        command->Check();
     });
 }
 
@@ -126,7 +100,7 @@ ExitStatus CommandLine::EndParsing(const CLI::ParseError& error) const {
     const bool isRight = isUnknown ? m_app.exit(CLI::ExtrasError(m_app.remaining()), out, wrong) == 0
                                    : m_app.exit(error, out, wrong) == 0;
     try {
-        Console::Print(out.str());
+        Console::ToStandardOutput(out.str());
     } catch (const Failure& failure) {
         Console(m_options.color).Diagnose(failure.what());
         return ExitStatus::Failed;
@@ -140,33 +114,20 @@ ExitStatus CommandLine::RunChosen() {
     LockedFile::OnLongWait([&](const std::string& path) {
         console.Diagnose(Shown(path) + ": another program changes the file; waiting until it is done");
     });
+    const Context context{m_options, console, m_chosenName, m_chosen->FailureStatus()};
     try {
-        if (m_options.json && !m_chosen->HasDocument()) {
-            throw Failure(std::string(m_chosenName) + " has no JSON; leave --json out", Failure::Kind::Request);
-        }
-        RefuseStandardOutputIn(FilesIn(*m_app.get_subcommands().front()));
-        return m_chosen->Run({m_options, console});
+        return AsFailure([&] {
+            if (m_options.json && !m_chosen->HasDocument()) {
+                throw Failure(std::string(m_chosenName) + " has no JSON; leave --json out", Failure::Kind::Request);
+            }
+            for (const std::string& file : FilesIn(*m_app.get_subcommands().front())) {
+                RefuseStandardOutputIn(file);
+            }
+            return m_chosen->Run(context);
+        });
     } catch (const Failure& failure) {
-        return Tell(failure, console);
-    } catch (const std::bad_alloc&) {
-        return Tell(Failure("there is not enough memory"), console);
-    } catch (const std::filesystem::filesystem_error& error) {
-        return Tell(FailureOf(error), console);
-    } catch (const std::exception& error) {
-        return Tell(Failure(error.what()), console);
+        return context.Tell(failure);
     }
-}
-
-ExitStatus CommandLine::Tell(const Failure& failure, const Console& console) const {
-    console.Diagnose(failure.File().empty() ? failure.Cause() : Shown(failure.File()) + ": " + failure.Cause());
-    if (m_options.json && failure.Reason() != Failure::Kind::Output) {
-        try {
-            Console::Print(FailureText(m_chosenName, failure));
-        } catch (const Failure& another) {
-            return Tell(another, console);
-        }
-    }
-    return StatusOf(failure, m_chosen->FailureStatus());
 }
 
 }  // namespace stmdcm

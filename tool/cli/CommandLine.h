@@ -5,7 +5,6 @@
 #include <span>
 #include <vector>
 
-#include "stmdcm/Failure.h"
 #include "tool/cli/Command.h"
 
 namespace stmdcm {
@@ -27,7 +26,6 @@ class CommandLine {
     void DeclareCommand(const CommandEntry& entry);
     ExitStatus EndParsing(const CLI::ParseError& error) const;
     ExitStatus RunChosen();
-    ExitStatus Tell(const Failure& failure, const Console& console) const;
 
     CLI::App m_app;
     GlobalOptions m_options;

@@ -1,10 +1,14 @@
 #include "tool/cli/ValueKind.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <set>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/Container.h"
+#include "stmdcm/change/History.h"
+#include "stmdcm/plugin/TargetCpus.h"
 #include "stmdcm/reading/Reading.h"
 #include "tool/cli/Syntax.h"
 #include "trace/format/StmPropertyTable.h"
@@ -22,11 +26,22 @@ struct Row {
 };
 
 constexpr Row kRows[] = {
-    {"CAPTURE", {ValueKind::File, ".tdf"}}, {"FILE", kConfigurationFile},
-    {"SETTINGS", kConfigurationFile},       {"OUT", {ValueKind::File, ""}},
-    {"FILE.so", {ValueKind::File, ".so"}},  {"FILE.json", {ValueKind::File, ".json"}},
-    {"DIR", {ValueKind::Directory, ""}},    {"NAME=VALUE", {ValueKind::Property, ""}},
-    {"SECTION", {ValueKind::Section, ""}},  {"ITEM", {ValueKind::Item, ""}},
+    {"CAPTURE", {ValueKind::File, ".tdf"}},
+    {"FILE", kConfigurationFile},
+    {"RIGHT", kConfigurationFile},
+    {"SETTINGS", kConfigurationFile},
+    {"OUT", {ValueKind::File, ""}},
+    {"FILE.so", {ValueKind::File, ".so"}},
+    {"FILE.json", {ValueKind::File, ".json"}},
+    {"DIR", {ValueKind::Directory, ""}},
+    {"LIST", {ValueKind::File, ""}},
+    {"SECTION", {ValueKind::Section, ""}},
+    {"ITEM", {ValueKind::Item, ""}},
+    {"NAME=VALUE", {ValueKind::Assignment, ".tdf .txt .dcm", true}},
+    {"PROPERTY", {ValueKind::Property, ""}},
+    {"PART", {ValueKind::Part, ""}},
+    {"NUMBER", {ValueKind::Number, ".tdf", true}},
+    {"CPU", {ValueKind::Cpu, ""}},
 };
 
 bool IsPlainPositional(const CLI::Option& option) {
@@ -34,7 +49,7 @@ bool IsPlainPositional(const CLI::Option& option) {
 }
 
 /// What is beyond is no help on a terminal.
-constexpr std::size_t kMostSections = 200;
+constexpr std::size_t kMostListed = 200;
 
 std::vector<Candidate> Plain(const std::vector<std::string>& words) {
     std::vector<Candidate> candidates;
@@ -46,7 +61,7 @@ std::vector<Candidate> Plain(const std::vector<std::string>& words) {
 }
 
 /// The names, and behind the "=" of a flag its values.
-std::vector<Candidate> Properties(const std::string& value) {
+std::vector<Candidate> Assignments(const std::string& value) {
     std::vector<Candidate> candidates;
     const std::size_t equals = value.find('=');
     for (const Zu::Wep::Trace::StmProperty& property : Zu::Wep::Trace::kStmProperties) {
@@ -61,52 +76,87 @@ std::vector<Candidate> Properties(const std::string& value) {
     return candidates;
 }
 
-/// None of a file that is no capture: a completion is no place for a diagnostic.
-std::vector<Candidate> SectionNames(const std::vector<std::string>& positionals) {
+std::vector<Candidate> Properties() {
+    std::vector<Candidate> candidates;
+    for (const Zu::Wep::Trace::StmProperty& property : Zu::Wep::Trace::kStmProperties) {
+        candidates.push_back({property.name, ""});
+    }
+    return candidates;
+}
+
+std::vector<Candidate> Parts() {
+    std::vector<Candidate> candidates = Plain({"properties", "usecases", "objects"});
+    const std::vector<Candidate> properties = Properties();
+    candidates.insert(candidates.end(), properties.begin(), properties.end());
+    return candidates;
+}
+
+std::vector<Candidate> SectionNames(const Container& container) {
     std::set<std::string> names;
-    try {
-        const Container container(positionals.empty() ? "" : positionals.back());
-        for (const Section& section : container.Sections()) {
-            const std::string name = container.Name(section);
-            if (IsPlausibleName(name) && names.size() < kMostSections) {
-                names.insert(name);
-            }
+    for (const Section& section : container.Sections()) {
+        const std::string name = container.Name(section);
+        if (IsPlausibleName(name) && names.size() < kMostListed) {
+            names.insert(name);
         }
-    } catch (const Failure&) {
-        return {};
     }
     return Plain({names.begin(), names.end()});
 }
 
-/// What stands in the file that is named in front of it, by the names that Explain takes.
-std::vector<Candidate> ItemNames(const std::vector<std::string>& positionals) {
+/// What stands in the file, by the names that Explain takes.
+std::vector<Candidate> ItemNames(const std::string& file) {
     std::set<std::string> names;
-    try {
-        const Configuration configuration = Read(positionals.empty() ? "" : positionals.back()).configuration;
-        const auto add = [&](const std::string& name) {
-            if (IsPlausibleName(name) && names.size() < kMostSections) {
-                names.insert(name);
-            }
-        };
-        Configuration::ForEachKind([&](auto /*kind*/, auto list) {
-            for (const auto& item : configuration.*list) {
-                if constexpr (requires { item.moduleName; }) {
-                    add(item.moduleName);
-                } else {
-                    add(item.source);
-                }
-            }
-        });
-        for (const ObjectFile& file : configuration.objectFiles) {
-            add(file.name);
+    const Configuration configuration = Read(file).configuration;
+    const auto add = [&](const std::string& name) {
+        if (IsPlausibleName(name) && names.size() < kMostListed) {
+            names.insert(name);
         }
-        for (const Property& property : configuration.properties) {
-            add(property.name);
+    };
+    Configuration::ForEachKind([&](auto /*kind*/, auto list) {
+        for (const auto& item : configuration.*list) {
+            if constexpr (requires { item.moduleName; }) {
+                add(item.moduleName);
+            } else {
+                add(item.source);
+            }
         }
-    } catch (const Failure&) {
-        return {};
+    });
+    for (const ObjectFile& image : configuration.objectFiles) {
+        add(image.name);
+    }
+    for (const Property& property : configuration.properties) {
+        add(property.name);
     }
     return Plain({names.begin(), names.end()});
+}
+
+/// Of the configurations that are not in force; the youngest where there are too many.
+std::vector<Candidate> HistoryNumbers(const Container& container) {
+    std::vector<Candidate> candidates;
+    const History history(container);
+    for (const HistoryEntry& entry : history.Entries()) {
+        if (!entry.IsCurrent() && entry.number + kMostListed > history.Entries().size()) {
+            candidates.push_back(
+                {std::to_string(entry.number), fmt::format("{}, {}", entry.name, SectionUseText(entry.section.use))});
+        }
+    }
+    return candidates;
+}
+
+std::string ValueOf(const GivenWords& given, const char* option) {
+    const auto found = given.options.find(option);
+    return found == given.options.end() ? "" : found->second;
+}
+
+std::vector<Candidate> Listed(ValueKind kind, const GivenWords& given) {
+    if (kind == ValueKind::Cpu) {
+        return Plain(TargetCpus(ChooseFactory(ValueOf(given, "--scenario"), ValueOf(given, "--factory-dir"))));
+    }
+    const std::string file = given.positionals.empty() ? "" : given.positionals.back();
+    if (kind == ValueKind::Item) {
+        return ItemNames(file);
+    }
+    const Container container(file);
+    return kind == ValueKind::Section ? SectionNames(container) : HistoryNumbers(container);
 }
 
 }  // namespace
@@ -124,19 +174,29 @@ ValueSyntax ValueSyntaxOf(const CLI::Option& option) {
     return IsPlainPositional(option) ? kConfigurationFile : ValueSyntax{};
 }
 
-std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::string& value,
-                                       const std::vector<std::string>& positionals) {
-    switch (ValueSyntaxOf(option).kind) {
+std::vector<Candidate> ValueCandidates(const CLI::Option& option, const std::string& value, const GivenWords& given) {
+    const ValueKind kind = ValueSyntaxOf(option).kind;
+    switch (kind) {
         case ValueKind::Choice:
             return Plain(Choices(option));
+        case ValueKind::Assignment:
+            return Assignments(value);
         case ValueKind::Property:
-            return Properties(value);
+            return Properties();
+        case ValueKind::Part:
+            return Parts();
         case ValueKind::Section:
-            return SectionNames(positionals);
         case ValueKind::Item:
-            return ItemNames(positionals);
+        case ValueKind::Number:
+        case ValueKind::Cpu:
+            break;
         default:
             return {};
+    }
+    try {
+        return Listed(kind, given);
+    } catch (const Failure&) {  // a completion is no place for a diagnostic
+        return {};
     }
 }
 

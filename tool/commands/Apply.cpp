@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <optional>
 
@@ -8,6 +7,7 @@
 #include "stmdcm/change/AppliedParts.h"
 #include "tool/commands/ChangeReport.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/many/ManyFiles.h"
 
 namespace stmdcm {
 
@@ -18,19 +18,12 @@ struct Outcome {
     ChangeResult result;
     std::optional<std::string> failure = {};
 
-    ExitStatus Status() const { return failure ? ExitStatus::Failed : StatusOf(result); }
-
     Json Document() const {
         Json json = ChangeReport::Document(result);
         json["failure"] = JsonRenderer::OrNull(failure);
         return json;
     }
 };
-
-/// A failure counts for more than a doubt.
-ExitStatus Worse(ExitStatus a, ExitStatus b) {
-    return a == ExitStatus::Failed || b == ExitStatus::Failed ? ExitStatus::Failed : std::max(a, b);
-}
 
 bool IsSameFile(const std::string& a, const std::string& b) {
     std::error_code ignored;
@@ -42,7 +35,7 @@ class Apply final : public Command {
   public:
     void Declare(CLI::App& app) override {
         app.add_option("source", m_source, "A settings file, or a capture")->required()->type_name("SETTINGS");
-        app.add_option("captures", m_captures, "Captures to change, in place")->required()->type_name("CAPTURE");
+        m_captures.DeclareFiles(app, "CAPTURE", "Captures to change, in place");
         const auto addParts = [&](const char* name, std::vector<std::string>& parts, const char* what) {
             return app.add_option(name, parts, what)->type_name("PART")->delimiter(',')->allow_extra_args(false);
         };
@@ -53,6 +46,7 @@ class Apply final : public Command {
         addParts("--except", m_except, "Apply all but these")->excludes(replace);
         app.add_flag("--force", m_force, "Apply what can be read of a source that is not read whole");
         app.add_flag("--dry-run", m_dryRun, "Tell what would change, and write nothing");
+        m_captures.DeclareOptions(app);
         app.footer(
             "What the source does not name stays as it is. A settings file names the properties in it and, when it "
             "holds any, its use cases; a capture names everything, its program images (objects) too. Each capture "
@@ -62,34 +56,19 @@ class Apply final : public Command {
             "  stmdcm apply good.tdf run1.tdf run2.tdf run3.tdf --except objects");
     }
 
+    void Check() override { m_captures.RequireAny("CAPTURE"); }
+
     ExitStatus Run(const Context& context) override {
         const Reading source = Read(m_source);
         source.RequireSettings();
         RequireWhole(source, m_force);
         const std::vector<std::string> doubts = source.Doubts();
         const ConfigurationChange change = WantedOf(source).ChangeTo(source);
-        ExitStatus status = StatusOf(doubts);
-        Json captures = Json::array();
         context.console.Diagnose(m_source, doubts);
-        for (const std::string& capture : m_captures) {
-            const Outcome outcome = ApplyTo(change, capture);
-            if (context.options.json) {
-                captures.push_back(outcome.Document());
-            }
-            if (outcome.failure) {
-                context.console.Diagnose(*outcome.failure);
-            } else if (!context.options.json) {
-                context.console.Print(ChangeReport::Text(outcome.result, context.console.Out()));
-            }
-            ChangeReport::Diagnose(outcome.result, context.console);
-            status = Worse(status, outcome.Status());
-        }
-        if (context.options.json) {
-            context.console.Print(JsonRenderer::Text(JsonRenderer::Document(
-                "apply",
-                {{"source", m_source}, {"source_doubts", doubts}, {"dry_run", m_dryRun}, {"captures", captures}})));
-        }
-        return status;
+        const ExitStatus status = m_captures.Run(context, [&](const Context& own, const std::string& capture) {
+            return Tell(own, ApplyTo(change, capture), doubts);
+        });
+        return status == ExitStatus::Done ? StatusOf(doubts) : status;
     }
 
   private:
@@ -106,6 +85,24 @@ class Apply final : public Command {
         return parts;
     }
 
+    FileResult Tell(const Context& context, const Outcome& outcome, const std::vector<std::string>& doubts) const {
+        const ChangeResult& result = outcome.result;
+        if (context.options.json) {
+            context.PrintDocument(JsonRenderer::Document("apply", {{"source", m_source},
+                                                                   {"source_doubts", doubts},
+                                                                   {"dry_run", m_dryRun},
+                                                                   {"captures", Json::array({outcome.Document()})}}));
+        } else if (!outcome.failure) {
+            context.console.Print(ChangeReport::Text(result, context.console.Out()));
+        }
+        if (outcome.failure) {
+            context.console.Diagnose(*outcome.failure);
+            return {ExitStatus::Failed, {}, *outcome.failure};
+        }
+        ChangeReport::Diagnose(result, context.console);
+        return ChangeReport::ResultOf(result);
+    }
+
     Outcome ApplyTo(const ConfigurationChange& change, const std::string& capture) const try {
         if (IsSameFile(m_source, capture)) {
             throw Failure(capture, "this is the file that the settings come from");
@@ -117,7 +114,7 @@ class Apply final : public Command {
     }
 
     std::string m_source;
-    std::vector<std::string> m_captures;
+    ManyFiles m_captures{ManyFiles::Purpose::Change};
     std::vector<std::string> m_only;
     std::vector<std::string> m_except;
     bool m_replace = false;

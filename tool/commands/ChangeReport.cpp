@@ -29,15 +29,19 @@ std::string Item(const Difference& change) {
     return fmt::format("{} {}{}{}", change.kind, item, change.field.empty() ? "" : ", ", change.field);
 }
 
-std::string Text(const ChangeResult& result, const Palette& palette) {
+std::string Changes(const std::vector<Difference>& changes, const Palette& palette) {
     Table table;
-    for (const Difference& change : result.changes) {
+    for (const Difference& change : changes) {
         table.AddRow({{Item(change)},
                       {Shown(change.left.value_or("not there"))},
                       {"->", Style::Quiet},
                       {Shown(change.right.value_or("gone")), Style::Notable}});
     }
-    return fmt::format("{}: {}\n", Shown(result.path), Heading(result)) + table.Text(palette, 2);
+    return table.Text(palette, 2);
+}
+
+std::string Text(const ChangeResult& result, const Palette& palette) {
+    return fmt::format("{}: {}\n", Shown(result.path), Heading(result)) + Changes(result.changes, palette);
 }
 
 Json Document(const ChangeResult& result) {
@@ -51,6 +55,10 @@ void Diagnose(const ChangeResult& result, const Console& console) {
         console.Diagnose(result.path, result.doubts);
         console.Diagnose(result.path, result.warnings);
     }
+}
+
+FileResult ResultOf(const ChangeResult& result) {
+    return {StatusOf(result), {ChangeCount(result.HasChanges(), result.isWritten)}};
 }
 
 }  // namespace stmdcm::ChangeReport

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "stmdcm/change/ConfigurationChange.h"
+#include "tool/many/FileWork.h"
 #include "tool/output/Console.h"
 #include "tool/render/JsonRenderer.h"
 #include "tool/render/Palette.h"
@@ -16,11 +17,17 @@ namespace ChangeReport {
 /// What changed: a property, or a field of a use case or object file.
 std::string Item(const Difference& change);
 
+/// A line for each, in columns.
+std::string Changes(const std::vector<Difference>& changes, const Palette& palette);
+
 std::string Text(const ChangeResult& result, const Palette& palette);
 Json Document(const ChangeResult& result);
 
 /// The doubts and warnings of a result that changes something.
 void Diagnose(const ChangeResult& result, const Console& console);
+
+/// For the summary of many.
+FileResult ResultOf(const ChangeResult& result);
 
 }  // namespace ChangeReport
 

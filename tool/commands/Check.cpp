@@ -1,20 +1,21 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <set>
-#include <span>
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/pins/ImageExaminer.h"
-#include "stmdcm/plugin/Plugin.h"
-#include "stmdcm/plugin/PluginReading.h"
+#include "stmdcm/reading/Portability.h"
 #include "stmdcm/reading/Verdict.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/NextCommand.h"
-#include "tool/output/GuardedHome.h"
+#include "tool/commands/OtherPlugin.h"
+#include "tool/many/ManyFiles.h"
+#include "tool/output/InputFile.h"
 #include "tool/render/Table.h"
 
 namespace stmdcm {
@@ -45,6 +46,16 @@ Json ToJson(const Finding& finding, const std::string& next) {
             {"next", JsonRenderer::OrNull(next)}};
 }
 
+std::vector<std::string> KindNames() {
+    std::vector<std::string> names;
+    for (const FindingKind& kind : kFindingKinds) {
+        names.emplace_back(kind.id);
+    }
+    return names;
+}
+
+bool IsPinned(const ObjectFile& file) { return file.pin.has_value(); }
+
 /// Tells the kinds of findings.
 struct KindList {
     static std::string Text(const Palette& palette) {
@@ -65,37 +76,36 @@ struct KindList {
     }
 };
 
-/// Tells what was found in files.
+/// Tells what was found in a file.
 struct CheckReport {
-    using Files = std::span<const Reading>;
+    const Reading& file;
+    Severity least;                           ///< findings below are left out, in the counts too
+    const std::vector<std::string>& ignored;  ///< identifiers of findings that are, too
 
-    Files files;
-    Severity least;  ///< findings below are left out, in the counts too
+    bool IsShown(const FindingKind& kind) const {
+        return kind.severity >= least && std::find(ignored.begin(), ignored.end(), kind.id) == ignored.end();
+    }
 
-    bool IsShown(const FindingKind& kind) const { return kind.severity >= least; }
-
-    std::size_t Count(Files some, Severity severity) const {
-        std::size_t count = 0;
-        for (const Reading& file : some) {
-            count += severity >= least ? file.findings.Count(severity) : 0;
+    std::size_t Number(Severity severity) const {
+        std::size_t number = 0;
+        for (const FindingKind& kind : kFindingKinds) {
+            number += kind.severity == severity && IsShown(kind) ? file.findings.Count(kind) : 0;
         }
-        return count;
+        return number;
     }
 
     /// Whether anything that is shown is more than a note.
-    bool HasProblem() const { return Count(files, Severity::Error) + Count(files, Severity::Warning) > 0; }
+    bool HasProblem() const { return Number(Severity::Error) + Number(Severity::Warning) > 0; }
 
-    std::string CountsInWords(Files some) const {
-        std::string words;
+    std::vector<Count> Counts() const {
+        std::vector<Count> counts;
         for (const Severity severity : kSeverities) {
-            if (const std::size_t count = Count(some, severity); count > 0) {
-                words += (words.empty() ? "" : ", ") + Counted(count, SeverityName(severity));
-            }
+            counts.push_back({SeverityName(severity), Number(severity), true});
         }
-        return words.empty() ? "nothing found" : words;
+        return counts;
     }
 
-    std::vector<Finding> Shown(const Reading& file) const {
+    std::vector<Finding> Shown() const {
         std::vector<Finding> findings = file.findings.Sorted();
         std::erase_if(findings, [&](const Finding& finding) { return !IsShown(*finding.kind); });
         return findings;
@@ -103,7 +113,7 @@ struct CheckReport {
 
     /// Calls `tell` with each kind of which there are more than are told, and how many more.
     template <class Tell>
-    void EachUntold(const Reading& file, Tell tell) const {
+    void EachUntold(Tell tell) const {
         for (const FindingKind& kind : kFindingKinds) {
             const std::size_t count = file.findings.Count(kind);
             if (IsShown(kind) && count > Findings::kMaxOfKind) {
@@ -112,65 +122,49 @@ struct CheckReport {
         }
     }
 
-    std::string FileText(const Reading& file, const Palette& palette) const {
+    std::string Text(const Palette& palette) const {
         std::string text = fmt::format("{}: {}; {}\n", palette.Paint(Style::Heading, stmdcm::Shown(file.path)),
-                                       Escaped(VerdictOn(file).sentence), CountsInWords({&file, 1}));
+                                       Escaped(VerdictOn(file).sentence), InWords(Counts()));
         const NextCommands next(file, NextCommands::LongNames::AsFile);
         std::set<std::string> named;
         const auto tell = [&](const FindingKind& kind, const std::string& place, const std::string& what) {
             text += fmt::format("  {} {}{}{}: {}\n", palette.Paint(StyleOf(kind), SeverityName(kind.severity)), kind.id,
                                 place.empty() ? "" : " ", place, what);
         };
-        for (const Finding& finding : Shown(file)) {
+        for (const Finding& finding : Shown()) {
             tell(*finding.kind, InWords(finding.place), finding.what);
             text += fmt::format("      reader: {}\n", finding.effect);
             if (const std::string command = next.For(*finding.kind); !command.empty() && named.insert(command).second) {
                 text += fmt::format("      next: {}\n", command);
             }
         }
-        EachUntold(file, [&](const FindingKind& kind, std::size_t count) {
+        EachUntold([&](const FindingKind& kind, std::size_t count) {
             tell(kind, "", fmt::format("{} more of this kind", count));
         });
         return text;
     }
 
-    std::string Text(const Palette& palette) const {
-        std::string text;
-        for (const Reading& file : files) {
-            text += FileText(file, palette);
-        }
-        if (files.size() > 1) {
-            text += fmt::format("{}: {}\n", Counted(files.size(), "file"), CountsInWords(files));
-        }
-        return text;
-    }
-
-    Json FileDocument(const Reading& file) const {
+    Json FileDocument() const {
         const Verdict verdict = VerdictOn(file);
         const NextCommands next(file);
         Json object = {{"path", file.path},           {"kind", file.kind ? Json(KindName(*file.kind)) : nullptr},
                        {"loads", verdict.loads},      {"missing", verdict.missing},
                        {"verdict", verdict.sentence}, {"findings", Json::array()},
                        {"more", Json::array()}};
-        for (const Finding& finding : Shown(file)) {
+        for (const Finding& finding : Shown()) {
             object["findings"].push_back(ToJson(finding, next.For(*finding.kind)));
         }
-        EachUntold(file, [&](const FindingKind& kind, std::size_t count) {
+        EachUntold([&](const FindingKind& kind, std::size_t count) {
             object["more"].push_back({{"id", kind.id}, {"count", count}});
         });
         for (const Severity severity : kSeverities) {
-            object[fmt::format("{}s", SeverityName(severity))] = Count({&file, 1}, severity);
+            object[fmt::format("{}s", SeverityName(severity))] = Number(severity);
         }
         return object;
     }
 
     Json Document() const {
-        Json document = JsonRenderer::Document("check");
-        for (const Reading& file : files) {
-            document["files"].push_back(FileDocument(file));
-        }
-        document["problems"] = HasProblem();
-        return document;
+        return JsonRenderer::Document("check", {{"files", Json::array({FileDocument()})}, {"problems", HasProblem()}});
     }
 };
 
@@ -179,15 +173,23 @@ class Check final : public Command {
   public:
     void Declare(CLI::App& app) override {
         auto* list = app.add_flag("--list", m_list, "List the kinds of findings instead");
-        app.add_option("FILE", m_files, "Captures and settings files")->excludes(list);
+        m_files.DeclareFiles(app, "FILE", "Captures and settings files; - is standard input")->excludes(list);
         app.add_option("--as", m_kind, "Take every file for a capture or for settings, whatever it looks like")
             ->check(OneOf({"capture", "settings"}))
             ->type_name("KIND");
         app.add_option("--severity", m_severity, "Show nothing below this: error, warning or note")
             ->check(OneOf({"error", "warning", "note"}))
             ->type_name("SEVERITY");
+        app.add_option("--ignore", m_ignored, "Show none of these kinds, which --list lists")
+            ->check(OneOf(KindNames()))
+            ->type_name("ID")
+            ->delimiter(',')
+            ->allow_extra_args(false);
+        app.add_flag("--portable", m_portable, "Tell also what a capture would lack on another machine");
+        m_files.DeclareOptions(app);
         app.footer(
-            "Goes on after a bad file. Ends with status 1 when an error or a warning is shown; notes alone are no "
+            "Goes on after a bad file. What --ignore and --severity leave out does not count. Ends with status 1 when "
+            "an error or a warning is shown; notes alone are no "
             "problem; with status 4 when a file could not be read. docs/check.md explains the findings.\n\nExample:\n"
             "  stmdcm check --severity warning capture.tdf settings.dcm");
     }
@@ -197,30 +199,13 @@ class Check final : public Command {
             context.Print(KindList());
             return ExitStatus::Done;
         }
-        if (m_files.empty()) {
+        if (!m_files.IsAny()) {
             throw Failure("check needs a FILE, or --list", Failure::Kind::Request);
         }
-        std::vector<Reading> files;
-        ImageExaminer examiner;
-        for (const std::string& file : m_files) {
-            files.push_back(CheckFile(file, KindAskedFor(), &examiner));
-            if (!files.back().kind) {
-                context.console.Diagnose(
-                    fmt::format("{}: {}", Shown(file), files.back().findings.Sorted().front().what));
-            }
-        }
-        bool isOtherwise = false;
-        for (const Reading& file : files) {
-            isOtherwise = TellThroughPlugin(context, file) || isOtherwise;
-        }
-        const CheckReport report{files, ToSeverity(m_severity)};
-        context.Print(report);
-        const FindingKind& unreadable = Kind("F-UNREADABLE");
-        if (std::any_of(files.begin(), files.end(),
-                        [&](const Reading& file) { return file.findings.Count(unreadable) > 0; })) {
-            return ExitStatus::Unread;
-        }
-        return report.HasProblem() || isOtherwise ? ExitStatus::Failed : ExitStatus::Done;
+        return m_files.Run(context, [this, plugin = OtherPlugin(), examiner = std::make_shared<ImageExaminer>()](
+                                        const Context& own, const std::string& file) mutable {
+            return CheckOne(own, file, plugin, *examiner);
+        });
     }
 
     ExitStatus FailureStatus() const override { return ExitStatus::Unread; }
@@ -233,21 +218,38 @@ class Check final : public Command {
         return m_kind == "capture" ? ConfigurationKind::Capture : ConfigurationKind::Settings;
     }
 
-    /// Whether a plug-in that was named says something else.
-    static bool TellThroughPlugin(const Context& context, const Reading& file) {
-        if (context.options.plugin.empty() || !file.kind) {
-            return false;
+    FileResult CheckOne(const Context& context, const std::string& file, OtherPlugin& plugin,
+                        ImageExaminer& examiner) const {
+        Reading reading =
+            InputFile(file).Read([&](const std::string& path) { return CheckFile(path, KindAskedFor(), &examiner); });
+        if (m_portable) {
+            CheckPortability(reading, IsPinned);
         }
-        const std::vector<std::string> differences = InGuardedHome({}, [&](const GuardedHome& home) {
-            return DifferencesThroughPlugin(Plugin(home, context.options.plugin), file);
-        });
+        const CheckReport report{reading, ToSeverity(m_severity), m_ignored};
+        FileResult result{ExitStatus::Done, report.Counts()};
+        const std::vector<std::string> differences = plugin.Differences(context, reading);
+        if (!reading.kind) {
+            const std::string sentence = fmt::format("{}: {}", Shown(file), reading.findings.Sorted().front().what);
+            context.console.Diagnose(sentence);
+            if (reading.findings.Count(Kind("F-UNREADABLE")) > 0) {
+                result.failure = sentence;
+            }
+        }
         context.console.Diagnose(differences);
-        return !differences.empty();
+        context.Print(report);
+        if (!result.failure.empty()) {
+            result.status = ExitStatus::Unread;
+        } else if (report.HasProblem() || !differences.empty()) {
+            result.status = ExitStatus::Failed;
+        }
+        return result;
     }
 
-    std::vector<std::string> m_files;
+    ManyFiles m_files{ManyFiles::Purpose::Read};
     std::string m_kind;
     std::string m_severity = "note";
+    std::vector<std::string> m_ignored;
+    bool m_portable = false;
     bool m_list = false;
 };
 

@@ -9,7 +9,7 @@ namespace stmdcm {
 using CommandFactory = std::unique_ptr<Command>();
 CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,
     MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections,
-    MakeSet, MakeShow, MakeUnbundle;
+    MakeSet, MakeShow, MakeUnbundle, MakeUndo;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
@@ -28,6 +28,7 @@ inline constexpr CommandEntry kCommands[] = {
     {"unbundle", "Put a bundle to work: verify it and map the images' places", MakeUnbundle},
     {"history", "List the earlier configurations that a capture holds", MakeHistory},
     {"restore", "Put an earlier configuration of a capture in force again", MakeRestore},
+    {"undo", "Put the configuration before the last change in force again", MakeUndo},
     {"live", "Load the configuration from the live target, show it and save it", MakeLive},
     {"demo", "Load, change, save and reload configurations, and compare them", MakeDemo},
     {"completion", "Print the script that completes command lines in a shell", MakeCompletion},

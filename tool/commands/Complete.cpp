@@ -24,17 +24,19 @@ struct Place {
     const CLI::App* app;
     const CLI::Option* pending = nullptr;  ///< wants a value
     bool areOptionsOver = false;
-    std::vector<std::string> positionals = {};
+    GivenWords given = {};
 
     bool IsOption(const std::string& word) const { return word.starts_with('-') && !areOptionsOver; }
 
     /// The one that the next word goes to; null for none.
     const CLI::Option* Positional() const {
         const std::vector<const CLI::Option*> all = stmdcm::Positionals(*app);
-        if (positionals.size() < all.size()) {
-            return all[positionals.size()];
+        if (given.positionals.size() < all.size()) {
+            return all[given.positionals.size()];
         }
-        return !all.empty() && IsRepeatable(*all.back()) ? all.back() : nullptr;
+        const bool isAnyRepeatable =
+            std::any_of(all.begin(), all.end(), [](const auto* each) { return IsRepeatable(*each); });
+        return isAnyRepeatable ? all.back() : nullptr;
     }
 
     /// A command takes those of the program too.
@@ -68,9 +70,14 @@ struct Place {
             pending = nullptr;
         } else if (IsOption(word)) {
             const CLI::Option* option = Find(word);
-            const bool wantsValue = option != nullptr && TakesValue(*option) && word.find('=') == std::string::npos;
-            pending = wantsValue ? option : nullptr;
+            const std::size_t equals = word.find('=');
+            const bool takesValue = option != nullptr && TakesValue(*option);
+            pending = takesValue && equals == std::string::npos ? option : nullptr;
+            if (takesValue && equals != std::string::npos) {
+                given.options[Names(*option).back()] = word.substr(equals + 1);
+            }
         } else if (pending != nullptr) {
+            given.options[Names(*pending).back()] = word;
             pending = pending->get_allow_extra_args() ? pending : nullptr;
         } else {
             TakePlain(word);
@@ -84,7 +91,7 @@ struct Place {
                 return;
             }
         }
-        positionals.push_back(word);
+        given.positionals.push_back(word);
     }
 };
 
@@ -107,8 +114,13 @@ Completion OfCommands(const CLI::App& app) {
 }
 
 /// `start` is what stands in front of the value in the same word, such as "--color=".
-Completion OfValue(const CLI::Option& option, const std::string& start, const std::string& value, const Place& place) {
-    Completion completion{ValueSyntaxOf(option), ValueCandidates(option, value, place.positionals)};
+Completion OfValue(const CLI::Option& option, std::string start, std::string value, const Place& place) {
+    const char delimiter = option.get_delimiter();  // between the values of a list
+    if (const std::size_t last = value.rfind(delimiter); delimiter != '\0' && last != std::string::npos) {
+        start += value.substr(0, last + 1);
+        value.erase(0, last + 1);
+    }
+    Completion completion{ValueSyntaxOf(option), ValueCandidates(option, value, place.given)};
     for (Candidate& candidate : completion.candidates) {
         candidate.word.insert(0, start);
     }
@@ -141,6 +153,9 @@ Completion Complete(const CLI::App& app, const std::vector<std::string>& words) 
     }
     Completion completion = Next(place, word);
     std::erase_if(completion.candidates, [&](const Candidate& candidate) { return !candidate.word.starts_with(word); });
+    if (completion.candidates.empty() && completion.syntax.isOrFile && word.find('=') == std::string::npos) {
+        completion.syntax.kind = ValueKind::File;
+    }
     return completion;
 }
 

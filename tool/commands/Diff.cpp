@@ -5,6 +5,8 @@
 #include "stmdcm/reading/Reading.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/many/ManyFiles.h"
+#include "tool/output/InputFile.h"
 #include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
@@ -19,6 +21,7 @@ Json ToJson(const Reading& side) {
 struct DiffReport {
     const Reading& left;
     const Reading& right;
+    bool isOneOfMany = false;
     bool comparesObjectFiles = left.hasObjectFiles && right.hasObjectFiles;
     std::vector<Difference> differences = comparesObjectFiles ? Compare(left.configuration, right.configuration)
                                                               : Compare(left.configuration.WithoutObjectFiles(),
@@ -27,10 +30,10 @@ struct DiffReport {
     bool IsEqual() const { return differences.empty(); }
 
     std::string Text(const Palette& palette) const {
+        const std::string sides = fmt::format(" ({} / {})", Shown(left.path), Shown(right.path));
         std::string text = TextRenderer(palette).Differences(differences);
-        text += IsEqual() ? palette.Paint(Style::Good, "no difference")
-                          : palette.Paint(Style::Notable, fmt::format("{} different ({} / {})", differences.size(),
-                                                                      Shown(left.path), Shown(right.path)));
+        text += IsEqual() ? palette.Paint(Style::Good, "no difference" + (isOneOfMany ? sides : ""))
+                          : palette.Paint(Style::Notable, fmt::format("{} different{}", differences.size(), sides));
         return text + (comparesObjectFiles ? "\n" : "; object files are not compared: settings files have none\n");
     }
 
@@ -47,8 +50,9 @@ struct DiffReport {
 class Diff final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("LEFT", m_left, "A capture (.tdf) or a settings file")->required();
-        app.add_option("RIGHT", m_right, "Another one")->required();
+        app.add_option("LEFT", m_left, "A capture (.tdf) or a settings file; - is standard input")->required();
+        m_files.DeclareFiles(app, "RIGHT", "Others, each of which is compared with LEFT");
+        m_files.DeclareOptions(app);
         app.footer(
             "Use cases are matched by job and module, object files by name. Settings files have no object files: with "
             "one of them these are not compared. Ends with status 0 when nothing differs, 1 when something does, 3 "
@@ -56,26 +60,33 @@ class Diff final : public Command {
             "  stmdcm diff before.tdf after.tdf");
     }
 
+    void Check() override { m_files.RequireAny("RIGHT"); }
+
     ExitStatus Run(const Context& context) override {
-        const Reading left = Read(m_left);
+        const Reading left = InputFile(m_left).Read();
         left.RequireLoaded();
-        const Reading right = Read(m_right);
-        right.RequireLoaded();
-        const DiffReport report{left, right};
-        context.Print(report);
-        context.console.Diagnose(left.Sentences());
-        context.console.Diagnose(right.Sentences());
-        if (!report.IsEqual()) {
-            return ExitStatus::Failed;
-        }
-        return std::max(StatusOf(left.Doubts()), StatusOf(right.Doubts()));
+        return m_files.Run(context, [&](const Context& own, const std::string& file) {
+            const Reading right = InputFile(file).Read();
+            right.RequireLoaded();
+            const DiffReport report{left, right, own.isOneOfMany};
+            own.Print(report);
+            own.console.Diagnose(left.Sentences());
+            own.console.Diagnose(right.Sentences());
+            return FileResult{StatusOf(report), {{report.IsEqual() ? "equal" : "different"}}};
+        });
     }
 
     ExitStatus FailureStatus() const override { return ExitStatus::Unread; }
 
   private:
+    static ExitStatus StatusOf(const DiffReport& report) {
+        return report.IsEqual()
+                   ? std::max(stmdcm::StatusOf(report.left.Doubts()), stmdcm::StatusOf(report.right.Doubts()))
+                   : ExitStatus::Failed;
+    }
+
     std::string m_left;
-    std::string m_right;
+    ManyFiles m_files{ManyFiles::Purpose::Read};
 };
 
 }  // namespace

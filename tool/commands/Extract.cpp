@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <limits>
@@ -16,6 +15,7 @@
 #include "tool/commands/CommandTable.h"
 #include "tool/output/OutputFile.h"
 #include "tool/output/Progress.h"
+#include "tool/output/StandardOutput.h"
 
 namespace stmdcm {
 
@@ -35,15 +35,11 @@ std::string Doubt(const CaptureFile& file, const Section& section) {
     return {};
 }
 
-/// Takes bytes that are no text, which would confuse a terminal.
+/// Takes bytes that are no text.
 class BinaryOutput final : public ByteSink {
   public:
-    BinaryOutput() {
-        if (::isatty(STDOUT_FILENO) == 1) {
-            throw Failure("binary data does not go to a terminal; use -o FILE, or a pipe", Failure::Kind::Request);
-        }
-    }
-    void Write(std::string_view bytes) override { Console::Print(bytes); }
+    BinaryOutput() { RefuseTerminal(); }
+    void Write(std::string_view bytes) override { Console::ToStandardOutput(bytes); }
 };
 
 /// One section's payload, byte for byte.

@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <stdlib.h>
 
 #include <filesystem>
 
@@ -10,6 +9,7 @@
 #include "stmdcm/plugin/LiveConfiguration.h"
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
+#include "stmdcm/plugin/TargetCpus.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/commands/CommandTable.h"
@@ -46,11 +46,27 @@ struct LiveReport {
     }
 };
 
+/// Tells the CPUs of a live target.
+struct CpuList {
+    std::vector<std::string> cpus;
+
+    std::string Text(const Palette& /*palette*/) const {
+        std::string text;
+        for (const std::string& cpu : cpus) {
+            text += Escaped(cpu) + "\n";
+        }
+        return text;
+    }
+
+    Json Document() const { return JsonRenderer::Document("live", {{"cpus", cpus}}); }
+};
+
 /// The configuration of a live target.
 class Live final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it")->required()->type_name("NAME");
+        app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it; without it these are listed")
+            ->type_name("CPU");
         app.add_option("--factory-dir", m_factoryDirectory, "Where the trace factory, libTraceFactory.so, is")
             ->type_name("DIR");
         app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")
@@ -59,14 +75,21 @@ class Live final : public Command {
             ->type_name("FILE");
         app.add_flag("--force", m_force, kOverwriteSettings);
         app.footer(
-            "Without --factory-dir the dynamic loader finds the factory, and with a scenario, given here or in the "
+            "Without --cpu the names of the CPUs are listed, one a line. Without --factory-dir the dynamic loader "
+            "finds the factory, and with a scenario, given here or in the "
             "variable STMDCM_SCENARIO, it is the simulated one. An existing capture gets the configuration appended if "
             "it holds none. Ends with status 3 when the target did not tell everything.\n\nExample:\n"
             "  stmdcm live --cpu Core_0/Cluster --scenario target.json --save target.tdf");
     }
 
     ExitStatus Run(const Context& context) override {
-        ChooseFactory();
+        const fs::path directory = ChooseFactory(m_scenario, m_factoryDirectory);
+        if (m_cpu.empty()) {
+            return List(context, directory);
+        }
+        if (!directory.empty()) {
+            SearchLibrariesFirstIn(directory, kFactoryFile);
+        }
         if (SavesIntoCapture()) {
             KindOf(m_save);  // fails before the target is bothered
         }
@@ -84,20 +107,12 @@ class Live final : public Command {
     }
 
   private:
-    void ChooseFactory() const {
-        const char* variable = ::getenv(kScenarioVariable);
-        const std::string scenario = !m_scenario.empty() || variable == nullptr ? m_scenario : variable;
-        if (!scenario.empty()) {
-            if (!fs::is_regular_file(scenario)) {
-                throw Failure(scenario, "there is no such file; name a scenario");
-            }
-            ::setenv(kScenarioVariable, fs::absolute(scenario).c_str(), 1);
+    ExitStatus List(const Context& context, const fs::path& directory) const {
+        if (!m_save.empty()) {
+            throw Failure("--save needs --cpu", Failure::Kind::Request);
         }
-        if (!m_factoryDirectory.empty()) {
-            SearchLibrariesFirstIn(m_factoryDirectory, kFactoryFile);
-        } else if (::getenv(kScenarioVariable) != nullptr) {
-            SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
-        }
+        context.Print(CpuList{TargetCpus(directory)});
+        return ExitStatus::Done;
     }
 
     bool SavesIntoCapture() const { return fs::exists(m_save) && KindOfName(m_save) == ConfigurationKind::Capture; }

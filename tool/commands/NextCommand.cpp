@@ -11,6 +11,7 @@
 #include "stmdcm/reading/Words.h"
 #include "stmdcm/recover/RecoveryPlanner.h"
 #include "stmdcm/recover/Swallowed.h"
+#include "tool/output/InputFile.h"
 
 namespace stmdcm {
 
@@ -114,6 +115,9 @@ NextCommands::NextCommands(const Reading& reading, LongNames names)
     if (names == LongNames::AsFile && m_file.size() > kMaxColumns) {
         m_file = "FILE";
     }
+    if (reading.path == kStandardStream) {
+        return;
+    }
     const bool isBroken = IsBroken(reading);
     m_isRecoverable = isBroken && IsRecoverable(reading.path);
     m_isWhole = reading.kind == ConfigurationKind::Capture && !isBroken && !HasBarrier(reading);
@@ -136,6 +140,9 @@ void NextCommands::LookInside() try {
 }
 
 std::string NextCommands::For(const FindingKind& kind) const {
+    if (m_reading.path == kStandardStream) {
+        return "";
+    }
     for (const NextStep* step : {kind.next, kind.orElse}) {
         const std::string line = step != nullptr && Meets(step->needs) ? Line(*step) : "";
         if (!line.empty()) {

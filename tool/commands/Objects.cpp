@@ -1,9 +1,12 @@
 #include <fmt/format.h>
 
+#include <memory>
+
 #include "stmdcm/Failure.h"
 #include "stmdcm/images/ImageUpdate.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/many/ManyFiles.h"
 #include "tool/output/HashProgress.h"
 #include "tool/render/Table.h"
 #include "tool/render/TextRenderer.h"
@@ -79,7 +82,7 @@ struct ObjectsReport {
 class Objects final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
+        m_files.DeclareFiles(app, "CAPTURE", "Captures");
         app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
             ->type_name("OLD=NEW")
             ->allow_extra_args(false);
@@ -91,6 +94,7 @@ class Objects final : public Command {
                      "Write into the capture, in place, what each image is: size, SHA-256 and build-id");
         app.add_flag("--accept-changed", m_acceptChanged, "Record images, too, that are not what was captured");
         app.add_flag("--dry-run", m_dryRun, "Tell what would be recorded, and write nothing");
+        m_files.DeclareOptions(app);
         app.footer(
             "A capture holds the path and the modification time of each image, not what is in it: a file with that "
             "time is called \"same time, not proven\". One with another time is not what ran, and is never recorded "
@@ -102,10 +106,11 @@ class Objects final : public Command {
             "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
     }
 
+    void Check() override { m_files.RequireAny("CAPTURE"); }
+
     ExitStatus Run(const Context& context) override {
         const ImageParts parts{m_update, m_pin};
-        const bool isRecording = m_update || m_pin;
-        if ((m_acceptChanged || m_dryRun) && !isRecording) {
+        if ((m_acceptChanged || m_dryRun) && !m_update && !m_pin) {
             throw Failure("--accept-changed and --dry-run need --update or --pin", Failure::Kind::Request);
         }
         std::vector<PathMapping> mappings;
@@ -113,23 +118,38 @@ class Objects final : public Command {
             mappings.push_back(PathMapping::Parse(text));
         }
         HashProgress progress;
-        ImageFinder finder(std::move(mappings), m_directories, progress.Teller());
-        const ImageList list = isRecording ? UpdateImages(m_file, finder, m_acceptChanged,
+        return m_files.Run(
+            context, [this, parts,
+                      finder = std::make_shared<ImageFinder>(std::move(mappings), m_directories, progress.Teller())](
+                         const Context& own, const std::string& file) { return LookAt(own, file, *finder, parts); });
+    }
+
+  private:
+    FileResult LookAt(const Context& context, const std::string& file, ImageFinder& finder, ImageParts parts) const {
+        const bool isRecording = m_update || m_pin;
+        const ImageList list = isRecording ? UpdateImages(file, finder, m_acceptChanged,
                                                           m_dryRun ? ChangeMode::DryRun : ChangeMode::Write, parts)
-                                           : ListImages(m_file, finder);
+                                           : ListImages(file, finder);
         context.Print(ObjectsReport{list, parts});
         if (isRecording && list.unresolved > 0) {
             context.console.Diagnose(
                 fmt::format("{}: {} of the program images stay as they were recorded; --map and --search find them, "
                             "--accept-changed takes changed ones",
-                            Shown(m_file), list.unresolved));
+                            Shown(file), list.unresolved));
         }
-        context.console.Diagnose(m_file, list.doubts);
-        return StatusOf(list);
+        context.console.Diagnose(file, list.doubts);
+        return {StatusOf(list), CountsOf(list)};
     }
 
-  private:
-    std::string m_file;
+    std::vector<Count> CountsOf(const ImageList& list) const {
+        std::vector<Count> counts{{list.unresolved > 0 ? "with images that are not there" : "with all images"}};
+        if (m_update || m_pin) {
+            counts.push_back(ChangeCount(list.hasChanges, list.isWritten));
+        }
+        return counts;
+    }
+
+    ManyFiles m_files{ManyFiles::Purpose::Change};
     std::vector<std::string> m_mappings;
     std::vector<std::string> m_directories;
     bool m_update = false;

@@ -4,6 +4,7 @@
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/many/ManyFiles.h"
 
 namespace stmdcm {
 
@@ -40,12 +41,11 @@ struct RestoreReport {
 class Restore final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
-        app.add_option("number", m_number, "The configuration's number, as \"history\" shows it")
-            ->required()
-            ->type_name("N")
-            ->check(WholeNumber());
+        m_files.DeclareFiles(app, "CAPTURE", "Captures");
+        app.add_option("number", m_number, "The configuration's number in each of them, as \"history\" shows it")
+            ->type_name("NUMBER");
         app.add_flag("--dry-run", m_dryRun, "Tell what would be in force, and write nothing");
+        m_files.DeclareOptions(app);
         app.footer(
             "Appends a copy of that configuration, byte for byte, and retires the current one: so a restore can be "
             "undone by another. Object files (DCM_COMMON) and settings (STMDECODERINFO) are restored "
@@ -54,16 +54,32 @@ class Restore final : public Command {
             "  stmdcm restore capture.tdf 2");
     }
 
+    void Check() override {
+        const std::size_t last = m_files.CountNamed() - 1;
+        const auto words = m_files.TakeOthers([&](const std::string&, std::size_t index) { return index == last; });
+        if (words.empty() || (!m_files.IsAny() && !WholeNumber()(words[0]).empty())) {
+            throw CLI::RequiredError(words.empty() ? "CAPTURE" : "NUMBER");
+        }
+        if (std::string wrong = WholeNumber()(words[0]); !wrong.empty()) {
+            throw CLI::ValidationError("NUMBER", wrong);
+        }
+        m_files.RequireAny("CAPTURE");
+        m_number = std::stoull(words[0]);
+    }
+
     ExitStatus Run(const Context& context) override {
-        const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
-        const RestoreReport report{m_file, m_number, RestoreConfiguration(m_file, m_number, mode)};
-        context.Print(report);
-        context.console.Diagnose(m_file, report.result.doubts);
-        return StatusOf(report.result.doubts);
+        return m_files.Run(context, [this](const Context& own, const std::string& file) {
+            const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
+            const RestoreReport report{file, m_number, RestoreConfiguration(file, m_number, mode)};
+            own.Print(report);
+            own.console.Diagnose(file, report.result.doubts);
+            return FileResult{StatusOf(report.result.doubts),
+                              {ChangeCount(report.result.hasChanges, report.result.isWritten)}};
+        });
     }
 
   private:
-    std::string m_file;
+    ManyFiles m_files{ManyFiles::Purpose::Change};
     std::size_t m_number = 0;
     bool m_dryRun = false;
 };

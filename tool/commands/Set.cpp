@@ -8,10 +8,13 @@
 #include "stmdcm/change/SettingsChange.h"
 #include "tool/commands/ChangeReport.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/many/ManyFiles.h"
 
 namespace stmdcm {
 
 namespace {
+
+constexpr int kMostAssignments = 10'000;
 
 std::vector<Assignment> ParseAll(const std::vector<std::string>& texts) {
     std::vector<Assignment> assignments;
@@ -37,13 +40,14 @@ struct SetReport {
 class Set final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("file", m_file, "A capture, or a settings file")->required()->type_name("FILE");
+        m_files.DeclareFiles(app, "FILE", "Captures, and settings files");
         app.add_option("assignments", m_assignments,
                        "What to set; clocks may be written as 200M or 1.25GHz, flags as yes or no")
-            ->required()
+            ->expected(0, kMostAssignments)
             ->type_name("NAME=VALUE");
         app.add_flag("--force", m_force, "Add to a settings file, too, what stands in it where it is not read");
         app.add_flag("--dry-run", m_dryRun, "Tell what would change, and write nothing");
+        m_files.DeclareOptions(app);
         app.footer(
             "A capture is changed in place: nothing of it is copied, and the old configuration stays in it, see "
             "\"history\" and \"restore\". Ends with status 3 when the old configuration had parts that no reader "
@@ -54,25 +58,43 @@ class Set final : public Command {
             "  stmdcm set capture.tdf STM_DTC_target_clock_hz=1.25GHz STM_VornLib_Import=yes");
     }
 
+    /// The first word of several is a file, whatever it looks like, unless a list names them.
+    void Check() override {
+        const bool isAlone = m_files.CountNamed() == 1;
+        m_assignments = m_files.TakeOthers([&](const std::string& word, std::size_t index) {
+            return (index > 0 || isAlone || m_files.HasList()) && Assignment::LooksLikeOne(word);
+        });
+        m_files.RequireAny("FILE");
+        if (m_assignments.empty()) {
+            throw CLI::RequiredError("NAME=VALUE");
+        }
+    }
+
     ExitStatus Run(const Context& context) override {
         const std::vector<Assignment> assignments = ParseAll(m_assignments);
-        const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
-        const ConfigurationKind kind = KindOf(m_file);
         const ConfigurationChange change([&](Settings& settings) {
             for (const Assignment& assignment : assignments) {
                 assignment.ApplyTo(settings.properties);
             }
         });
-        const ChangeResult result = kind == ConfigurationKind::Capture
-                                        ? change.InCapture(m_file, ConfigurationChange::Missing::IsFailure, mode)
-                                        : SetInSettings(m_file, assignments, m_force, mode);
-        context.Print(SetReport{result});
-        ChangeReport::Diagnose(result, context.console);
-        return StatusOf(result);
+        return m_files.Run(context, [&](const Context& own, const std::string& file) {
+            const ChangeResult result = SetIn(file, change, assignments);
+            own.Print(SetReport{result});
+            ChangeReport::Diagnose(result, own.console);
+            return ChangeReport::ResultOf(result);
+        });
     }
 
   private:
-    std::string m_file;
+    ChangeResult SetIn(const std::string& file, const ConfigurationChange& change,
+                       const std::vector<Assignment>& assignments) const {
+        const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
+        return KindOf(file) == ConfigurationKind::Capture
+                   ? change.InCapture(file, ConfigurationChange::Missing::IsFailure, mode)
+                   : SetInSettings(file, assignments, m_force, mode);
+    }
+
+    ManyFiles m_files{ManyFiles::Purpose::Change};
     std::vector<std::string> m_assignments;
     bool m_force = false;
     bool m_dryRun = false;

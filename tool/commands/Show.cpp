@@ -1,8 +1,15 @@
-#include "stmdcm/plugin/Plugin.h"
-#include "stmdcm/plugin/PluginReading.h"
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+#include "stmdcm/change/Assignment.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/output/GuardedHome.h"
+#include "tool/commands/OtherPlugin.h"
+#include "tool/many/ManyFiles.h"
+#include "tool/output/InputFile.h"
 #include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
@@ -14,18 +21,54 @@ struct ShowReport {
     const Reading& loaded;
     Selection selection;
     std::vector<std::string> doubts;
+    bool isOneOfMany;
+    const std::vector<std::string>& wanted;  ///< properties; none: what is selected
+
+    /// In the order in which they are wanted.
+    std::vector<Property> Wanted() const {
+        std::vector<Property> properties;
+        for (const std::string& name : wanted) {
+            const auto& all = loaded.configuration.properties;
+            const auto found =
+                std::find_if(all.begin(), all.end(), [&](const Property& each) { return each.name == name; });
+            properties.insert(properties.end(), found, found == all.end() ? found : found + 1);
+        }
+        return properties;
+    }
+
+    /// Numbers as settings text has them, so "set" takes them. A file that says nothing has its line, too.
+    std::string Values() const {
+        std::vector<std::int32_t> values;
+        for (const Property& property : selection.properties ? Wanted() : std::vector<Property>()) {
+            values.push_back(property.value);
+        }
+        return fmt::format("{}\n", fmt::join(values, " "));
+    }
+
+    Json ConfigurationDocument() const {
+        if (wanted.empty()) {
+            return JsonRenderer::Render(loaded.configuration, selection);
+        }
+        Configuration some;
+        some.properties = Wanted();
+        return JsonRenderer::Render(some, selection);
+    }
 
     std::string Text(const Palette& palette) const {
-        return TextRenderer(palette).Render(loaded.configuration, selection);
+        if (!wanted.empty()) {
+            return Values();
+        }
+        const TextRenderer renderer(palette);
+        const std::string text = renderer.Render(loaded.configuration, selection);
+        return isOneOfMany ? renderer.Heading(Shown(loaded.path)) + text + "\n" : text;
     }
 
     Json Document() const {
-        return JsonRenderer::Document("show",
-                                      {{"file", loaded.path},
-                                       {"kind", KindName(*loaded.kind)},
-                                       {"loaded", loaded.isLoaded},
-                                       {"doubts", doubts},
-                                       {"configuration", JsonRenderer::Render(loaded.configuration, selection)}});
+        return JsonRenderer::Document("show", {{"file", loaded.path},
+                                               {"kind", KindName(*loaded.kind)},
+                                               {"loaded", loaded.isLoaded},
+                                               {"doubts", doubts},
+                                               {"configuration", ConfigurationDocument()}});
     }
 };
 
@@ -33,42 +76,72 @@ struct ShowReport {
 class Show final : public Command {
   public:
     void Declare(CLI::App& app) override {
-        app.add_option("FILE", m_file, "A capture (.tdf) or a settings file")->required();
-        app.add_flag("--properties", m_properties, "Show the properties");
-        app.add_flag("--changed", m_changedOnly, "Show the properties that are not at their default");
-        app.add_flag("--use-cases", m_usecases, "Show the use cases");
-        app.add_flag("--objects", m_objectFiles, "Show the object files and how they are on disk");
+        m_files.DeclareFiles(app, "FILE", "Captures (.tdf) and settings files; - is standard input");
+        auto* get = app.add_option("--get", m_wanted, "Show bare values, one line a file: of these properties alone")
+                        ->type_name("PROPERTY")
+                        ->delimiter(',')
+                        ->allow_extra_args(false);
+        app.add_flag("--properties", m_properties, "Show the properties")->excludes(get);
+        app.add_flag("--changed", m_changedOnly, "Show the properties that are not at their default")->excludes(get);
+        app.add_flag("--use-cases", m_usecases, "Show the use cases")->excludes(get);
+        app.add_flag("--objects", m_objectFiles, "Show the object files and how they are on disk")->excludes(get);
+        m_files.DeclareOptions(app);
         app.footer(
             "Shows everything unless parts are selected. Ends with status 3 when the file was read in part, or an "
             "object file can't be looked at; with status 1 when hosts can't load it. What can be read is shown all "
-            "the same.\n\nExample:\n"
+            "the same.\n\nThe values of --get stand in the order of the names, with a blank between them, as numbers "
+            "that \"set\" takes: clocks in Hz, flags as 1 and 0. Of many files one of which nothing is known has an "
+            "empty line, so lines and files stay in step.\n\nExample:\n"
             "  stmdcm show --changed --objects capture.tdf");
     }
 
+    void Check() override { m_files.RequireAny("FILE"); }
+
     ExitStatus Run(const Context& context) override {
-        const Reading loaded = Read(m_file);
-        std::vector<std::string> differences;
-        if (!context.options.plugin.empty()) {
-            differences = InGuardedHome({}, [&](const GuardedHome& home) {
-                return DifferencesThroughPlugin(Plugin(home, context.options.plugin), loaded);
-            });
+        for (const std::string& name : m_wanted) {
+            RequireProperty(name);
         }
-        ShowReport report{loaded, SelectionFor(loaded), loaded.Doubts()};
+        return m_files.Run(context,
+                           [this, plugin = OtherPlugin()](const Context& own, const std::string& file) mutable {
+                               return ShowOne(own, file, plugin);
+                           });
+    }
+
+  private:
+    FileResult ShowOne(const Context& context, const std::string& file, OtherPlugin& plugin) const {
+        const Reading loaded = ReadOrEndLine(context, file);
+        const std::vector<std::string> differences = plugin.Differences(context, loaded);
+        ShowReport report{loaded, SelectionFor(loaded), loaded.Doubts(), context.isOneOfMany, m_wanted};
         if (report.selection.objectFiles) {
             const std::vector<std::string> images = NotLookedAt(loaded.configuration.objectFiles);
             report.doubts.insert(report.doubts.end(), images.begin(), images.end());
         }
         context.Print(report);
-        context.console.Diagnose(m_file, report.doubts);
+        context.console.Diagnose(file, report.doubts);
         context.console.Diagnose(differences);
-        const ExitStatus status = loaded.isLoaded ? StatusOf(report.doubts) : ExitStatus::Failed;
-        return status == ExitStatus::Done ? StatusOf(differences) : status;
+        if (!loaded.isLoaded) {
+            return {ExitStatus::Failed, {}, fmt::format("{}: hosts can't load it", Shown(file))};
+        }
+        return {StatusOf(report.doubts.empty() ? differences : report.doubts)};
     }
 
-  private:
+    Reading ReadOrEndLine(const Context& context, const std::string& file) const {
+        try {
+            return InputFile(file).Read();
+        } catch (...) {
+            if (!m_wanted.empty() && context.isOneOfMany && !context.options.json) {
+                context.console.Print("\n");
+            }
+            throw;
+        }
+    }
+
     Selection SelectionFor(const Reading& loaded) const {
         const bool isEverything = !m_properties && !m_changedOnly && !m_usecases && !m_objectFiles;
         Selection selection;
+        if (!m_wanted.empty()) {
+            return {loaded.hasSettings, false, false, false};
+        }
         selection.properties = (isEverything || m_properties || m_changedOnly) && loaded.hasSettings;
         selection.usecases = (isEverything || m_usecases) && loaded.hasSettings;
         selection.objectFiles = (isEverything || m_objectFiles) && loaded.hasObjectFiles;
@@ -76,7 +149,8 @@ class Show final : public Command {
         return selection;
     }
 
-    std::string m_file;
+    ManyFiles m_files{ManyFiles::Purpose::Read};
+    std::vector<std::string> m_wanted;
     bool m_properties = false;
     bool m_usecases = false;
     bool m_objectFiles = false;

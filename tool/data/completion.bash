@@ -41,7 +41,8 @@ _stmdcm() {
     local start=${words[-1]%"$current"}
     for line in "${lines[@]:1}"; do
         word=${line%%$'\t'*}
-        COMPREPLY+=("$(printf %q "${word#"$start"}")")
+        word=$(printf %q "${word#"$start"}")
+        COMPREPLY+=("${word//\\,/,}")
     done
     [[ ${#COMPREPLY[@]} -gt 0 && ${COMPREPLY[0]} == *= ]] && compopt -o nospace 2>/dev/null
 }

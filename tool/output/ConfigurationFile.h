@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "stmdcm/reading/Comparison.h"
+#include "stmdcm/reading/Reading.h"
 
 namespace stmdcm {
 
@@ -13,5 +14,9 @@ namespace stmdcm {
 std::vector<std::string> WriteConfiguration(const std::string& path, const std::string& bytes,
                                             const Configuration& expected, bool force,
                                             const std::vector<std::string>& inputs);
+
+/// Sentences, with the name: what of `expected` the bytes of a capture or of settings don't keep.
+std::vector<std::string> LossesOf(const std::string& name, ConfigurationKind kind, const std::string& bytes,
+                                  const Configuration& expected);
 
 }  // namespace stmdcm

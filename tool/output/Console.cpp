@@ -15,16 +15,39 @@ namespace stmdcm {
 Console::Console(ColorMode mode)
     : m_out(Palette::For(STDOUT_FILENO, mode)), m_error(Palette::For(STDERR_FILENO, mode)) {}
 
-void Console::Print(std::string_view text) {
+Console Console::Into(Told& told) const {
+    Console other = *this;
+    other.m_told = &told;
+    return other;
+}
+
+void Console::ToStandardOutput(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         throw Failure(fmt::format("standard output can't be written: {}", ZU_WEP::ErrnoText(errno)),
                       Failure::Kind::Output);
     }
 }
 
-void Console::Diagnose(std::string_view sentence) const {
+void Console::ToStandardError(const std::string& text) {
     // Not by fmt, which throws where it can't be written: what the command does is not changed by that.
-    std::fputs(fmt::format("{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), Escaped(sentence)).c_str(), stderr);
+    std::fputs(text.c_str(), stderr);
+}
+
+void Console::Print(std::string_view text) const {
+    if (m_told != nullptr) {
+        m_told->out += text;
+    } else {
+        ToStandardOutput(text);
+    }
+}
+
+void Console::Diagnose(std::string_view sentence) const {
+    const std::string line = fmt::format("{} {}\n", m_error.Paint(Style::Bad, "stmdcm:"), Escaped(sentence));
+    if (m_told != nullptr) {
+        m_told->error += line;
+    } else {
+        ToStandardError(line);
+    }
 }
 
 void Console::Diagnose(const std::vector<std::string>& sentences) const {

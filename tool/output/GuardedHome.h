@@ -10,6 +10,11 @@
 
 namespace stmdcm {
 
+/// A file that a function of std::filesystem failed for.
+inline Failure FailureOf(const std::filesystem::filesystem_error& error) {
+    return {error.path1().string(), ZU_WEP::ErrnoText(error.code().value())};
+}
+
 /// A home for the plug-in that goes also when the user interrupts the program.
 class GuardedHome : public TraceHome {
   public:
@@ -18,26 +23,27 @@ class GuardedHome : public TraceHome {
         : TraceHome(keep), m_guard(keep.empty() ? Path().string() : "") {}
     ~GuardedHome() { Remove(); }
 
+    /// Calls `work()`. What it throws for a file in here names what the user knows.
+    template <class Work>
+    auto WithNames(Work work) const {
+        try {
+            return work();
+        } catch (const Failure& failure) {
+            throw Named(failure);
+        } catch (const std::filesystem::filesystem_error& error) {
+            throw Named(FailureOf(error));
+        }
+    }
+
   private:
     InterruptGuard m_guard;
 };
 
-/// A file that a function of std::filesystem failed for.
-inline Failure FailureOf(const std::filesystem::filesystem_error& error) {
-    return {error.path1().string(), ZU_WEP::ErrnoText(error.code().value())};
-}
-
-/// Calls `work(home)` in a home of its own. What it throws for a file in there names what the user knows.
+/// Calls `work(home)` in a home of its own, WithNames.
 template <class Work>
 auto InGuardedHome(const std::string& keep, Work work) {
     const GuardedHome home(keep);
-    try {
-        return work(home);
-    } catch (const Failure& failure) {
-        throw home.Named(failure);
-    } catch (const std::filesystem::filesystem_error& error) {
-        throw home.Named(FailureOf(error));
-    }
+    return home.WithNames([&] { return work(home); });
 }
 
 }  // namespace stmdcm

@@ -75,6 +75,12 @@ InterruptGuard::~InterruptGuard() {
     *link = m_before;
 }
 
+void InterruptGuard::SetLastWords(std::string words) {
+    std::string& free = m_words[m_lastWords == m_words.data() ? 1 : 0];
+    free = std::move(words);
+    m_lastWords = &free;
+}
+
 void InterruptGuard::TakeSignals() {
     struct sigaction taken {};
     taken.sa_handler = CleanUpAndEnd;
@@ -91,6 +97,10 @@ void InterruptGuard::TakeSignals() {
 void InterruptGuard::CleanUpAndEnd(int number) {
     for (const InterruptGuard* guard = s_last; guard != nullptr; guard = guard->m_before) {
         Remove(AT_FDCWD, guard->m_path.c_str(), kDeepest);
+        const std::string* words = number == SIGPIPE ? nullptr : guard->m_lastWords.load();
+        if (words != nullptr && ::write(STDERR_FILENO, words->data(), words->size()) < 0) {
+            continue;  // nobody can be told
+        }
     }
     ::signal(number, SIG_DFL);
     sigset_t own;

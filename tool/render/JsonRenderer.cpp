@@ -19,6 +19,7 @@ Json ItemToJson(const Item& item);
 template <class Item>
 Json ItemsToJson(const std::vector<Item>& items) {
     Json array = Json::array();
+    array.get_ref<Json::array_t&>().reserve(items.size());
     for (const Item& item : items) {
         array.push_back(ItemToJson(item));
     }
@@ -27,11 +28,11 @@ Json ItemsToJson(const std::vector<Item>& items) {
 
 class JsonVisitor {
   public:
-    explicit JsonVisitor(Json& out) : m_object(out) {}
+    explicit JsonVisitor(Json& out) : m_members(out.get_ref<Json::object_t&>()) { m_members.reserve(kMostFields); }
 
     template <class T>
     void operator()(const Field& field, const T& value) const {
-        m_object[field.name] = value;
+        m_members.emplace_back(field.name, value);
     }
     // JavaScript would round a large number, so all of this width are strings.
     void operator()(const Field& field, std::int64_t value) const {
@@ -46,18 +47,20 @@ class JsonVisitor {
     }
     template <class T>
     void operator()(const Field& field, const std::vector<T>& items) const {
-        m_object[field.name] = ItemsToJson(items);
+        m_members.emplace_back(field.name, ItemsToJson(items));
     }
 
   private:
     void Put(const Field& field, Json value, Json time) const {
-        m_object[field.name] = std::move(value);
+        m_members.emplace_back(field.name, std::move(value));
         if (field.unit == Unit::UnixTime) {
-            m_object[std::string(field.name) + "_utc"] = std::move(time);
+            m_members.emplace_back(std::string(field.name) + "_utc", std::move(time));
         }
     }
 
-    Json& m_object;
+    static constexpr std::size_t kMostFields = 12;  // more than that are kept, too
+
+    Json::object_t& m_members;  ///< behind each other, without a search: no two fields have one name
 };
 
 template <class Item>
@@ -77,10 +80,14 @@ std::string KeyOf(Zu::Wep::Trace::UsecaseKind kind) {
 
 Json PropertyToJson(const Property& property) {
     const auto value = [&](std::int32_t number) { return property.isFlag ? Json(number != 0) : Json(number); };
-    return {{"name", property.name},
-            {"value", value(property.value)},
-            {"default", value(property.defaultValue)},
-            {"text", InWords(property)}};
+    Json json = Json::object();
+    auto& members = json.get_ref<Json::object_t&>();
+    members.reserve(4);
+    members.emplace_back("name", property.name);
+    members.emplace_back("value", value(property.value));
+    members.emplace_back("default", value(property.defaultValue));
+    members.emplace_back("text", InWords(property));
+    return json;
 }
 
 Json PinToJson(const ImageIdentity& pin) {
@@ -91,6 +98,7 @@ Json PinToJson(const ImageIdentity& pin) {
 
 Json PropertiesToJson(const std::vector<Property>& properties, bool changedOnly) {
     Json array = Json::array();
+    array.get_ref<Json::array_t&>().reserve(properties.size());
     for (const Property& property : properties) {
         if (!changedOnly || !property.IsAtDefault()) {
             array.push_back(PropertyToJson(property));
@@ -99,23 +107,39 @@ Json PropertiesToJson(const std::vector<Property>& properties, bool changedOnly)
     return array;
 }
 
+/// Behind the members of `first` those of `rest`, none of which is copied: documents can be large.
+Json Object(Json first, Json rest) {
+    auto& members = first.get_ref<Json::object_t&>();
+    auto& others = rest.get_ref<Json::object_t&>();
+    members.reserve(members.size() + others.size());
+    for (auto& [name, value] : others) {
+        members.emplace_back(name, std::move(value));
+    }
+    return first;
+}
+
+constexpr int kIndent = 2;
+constexpr int kNoLines = -1;
+
+std::string Dumped(const Json& document, int indent) {
+    try {
+        return document.dump(indent) + "\n";
+    } catch (const Json::type_error&) {  // a text is no UTF-8
+        Json whole = document;
+        whole["bytes"] = JsonRenderer::InvalidTexts(document);
+        return whole.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
+    }
+}
+
 }  // namespace
 
-Json JsonRenderer::Document(const char* command, const Json& findings) {
-    Json document = {{"schema", kSchemaVersion}, {"command", command}};
-    document.update(findings);
-    return document;
+Json JsonRenderer::Document(const char* command, Json findings) {
+    return Object({{"schema", kSchemaVersion}, {"command", command}}, std::move(findings));
 }
 
-std::string JsonRenderer::Text(const Json& document) {
-    const Json invalid = InvalidTexts(document);
-    if (invalid.empty()) {
-        return PlainText(document);
-    }
-    Json whole = document;
-    whole["bytes"] = invalid;
-    return PlainText(whole);
-}
+std::string JsonRenderer::Text(const Json& document) { return Dumped(document, kIndent); }
+
+std::string JsonRenderer::Line(const Json& document) { return Dumped(document, kNoLines); }
 
 Json JsonRenderer::InvalidTexts(const Json& json, const std::string& pointer) {
     Json invalid = Json::object();
@@ -134,7 +158,7 @@ Json JsonRenderer::InvalidTexts(const Json& json, const std::string& pointer) {
 }
 
 std::string JsonRenderer::PlainText(const Json& document) {
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return document.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 Json JsonRenderer::Render(const Configuration& configuration, const Selection& selection) {

@@ -19,11 +19,13 @@ class JsonRenderer {
     static constexpr int kSchemaVersion = 1;
 
     /// What every command's document has, and what this one found.
-    static Json Document(const char* command, const Json& findings = Json::object());
+    static Json Document(const char* command, Json findings = Json::object());
     /// One document as text, line feed included. Bytes that are no UTF-8 become U+FFFD, and the texts that have some
     /// are added once more as `bytes`.
     static std::string Text(const Json& document);
-    /// The same without `bytes`.
+    /// The same in one line.
+    static std::string Line(const Json& document);
+    /// A text without `bytes`.
     static std::string PlainText(const Json& document);
     /// The texts below `json` that are no UTF-8: from where they are, as a JSON pointer that begins with `pointer`, to
     /// their bytes in hexadecimal.

@@ -1,0 +1,131 @@
+// Many small captures through the tool, against a bare loop over the library that loads each. Needs the tool beside
+// this program. Counters: CPU time as a multiple of the loop's, milliseconds to the first line, peak memory.
+
+#include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "stmdcm/reading/Reading.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+constexpr int kCaptures = 10'000;
+
+/// A directory of captures, and a list of them; gone at the end.
+class Captures {
+  public:
+    explicit Captures(int count) : m_directory(fs::temp_directory_path() / ("stmdcm-bench-" + std::to_string(count))) {
+        fs::create_directories(m_directory);
+        std::ofstream list(List());
+        for (int i = 0; i < count; ++i) {
+            const fs::path path = m_directory / (std::to_string(i) + ".tdf");
+            fs::copy_file(STMDCM_BENCH_DATA "/packed.tdf", path, fs::copy_options::overwrite_existing);
+            list << path.string() << "\n";
+        }
+    }
+    ~Captures() { fs::remove_all(m_directory); }
+    Captures(const Captures&) = delete;
+    Captures& operator=(const Captures&) = delete;
+
+    std::string List() const { return m_directory / "list"; }
+
+  private:
+    fs::path m_directory;
+};
+
+/// What a process took, and its children.
+struct Cost {
+    double cpu = 0;     ///< seconds
+    double wall = 0;    ///< seconds
+    double first = 0;   ///< seconds to the first byte of output
+    double memory = 0;  ///< MiB
+};
+
+/// Runs `work` in a child, whose standard output is read.
+template <class Work>
+Cost Measure(Work work) {
+    int ends[2];
+    if (::pipe(ends) != 0) {
+        return {};
+    }
+    const Clock::time_point begin = Clock::now();
+    const auto passed = [&] { return std::chrono::duration<double>(Clock::now() - begin).count(); };
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(ends[1], STDOUT_FILENO);
+        ::close(ends[0]);
+        ::close(ends[1]);
+        work();
+        ::_exit(0);
+    }
+    ::close(ends[1]);
+    Cost cost;
+    char buffer[65536];
+    for (ssize_t count = 0; (count = ::read(ends[0], buffer, sizeof buffer)) > 0;) {
+        cost.first = cost.first == 0 ? passed() : cost.first;
+    }
+    ::close(ends[0]);
+    int status = 0;
+    rusage used{};
+    ::wait4(child, &status, 0, &used);
+    cost.wall = passed();
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
+    cost.cpu = seconds(used.ru_utime) + seconds(used.ru_stime);
+    cost.memory = static_cast<double>(used.ru_maxrss) / 1024;
+    return cost;
+}
+
+Cost MeasureLoop(const Captures& captures) {
+    return Measure([&] {
+        std::ifstream list(captures.List());
+        std::size_t properties = 0;
+        for (std::string path; std::getline(list, path);) {
+            properties += stmdcm::Read(path).configuration.properties.size();
+        }
+        std::printf("%zu\n", properties);
+        std::fflush(stdout);
+    });
+}
+
+Cost MeasureTool(const Captures& captures, const std::string& command) {
+    const std::string tool = fs::read_symlink("/proc/self/exe").parent_path() / "stmdcm";
+    const std::string line = "exec " + tool + " " + command + " --files-from - <" + captures.List();
+    return Measure([&] { ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr); });
+}
+
+void BM_Many(benchmark::State& state, const char* command) {
+    const Captures few(kCaptures / 10), many(kCaptures);
+    MeasureLoop(many);  // what the disk holds is in memory then
+    for ([[maybe_unused]] auto _ : state) {
+        const Cost loop = MeasureLoop(many);
+        const Cost tool = MeasureTool(many, command);
+        const Cost two = MeasureTool(many, std::string(command) + " -j 2");
+        state.SetIterationTime(tool.wall);
+        state.counters["cpu_of_loop"] = tool.cpu / loop.cpu;
+        state.counters["first_ms"] = 1000 * tool.first;
+        state.counters["MiB"] = tool.memory;
+        state.counters["MiB_of_tenth"] = MeasureTool(few, command).memory;
+        state.counters["speed_of_2"] = tool.wall / two.wall;
+    }
+}
+
+BENCHMARK_CAPTURE(BM_Many, check, "check")->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Many, show_json, "show --json")->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Many, show_get, "show --get STM_ATB_Id")
+    ->UseManualTime()
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace

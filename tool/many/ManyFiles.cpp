@@ -1,0 +1,166 @@
+#include "tool/many/ManyFiles.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+
+#include "stmdcm/reading/Findings.h"
+#include "tool/cli/ValueCheck.h"
+#include "tool/many/FileNames.h"
+#include "tool/many/Summary.h"
+#include "tool/many/Workers.h"
+#include "tool/output/InterruptGuard.h"
+#include "tool/output/Progress.h"
+
+namespace stmdcm {
+
+namespace {
+
+constexpr std::size_t kMostJobs = 256;
+constexpr std::size_t kMostKept = 1 << 16;
+
+}  // namespace
+
+/// One run over many files: takes what became of each, in their order.
+class ManyFiles::Round {
+  public:
+    Round(const Context& context, Purpose purpose, std::optional<std::uint64_t> total, bool isProgressAskedFor)
+        : m_context(context),
+          m_purpose(purpose),
+          m_total(total),
+          m_progress(context.command, total, isProgressAskedFor, Progress::Unit::Files) {
+        m_guard.SetLastWords(LastWords());
+    }
+
+    const Context& Asked() const { return m_context; }
+
+    /// Where more are here already what is printed may wait for them.
+    void Take(const FileOutcome& outcome, bool areMoreHere) {
+        if (!outcome.told.error.empty() || (m_isOutTerminal && !outcome.told.out.empty())) {
+            m_progress.Clear();
+        }
+        m_out += outcome.told.out;
+        if (!m_out.empty() && (!areMoreHere || !outcome.told.error.empty() || m_out.size() > kMostKept)) {
+            Console::ToStandardOutput(m_out);
+            m_out.clear();
+        }
+        Console::ToStandardError(outcome.told.error);
+        m_summary.Add(outcome.result);
+        m_progress.Update(m_summary.Files());
+        m_guard.SetLastWords(LastWords());
+    }
+
+    ExitStatus End() {
+        m_progress.Clear();
+        if (m_summary.IsNews()) {
+            m_context.console.Diagnose(m_summary.Failures());
+            m_context.console.Diagnose(m_summary.Sentence());
+        }
+        return m_summary.Status();
+    }
+
+  private:
+    std::string LastWords() const {
+        return fmt::format("\nstmdcm: interrupted; {} of {} done{}\n", m_summary.Files(),
+                           m_total ? Counted(*m_total, "file") : "the files",
+                           m_purpose == Purpose::Change ? "; each of the others is as it was or as it is to be, and "
+                                                          "the same command does the rest"
+                                                        : "");
+    }
+
+    const Context& m_context;
+    Purpose m_purpose;
+    std::optional<std::uint64_t> m_total;
+    std::string m_out;  ///< not printed yet
+    bool m_isOutTerminal = ::isatty(STDOUT_FILENO) == 1;
+    Progress m_progress;
+    Summary m_summary;
+    InterruptGuard m_guard;
+};
+
+CLI::Option* ManyFiles::DeclareFiles(CLI::App& app, const char* name, const char* description) {
+    return app.add_option(name, m_named, description)->type_name(name);
+}
+
+void ManyFiles::DeclareOptions(CLI::App& app) {
+    CLI::Option* list = app.add_option("--files-from", m_list,
+                                       "Work also on the files that LIST names, one a line; - is standard input")
+                            ->type_name("LIST");
+    app.add_flag("-0", m_isZeroEnded, "In LIST a zero byte ends each name")->needs(list);
+    app.add_option("-j,--jobs", m_jobs, "Work on so many files at once; 0: on as many as there are processors")
+        ->type_name("N")
+        ->check(WholeNumber(kMostJobs));
+    app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
+}
+
+std::vector<std::string> ManyFiles::TakeOthers(
+    const std::function<bool(const std::string& word, std::size_t index)>& isOther) {
+    std::vector<std::string> files;
+    std::vector<std::string> others;
+    for (std::size_t i = 0; i < m_named.size(); ++i) {
+        (isOther(m_named[i], i) ? others : files).push_back(m_named[i]);
+    }
+    m_named = std::move(files);
+    return others;
+}
+
+void ManyFiles::RequireAny(const std::string& name) const {
+    if (!IsAny()) {
+        throw CLI::RequiredError(name);
+    }
+}
+
+std::size_t ManyFiles::Jobs() const {
+    return m_jobs > 0 ? m_jobs : static_cast<std::size_t>(std::clamp(::sysconf(_SC_NPROCESSORS_ONLN), 1L, 256L));
+}
+
+ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
+    if (m_named.size() == 1 && !HasList()) {
+        return work(context, m_named.front()).status;
+    }
+    FileNames names(m_named, m_list, m_isZeroEnded);
+    Round round(context, m_purpose, Progress::IsShown(m_progress) || !HasList() ? names.Total() : std::nullopt,
+                m_progress);
+    if (Jobs() == 1) {
+        RunHere(names, round, work);
+    } else {
+        RunInWorkers(names, round, work);
+    }
+    return round.End();
+}
+
+void ManyFiles::RunHere(FileNames& names, Round& round, const FileWork& work) const {
+    while (const std::optional<std::string> file = names.Next()) {
+        round.Take(WorkOn(*file, work, round.Asked()), false);
+    }
+}
+
+/// In turn, so that the next result in the order of the files is always that of the next worker.
+void ManyFiles::RunInWorkers(FileNames& names, Round& round, const FileWork& work) const {
+    Workers workers(Jobs(), work, round.Asked());
+    std::deque<std::string> waiting;
+    std::size_t sent = 0;
+    std::size_t received = 0;
+    const auto next = [&] { return received % workers.Count(); };
+    for (bool isEnd = false; !isEnd || !waiting.empty();) {
+        const bool isFull = isEnd || waiting.size() == workers.Count() * Workers::kMostWaiting;
+        if (!isFull && (waiting.empty() || names.IsReady())) {
+            std::optional<std::string> name = names.Next();
+            isEnd = !name;
+            if (name) {
+                workers.Send(sent++ % workers.Count(), *name);
+                waiting.push_back(std::move(*name));
+            }
+        } else if (isFull || workers.HasResult(next()) || !names.WaitFor(workers.Descriptor(next()))) {
+            const FileOutcome outcome = workers.Receive(next(), waiting.front());
+            waiting.pop_front();
+            ++received;
+            round.Take(outcome, !waiting.empty() && workers.HasResult(next()));
+        }
+    }
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tool/many/FileWork.h"
+
+namespace stmdcm {
+
+class FileNames;
+
+/// The files that a command works on one by one: what the command line says about them, and the loop. Each is as if
+/// the command were run for it alone; the output comes in the order of the files.
+class ManyFiles {
+  public:
+    enum class Purpose { Read, Change };
+
+    explicit ManyFiles(Purpose purpose) : m_purpose(purpose) {}
+
+    /// Adds the positional of any number of files. `name` is what a usage error calls it.
+    CLI::Option* DeclareFiles(CLI::App& app, const char* name, const char* description);
+    /// Adds --files-from and what goes with it.
+    void DeclareOptions(CLI::App& app);
+
+    /// Takes the words that are no files out of those that stand with them, in their order: `isOther(word, index)`
+    /// says which. What is told about the positional of these is for the help alone, since the files take every word.
+    std::vector<std::string> TakeOthers(const std::function<bool(const std::string& word, std::size_t index)>& isOther);
+    std::size_t CountNamed() const { return m_named.size(); }
+    bool HasList() const { return !m_list.empty(); }
+    bool IsAny() const { return !m_named.empty() || HasList(); }
+    /// Throws CLI::RequiredError where there is none; for the end of the parsing.
+    void RequireAny(const std::string& name) const;
+
+    /// Does the work on each, in several processes where that was asked for. Of a single one, which is no list, as if
+    /// there were no others: what the work throws is thrown. Of many what fails is told, and the next one comes; gives
+    /// the status that counts most, and at the end tells what became of them.
+    ExitStatus Run(const Context& context, const FileWork& work) const;
+
+  private:
+    class Round;
+
+    std::size_t Jobs() const;
+    void RunHere(FileNames& names, Round& round, const FileWork& work) const;
+    void RunInWorkers(FileNames& names, Round& round, const FileWork& work) const;
+
+    Purpose m_purpose;
+    std::vector<std::string> m_named;
+    std::string m_list;
+    bool m_isZeroEnded = false;
+    std::size_t m_jobs = 1;
+    bool m_progress = false;
+};
+
+}  // namespace stmdcm
