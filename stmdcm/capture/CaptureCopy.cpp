@@ -14,15 +14,6 @@ using namespace Zu::Wep::Trace;
 
 namespace {
 
-void RequireWhole(const Container& capture) {
-    const auto isShort = [](const Section& section) { return section.IsTooShort(); };
-    const auto& sections = capture.Sections();
-    if (!capture.IsWhole() || capture.HasMore() || std::any_of(sections.begin(), sections.end(), isShort)) {
-        throw Failure(capture.Path(),
-                      "the row of sections does not lead to the end of the file exactly; run stmdcm recover first");
-    }
-}
-
 /// Whether a search would find the section if those in front of it were not there, and would find the new one then.
 bool IsReplaced(const Container& capture, const Section& section, const std::vector<NewSection>& sections) {
     return std::any_of(sections.begin(), sections.end(), [&](const NewSection& each) {
@@ -44,7 +35,7 @@ std::string Encode(const Container& capture, const NewSection& section) {
 
 void CopyCapture(const Container& from, const std::vector<NewSection>& sections, ByteSink& to,
                  const OnCopied& onCopied) {
-    RequireWhole(from);
+    from.RequireWhole();
     const FileStamp before = FileStamp::Of(from.File().File(), from.Path());
     std::string added;
     for (const NewSection& section : sections) {

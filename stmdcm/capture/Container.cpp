@@ -4,6 +4,7 @@
 #include <functional>
 #include <utility>
 
+#include "stmdcm/Failure.h"
 #include "trace/format/RetiredSection.h"
 
 namespace stmdcm {
@@ -11,6 +12,7 @@ namespace stmdcm {
 using Zu::Wep::Trace::IsRetired;
 using Zu::Wep::Trace::kFirstSectionOffset;
 using Zu::Wep::Trace::kMaxNameLength;
+using Zu::Wep::Trace::LiveVersion;
 using Zu::Wep::Trace::SectionHeader;
 using Zu::Wep::Trace::SectionInfo;
 using Zu::Wep::Trace::SectionScanner;
@@ -104,6 +106,10 @@ bool Container::HasName(const Section& section, std::string_view name) const {
     return section.nameLength >= ComparedName(name).size() && ComparedName(Name(section)) == ComparedName(name);
 }
 
+bool Container::IsOrWas(const Section& section, std::string_view name, std::uint32_t version) const {
+    return !section.IsTooShort() && LiveVersion(section.version) == version && HasName(section, name);
+}
+
 const Section* Container::Find(std::string_view name, std::uint32_t version) const {
     const auto isWanted = [&](const Section& section) {
         return section.use == SectionUse::Read && section.version == version && HasName(section, name);
@@ -116,6 +122,14 @@ const Section* Container::At(std::uint64_t offset) const {
     const auto found = std::lower_bound(m_sections.begin(), m_sections.end(), offset,
                                         [](const Section& section, std::uint64_t at) { return section.offset < at; });
     return found != m_sections.end() && found->offset == offset ? &*found : nullptr;
+}
+
+void Container::RequireWhole() const {
+    if (!IsWhole() || HasMore() ||
+        std::any_of(m_sections.begin(), m_sections.end(), std::mem_fn(&Section::IsTooShort))) {
+        throw Failure(Path(), "the row of sections is broken, nothing was copied; run stmdcm recover first")
+            .At(m_stopOffset);
+    }
 }
 
 std::uint64_t Container::TrailingOffset() const {

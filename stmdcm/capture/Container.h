@@ -69,6 +69,14 @@ class Container {
     /// Whether it has that name for a search.
     bool HasName(const Section& section, std::string_view name) const;
 
+    /// Whether it is, or was before a change retired it, one of that name and version. A header that is too short to
+    /// hold its name is none.
+    bool IsOrWas(const Section& section, std::string_view name, std::uint32_t version) const;
+
+    /// Throws Failure, with the place, unless a search passes every byte of the file and each header holds its name:
+    /// what a copy of it in new pieces needs.
+    void RequireWhole() const;
+
     /// The section that a reader gets; nullptr for none.
     const Section* Find(std::string_view name, std::uint32_t version) const;
 

@@ -26,11 +26,11 @@ constexpr struct {
 
 /// The name of the configuration section, nullptr for any other.
 const char* KindOf(const Container& container, const Section& section) {
-    if (section.use == SectionUse::Unreachable || section.IsTooShort()) {
+    if (section.use == SectionUse::Unreachable) {
         return nullptr;
     }
     for (const auto& kind : kKinds) {
-        if (LiveVersion(section.version) == kind.version && container.HasName(section, kind.name)) {
+        if (container.IsOrWas(section, kind.name, kind.version)) {
             return kind.name;
         }
     }

@@ -1,37 +1,12 @@
 #include "stmdcm/change/Prune.h"
 
-#include <sys/stat.h>
-
-#include <algorithm>
-#include <functional>
 #include <map>
 #include <string_view>
-#include <tuple>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/FileStamp.h"
 
 namespace stmdcm {
-
-namespace {
-
-void RequireWhole(const Container& container) {
-    const auto& sections = container.Sections();
-    if (!container.IsWhole() || container.HasMore() ||
-        std::any_of(sections.begin(), sections.end(), std::mem_fn(&Section::IsTooShort))) {
-        throw Failure(container.Path(), "the row of sections is broken, nothing was copied; run stmdcm recover first")
-            .At(container.StopOffset());
-    }
-}
-
-/// What tells one state of a file from another.
-auto StampOf(const Container& container) {
-    struct stat info {};
-    ::fstat(container.File().File().Descriptor(), &info);
-    return std::tuple(info.st_size, info.st_mtim.tv_sec, info.st_mtim.tv_nsec, info.st_ctim.tv_sec,
-                      info.st_ctim.tv_nsec);
-}
-
-}  // namespace
 
 std::uint64_t PrunePlan::Size() const {
     std::uint64_t size = 0;
@@ -42,7 +17,7 @@ std::uint64_t PrunePlan::Size() const {
 }
 
 PrunePlan PlanPrune(const Container& container, const History& history, std::size_t keep) {
-    RequireWhole(container);
+    container.RequireWhole();
     PrunePlan plan;
     std::map<std::string_view, std::size_t> seen;  // of each name
     const std::vector<HistoryEntry>& entries = history.Entries();
@@ -62,14 +37,14 @@ PrunePlan PlanPrune(const Container& container, const History& history, std::siz
 }
 
 void CopyPruned(const Container& container, const PrunePlan& plan, ByteSink& to, const OnCopied& onCopied) {
-    const auto before = StampOf(container);
+    const FileStamp before = FileStamp::Of(container.File().File(), container.Path());
     std::uint64_t done = 0;
     for (const auto& [offset, length] : plan.kept) {
         CopyRange(container.File(), offset, length, to, [&](std::uint64_t more) { onCopied(done + more); });
         done += length;
     }
-    if (StampOf(container) != before) {
-        throw Failure(container.Path(), "another program has changed the file meanwhile; please try again");
+    if (FileStamp::Of(container.File().File(), container.Path()) != before) {
+        throw Failure(container.Path(), "the file was changed while it was copied; please try again");
     }
 }
 

@@ -8,7 +8,6 @@
 #include "stmdcm/pins/PinSection.h"
 #include "stmdcm/reading/Reading.h"
 #include "trace/format/ObjectFileSection.h"
-#include "trace/format/RetiredSection.h"
 #include "trace/format/StmSections.h"
 
 namespace stmdcm {
@@ -59,8 +58,7 @@ StatingFile::StatingFile(const std::string& path) {
     const auto& entries = history.Entries();
     for (const Section& section : capture.Sections()) {
         for (const auto& stating : kStating) {
-            if (LiveVersion(section.version) == stating.version && !section.IsTooShort() &&
-                capture.HasName(section, stating.name)) {
+            if (capture.IsOrWas(section, stating.name, stating.version)) {
                 const auto entry = std::find_if(entries.begin(), entries.end(), [&](const HistoryEntry& each) {
                     return each.section.offset == section.offset && !each.IsCurrent();
                 });
