@@ -78,6 +78,7 @@ std::vector<Candidate> Assignments(const std::string& value) {
 
 std::vector<Candidate> Properties() {
     std::vector<Candidate> candidates;
+    candidates.reserve(Zu::Wep::Trace::kStmProperties.size());
     for (const Zu::Wep::Trace::StmProperty& property : Zu::Wep::Trace::kStmProperties) {
         candidates.push_back({property.name, ""});
     }

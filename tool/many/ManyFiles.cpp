@@ -19,7 +19,7 @@ namespace stmdcm {
 
 namespace {
 
-constexpr std::size_t kMostJobs = 256;
+constexpr long kMostJobs = 256;
 constexpr std::size_t kMostKept = 1 << 16;
 
 }  // namespace
@@ -114,7 +114,7 @@ void ManyFiles::RequireAny(const std::string& name) const {
 }
 
 std::size_t ManyFiles::Jobs() const {
-    return m_jobs > 0 ? m_jobs : static_cast<std::size_t>(std::clamp(::sysconf(_SC_NPROCESSORS_ONLN), 1L, 256L));
+    return m_jobs > 0 ? m_jobs : static_cast<std::size_t>(std::clamp(::sysconf(_SC_NPROCESSORS_ONLN), 1L, kMostJobs));
 }
 
 ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {

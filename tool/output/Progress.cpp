@@ -64,7 +64,8 @@ std::string Progress::Line(std::uint64_t done, double seconds) const {
     const auto total = static_cast<double>(*m_total);
     const double percent = *m_total == 0 ? 100.0 : 100.0 * amount / total;
     const std::string left = rate > 0 ? fmt::format(", {:.0f} s left", (total - amount) / rate) : "";
-    return fmt::format("{}: {:.0f}% ({} of {}), {}{}", m_what, percent, InWords(done), InWords(*m_total), speed, left);
+    const std::string part = m_unit == Unit::Bytes ? InWords(done) : fmt::format("{}", done);
+    return fmt::format("{}: {:.0f}% ({} of {}), {}{}", m_what, percent, part, InWords(*m_total), speed, left);
 }
 
 std::string Progress::InWords(std::uint64_t amount) const {
