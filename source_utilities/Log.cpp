@@ -11,12 +11,8 @@ namespace {
 
 __attribute__((format(printf, 3, 0))) void Write(int loggingLevel, unsigned level, const char* format,
                                                  std::va_list args) {
-    try {
-        if (uLogger* logger = LoggerAbove(loggingLevel)) {
-            logger->Log(level, uLogger::TIME_STAMP, format, args);
-        }
-    } catch (const std::exception&) {  // A line that can't be written is lost; its caller goes on.
-        return;
+    if (uLogger* logger = LoggerAbove(loggingLevel)) {
+        logger->Log(level, uLogger::TIME_STAMP, format, args);
     }
 }
 

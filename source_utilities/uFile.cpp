@@ -1,8 +1,9 @@
 #include "source_utilities/uFile.h"
 
-#include <stdio_ext.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +13,24 @@ namespace ZU_WEP {
 
 namespace {
 
+/// Where the host has closed a standard stream, what anybody prints would land in the file. It stays if no other
+/// descriptor is free.
+std::FILE* OffStandardStreams(std::FILE* stream, const char* flags) {
+    if (stream == nullptr || ::fileno(stream) > STDERR_FILENO) {
+        return stream;
+    }
+    const int other = ::fcntl(::fileno(stream), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    std::FILE* const moved = other < 0 ? nullptr : ::fdopen(other, flags);
+    if (moved == nullptr) {
+        if (other >= 0) {
+            ::close(other);
+        }
+        return stream;
+    }
+    std::fclose(stream);
+    return moved;
+}
+
 std::FILE* OpenCloseOnExec(const char* path, const char* mode) {
     std::string flags = mode == nullptr || *mode == '\0' ? "r" : mode;
     flags.insert(1, "e");  // a ",ccs=" takes all that stands behind it
@@ -19,7 +38,7 @@ std::FILE* OpenCloseOnExec(const char* path, const char* mode) {
     do {
         stream = std::fopen(path, flags.c_str());
     } while (stream == nullptr && errno == EINTR);
-    return stream;
+    return OffStandardStreams(stream, flags.c_str());
 }
 
 }  // namespace
@@ -45,9 +64,6 @@ bool uFile::OpenStream(const char* mode) {
     Close();
     m_stream = OpenCloseOnExec(m_path.c_str(), mode);
     m_open = m_stream != nullptr;
-    if (m_open) {
-        ::__fsetlocking(m_stream, FSETLOCKING_BYCALLER);  // m_lock serves
-    }
     struct stat info {};
     m_isRegular = m_open && ::fstat(::fileno(m_stream), &info) == 0 && S_ISREG(info.st_mode);
     return m_open;

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <optional>
 
 #include "source_utilities/WriteSignalBlock.h"
@@ -71,11 +72,15 @@ void uLogger::LogList(unsigned level, TIME_DATE when, const char* format, std::v
     if (!m_outputEnabled || level == 0 || m_levelMask == 0) {
         return;
     }
-    const uMutex::Guard guard(m_lock);
-    std::size_t used = PutLevel(m_lineBuffer.get(), level);
-    used = AppendStamp(used, when);
-    used = AppendMessage(used, format, args);
-    WriteLine(EndLine(used));
+    try {
+        const uMutex::Guard guard(m_lock);
+        std::size_t used = PutLevel(m_lineBuffer.get(), level);
+        used = AppendStamp(used, when);
+        used = AppendMessage(used, format, args);
+        WriteLine(EndLine(used));
+    } catch (const std::exception&) {  // A line that can't be written is lost; its caller goes on.
+        return;
+    }
 }
 
 void uLogger::Log(const char* format, ...) {
@@ -127,12 +132,13 @@ void uLogger::WriteLine(std::size_t size) {
     if (!m_fileOpen) {
         OpenFile();
     }
+    const bool isEchoed = m_logToStdio;
     std::optional<WriteSignalBlock> block;
-    if (m_logToStdio || !m_file.IsRegular() || HasFileSizeLimit()) {  // else no write raises a signal
+    if (isEchoed || !m_file.IsRegular() || HasFileSizeLimit()) {  // else no write raises a signal
         block.emplace();
     }
     m_file.WriteThrough(m_lineBuffer.get(), size);
-    if (!m_logToStdio) {
+    if (!isEchoed) {
         return;
     }
     std::fwrite(m_lineBuffer.get(), 1, size, stdout);

@@ -20,7 +20,7 @@ concept VaList = requires(Args* given, std::va_list list) {
 
 /// One log file, written line by line and flushed after each; the line format is described in docs/log.md.
 /// Threads may share a logger: lines stay whole. The file is opened by the first line. A file that can't be opened
-/// costs its lines and nothing else; nothing here reports a failure to write, or raises a signal because of one.
+/// costs its lines and nothing else; no line reports a failure to write, throws, or raises a signal.
 class uLogger {
   public:
     /// The time stamp of a line.

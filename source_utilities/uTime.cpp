@@ -43,8 +43,6 @@ void uTime::GetLocal() {
     if (now.tv_sec == m_taken) {
         return;  // to ask for the time zone is to look at its file, which costs as much as a log line
     }
-    m_taken = now.tv_sec;
-    ++m_snapshots;
     std::tm local{};
     tzset();
     if (localtime_r(&now.tv_sec, &local) != nullptr) {
@@ -57,6 +55,8 @@ void uTime::GetLocal() {
         m_wday = local.tm_wday;
         m_yday = local.tm_yday;
     }
+    m_taken = now.tv_sec;  // not before, or another thread would take the old fields for those of this second
+    ++m_snapshots;
 }
 
 void uTime::ConvertTime(std::tm& out) {
