@@ -108,7 +108,7 @@ std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::op
         errno = ENOENT;
         return ReplaceResult::CannotOpen;
     }
-    const std::filesystem::path directory = target.has_parent_path() ? target.parent_path() : ".";
+    const std::string directory = target.has_parent_path() ? target.parent_path().string() : ".";
     TemporaryFile temporary(directory, old ? S_IRUSR | S_IWUSR : 0666);
     if (!temporary.Exists()) {
         return IsRefusal(errno) ? std::nullopt : std::optional(OpenFailure());
@@ -122,7 +122,7 @@ std::optional<ReplaceResult> ReplaceWhole(const std::string& path, const std::op
         return ReplaceResult::Failed;
     }
     if (!temporary.RenameTo(target)) {
-        return IsRefusal(errno) ? std::nullopt : std::optional(ReplaceResult::Failed);
+        return temporary.Exists() && IsRefusal(errno) ? std::nullopt : std::optional(ReplaceResult::Failed);
     }
     return SyncDirectory(directory) ? ReplaceResult::Written : ReplaceResult::Failed;
 }

@@ -30,15 +30,22 @@ TemporaryFile::~TemporaryFile() {
     }
 }
 
-bool TemporaryFile::Fill(std::string_view content) { return m_file.WriteAt(0, {content}) && m_file.Sync(); }
+bool TemporaryFile::Fill(std::string_view content) {
+    if (!m_file.WriteAt(0, {content}) || !m_file.Sync()) {
+        return false;
+    }
+    // Some file systems tell only a close that they could not store it, and a file that is in place can't be taken
+    // back. The lock stays with the other descriptor.
+    const int copy = ::fcntl(m_file.Descriptor(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    return copy < 0 || ::close(copy) == 0 || errno == EINTR;
+}
 
 bool TemporaryFile::RenameTo(const std::string& target) {
     if (::rename(m_path.c_str(), target.c_str()) != 0) {
         return false;
     }
     m_exists = false;
-    m_file.Close();  // not before, since its lock goes with it; all of it was synced
-    return true;
+    return m_file.Close();  // not before, since its lock goes with it
 }
 
 }  // namespace ZU_WEP

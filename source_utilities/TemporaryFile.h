@@ -23,7 +23,8 @@ class TemporaryFile {
     const PosixFile& File() const { return m_file; }
     /// Stores the content, synced.
     bool Fill(std::string_view content);
-    /// Takes the place of the file of that name, in the same directory, and is closed and unlocked.
+    /// Takes the place of the file of that name, in the same directory, and is closed and unlocked. Where that fails it
+    /// still Exists, unless it is in place and the close told that it is not stored.
     bool RenameTo(const std::string& target);
 
   private:

@@ -92,6 +92,11 @@ TEST_F(ReplaceFileTest, LeavesOldOrNewContentWhereverItIsKilledOrFails) {
         const auto work = [&path = path] { return static_cast<int>(Replace(path)); };
         stmdcm_test::StopEverywhere(0, {}, work, 1, prepare, check);
         stmdcm_test::StopEverywhere(ENOSPC, calls, work, 1, prepare, check);
+        unsigned told = 0;  // in time
+        stmdcm_test::StopEverywhere(EIO, {SYS_close}, work, 1, prepare, [&, &path = path](const auto& run) {
+            told += run.exitStatus == static_cast<int>(ReplaceResult::Failed) && ReadWhole(path) == before ? 1U : 0U;
+        });
+        EXPECT_EQ(told, isInPlace ? 0U : 1U);
         for (unsigned sync = isInPlace ? 2 : 1; sync < 3; ++sync) {  // of the file, and of its folder
             EXPECT_EQ(stmdcm_test::StopAtSyscall(isInPlace ? 1 : sync, EIO, {SYS_fsync}, work).exitStatus,
                       static_cast<int>(ReplaceResult::Failed));
