@@ -7,9 +7,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <utility>
-#include <vector>
 
 namespace ZU_WEP {
 
@@ -59,15 +59,21 @@ bool IsWithinSizeLimit(std::uint64_t end) {
     return true;
 }
 
-/// What remains of the pieces behind their first `done` bytes.
-std::vector<iovec> Remainder(std::initializer_list<std::string_view> pieces, std::size_t done) {
-    std::vector<iovec> rest;
+/// No caller has more. Without memory of its own, so that no write stops in its midst for want of it.
+struct Pieces {
+    std::array<iovec, 4> all;
+    std::size_t count = 0;
+};
+
+/// What remains of the pieces behind their first `done` bytes, or the first of it.
+Pieces Remainder(std::initializer_list<std::string_view> pieces, std::size_t done) {
+    Pieces rest{};
     for (std::string_view piece : pieces) {
         const std::size_t skip = std::min(done, piece.size());
         done -= skip;
         piece.remove_prefix(skip);
-        if (!piece.empty()) {
-            rest.push_back({const_cast<char*>(piece.data()), piece.size()});
+        if (!piece.empty() && rest.count < rest.all.size()) {
+            rest.all[rest.count++] = {const_cast<char*>(piece.data()), piece.size()};
         }
     }
     return rest;
@@ -175,8 +181,9 @@ bool PosixFile::WriteAt(std::uint64_t offset, std::initializer_list<std::string_
         if (done != nullptr) {
             *done = behind;
         }
-        const std::vector<iovec> rest = Remainder(pieces, behind);
-        return ::pwritev(m_descriptor, rest.data(), static_cast<int>(rest.size()), static_cast<off_t>(offset + behind));
+        const Pieces rest = Remainder(pieces, behind);
+        return ::pwritev(m_descriptor, rest.all.data(), static_cast<int>(rest.count),
+                         static_cast<off_t>(offset + behind));
     };
     const bool isComplete = IsComplete(Transfer(size, step), size);
     if (done != nullptr && isComplete) {

@@ -43,7 +43,7 @@ class PosixFile {
     bool Write(std::string_view bytes) const;
     /// All pieces, one behind the other, in one gathered write where the system takes it whole.
     /// What would pass the process's file-size limit fails with EFBIG before it is begun, and raises no signal.
-    /// `done`: how many bytes were written, also before a failure.
+    /// `done`: how many bytes were written, also before a failure. Takes no memory.
     bool WriteAt(std::uint64_t offset, std::initializer_list<std::string_view> pieces,
                  std::uint64_t* done = nullptr) const;
 

@@ -95,7 +95,7 @@ std::string Once(Create create, Destroy destroy, const std::string& action) {
     try {
         result += StateOf(*manager);
     } catch (const std::bad_alloc&) {
-        result = "bad_alloc";
+        result += " bad_alloc";
     }
     destroy(manager);
     return result;

@@ -105,10 +105,10 @@ std::string FaultTest::WhatIsWrongWithFiles(bool mayClean) {
     return "";
 }
 
-void FaultTest::Try(FaultPlan plan, unsigned step) {
+void FaultTest::Try(FaultPlan plan, unsigned step, unsigned all) {
     plan.n = ~0U;
     const unsigned calls = RunAnew(plan).calls;
-    for (plan.n = 1 + step / 2; plan.n <= calls; plan.n += step) {
+    for (plan.n = all > 0 ? 1 : 1 + step / 2; plan.n <= calls; plan.n += plan.n < all ? 1 : step) {
         const FaultResult result = RunAnew(plan);
         const bool isWhole = result == m_whole && m_machine.Files() == m_after;
         std::string wrong = isWhole ? "" : Judge(result, plan);

@@ -27,8 +27,9 @@ class FaultTest : public testing::Test {
     /// `changed`: the file that is changed in place, which may be left as before or as after; empty: none.
     void Prepare(std::vector<std::string> command, Snapshot files, std::string changed);
 
-    /// Hits each `step`-th call, and fails for what Judge says of the result, or for files neither old nor new.
-    void Try(FaultPlan plan, unsigned step);
+    /// Hits each call up to `all`, then each `step`-th, and fails for what Judge says of the result, or for files
+    /// neither old nor new.
+    void Try(FaultPlan plan, unsigned step, unsigned all = 0);
 
     /// Fails for files neither old nor new after a loss of power, or old ones after one behind the program's end.
     void LosePower();

@@ -32,7 +32,7 @@ const Action kActions[] = {{"load-capture", "", {"full.tdf"}},
 class HostFaultTest : public FaultTest, public testing::WithParamInterface<Action> {
   protected:
     void SetUp() override {
-        Snapshot files;
+        Snapshot& files = m_files;
         for (const char* name : {"full.tdf", "settings.txt"}) {
             files[name] = ReadWhole(std::string(STMDCM_TEST_DATA "/") + name);
         }
@@ -49,6 +49,9 @@ class HostFaultTest : public FaultTest, public testing::WithParamInterface<Actio
         ASSERT_EQ(m_whole.status, 0) << m_whole.error;
     }
 
+    Snapshot m_files;
+    bool m_isAlone = false;  ///< one save, without a second that would hide what it has left
+
     static std::string ManyFiles() {
         std::string list;
         for (int i = 0; i < 20; ++i) {
@@ -63,7 +66,9 @@ class HostFaultTest : public FaultTest, public testing::WithParamInterface<Actio
         return IsChanged() ? "" : "the next save is not found: " + told;
     }
 
-    static bool IsFailure(const std::string& line) { return !line.starts_with("true") && !line.starts_with("done"); }
+    static bool IsFailure(const std::string& line) {
+        return (!line.starts_with("true") && !line.starts_with("done")) || line.ends_with("bad_alloc");
+    }
 
     /// A host is not told which file: it has named it.
     bool Tells(const FaultResult& result, const std::string&) const override {
@@ -79,6 +84,10 @@ class HostFaultTest : public FaultTest, public testing::WithParamInterface<Actio
         }
         if (plan.mode == "alloc" && GetParam().name == std::string("load-live")) {
             return "";  // what fails for one attribute is logged, and leaves that attribute alone
+        }
+        if (m_isAlone && !result.out.starts_with("true") &&
+            m_machine.Files()[GetParam().changes] != m_files[GetParam().changes]) {
+            return "the save has failed, and left something";
         }
         std::istringstream whole(m_whole.out), now(result.out);
         unsigned differences = 0;
@@ -112,7 +121,12 @@ TEST_P(HostFaultTest, LosesNothingInSilence) {
 TEST_P(HostFaultTest, MemoryThatRunsOutEndsNoHost) {
     m_mayChangeFiles = GetParam().name == std::string("load-live");  // the settings file holds what was loaded
     for (const bool onwards : {false, true}) {
-        Try({"alloc", 0, ENOMEM, onwards}, FaultStep(23));
+        Try({"alloc", 0, ENOMEM, onwards}, FaultStep(10), 400);
+    }
+    m_isAlone = *GetParam().changes != '\0';
+    if (m_isAlone) {
+        Prepare({STMDCM_FAULT_HOST, STMDCM_PLUGIN, GetParam().name, "once"}, m_files, GetParam().changes);
+        Try({"alloc", 0, ENOMEM, true}, FaultStep(10), 400);
     }
 }
 

@@ -15,6 +15,15 @@ bool IsWithinSector(std::uint64_t offset, std::uint64_t size) {
     return offset / kSectorSize == (offset + size - 1) / kSectorSize;
 }
 
+/// Where zeros were before: only over what was written, as others may write behind it, too. Takes no memory.
+void PutZeros(const ZU_WEP::PosixFile& file, std::uint64_t offset, std::uint64_t size) {
+    static constexpr char kZeros[4096]{};
+    while (size > 0 && file.WriteAt(offset, {std::string_view(kZeros, std::min<std::uint64_t>(size, sizeof kZeros))})) {
+        offset += std::min<std::uint64_t>(size, sizeof kZeros);
+        size -= std::min<std::uint64_t>(size, sizeof kZeros);
+    }
+}
+
 }  // namespace
 
 AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
@@ -27,6 +36,7 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
         return AppendResult::TooLarge;
     }
     if (file.Size() != fileSize) {
+        errno = EAGAIN;
         return AppendResult::HasGrown;
     }
     std::uint64_t done = 0;
@@ -41,9 +51,9 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
     };
     const std::string_view start = *pieces.begin();
     const bool isOneWrite = pieces.size() == 1 || IsWithinSector(offset, size);
+    const std::string zeros(isOneWrite ? 0 : size - start.size(), '\0');  // behind this nothing asks for memory
     // A gap in front of the offset is filled by the same write, so no kill can leave it alone.
-    if (file.Reserve(offset, size) && (isOneWrite || isStored({start, std::string(size - start.size(), '\0')})) &&
-        isStored(pieces)) {
+    if (file.Reserve(offset, size) && (isOneWrite || isStored({start, zeros})) && isStored(pieces)) {
         return AppendResult::Done;
     }
     const int error = errno;
@@ -57,9 +67,8 @@ AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std
 bool CutBack(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset, std::uint64_t written) {
     const int error = errno;
     const bool isOurs = file.Size() == std::max(fileSize, written > 0 ? offset + written : 0);
-    if (isOurs &&
-        offset < fileSize) {  // only what was written of the zeros that were there: others may write there, too
-        file.WriteAt(offset, {std::string(std::min(written, fileSize - offset), '\0')});
+    if (isOurs && offset < fileSize) {
+        PutZeros(file, offset, std::min(written, fileSize - offset));
     }
     if (isOurs && (offset >= fileSize || offset + written > fileSize)) {
         file.Truncate(fileSize);

@@ -71,7 +71,8 @@ void CaptureSave::BridgeZeros(const PosixFile& file, std::uint64_t offset, std::
         std::uint64_t length = std::min<std::uint64_t>(end - offset, kMaxSectionLength);
         const std::uint64_t rest = end - offset - length;
         length -= rest > 0 && rest < SectionHeader::kSize ? SectionHeader::kSize : 0;
-        isPassable = WriteFields(file, {{offset, EncodeSectionLength(static_cast<std::uint32_t>(length))}});
+        const FieldWrite field{offset, EncodeSectionLength(static_cast<std::uint32_t>(length))};
+        isPassable = WriteFields(file, {&field, 1});
         offset += length;
     }
 }
@@ -175,8 +176,9 @@ void CaptureSave::AppendOne(const SectionToSave& section) {
                     m_path.c_str(), std::string(section.name).c_str());
     }
     const auto length = static_cast<std::uint32_t>(SizeOf(section));
+    FieldWrite version{SectionHeader::kVersionOffset, EncodeSectionVersion(section.version)};
     AppendPieces({EncodeSectionStart(length, section.name, Retired(section.version)), section.payload});
-    Finish({m_offset + SectionHeader::kVersionOffset, EncodeSectionVersion(section.version)}, SizeOf(section));
+    Finish(version, SizeOf(section));
     m_offset += SizeOf(section);
     m_fileSize = std::max(m_fileSize, m_offset);
 }
@@ -184,11 +186,12 @@ void CaptureSave::AppendOne(const SectionToSave& section) {
 /// Until the first section has its true length and then its true name, a search passes both as one that nobody reads.
 void CaptureSave::AppendTogether(const SectionToSave& first, const SectionToSave& second) {
     const std::uint64_t span = SizeOf(first) + SizeOf(second);
+    FieldWrite length{SectionHeader::kLengthOffset, EncodeSectionLength(static_cast<std::uint32_t>(SizeOf(first)))};
+    FieldWrite name{SectionHeader::kSize, std::string(first.name)};
     AppendPieces({EncodeSectionStart(static_cast<std::uint32_t>(span), kUnfinishedName, first.version), first.payload,
                   StartOf(second), second.payload});
-    const auto length = static_cast<std::uint32_t>(SizeOf(first));
-    Finish({m_offset + SectionHeader::kLengthOffset, EncodeSectionLength(length)}, span);
-    Finish({m_offset + SectionHeader::kSize, std::string(first.name)}, span);
+    Finish(length, span);
+    Finish(name, span);
 }
 
 void CaptureSave::AppendPieces(std::initializer_list<std::string_view> pieces) {
@@ -203,8 +206,10 @@ void CaptureSave::AppendPieces(std::initializer_list<std::string_view> pieces) {
     }
 }
 
-void CaptureSave::Finish(const FieldWrite& field, std::uint64_t written) {
-    if (!WriteFields(m_file, {field})) {
+/// Takes no memory: what wants for it in the midst of a save could not be taken back.
+void CaptureSave::Finish(FieldWrite& field, std::uint64_t written) {
+    field.offset += m_offset;
+    if (!WriteFields(m_file, {&field, 1})) {
         CutBack(m_file, m_fileSize, m_offset, written);
         Fail(TDFError::kWriteCorrupted);
     }

@@ -68,7 +68,7 @@ class CaptureSave {
     void AppendOne(const SectionToSave& section);
     void AppendTogether(const SectionToSave& first, const SectionToSave& second);
     void AppendPieces(std::initializer_list<std::string_view> pieces);
-    void Finish(const FieldWrite& field, std::uint64_t written);
+    void Finish(FieldWrite& field, std::uint64_t written);
     [[noreturn]] void Fail(const char* text) const;
 
     const std::string& m_path;

@@ -252,7 +252,7 @@ ChainEnd FindChainEnd(SectionSource& source, std::uint64_t fileSize, ChainLock l
     return EndFinder(source, fileSize, lock).Find();
 }
 
-bool WriteFields(const ZU_WEP::PosixFile& file, const std::vector<FieldWrite>& fields) {
+bool WriteFields(const ZU_WEP::PosixFile& file, std::span<const FieldWrite> fields) {
     const auto write = [&](const FieldWrite& field) { return file.WriteAt(field.offset, {field.bytes}); };
     return fields.empty() || (std::all_of(fields.begin(), fields.end(), write) && file.SyncData());
 }

@@ -4,6 +4,7 @@
 // tells. Takes no lock: that is the caller's.
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -34,7 +35,7 @@ struct ChainEnd {
 ChainEnd FindChainEnd(SectionSource& source, std::uint64_t fileSize, ChainLock lock);
 
 /// Writes and syncs; `errno` tells a failure.
-bool WriteFields(const ZU_WEP::PosixFile& file, const std::vector<FieldWrite>& fields);
+bool WriteFields(const ZU_WEP::PosixFile& file, std::span<const FieldWrite> fields);
 
 /// Mends the chain: every field.
 bool MendChain(const ZU_WEP::PosixFile& file, const ChainEnd& end);

@@ -101,8 +101,8 @@ std::size_t OpenCapture::IndexOf(const SectionKey& key) {
     const auto known = std::find(m_keys.begin(), m_keys.end(), key);
     const auto index = static_cast<std::size_t>(known - m_keys.begin());
     if (known == m_keys.end()) {
+        m_notes.emplace_back();  // first: without memory for the other there is a note too many, not one too few
         m_keys.push_back(key);
-        m_notes.emplace_back();
         StartWalk();
     }
     return index;
