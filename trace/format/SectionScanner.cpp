@@ -43,6 +43,9 @@ bool SectionScanner::Find(std::span<const SectionKey> wanted, SectionInfo& info)
 
 bool SectionScanner::ReadHeader() {
     auto bytes = m_window.At(m_offset, kBlockSize);
+    if (!bytes) {
+        bytes = m_window.At(m_offset, SectionHeader::kSize);  // what can't be read may lie behind it
+    }
     if (!bytes || bytes->size() < SectionHeader::kSize) {
         return End(!bytes ? ScanStop::ReadError : bytes->empty() ? ScanStop::EndOfFile : ScanStop::TornHeader);
     }
