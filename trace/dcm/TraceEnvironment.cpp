@@ -1,6 +1,7 @@
 #include "trace/dcm/TraceEnvironment.h"
 
 #include <atomic>
+#include <new>
 
 #include "source_utilities/uEnvironment.h"
 #include "source_utilities/uLogSystem.h"
@@ -30,6 +31,13 @@ struct LogEnd {
         }
     }
 } logEnd;
+
+/// For child processes and for what comes later, which would else look in the working directory.
+void Publish(const char* variable, const char* value) {
+    if (uEnvironment::SetVar(variable, value) != 0) {
+        throw std::bad_alloc();  // setenv(3) has no other reason here
+    }
+}
 
 }  // namespace
 
@@ -63,7 +71,7 @@ void TraceEnvironment::FindDebugClient() {
     }
     if (m_debugClient.empty()) {
         m_debugClient = std::to_string(uProcess::GetPid());
-        uEnvironment::SetVar(kDebugClientVariable, m_debugClient.c_str());
+        Publish(kDebugClientVariable, m_debugClient.c_str());
     }
 }
 
@@ -74,9 +82,9 @@ void TraceEnvironment::MakeDirectories() {
     for (const std::string* directory : {&m_loggingDirectory, &m_dataDirectory, &m_settingsDirectory}) {
         uEnvironment::MakeDirectory(directory->c_str());
     }
-    uEnvironment::SetVar(kLoggingDirectoryVariable, m_loggingDirectory.c_str());
-    uEnvironment::SetVar(kDataDirectoryVariable, m_dataDirectory.c_str());
-    uEnvironment::SetVar(kSettingsDirectoryVariable, m_settingsDirectory.c_str());
+    Publish(kLoggingDirectoryVariable, m_loggingDirectory.c_str());
+    Publish(kDataDirectoryVariable, m_dataDirectory.c_str());
+    Publish(kSettingsDirectoryVariable, m_settingsDirectory.c_str());
 }
 
 void TraceEnvironment::NameLogFile() {
