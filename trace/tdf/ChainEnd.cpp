@@ -16,9 +16,18 @@ namespace {
 /// Of our sections, with their names.
 constexpr std::uint64_t kLongestStart = SectionHeader::kSize + kStmSection.name.size();
 
-bool IsOurs(const SectionInfo& section) {
-    return section.name == kCommonSection.name || section.name == kStmSection.name || IsUnfinishedName(section.name);
+bool IsOurs(std::string_view name) {
+    return name == kCommonSection.name || name == kStmSection.name || IsUnfinishedName(name);
 }
+
+/// What is kept of each section on the way, and no string: a walk passes 100,000 of them.
+struct Passed {
+    std::uint64_t offset;
+    std::uint64_t payloadOffset;
+    std::uint32_t length;
+    bool isOurs;
+    bool isUnfinished;
+};
 
 /// How the header of an STMDECODERINFO goes on behind its length.
 std::string StmStart() {
@@ -50,10 +59,11 @@ class EndFinder {
             if (m_isPending && section.Has(kStmSection) && IsWholeList(m_last->payloadOffset, section.offset)) {
                 m_end.names.push_back({m_last->offset + SectionHeader::kSize, std::string(kCommonSection.name)});
             }
-            m_isPending = IsUnfinishedName(section.name) && section.version == kCommonSectionVersion;
-            m_beforeLast = std::move(m_last);
-            m_last = std::move(section);
-            section = {};
+            const bool isOurs = IsOurs(section.name);
+            const bool isUnfinished = isOurs && IsUnfinishedName(section.name);
+            m_isPending = isUnfinished && section.version == kCommonSectionVersion;
+            m_beforeLast = m_last;
+            m_last = {section.offset, section.payloadOffset, section.length, isOurs, isUnfinished};
         }
         m_end.stop = m_end.stop == ScanStop::ReadError ? m_end.stop : scanner.Stop();
         m_end.stopOffset = scanner.StopOffset();
@@ -92,7 +102,7 @@ class EndFinder {
     }
 
     /// Whether the length of an unfinished section is one that a save gives it.
-    bool HasItsLength(const SectionInfo& unfinished) {
+    bool HasItsLength(const Passed& unfinished) {
         const std::uint64_t end = unfinished.offset + unfinished.length;
         const std::uint64_t behind = end + SectionHeader::kLengthSize;
         return HoldsBackOfSave(unfinished.payloadOffset, std::max(end, unfinished.payloadOffset)) ||
@@ -100,7 +110,7 @@ class EndFinder {
     }
 
     /// The last section in front of the place where the walk ended, where it has taken zeros for one.
-    const std::optional<SectionInfo>& LastPassed() const {
+    const std::optional<Passed>& LastPassed() const {
         return m_last && m_last->offset == m_end.stopOffset ? m_beforeLast : m_last;
     }
 
@@ -128,11 +138,11 @@ class EndFinder {
     /// would bring in force. Of a foreign one nothing is changed: what it states is there afterwards.
     bool EndBehindOurs() {
         const bool isLast = m_end.stop == ScanStop::EndOfFile || m_end.stop == ScanStop::Wrap;
-        if (!m_mends || !isLast || !m_last || !IsOurs(*m_last) || m_last->offset + m_last->length <= m_fileSize) {
+        if (!m_mends || !isLast || !m_last || !m_last->isOurs || m_last->offset + m_last->length <= m_fileSize) {
             return false;
         }
         const std::uint64_t begin = m_last->payloadOffset;
-        const bool isUnfinished = IsUnfinishedName(m_last->name);
+        const bool isUnfinished = m_last->isUnfinished;
         std::uint64_t end = std::max(m_fileSize + (isUnfinished ? 1 : 0), begin + 1);
         end += isUnfinished && IsWholeList(begin, end) ? 1 : 0;
         EndWithLength(m_last->offset, m_last->length, end);
@@ -204,13 +214,13 @@ class EndFinder {
             IsZero(border(passed->offset), m_fileSize)) {
             return passed->offset;
         }
-        const bool isTorn = m_last && IsUnfinishedName(m_last->name) &&
+        const bool isTorn = m_last && m_last->isUnfinished &&
                             (m_last->length == 0 || (IsLengthAcross(*m_last) && !HasItsLength(*m_last)));
         return isTorn ? std::optional(m_last->offset) : std::nullopt;
     }
 
     /// Whether its length lies in two sectors.
-    static bool IsLengthAcross(const SectionInfo& section) {
+    static bool IsLengthAcross(const Passed& section) {
         return section.offset % kSectorSize > kSectorSize - SectionHeader::kLengthSize;
     }
 
@@ -241,8 +251,8 @@ class EndFinder {
     std::uint64_t m_fileSize;
     bool m_mends;
     bool m_isPending = false;  ///< the last section waits for its name
-    std::optional<SectionInfo> m_last;
-    std::optional<SectionInfo> m_beforeLast;
+    std::optional<Passed> m_last;
+    std::optional<Passed> m_beforeLast;
     ChainEnd m_end;
 };
 
