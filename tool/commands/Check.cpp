@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -86,21 +87,29 @@ struct CheckReport {
         return kind.severity >= least && std::find(ignored.begin(), ignored.end(), kind.id) == ignored.end();
     }
 
-    std::size_t Number(Severity severity) const {
-        std::size_t number = 0;
+    /// How many of each severity there are.
+    std::map<Severity, std::size_t> Numbers() const {
+        std::map<Severity, std::size_t> numbers;
         for (const FindingKind& kind : kFindingKinds) {
-            number += kind.severity == severity && IsShown(kind) ? file.findings.Count(kind) : 0;
+            if (const std::size_t count = file.findings.Count(kind); count > 0 && IsShown(kind)) {
+                numbers[kind.severity] += count;
+            }
         }
-        return number;
+        return numbers;
     }
 
     /// Whether anything that is shown is more than a note.
-    bool HasProblem() const { return Number(Severity::Error) + Number(Severity::Warning) > 0; }
+    bool HasProblem() const {
+        const auto numbers = Numbers();
+        return numbers.contains(Severity::Error) || numbers.contains(Severity::Warning);
+    }
 
     std::vector<Count> Counts() const {
+        auto numbers = Numbers();
         std::vector<Count> counts;
+        counts.reserve(std::size(kSeverities));
         for (const Severity severity : kSeverities) {
-            counts.push_back({SeverityName(severity), Number(severity), true});
+            counts.push_back({SeverityName(severity), numbers[severity], true});
         }
         return counts;
     }
@@ -157,8 +166,8 @@ struct CheckReport {
         EachUntold([&](const FindingKind& kind, std::size_t count) {
             object["more"].push_back({{"id", kind.id}, {"count", count}});
         });
-        for (const Severity severity : kSeverities) {
-            object[fmt::format("{}s", SeverityName(severity))] = Number(severity);
+        for (const Count& count : Counts()) {
+            object[count.what + "s"] = count.number;
         }
         return object;
     }
