@@ -1,3 +1,5 @@
+#include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -29,14 +31,47 @@ class CompletionTest : public ConfigurationRun {
         const Result result = Shell(program + " " + script);
         EXPECT_EQ(result.error, "");
         EXPECT_EQ(result.status, 0);
-        return Sorted(result.out);
+        return result.out;
     }
 
     /// What bash offers when the cursor is in the last of `words`, as bash takes words apart.
     std::string InBash(const std::string& words) const {
-        return InShell("bash", "source <(" STMDCM_TOOL " completion bash)\nCOMP_WORDS=(" STMDCM_TOOL " " + words +
-                                   ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_stmdcm\n"
-                                   "printf '%s\\n' \"${COMPREPLY[@]}\"\n");
+        return Sorted(InShell("bash", "source <(" STMDCM_TOOL " completion bash)\nCOMP_WORDS=(" STMDCM_TOOL " " +
+                                          words +
+                                          ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_stmdcm\n"
+                                          "printf '%s\\n' \"${COMPREPLY[@]}\"\n"));
+    }
+
+    /// Such words as they are typed.
+    static std::string Typed(const std::string& words) {
+        const std::string joined = std::regex_replace(words, std::regex(" = ?"), "=");
+        return "stmdcm " + std::regex_replace(joined, std::regex("'([^']*)'"), "$1");
+    }
+
+    /// What another shell offers for each line: as bash does, without what stands in front of a "=" and behind a
+    /// folder.
+    std::map<std::string, std::string> In(const std::string& shell, const std::string& lines) const {
+        stmdcm_test::WriteWhole(Home() / "lines", lines);
+        const std::string script = Home() / "_stmdcm";
+        std::istringstream in(InShell("sh", STMDCM_TOOL " completion " + shell + " >" + script + "\n" + shell +
+                                                " " STMDCM_TEST_DATA "/../tool/complete." + shell + " " + script +
+                                                " " STMDCM_TOOL " " + (Home() / "lines").string()));
+        std::map<std::string, std::string> offered;
+        std::string typed;
+        for (std::string line; std::getline(in, line);) {
+            if (line.starts_with("> ")) {
+                typed = line.substr(2);
+                offered[typed];
+            } else {
+                const std::string start = typed.substr(typed.rfind(' ') + 1, typed.rfind('=') - typed.rfind(' '));
+                line.erase(0, start.ends_with('=') && line.starts_with(start) ? start.size() : 0);
+                offered[typed] += std::regex_replace(line, std::regex(R"(\\|/$)"), "") + "\n";
+            }
+        }
+        for (auto& [line, words] : offered) {
+            words = Sorted(words);
+        }
+        return offered;
     }
 
     /// The first words of the lines, up to a tab, in order, with commas between them.
@@ -61,7 +96,7 @@ class CompletionTest : public ConfigurationRun {
 
 }  // namespace
 
-TEST_F(CompletionTest, BashOffersWhatFits) {
+TEST_F(CompletionTest, EveryShellOffersWhatFits) {
     const std::pair<const char*, const char*> cases[] = {
         {"sho", "show"},
         {"--js", "--json"},
@@ -107,17 +142,16 @@ TEST_F(CompletionTest, BashOffersWhatFits) {
         EXPECT_EQ(InBash(words), offered) << words;
     }
     EXPECT_EQ(InBash("''"), EveryCommand());
-}
-
-TEST_F(CompletionTest, OtherShellsTakeTheirScripts) {
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"zsh", STMDCM_TOOL " completion zsh >_stmdcm && zsh -n _stmdcm\n", ""},
-        {"fish",
-         "function stmdcm; " STMDCM_TOOL " $argv; end\nstmdcm completion fish | source\n"
-         "complete -C 'stmdcm --color=a'\n",
-         "--color=always,--color=auto"}};
-    for (const auto& [program, script, offered] : cases) {
-        EXPECT_TRUE(Shell("command -v " + std::string(program)).status != 0 || InShell(program, script) == offered);
+    std::string lines;
+    for (const auto& [words, offered] : cases) {
+        lines += Typed(words) + "\n";
+    }
+    for (const char* shell : {"zsh", "fish"}) {
+        auto told = In(shell, lines + "stmdcm \n");
+        for (const auto& [words, offered] : cases) {
+            EXPECT_EQ(told[Typed(words)], offered) << shell << ": " << Typed(words);
+        }
+        EXPECT_EQ(told["stmdcm "], EveryCommand()) << shell;
     }
 }
 
