@@ -90,14 +90,27 @@ TEST_F(ManyTest, TellsAtTheEndWhatBecameOfThem) {
                     {"diff " + a + both, 1, "2 files: 1 equal, 1 different\n"},
                     {"diff " + a + " " + a + " /none", 4, "2 files: 1 equal, 1 failed\n"},
                     {"check --severity error" + both, 0, "2 files: nothing found\n"},
-                    {"show --files-from /dev/null", 0, ""},
+                    {"show --files-from /dev/null", 0, "0 files: no file was named\n"},
+                    {"set --files-from /dev/null STM_ATB_Id=7", 0, "0 files: no capture was named\n"},
+                    {"show --files-from - <&-", 1, "-: the list of files can't be read: Bad file descriptor"},
                     {"show --files-from /none", 1, "/none: the list of files can't be opened: No such file"},
                     {"show --files-from " + Path("of"), 1, "can't be read: Is a directory"},
+                    {"set" + both + "STM_ATB_Id=9 --files-from " + Path("of"), 1,
+                     "2 files: 2 changed; the list of files could not be read to its end\n"},
                     {"show --files-from " + Write("zero", a + '\0' + b), 1, "use -0"},
                     {"show --files-from " + Write("long", std::string(9000, 'x')), 1, "longer than 4096 bytes"},
                     {"show -0" + both, 2, "-0"},
                     {"show --get STM_Atb" + both, 2, "there is no property \"STM_Atb\""},
                     {"show --get STM_ATB_Id --changed" + both, 2, "--get"}});
+    const std::string mixed = a + "\n" + std::string(200'000, 'x') + "\na" + '\0' + "b\n" + Path("of") + "\n" + b;
+    for (const char* jobs : {" -j 1", " -j 2", " -j 30"}) {
+        const std::string command = "set STM_ATB_Id=1" + std::to_string(jobs[4] - '0') + " --files-from ";
+        const std::vector<Json> told = RunLines(command + Write("mixed", mixed) + jobs, 1);
+        ASSERT_EQ(told.size(), 5U);
+        EXPECT_TRUE(told[0].at("written") && told[4].at("written"));
+        EXPECT_EQ(told[1].at("failure").at("file"), std::string(60, 'x') + "...");
+        EXPECT_EQ(told[2].at("failure").at("file"), std::string("a\0b", 3));
+    }
     std::string none;
     for (int i = 0; i < 26; ++i) {
         none += "/none" + std::to_string(i) + "\n";

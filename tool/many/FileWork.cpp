@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "stmdcm/reading/Findings.h"
+#include "tool/many/FileNames.h"
 #include "tool/output/AsFailure.h"
 #include "tool/output/StandardOutput.h"
 
@@ -122,12 +123,13 @@ FileOutcome WorkOn(const std::string& file, const FileWork& work, const Context&
     const Context own{context.options, console, context.command, context.ofFailure, true};
     try {
         outcome.result = AsFailure([&] {
+            FileNames::RequirePossible(file);
             RefuseStandardOutputIn(file);
             return work(own, file);
         });
     } catch (const Failure& failure) {
         outcome.result.status = own.Tell(failure);
-        outcome.result.failure = failure.what();
+        outcome.result.failure = Context::Sentence(failure);
     }
     return outcome;
 }

@@ -53,8 +53,14 @@ class ManyFiles::Round {
         m_guard.SetLastWords(LastWords());
     }
 
-    ExitStatus End() {
+    ExitStatus End(const std::optional<Failure>& whyListIsUnread) {
         m_progress.Clear();
+        if (whyListIsUnread) {
+            m_summary.AddRest("the list of files could not be read to its end", m_context.Tell(*whyListIsUnread));
+        } else if (m_summary.Files() == 0) {
+            m_summary.AddRest(m_purpose == Purpose::Change ? "no capture was named" : "no file was named",
+                              ExitStatus::Done);
+        }
         if (m_summary.IsNews()) {
             m_context.console.Diagnose(m_summary.Failures());
             m_context.console.Diagnose(m_summary.Sentence());
@@ -121,6 +127,15 @@ ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
     if (m_named.size() == 1 && !HasList()) {
         return work(context, m_named.front()).status;
     }
+    const Context lines{context.options, context.console, context.command, context.ofFailure, true};
+    try {
+        return RunEach(lines, work);
+    } catch (const Failure& failure) {
+        return lines.Tell(failure);
+    }
+}
+
+ExitStatus ManyFiles::RunEach(const Context& context, const FileWork& work) const {
     FileNames names(m_named, m_list, m_isZeroEnded);
     Round round(context, m_purpose, Progress::IsShown(m_progress) || !HasList() ? names.Total() : std::nullopt,
                 m_progress);
@@ -129,7 +144,7 @@ ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
     } else {
         RunInWorkers(names, round, work);
     }
-    return round.End();
+    return round.End(names.WhyUnread());
 }
 
 void ManyFiles::RunHere(FileNames& names, Round& round, const FileWork& work) const {

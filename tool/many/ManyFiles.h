@@ -43,6 +43,7 @@ class ManyFiles {
     class Round;
 
     std::size_t Jobs() const;
+    ExitStatus RunEach(const Context& context, const FileWork& work) const;
     void RunHere(FileNames& names, Round& round, const FileWork& work) const;
     void RunInWorkers(FileNames& names, Round& round, const FileWork& work) const;
 

@@ -33,6 +33,11 @@ void Summary::Add(const FileResult& result) {
     }
 }
 
+void Summary::AddRest(const std::string& phrase, ExitStatus status) {
+    m_rest = phrase;
+    m_status = Heavier(m_status, status);
+}
+
 void Summary::Add(const Count& count) {
     const auto known =
         std::find_if(m_counts.begin(), m_counts.end(), [&](const Count& each) { return each.what == count.what; });
@@ -47,7 +52,10 @@ std::string Summary::Sentence() const {
     std::vector<Count> counts = m_counts;
     counts.push_back({"with doubts", m_doubtful});
     counts.push_back({"failed", m_failed});
-    return fmt::format("{}: {}", Counted(m_files, "file"), InWords(counts));
+    if (m_files == 0) {
+        return fmt::format("0 files: {}", m_rest);
+    }
+    return fmt::format("{}: {}{}{}", Counted(m_files, "file"), InWords(counts), m_rest.empty() ? "" : "; ", m_rest);
 }
 
 std::vector<std::string> Summary::Failures() const {
