@@ -1,5 +1,7 @@
 // Many captures in one run: as each alone, in order, and whatever stops it.
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,6 +13,7 @@
 #include <set>
 #include <thread>
 
+#include "source_utilities/PosixFile.h"
 #include "stmdcm/reading/Reading.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/tool/ConfigurationRun.h"
@@ -135,6 +138,48 @@ TEST_F(ManyTest, ComesAsTheListDoesAndSaysHowFarItCame) {
         EXPECT_THAT(Content(Path("err")),
                     testing::HasSubstr("stmdcm: interrupted; 2 of the files done; each of the others"));
         std::filesystem::remove(list);
+    }
+}
+
+/// One of two processes waits for a capture's lock, and the other is ahead.
+TEST_F(ManyTest, NothingThatWasChangedStaysUntoldWhoeverIsKilled) {
+    const auto wait = [](const auto& isReached) {
+        for (int i = 0; i < 500 && !isReached(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    };
+    const std::string original = Content(Sample("full.tdf"));
+    for (const int number : {SIGKILL, SIGTERM, SIGINT}) {
+        const std::string a = Write("a.tdf", original), b = Write("b.tdf", original), c = Write("c.tdf", original);
+        const std::string d = Write("d.tdf", original), done = ": changed\n", out = Path("out");
+        auto lock = ZU_WEP::PosixFile::Open(b.c_str(), O_RDWR);
+        ::flock(lock.Descriptor(), LOCK_EX);
+        const pid_t child = Start("set -j 2 " + a + " " + b + " " + c + " " + d + " STM_ATB_Id=43");
+        wait([&] { return Content(c) != original; });
+        std::ifstream children("/proc/" + std::to_string(child) + "/task/" + std::to_string(child) + "/children");
+        pid_t worker = 0;
+        children >> worker >> worker;
+        ASSERT_GT(worker, 1) << Content(Path("err"));
+        ::kill(number == SIGINT ? child : worker, number);
+        wait([&] { return number != SIGKILL || Content(d) != original; });
+        lock.Close();
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status), number == SIGKILL   ? 1
+                                                                                 : number == SIGTERM ? 0
+                                                                                                     : -SIGINT);
+        std::size_t place = 0;
+        for (const std::string& file : {a, b, c, d}) {
+            const bool isTold = (number != SIGKILL || file != b) && (number != SIGINT || file != d);
+            EXPECT_EQ(Content(file) != original, isTold) << file;
+            place = isTold ? Content(out).find(file + done, place) : place;
+            EXPECT_NE(place, std::string::npos) << file;
+        }
+        EXPECT_THAT(Content(Path("err")),
+                    testing::HasSubstr(number == SIGKILL   ? b + ": the process that worked on it has ended too early "
+                                                                 "(signal 9); it is as it was or as it is to be\n"
+                                       : number == SIGTERM ? "4 files: 4 changed\n"
+                                                           : "interrupted; 3 of 4 files done"));
     }
 }
 

@@ -32,10 +32,11 @@ ZU_WEP::PosixFile OpenList(const std::string& list) {
 
 }  // namespace
 
-FileNames::FileNames(std::vector<std::string> named, const std::string& list, bool isZeroEnded)
+FileNames::FileNames(std::vector<std::string> named, const std::string& list, bool isZeroEnded, int stop)
     : m_named(std::move(named)),
       m_list(list),
       m_end(isZeroEnded ? '\0' : '\n'),
+      m_stop(stop),
       m_file(OpenList(list)),
       m_isListOver(list.empty()) {}
 
@@ -49,10 +50,9 @@ std::optional<std::string> FileNames::Next() {
         if (std::optional<std::string> name = TakeFromList()) {
             return name;
         }
-        if (m_isListOver) {
+        if (m_isListOver || !WaitFor(-1)) {
             return std::nullopt;
         }
-        ReadSome();
     }
 }
 
@@ -61,10 +61,11 @@ bool FileNames::IsReady() const {
 }
 
 bool FileNames::WaitFor(int descriptor) {
-    std::array<pollfd, 2> places{{{Descriptor(), POLLIN, 0}, {descriptor, POLLIN, 0}}};
-    while (::poll(places.data(), places.size(), -1) < 0 && errno == EINTR) {
+    std::array<pollfd, 3> places{{{Descriptor(), POLLIN, 0}, {descriptor, POLLIN, 0}, {m_stop, POLLIN, 0}}};
+    int count = 0;
+    while ((count = ::poll(places.data(), places.size(), -1)) < 0 && errno == EINTR) {
     }
-    if (places[0].revents == 0) {
+    if (count > 0 && places[0].revents == 0) {
         return false;
     }
     ReadSome();
@@ -99,8 +100,6 @@ void FileNames::ReadSome() {
     m_buffer.erase(0, m_begin);
     m_begin = 0;
     m_buffer.resize(std::min(m_buffer.size(), kLongest + 1));  // of a name that goes on
-    pollfd place{Descriptor(), POLLIN, 0};
-    ::poll(&place, 1, -1);  // a terminal or a pipe may have been told not to wait
     std::array<char, kPiece> piece;
     const ssize_t count = ::read(Descriptor(), piece.data(), piece.size());
     if (count < 0 && errno != EINTR && errno != EAGAIN) {
