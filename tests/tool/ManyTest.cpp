@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "source_utilities/PosixFile.h"
+#include "stmdcm/pins/ImageExaminer.h"
 #include "stmdcm/reading/Reading.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/tool/ConfigurationRun.h"
@@ -139,6 +140,24 @@ TEST_F(ManyTest, ComesAsTheListDoesAndSaysHowFarItCame) {
                     testing::HasSubstr("stmdcm: interrupted; 2 of the files done; each of the others"));
         std::filesystem::remove(list);
     }
+}
+
+TEST_F(ManyTest, ProcessesAskAnImageOnceAmongThemAll) {
+    const std::string image = Write("image", std::string(1 << 20, 'x'));
+    const ImageIdentity identity = ImageExaminer().Identify(image);
+    const auto hashed = ZU_WEP::PosixFile::Open(Path("hashed").c_str(), O_WRONLY | O_CREAT | O_APPEND);
+    ImageExaminer examiner([&](const std::string&, std::uint64_t done, std::uint64_t size) {
+        EXPECT_TRUE(done < size || hashed.Write("x"));
+    });
+    examiner.ShareAmongForked();
+    std::vector<pid_t> children(4);
+    for (pid_t& child : children) {
+        child = stmdcm_test::StartChild([&] { return examiner.Identify(image) == identity ? 0 : 1; });
+    }
+    for (const pid_t child : children) {
+        EXPECT_EQ(stmdcm_test::WaitForChild(child), 0);
+    }
+    EXPECT_EQ(Content(Path("hashed")), "x");
 }
 
 /// One of two processes waits for a capture's lock, and the other is ahead.

@@ -118,10 +118,12 @@ class Objects final : public Command {
             mappings.push_back(PathMapping::Parse(text));
         }
         HashProgress progress;
+        ImageFinder finder(std::move(mappings), m_directories, progress.Teller());
+        if (m_files.IsForking()) {
+            finder.Examiner().ShareAmongForked();
+        }
         return m_files.Run(
-            context, [this, parts,
-                      finder = std::make_shared<ImageFinder>(std::move(mappings), m_directories, progress.Teller())](
-                         const Context& own, const std::string& file) { return LookAt(own, file, *finder, parts); });
+            context, [&](const Context& own, const std::string& file) { return LookAt(own, file, finder, parts); });
     }
 
   private:

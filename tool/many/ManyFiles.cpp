@@ -141,7 +141,7 @@ std::size_t ManyFiles::Jobs() const {
 }
 
 ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
-    if (m_named.size() == 1 && !HasList()) {
+    if (!IsSeveral()) {
         return work(context, m_named.front()).status;
     }
     const Context lines{context.options, context.console, context.command, context.ofFailure, true};
