@@ -140,11 +140,13 @@ class Objects final : public Command {
                             Shown(file), list.unresolved));
         }
         context.console.Diagnose(file, list.doubts);
-        return {StatusOf(list), CountsOf(list)};
+        return {StatusOf(list), CountsOf(list), {}, !list.doubts.empty()};
     }
 
     std::vector<Count> CountsOf(const ImageList& list) const {
-        std::vector<Count> counts{{list.unresolved > 0 ? "with images that are not there" : "with all images"}};
+        std::vector<Count> counts{{list.unresolved > 0 ? "with images that are not there"
+                                   : list.isComplete   ? "with all images"
+                                                       : "with a list that ends within an image"}};
         if (m_update || m_pin) {
             counts.push_back(ChangeCount(list.hasChanges, list.isWritten));
         }

@@ -82,6 +82,7 @@ void CodeAll(Coder& coder, Outcome& outcome) {
     coder.Do(outcome.result.status);
     coder.Do(outcome.result.failure);
     coder.Do(outcome.result.counts);
+    coder.Do(outcome.result.hasDoubts);
 }
 
 }  // namespace

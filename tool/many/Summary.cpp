@@ -24,7 +24,7 @@ ExitStatus Heavier(ExitStatus a, ExitStatus b) {
 void Summary::Add(const FileResult& result) {
     ++m_files;
     m_status = Heavier(m_status, result.status);
-    m_doubtful += result.status == ExitStatus::Doubtful ? 1U : 0U;
+    m_doubtful += result.hasDoubts || result.status == ExitStatus::Doubtful ? 1U : 0U;
     for (const Count& count : result.counts) {
         Add(count);
     }
