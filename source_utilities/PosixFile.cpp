@@ -1,6 +1,7 @@
 #include "source_utilities/PosixFile.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
@@ -98,6 +99,12 @@ PosixFile::~PosixFile() {
 
 PosixFile PosixFile::Open(const char* path, int flags, mode_t mode) {
     PosixFile file(Retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
+    file.LeaveStandardStreams();
+    return file;
+}
+
+PosixFile PosixFile::InMemory(const char* name) {
+    PosixFile file(::memfd_create(name, MFD_CLOEXEC));
     file.LeaveStandardStreams();
     return file;
 }

@@ -27,6 +27,8 @@ class PosixFile {
     static PosixFile Open(const char* path, int flags, mode_t mode = 0666);
     /// The same without waiting for anybody, such as the other end of a pipe; neither does any operation then.
     static PosixFile OpenAtOnce(const char* path, int flags, mode_t mode = 0666);
+    /// A file without a place, in memory (memfd_create(2)), for this process and those that are forked off.
+    static PosixFile InMemory(const char* name);
     bool IsOpen() const { return m_descriptor >= 0; }
     int Descriptor() const { return m_descriptor; }
     /// Closes; false when the system reports that data could not be stored. The descriptor is gone either way.

@@ -10,12 +10,12 @@
 namespace {
 
 /// Opens those that are closed, or else a file that the program opens would get what goes to them. Results don't go to
-/// nowhere: a standard output that was closed can't be written.
+/// nowhere, and don't come from there: a standard output that was closed can't be written, a standard input not read.
 void OpenStandardDescriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(descriptor, F_GETFD) == -1) {
-            ::open("/dev/null",
-                   descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR);  // takes the lowest number that is free
+            ::open("/dev/null",  // takes the lowest number that is free
+                   descriptor == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
         }
     }
 }

@@ -7,6 +7,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/Words.h"
 #include "trace/format/ObjectFileSection.h"
 
 namespace stmdcm {
@@ -53,7 +54,7 @@ ImageList MakeList(const std::string& path, const Recorded& recorded, ImageFinde
     std::vector<ObjectFile> files;
     const bool isComplete = ParseObjectFiles(recorded.objectFiles, files);
     AttachPins(recorded.pins, files);
-    ImageList list{path, finder.Find(files), {}};
+    ImageList list{path, finder.Find(files), isComplete, {}};
     if (!isComplete) {
         list.doubts.emplace_back("the list of program images ends within one; the whole ones before it count");
     }
@@ -79,6 +80,13 @@ std::string Encode(const std::vector<ImageAnswer>& answers, bool acceptChanged) 
             payload, {file.name, file.path, isResolved ? file.modified.value_or(file.recorded) : file.recorded});
     }
     return payload;
+}
+
+/// An image that can't be read is told with the capture that it is of.
+std::vector<Pin> PinsOf(ImageList& list, ImageExaminer& examiner, bool acceptChanged) try {
+    return MakePins(list.answers, examiner, acceptChanged);
+} catch (const Failure& failure) {
+    throw Failure(list.path, fmt::format("{}: {}", Shown(failure.File()), failure.Cause()));
 }
 
 void CountUnresolved(ImageList& list, bool acceptChanged) {
@@ -121,8 +129,7 @@ ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool accept
                        ImageParts parts) {
     for (Recorded recorded{Container(path)};;) {
         ImageList list = MakeList(path, recorded, finder);
-        const std::vector<Pin> pins =
-            parts.pins ? MakePins(list.answers, finder.Examiner(), acceptChanged) : recorded.pins.pins;
+        const std::vector<Pin> pins = parts.pins ? PinsOf(list, finder.Examiner(), acceptChanged) : recorded.pins.pins;
         CaptureEditor editor(path, mode);
         if (Recorded now(editor.Contents()); now != recorded) {
             recorded = std::move(now);

@@ -15,6 +15,7 @@ class Container;
 struct ImageList {
     std::string path;
     std::vector<ImageAnswer> answers;
+    bool isComplete = true;           ///< false: the capture's list ends within an image, which is not among them
     std::vector<std::string> doubts;  ///< sentences
     std::size_t unresolved = 0;       ///< images that are missing, or changed and not accepted
     bool hasChanges = false;          ///< there are new places or pins to record

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstring>
 
 #include "source_utilities/PosixFile.h"
 #include "stmdcm/Failure.h"
@@ -19,6 +20,12 @@ namespace {
 [[noreturn]] void Fail(const std::string& path) {
     const int error = errno;
     throw Failure(path, fmt::format("the file can't be read: {}", ZU_WEP::ErrnoText(error)));
+}
+
+FileStamp StampOf(const std::string& note) {
+    FileStamp stamp;
+    std::memcpy(&stamp, note.data(), sizeof stamp);
+    return stamp;
 }
 
 constexpr std::size_t kPieceSize = std::size_t{128} << 10;
@@ -91,20 +98,72 @@ std::shared_ptr<ImageExaminer::Answer> ImageExaminer::AnswerOf(const std::string
     return answer;
 }
 
-void ImageExaminer::AskBuildId(const std::string& path, Answer& answer) {
-    if (!answer.hasBuildId) {
-        const OpenFile file(path, answer);
-        std::string buildId = ReadBuildId(file.Descriptor());
-        file.RequireUnchanged();
-        answer.image.buildId = std::move(buildId);
+// A note is the stamp, whether the build-id and the hash are known, and these.
+
+std::string ImageExaminer::NoteOf(const Answer& answer) {
+    std::string note(reinterpret_cast<const char*>(&answer.stamp), sizeof answer.stamp);
+    note += answer.hasBuildId ? '\1' : '\0';
+    note += answer.image.sha256.empty() ? '\0' : '\1';
+    return note + answer.image.sha256 + answer.image.buildId;
+}
+
+void ImageExaminer::Learn(const std::string& note, Answer& answer) {
+    const std::size_t known = sizeof(FileStamp) + 2;
+    const std::size_t hashSize = note[known - 1] != '\0' ? kSha256Size : 0;
+    if (note[known - 2] != '\0') {
         answer.hasBuildId = true;
+        answer.image.buildId = note.substr(known + hashSize);
+    }
+    if (hashSize > 0) {
+        answer.image.sha256 = note.substr(known, hashSize);
     }
 }
 
-void ImageExaminer::AskHash(const std::string& path, Answer& answer) const {
-    if (answer.image.sha256.empty()) {
-        answer.image.sha256 = OpenFile(path, answer).Hash(m_onHashed);
+/// One process at a time; the next one knows it then.
+template <class IsKnown, class AskFile>
+void ImageExaminer::Ask(Answer& answer, IsKnown isKnown, AskFile askFile) {
+    if (isKnown()) {
+        return;
     }
+    if (!m_notes) {
+        return askFile();
+    }
+    const SharedNotes::Turn turn(*m_notes, answer.stamp.inode);
+    Hear(answer);
+    if (!isKnown()) {
+        askFile();
+        const std::lock_guard lock(m_mutex);
+        m_notes->Leave(NoteOf(answer));
+    }
+}
+
+/// What others have found out.
+void ImageExaminer::Hear(Answer& answer) {
+    const std::lock_guard lock(m_mutex);
+    for (std::string& note : m_notes->Take()) {
+        m_heard.insert_or_assign(StampOf(note), std::move(note));
+    }
+    if (const auto heard = m_heard.extract(answer.stamp)) {
+        Learn(heard.mapped(), answer);
+    }
+}
+
+void ImageExaminer::AskBuildId(const std::string& path, Answer& answer) {
+    Ask(
+        answer, [&] { return answer.hasBuildId; },
+        [&] {
+            const OpenFile file(path, answer);
+            std::string buildId = ReadBuildId(file.Descriptor());
+            file.RequireUnchanged();
+            answer.image.buildId = std::move(buildId);
+            answer.hasBuildId = true;
+        });
+}
+
+void ImageExaminer::AskHash(const std::string& path, Answer& answer) {
+    Ask(
+        answer, [&] { return !answer.image.sha256.empty(); },
+        [&] { answer.image.sha256 = OpenFile(path, answer).Hash(m_onHashed); });
 }
 
 ImageIdentity ImageExaminer::Identify(const std::string& path) {

@@ -9,17 +9,22 @@
 
 #include "stmdcm/capture/FileStamp.h"
 #include "stmdcm/pins/ImageIdentity.h"
+#include "stmdcm/pins/SharedNotes.h"
 
 namespace stmdcm {
 
 /// Asks files what they are: each once, however many pins it is held against, as long as it is not written. A file is
-/// read in pieces of 128 KiB. Several threads may share one.
+/// read in pieces of 128 KiB. Several threads may share one, and several processes after ShareAmongForked.
 class ImageExaminer {
   public:
     /// Hears, of a file that is hashed, how many of its bytes are done; by the thread that asked.
     using OnHashed = std::function<void(const std::string& path, std::uint64_t done, std::uint64_t size)>;
 
     explicit ImageExaminer(OnHashed onHashed = nullptr) : m_onHashed(std::move(onHashed)) {}
+
+    /// From now on those that are forked off with a copy of this ask each file once among them all, too. Throws
+    /// Failure.
+    void ShareAmongForked() { m_notes = std::make_unique<SharedNotes>(); }
 
     // Each throws Failure, which names the file, for one that can't be read, is no regular file, or is changed
     // meanwhile.
@@ -38,12 +43,19 @@ class ImageExaminer {
     };
 
     std::shared_ptr<Answer> AnswerOf(const std::string& path);
-    static void AskBuildId(const std::string& path, Answer& answer);
-    void AskHash(const std::string& path, Answer& answer) const;
+    template <class IsKnown, class AskFile>
+    void Ask(Answer& answer, IsKnown isKnown, AskFile askFile);
+    void Hear(Answer& answer);
+    static std::string NoteOf(const Answer& answer);
+    static void Learn(const std::string& note, Answer& answer);
+    void AskBuildId(const std::string& path, Answer& answer);
+    void AskHash(const std::string& path, Answer& answer);
 
     OnHashed m_onHashed;
     std::mutex m_mutex;
     std::map<FileStamp, std::shared_ptr<Answer>> m_answers;
+    std::unique_ptr<SharedNotes> m_notes;      ///< null: this process asks alone
+    std::map<FileStamp, std::string> m_heard;  ///< what others found, as notes
 };
 
 }  // namespace stmdcm

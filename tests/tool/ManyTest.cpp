@@ -1,5 +1,7 @@
 // Many captures in one run: as each alone, in order, and whatever stops it.
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,6 +13,8 @@
 #include <set>
 #include <thread>
 
+#include "source_utilities/PosixFile.h"
+#include "stmdcm/pins/ImageExaminer.h"
 #include "stmdcm/reading/Reading.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/tool/ConfigurationRun.h"
@@ -82,22 +86,40 @@ TEST_F(ManyTest, EachIsAsItWouldBeAloneAndInTheOrderOfTheFiles) {
 TEST_F(ManyTest, TellsAtTheEndWhatBecameOfThem) {
     const std::string a = Copy("full.tdf"), b = Copy("packed.tdf"), both = " " + a + " " + b + " ";
     std::filesystem::create_directory(Path("of"));
-    ExpectTold("", {{"show" + both, 0, ""},
-                    {"set" + both + "STM_ATB_Id=7", 0, "2 files: 1 changed, 1 as asked already\n"},
-                    {"set" + both + "STM_ATB_Id=8 --dry-run", 0, "2 files: 2 would be changed\n"},
-                    {"set" + both + "/none STM_ATB_Id=300", 1, "3 files: 2 changed, 2 with doubts, 1 failed\n"},
-                    {"set --files-from " + Write("list", a) + " STM_ATB_Id=300", 0, "1 file: 1 as asked already\n"},
-                    {"diff " + a + both, 1, "2 files: 1 equal, 1 different\n"},
-                    {"diff " + a + " " + a + " /none", 4, "2 files: 1 equal, 1 failed\n"},
-                    {"check --severity error" + both, 0, "2 files: nothing found\n"},
-                    {"show --files-from /dev/null", 0, ""},
-                    {"show --files-from /none", 1, "/none: the list of files can't be opened: No such file"},
-                    {"show --files-from " + Path("of"), 1, "can't be read: Is a directory"},
-                    {"show --files-from " + Write("zero", a + '\0' + b), 1, "use -0"},
-                    {"show --files-from " + Write("long", std::string(9000, 'x')), 1, "longer than 4096 bytes"},
-                    {"show -0" + both, 2, "-0"},
-                    {"show --get STM_Atb" + both, 2, "there is no property \"STM_Atb\""},
-                    {"show --get STM_ATB_Id --changed" + both, 2, "--get"}});
+    ExpectTold("",
+               {{"show" + both, 0, ""},
+                {"set" + both + "STM_ATB_Id=7", 0, "2 files: 1 changed, 1 as asked already\n"},
+                {"set" + both + "STM_ATB_Id=8 --dry-run", 0, "2 files: 2 would be changed\n"},
+                {"set" + both + "/none STM_ATB_Id=300", 1, "3 files: 2 changed, 2 with doubts, 1 failed\n"},
+                {"set --files-from " + Write("list", a) + " STM_ATB_Id=300", 0, "1 file: 1 as asked already\n"},
+                {"diff " + a + both, 1, "2 files: 1 equal, 1 different\n"},
+                {"diff " + a + " " + a + " /none", 4, "2 files: 1 equal, 1 failed\n"},
+                {"check --severity error" + both, 0, "2 files: nothing found\n"},
+                {"objects " + Sample("malformed-common.tdf") + " " + Sample("unterminated-common.tdf"), 1,
+                 "2 files: 1 with images that are not there, 1 with a list that ends within an image, 2 with doubts"},
+                {"objects --pin --accept-changed --map /opt/images/app0.out=/dev/null" + both, 1,
+                 "full.tdf: /dev/null: this is no regular file"},
+                {"show --files-from /dev/null", 0, "0 files: no file was named\n"},
+                {"set --files-from /dev/null STM_ATB_Id=7", 0, "0 files: no capture was named\n"},
+                {"show --files-from - <&-", 1, "-: the list of files can't be read: Bad file descriptor"},
+                {"show --files-from /none", 1, "/none: the list of files can't be opened: No such file"},
+                {"show --files-from " + Path("of"), 1, "can't be read: Is a directory"},
+                {"set" + both + "STM_ATB_Id=9 --files-from " + Path("of"), 1,
+                 "2 files: 2 changed; the list of files could not be read to its end\n"},
+                {"show --files-from " + Write("zero", a + '\0' + b), 1, "use -0"},
+                {"show --files-from " + Write("long", std::string(9000, 'x')), 1, "longer than 4096 bytes"},
+                {"show -0" + both, 2, "-0"},
+                {"show --get STM_Atb" + both, 2, "there is no property \"STM_Atb\""},
+                {"show --get STM_ATB_Id --changed" + both, 2, "--get"}});
+    const std::string mixed = a + "\n" + std::string(200'000, 'x') + "\na" + '\0' + "b\n" + Path("of") + "\n" + b;
+    for (const char* jobs : {" -j 1", " -j 2", " -j 30"}) {
+        const std::string command = "set STM_ATB_Id=1" + std::to_string(jobs[4] - '0') + " --files-from ";
+        const std::vector<Json> told = RunLines(command + Write("mixed", mixed) + jobs, 1);
+        ASSERT_EQ(told.size(), 5U);
+        EXPECT_TRUE(told[0].at("written") && told[4].at("written"));
+        EXPECT_EQ(told[1].at("failure").at("file"), std::string(60, 'x') + "...");
+        EXPECT_EQ(told[2].at("failure").at("file"), std::string("a\0b", 3));
+    }
     std::string none;
     for (int i = 0; i < 26; ++i) {
         none += "/none" + std::to_string(i) + "\n";
@@ -122,6 +144,66 @@ TEST_F(ManyTest, ComesAsTheListDoesAndSaysHowFarItCame) {
         EXPECT_THAT(Content(Path("err")),
                     testing::HasSubstr("stmdcm: interrupted; 2 of the files done; each of the others"));
         std::filesystem::remove(list);
+    }
+}
+
+TEST_F(ManyTest, ProcessesAskAnImageOnceAmongThemAll) {
+    const std::string image = Write("image", std::string(1 << 20, 'x'));
+    const ImageIdentity identity = ImageExaminer().Identify(image);
+    const auto hashed = ZU_WEP::PosixFile::Open(Path("hashed").c_str(), O_WRONLY | O_CREAT | O_APPEND);
+    ImageExaminer examiner([&](const std::string&, std::uint64_t done, std::uint64_t size) {
+        EXPECT_TRUE(done < size || hashed.Write("x"));
+    });
+    examiner.ShareAmongForked();
+    std::vector<pid_t> children(4);
+    for (pid_t& child : children) {
+        child = stmdcm_test::StartChild([&] { return examiner.Identify(image) == identity ? 0 : 1; });
+    }
+    for (const pid_t child : children) {
+        EXPECT_EQ(stmdcm_test::WaitForChild(child), 0);
+    }
+    EXPECT_EQ(Content(Path("hashed")), "x");
+}
+
+/// One of two processes waits for a capture's lock, and the other is ahead.
+TEST_F(ManyTest, NothingThatWasChangedStaysUntoldWhoeverIsKilled) {
+    const auto wait = [](const auto& isReached) {
+        for (int i = 0; i < 500 && !isReached(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    };
+    const std::string original = Content(Sample("full.tdf"));
+    for (const int number : {SIGKILL, SIGTERM, SIGINT}) {
+        const std::string a = Write("a.tdf", original), b = Write("b.tdf", original), c = Write("c.tdf", original);
+        const std::string d = Write("d.tdf", original), done = ": changed\n", out = Path("out");
+        auto lock = ZU_WEP::PosixFile::Open(b.c_str(), O_RDWR);
+        ::flock(lock.Descriptor(), LOCK_EX);
+        const pid_t child = Start("set -j 2 " + a + " " + b + " " + c + " " + d + " STM_ATB_Id=43");
+        wait([&] { return Content(c) != original; });
+        std::ifstream children("/proc/" + std::to_string(child) + "/task/" + std::to_string(child) + "/children");
+        pid_t worker = 0;
+        children >> worker >> worker;
+        ASSERT_GT(worker, 1) << Content(Path("err"));
+        ::kill(number == SIGINT ? child : worker, number);
+        wait([&] { return number != SIGKILL || Content(d) != original; });
+        lock.Close();
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status), number == SIGKILL   ? 1
+                                                                                 : number == SIGTERM ? 0
+                                                                                                     : -SIGINT);
+        std::size_t place = 0;
+        for (const std::string& file : {a, b, c, d}) {
+            const bool isTold = (number != SIGKILL || file != b) && (number != SIGINT || file != d);
+            EXPECT_EQ(Content(file) != original, isTold) << file;
+            place = isTold ? Content(out).find(file + done, place) : place;
+            EXPECT_NE(place, std::string::npos) << file;
+        }
+        EXPECT_THAT(Content(Path("err")),
+                    testing::HasSubstr(number == SIGKILL   ? b + ": the process that worked on it has ended too early "
+                                                                 "(signal 9); it is as it was or as it is to be\n"
+                                       : number == SIGTERM ? "4 files: 4 changed\n"
+                                                           : "interrupted; 3 of 4 files done"));
     }
 }
 

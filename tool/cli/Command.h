@@ -41,6 +41,8 @@ struct Context {
 
     /// Tells why the work could not be done, and gives the status of that.
     ExitStatus Tell(const Failure& failure) const;
+    /// As it is told.
+    static std::string Sentence(const Failure& failure);
 };
 
 /// One command of the tool. Lives from the declaration of its options to the end of its run.

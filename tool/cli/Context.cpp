@@ -16,8 +16,12 @@ Json DocumentOf(const char* command, const Failure& failure) {
 
 }  // namespace
 
+std::string Context::Sentence(const Failure& failure) {
+    return failure.File().empty() ? failure.Cause() : Shown(failure.File()) + ": " + failure.Cause();
+}
+
 ExitStatus Context::Tell(const Failure& failure) const {
-    console.Diagnose(failure.File().empty() ? failure.Cause() : Shown(failure.File()) + ": " + failure.Cause());
+    console.Diagnose(Sentence(failure));
     if (options.json && failure.Reason() != Failure::Kind::Output) {
         try {
             PrintDocument(DocumentOf(command, failure));

@@ -211,10 +211,14 @@ class Check final : public Command {
         if (!m_files.IsAny()) {
             throw Failure("check needs a FILE, or --list", Failure::Kind::Request);
         }
-        return m_files.Run(context, [this, plugin = OtherPlugin(), examiner = std::make_shared<ImageExaminer>()](
-                                        const Context& own, const std::string& file) mutable {
-            return CheckOne(own, file, plugin, *examiner);
-        });
+        const auto examiner = std::make_shared<ImageExaminer>();
+        if (m_files.IsForking()) {
+            examiner->ShareAmongForked();
+        }
+        return m_files.Run(
+            context, [this, plugin = OtherPlugin(), examiner](const Context& own, const std::string& file) mutable {
+                return CheckOne(own, file, plugin, *examiner);
+            });
     }
 
     ExitStatus FailureStatus() const override { return ExitStatus::Unread; }

@@ -118,10 +118,12 @@ class Objects final : public Command {
             mappings.push_back(PathMapping::Parse(text));
         }
         HashProgress progress;
+        ImageFinder finder(std::move(mappings), m_directories, progress.Teller());
+        if (m_files.IsForking()) {
+            finder.Examiner().ShareAmongForked();
+        }
         return m_files.Run(
-            context, [this, parts,
-                      finder = std::make_shared<ImageFinder>(std::move(mappings), m_directories, progress.Teller())](
-                         const Context& own, const std::string& file) { return LookAt(own, file, *finder, parts); });
+            context, [&](const Context& own, const std::string& file) { return LookAt(own, file, finder, parts); });
     }
 
   private:
@@ -138,11 +140,13 @@ class Objects final : public Command {
                             Shown(file), list.unresolved));
         }
         context.console.Diagnose(file, list.doubts);
-        return {StatusOf(list), CountsOf(list)};
+        return {StatusOf(list), CountsOf(list), {}, !list.doubts.empty()};
     }
 
     std::vector<Count> CountsOf(const ImageList& list) const {
-        std::vector<Count> counts{{list.unresolved > 0 ? "with images that are not there" : "with all images"}};
+        std::vector<Count> counts{{list.unresolved > 0 ? "with images that are not there"
+                                   : list.isComplete   ? "with all images"
+                                                       : "with a list that ends within an image"}};
         if (m_update || m_pin) {
             counts.push_back(ChangeCount(list.hasChanges, list.isWritten));
         }

@@ -10,14 +10,13 @@
 #include <array>
 #include <cerrno>
 
-#include "stmdcm/Failure.h"
-
 namespace stmdcm {
 
 namespace {
 
 constexpr char kStandardInput[] = "-";
 constexpr std::size_t kPiece = 65536;
+constexpr std::size_t kToldOfTooLong = 60;
 
 ZU_WEP::PosixFile OpenList(const std::string& list) {
     if (list.empty() || list == kStandardInput) {
@@ -33,10 +32,11 @@ ZU_WEP::PosixFile OpenList(const std::string& list) {
 
 }  // namespace
 
-FileNames::FileNames(std::vector<std::string> named, const std::string& list, bool isZeroEnded)
+FileNames::FileNames(std::vector<std::string> named, const std::string& list, bool isZeroEnded, int stop)
     : m_named(std::move(named)),
       m_list(list),
       m_end(isZeroEnded ? '\0' : '\n'),
+      m_stop(stop),
       m_file(OpenList(list)),
       m_isListOver(list.empty()) {}
 
@@ -44,16 +44,15 @@ int FileNames::Descriptor() const { return m_list == kStandardInput ? STDIN_FILE
 
 std::optional<std::string> FileNames::Next() {
     if (m_taken < m_named.size()) {
-        return Checked(m_named[m_taken++]);
+        return m_named[m_taken++];
     }
     for (;;) {
         if (std::optional<std::string> name = TakeFromList()) {
-            return Checked(std::move(*name));
+            return name;
         }
-        if (m_isListOver) {
+        if (m_isListOver || !WaitFor(-1)) {
             return std::nullopt;
         }
-        ReadSome();
     }
 }
 
@@ -62,10 +61,11 @@ bool FileNames::IsReady() const {
 }
 
 bool FileNames::WaitFor(int descriptor) {
-    std::array<pollfd, 2> places{{{Descriptor(), POLLIN, 0}, {descriptor, POLLIN, 0}}};
-    while (::poll(places.data(), places.size(), -1) < 0 && errno == EINTR) {
+    std::array<pollfd, 3> places{{{Descriptor(), POLLIN, 0}, {descriptor, POLLIN, 0}, {m_stop, POLLIN, 0}}};
+    int count = 0;
+    while ((count = ::poll(places.data(), places.size(), -1)) < 0 && errno == EINTR) {
     }
-    if (places[0].revents == 0) {
+    if (count > 0 && places[0].revents == 0) {
         return false;
     }
     ReadSome();
@@ -85,35 +85,28 @@ std::optional<std::string> FileNames::TakeFromList() {
     return std::nullopt;
 }
 
-std::string FileNames::Checked(std::string name) const {
-    if (name.size() > kLongest) {
-        FailAsTooLong();
-    }
+void FileNames::RequirePossible(const std::string& name) {
+    const bool isTooLong = name.size() > kLongest;
+    const std::string told = isTooLong ? name.substr(0, kToldOfTooLong) + "..." : name;
     if (name.find('\0') != std::string::npos) {
-        throw Failure(m_list, "there are zero bytes in the list of files; if they end the names, use -0");
+        throw Failure(told, "there are zero bytes in this name; if they end the names of the list, use -0");
     }
-    return name;
-}
-
-void FileNames::FailAsTooLong() const {
-    throw Failure(m_list, fmt::format("a name among the files is longer than {} bytes, as no file's is", kLongest));
+    if (isTooLong) {
+        throw Failure(told, fmt::format("the name is longer than {} bytes, as no file's is", kLongest));
+    }
 }
 
 void FileNames::ReadSome() {
     m_buffer.erase(0, m_begin);
     m_begin = 0;
-    if (m_buffer.size() > kLongest) {
-        FailAsTooLong();
-    }
-    pollfd place{Descriptor(), POLLIN, 0};
-    ::poll(&place, 1, -1);  // a terminal or a pipe may have been told not to wait
+    m_buffer.resize(std::min(m_buffer.size(), kLongest + 1));  // of a name that goes on
     std::array<char, kPiece> piece;
     const ssize_t count = ::read(Descriptor(), piece.data(), piece.size());
     if (count < 0 && errno != EINTR && errno != EAGAIN) {
-        const int error = errno;
-        throw Failure(m_list, fmt::format("the list of files can't be read: {}", ZU_WEP::ErrnoText(error)));
+        m_whyUnread.emplace(m_list, fmt::format("the list of files can't be read: {}", ZU_WEP::ErrnoText(errno)));
+        m_buffer.clear();  // half a name may be another file's
     }
-    m_isListOver = count == 0;
+    m_isListOver = count == 0 || m_whyUnread;
     m_buffer.append(piece.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
 }
 

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "stmdcm/reading/Findings.h"
+#include "tool/many/FileNames.h"
 #include "tool/output/AsFailure.h"
 #include "tool/output/StandardOutput.h"
 
@@ -81,6 +82,7 @@ void CodeAll(Coder& coder, Outcome& outcome) {
     coder.Do(outcome.result.status);
     coder.Do(outcome.result.failure);
     coder.Do(outcome.result.counts);
+    coder.Do(outcome.result.hasDoubts);
 }
 
 }  // namespace
@@ -122,12 +124,13 @@ FileOutcome WorkOn(const std::string& file, const FileWork& work, const Context&
     const Context own{context.options, console, context.command, context.ofFailure, true};
     try {
         outcome.result = AsFailure([&] {
+            FileNames::RequirePossible(file);
             RefuseStandardOutputIn(file);
             return work(own, file);
         });
     } catch (const Failure& failure) {
         outcome.result.status = own.Tell(failure);
-        outcome.result.failure = failure.what();
+        outcome.result.failure = Context::Sentence(failure);
     }
     return outcome;
 }

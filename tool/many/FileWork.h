@@ -28,6 +28,7 @@ struct FileResult {
     ExitStatus status = ExitStatus::Done;
     std::vector<Count> counts = {};
     std::string failure = {};  ///< a sentence that names the file: why nothing was done; empty: something was
+    bool hasDoubts = false;    ///< whatever the status is
 };
 
 /// A command's work on one file. It prints through the context alone, and may throw.

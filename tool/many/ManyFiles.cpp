@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <deque>
 #include <optional>
 
 #include "stmdcm/reading/Findings.h"
@@ -14,6 +13,7 @@
 #include "tool/many/Workers.h"
 #include "tool/output/InterruptGuard.h"
 #include "tool/output/Progress.h"
+#include "tool/output/StopRequest.h"
 
 namespace stmdcm {
 
@@ -21,21 +21,26 @@ namespace {
 
 constexpr long kMostJobs = 256;
 constexpr std::size_t kMostKept = 1 << 16;
+constexpr char kOldOrNew[] = " is as it was or as it is to be";
 
 }  // namespace
 
 /// One run over many files: takes what became of each, in their order.
 class ManyFiles::Round {
   public:
-    Round(const Context& context, Purpose purpose, std::optional<std::uint64_t> total, bool isProgressAskedFor)
+    Round(const Context& context, Purpose purpose, const StopRequest* stop, std::optional<std::uint64_t> total,
+          bool isProgressAskedFor)
         : m_context(context),
           m_purpose(purpose),
+          m_stop(stop),
           m_total(total),
           m_progress(context.command, total, isProgressAskedFor, Progress::Unit::Files) {
         m_guard.SetLastWords(LastWords());
     }
 
     const Context& Asked() const { return m_context; }
+    const StopRequest* Stop() const { return m_stop; }
+    bool IsToStop() const { return m_stop != nullptr && m_stop->IsMade(); }
 
     /// Where more are here already what is printed may wait for them.
     void Take(const FileOutcome& outcome, bool areMoreHere) {
@@ -44,8 +49,7 @@ class ManyFiles::Round {
         }
         m_out += outcome.told.out;
         if (!m_out.empty() && (!areMoreHere || !outcome.told.error.empty() || m_out.size() > kMostKept)) {
-            Console::ToStandardOutput(m_out);
-            m_out.clear();
+            Print();
         }
         Console::ToStandardError(outcome.told.error);
         m_summary.Add(outcome.result);
@@ -53,8 +57,14 @@ class ManyFiles::Round {
         m_guard.SetLastWords(LastWords());
     }
 
-    ExitStatus End() {
+    ExitStatus End(const std::optional<Failure>& whyListIsUnread) {
         m_progress.Clear();
+        if (whyListIsUnread) {
+            m_summary.AddRest("the list of files could not be read to its end", m_context.Tell(*whyListIsUnread));
+        } else if (m_summary.Files() == 0) {
+            m_summary.AddRest(m_purpose == Purpose::Change ? "no capture was named" : "no file was named",
+                              ExitStatus::Done);
+        }
         if (m_summary.IsNews()) {
             m_context.console.Diagnose(m_summary.Failures());
             m_context.console.Diagnose(m_summary.Sentence());
@@ -62,17 +72,30 @@ class ManyFiles::Round {
         return m_summary.Status();
     }
 
+    /// Ends the program, with the last words.
+    void Obey() {
+        m_progress.Clear();
+        Print();
+        m_stop->Obey();
+    }
+
   private:
+    void Print() {
+        Console::ToStandardOutput(m_out);
+        m_out.clear();
+    }
+
     std::string LastWords() const {
         return fmt::format("\nstmdcm: interrupted; {} of {} done{}\n", m_summary.Files(),
                            m_total ? Counted(*m_total, "file") : "the files",
-                           m_purpose == Purpose::Change ? "; each of the others is as it was or as it is to be, and "
-                                                          "the same command does the rest"
-                                                        : "");
+                           m_purpose == Purpose::Change
+                               ? fmt::format("; each of the others{}, and the same command does the rest", kOldOrNew)
+                               : "");
     }
 
     const Context& m_context;
     Purpose m_purpose;
+    const StopRequest* m_stop;
     std::optional<std::uint64_t> m_total;
     std::string m_out;  ///< not printed yet
     bool m_isOutTerminal = ::isatty(STDOUT_FILENO) == 1;
@@ -118,47 +141,67 @@ std::size_t ManyFiles::Jobs() const {
 }
 
 ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
-    if (m_named.size() == 1 && !HasList()) {
+    if (!IsSeveral()) {
         return work(context, m_named.front()).status;
     }
-    FileNames names(m_named, m_list, m_isZeroEnded);
-    Round round(context, m_purpose, Progress::IsShown(m_progress) || !HasList() ? names.Total() : std::nullopt,
-                m_progress);
+    const Context lines{context.options, context.console, context.command, context.ofFailure, true};
+    try {
+        return RunEach(lines, work);
+    } catch (const Failure& failure) {
+        return lines.Tell(failure);
+    }
+}
+
+ExitStatus ManyFiles::RunEach(const Context& context, const FileWork& work) const {
+    std::optional<StopRequest> stop;
+    if (m_purpose == Purpose::Change) {
+        stop.emplace();  // nothing that was changed stays untold
+    }
+    FileNames names(m_named, m_list, m_isZeroEnded, stop ? stop->Descriptor() : -1);
+    Round round(context, m_purpose, stop ? &*stop : nullptr,
+                Progress::IsShown(m_progress) || !HasList() ? names.Total() : std::nullopt, m_progress);
     if (Jobs() == 1) {
         RunHere(names, round, work);
     } else {
         RunInWorkers(names, round, work);
     }
-    return round.End();
+    if (round.IsToStop()) {
+        round.Obey();
+    }
+    return round.End(names.WhyUnread());
 }
 
 void ManyFiles::RunHere(FileNames& names, Round& round, const FileWork& work) const {
-    while (const std::optional<std::string> file = names.Next()) {
+    while (!round.IsToStop()) {
+        const std::optional<std::string> file = names.Next();
+        if (!file) {
+            break;
+        }
         round.Take(WorkOn(*file, work, round.Asked()), false);
     }
 }
 
 /// In turn, so that the next result in the order of the files is always that of the next worker.
 void ManyFiles::RunInWorkers(FileNames& names, Round& round, const FileWork& work) const {
-    Workers workers(Jobs(), work, round.Asked());
-    std::deque<std::string> waiting;
+    Workers workers(Jobs(), work, round.Asked(), round.Stop(),
+                    m_purpose == Purpose::Change ? fmt::format("; it{}", kOldOrNew) : "");
     std::size_t sent = 0;
     std::size_t received = 0;
     const auto next = [&] { return received % workers.Count(); };
-    for (bool isEnd = false; !isEnd || !waiting.empty();) {
-        const bool isFull = isEnd || waiting.size() == workers.Count() * Workers::kMostWaiting;
-        if (!isFull && (waiting.empty() || names.IsReady())) {
-            std::optional<std::string> name = names.Next();
+    for (bool isEnd = false; !(isEnd = isEnd || round.IsToStop()) || sent > received;) {
+        const bool isFull = isEnd || sent - received == workers.Count() * Workers::kMostWaiting;
+        if (!isFull && (sent == received || names.IsReady())) {
+            const std::optional<std::string> name = names.Next();
             isEnd = !name;
             if (name) {
                 workers.Send(sent++ % workers.Count(), *name);
-                waiting.push_back(std::move(*name));
             }
         } else if (isFull || workers.HasResult(next()) || !names.WaitFor(workers.Descriptor(next()))) {
-            const FileOutcome outcome = workers.Receive(next(), waiting.front());
-            waiting.pop_front();
+            const std::optional<FileOutcome> outcome = workers.Receive(next());
             ++received;
-            round.Take(outcome, !waiting.empty() && workers.HasResult(next()));
+            if (outcome) {
+                round.Take(*outcome, sent > received && workers.HasResult(next()));
+            }
         }
     }
 }

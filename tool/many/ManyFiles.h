@@ -30,6 +30,8 @@ class ManyFiles {
     std::vector<std::string> TakeOthers(const std::function<bool(const std::string& word, std::size_t index)>& isOther);
     std::size_t CountNamed() const { return m_named.size(); }
     bool HasList() const { return !m_list.empty(); }
+    /// Whether Run forks off other processes, which do the work.
+    bool IsForking() const { return IsSeveral() && Jobs() > 1; }
     bool IsAny() const { return !m_named.empty() || HasList(); }
     /// Throws CLI::RequiredError where there is none; for the end of the parsing.
     void RequireAny(const std::string& name) const;
@@ -42,7 +44,9 @@ class ManyFiles {
   private:
     class Round;
 
+    bool IsSeveral() const { return m_named.size() != 1 || HasList(); }
     std::size_t Jobs() const;
+    ExitStatus RunEach(const Context& context, const FileWork& work) const;
     void RunHere(FileNames& names, Round& round, const FileWork& work) const;
     void RunInWorkers(FileNames& names, Round& round, const FileWork& work) const;
 

@@ -24,13 +24,18 @@ ExitStatus Heavier(ExitStatus a, ExitStatus b) {
 void Summary::Add(const FileResult& result) {
     ++m_files;
     m_status = Heavier(m_status, result.status);
-    m_doubtful += result.status == ExitStatus::Doubtful ? 1U : 0U;
+    m_doubtful += result.hasDoubts || result.status == ExitStatus::Doubtful ? 1U : 0U;
     for (const Count& count : result.counts) {
         Add(count);
     }
     if (!result.failure.empty() && ++m_failed <= kMostFailures) {
         m_failures.push_back(result.failure);
     }
+}
+
+void Summary::AddRest(const std::string& phrase, ExitStatus status) {
+    m_rest = phrase;
+    m_status = Heavier(m_status, status);
 }
 
 void Summary::Add(const Count& count) {
@@ -47,7 +52,10 @@ std::string Summary::Sentence() const {
     std::vector<Count> counts = m_counts;
     counts.push_back({"with doubts", m_doubtful});
     counts.push_back({"failed", m_failed});
-    return fmt::format("{}: {}", Counted(m_files, "file"), InWords(counts));
+    if (m_files == 0) {
+        return fmt::format("0 files: {}", m_rest);
+    }
+    return fmt::format("{}: {}{}{}", Counted(m_files, "file"), InWords(counts), m_rest.empty() ? "" : "; ", m_rest);
 }
 
 std::vector<std::string> Summary::Failures() const {

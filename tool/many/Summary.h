@@ -15,6 +15,8 @@ class Summary {
     static constexpr std::size_t kMostFailures = 20;
 
     void Add(const FileResult& result);
+    /// What is to be said of those that are not among them, and the status of that.
+    void AddRest(const std::string& phrase, ExitStatus status);
 
     std::size_t Files() const { return m_files; }
     /// Of all: a file that could not be read counts for more than one that could not be worked on, and that for more
@@ -25,7 +27,7 @@ class Summary {
     /// Sentences: the first that failed, and how many more there are. None where they were told only just.
     std::vector<std::string> Failures() const;
     /// Whether there is more to tell than that all of them were read.
-    bool IsNews() const { return !m_counts.empty() || m_status != ExitStatus::Done; }
+    bool IsNews() const { return !m_counts.empty() || !m_rest.empty() || m_status != ExitStatus::Done; }
 
   private:
     void Add(const Count& count);
@@ -36,6 +38,7 @@ class Summary {
     ExitStatus m_status = ExitStatus::Done;
     std::vector<Count> m_counts;
     std::vector<std::string> m_failures;
+    std::string m_rest;
 };
 
 }  // namespace stmdcm

@@ -8,17 +8,21 @@
 #include <utility>
 
 #include "source_utilities/ErrnoText.h"
+#include "stmdcm/capture/InterruptBlock.h"
 #include "tool/output/InterruptGuard.h"
+#include "tool/output/StopRequest.h"
 
 namespace stmdcm {
 
 namespace {
 
+bool IsMade(const StopRequest* stop) { return stop != nullptr && stop->IsMade(); }
+
 /// What the work keeps, such as a plug-in, goes before the process does.
-[[noreturn]] void Serve(Channel& channel, FileWork work, const Context& context) {
+[[noreturn]] void Serve(Channel& channel, FileWork work, const Context& context, const StopRequest* stop) {
     try {
         while (const std::optional<std::string> file = channel.Receive()) {
-            if (!channel.Send(WorkOn(*file, work, context).Encode())) {
+            if (IsMade(stop) || !channel.Send(WorkOn(*file, work, context).Encode())) {
                 break;
             }
         }
@@ -31,43 +35,119 @@ namespace {
 
 }  // namespace
 
-Workers::Workers(std::size_t count, const FileWork& work, const Context& context) {
-    while (m_channels.size() < count) {
-        Start(work, context);
+Workers::Workers(std::size_t count, const FileWork& work, const Context& context, const StopRequest* stop,
+                 std::string ofUnfinished)
+    : m_work(work), m_context(context), m_stop(stop), m_ofUnfinished(std::move(ofUnfinished)) {
+    while (m_workers.size() < count) {
+        m_workers.push_back(Start());
     }
 }
 
-void Workers::Start(const FileWork& work, const Context& context) {
+Workers::Worker Workers::Start() {
     std::pair<Channel, Channel> ends = Channel::Pair();
-    const pid_t process = ::fork();
+    pid_t process = 0;
+    {
+        const InterruptBlock block;
+        process = ::fork();
+        if (process == 0) {
+            InterruptGuard::ForgetAll();
+            StopRequest::KeepToItself();
+        }
+    }
     if (process == -1) {
         const int error = errno;
         throw Failure(fmt::format("no further process can be started: {}", ZU_WEP::ErrnoText(error)));
     }
     if (process == 0) {
-        InterruptGuard::ForgetAll();
-        m_channels.clear();
+        m_workers.clear();
         ends.first.Close();  // or else nobody would see the end of it
-        Serve(ends.second, work, context);
+        Serve(ends.second, m_work, m_context, m_stop);
     }
-    m_channels.push_back(std::move(ends.first));
-    m_processes.push_back(process);
+    return {std::move(ends.first), process, {}};
 }
 
 Workers::~Workers() {
-    m_channels.clear();
-    for (const pid_t process : m_processes) {
-        while (::waitpid(process, nullptr, 0) == -1 && errno == EINTR) {
+    for (Worker& worker : m_workers) {
+        worker.channel.Close();
+    }
+    for (Worker& worker : m_workers) {
+        Reap(worker);
+    }
+}
+
+/// In words how it ended; empty: as it should.
+std::string Workers::Reap(Worker& worker) {
+    worker.channel.Close();
+    int status = 0;
+    const pid_t process = std::exchange(worker.process, -1);
+    while (process != -1 && ::waitpid(process, &status, 0) == -1 && errno == EINTR) {
+    }
+    if (WIFSIGNALED(status)) {
+        return fmt::format("signal {}", WTERMSIG(status));
+    }
+    return status == 0 ? "" : fmt::format("status {}", WEXITSTATUS(status));
+}
+
+/// False: `why` it can't be.
+bool Workers::Restart(Worker& worker, std::string& why) try {
+    Reap(worker);
+    Worker other = Start();
+    for (const std::string& file : worker.files) {
+        other.channel.Send(file);
+    }
+    worker.channel = std::move(other.channel);
+    worker.process = other.process;
+    return true;
+} catch (const Failure& failure) {
+    why = failure.what();
+    return false;
+}
+
+void Workers::Send(std::size_t worker, const std::string& file) {
+    Worker& its = m_workers[worker];
+    its.files.push_back(file);
+    if (std::string why; !its.channel.Send(file) && its.files.size() == 1) {  // it has ended with nothing to do
+        Restart(its, why);
+    }
+}
+
+bool Workers::HasResult(std::size_t worker) const {
+    const Channel& channel = m_workers[worker].channel;
+    return channel.HasMessage() || channel.Descriptor() < 0;
+}
+
+std::optional<FileOutcome> Workers::Receive(std::size_t worker) {
+    Worker& its = m_workers[worker];
+    for (;;) {
+        if (const std::optional<std::string> message = its.channel.Receive()) {
+            its.files.pop_front();
+            return FileOutcome::Decode(*message);
+        }
+        std::string why;
+        if (const std::string how = Reap(its); !how.empty()) {
+            FileOutcome outcome =
+                Fail(its, fmt::format("the process that worked on it has ended too early ({}){}", how, m_ofUnfinished));
+            if (!IsMade(m_stop)) {
+                Restart(its, why);
+            }
+            return outcome;
+        }
+        if (IsMade(m_stop)) {
+            its.files.pop_front();
+            return std::nullopt;
+        }
+        if (!Restart(its, why)) {
+            return Fail(its, why);
         }
     }
 }
 
-FileOutcome Workers::Receive(std::size_t worker, const std::string& file) {
-    const std::optional<std::string> message = m_channels[worker].Receive();
-    if (!message) {
-        throw Failure(file, "the process that worked on it, or on one before it, has ended too early");
-    }
-    return FileOutcome::Decode(*message);
+/// Of the first of its files.
+FileOutcome Workers::Fail(Worker& worker, const std::string& why) {
+    const std::string file = std::move(worker.files.front());
+    worker.files.pop_front();
+    return WorkOn(
+        file, [&](const Context&, const std::string&) -> FileResult { throw Failure(file, why); }, m_context);
 }
 
 }  // namespace stmdcm

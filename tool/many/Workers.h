@@ -3,6 +3,8 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,34 +13,53 @@
 
 namespace stmdcm {
 
+class StopRequest;
+
 /// Other processes that do a command's work on files, each one after the other: the plug-in, its log and what guards
-/// temporary files know one process with one thread. They end with this, and when this process does.
+/// temporary files know one process with one thread. They end with this, and when this process does. For one that ends
+/// too early there comes another, which does the rest of its files.
 class Workers {
   public:
     /// So many names may wait in front of each: these fit into its channel (FileNames::kLongest), so nobody waits for
     /// a name to be taken while results wait to be taken, too.
     static constexpr std::size_t kMostWaiting = 16;
 
-    /// Borrows the context. Throws Failure where they can't be started.
-    Workers(std::size_t count, const FileWork& work, const Context& context);
+    /// Borrows the work, the context and the request (null: there is none), at which each does the file that it is on
+    /// and begins with no other. `ofUnfinished` is how a file is whose process ended too early: the end of a sentence.
+    /// Throws Failure where they can't be started.
+    Workers(std::size_t count, const FileWork& work, const Context& context, const StopRequest* stop,
+            std::string ofUnfinished);
     ~Workers();
     Workers(const Workers&) = delete;
     Workers& operator=(const Workers&) = delete;
 
-    std::size_t Count() const { return m_channels.size(); }
+    std::size_t Count() const { return m_workers.size(); }
     /// Can be read as soon as there is something to receive.
-    int Descriptor(std::size_t worker) const { return m_channels[worker].Descriptor(); }
-    void Send(std::size_t worker, const std::string& file) const { m_channels[worker].Send(file); }
-    /// Of the first `file` that was sent and not received yet. Throws Failure where the worker has ended.
-    FileOutcome Receive(std::size_t worker, const std::string& file);
-    /// Whether that would not wait, though perhaps the descriptor can't be read.
-    bool HasResult(std::size_t worker) const { return m_channels[worker].HasMessage(); }
+    int Descriptor(std::size_t worker) const { return m_workers[worker].channel.Descriptor(); }
+    void Send(std::size_t worker, const std::string& file);
+    /// Of the first file that was sent and not received yet; nothing where it was not begun before the end was asked
+    /// for.
+    std::optional<FileOutcome> Receive(std::size_t worker);
+    /// Whether that needs no waiting for the descriptor.
+    bool HasResult(std::size_t worker) const;
 
   private:
-    void Start(const FileWork& work, const Context& context);
+    struct Worker {
+        Channel channel;
+        pid_t process;
+        std::deque<std::string> files;  ///< that were sent and not received
+    };
 
-    std::vector<Channel> m_channels;
-    std::vector<pid_t> m_processes;
+    Worker Start();
+    bool Restart(Worker& worker, std::string& why);
+    static std::string Reap(Worker& worker);
+    FileOutcome Fail(Worker& worker, const std::string& why);
+
+    const FileWork& m_work;
+    const Context& m_context;
+    const StopRequest* m_stop;
+    std::string m_ofUnfinished;
+    std::vector<Worker> m_workers;
 };
 
 }  // namespace stmdcm

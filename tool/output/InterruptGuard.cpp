@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "stmdcm/capture/InterruptBlock.h"
+#include "tool/output/StopRequest.h"
 
 namespace stmdcm {
 
@@ -85,6 +86,7 @@ void InterruptGuard::TakeSignals() {
     struct sigaction taken {};
     taken.sa_handler = CleanUpAndEnd;
     taken.sa_mask = InterruptBlock::Signals();
+    taken.sa_flags = SA_RESTART;  // where it only asks for an end
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
         struct sigaction old {};
         const bool isIgnored = ::sigaction(number, nullptr, &old) == 0 && old.sa_handler == SIG_IGN;
@@ -95,6 +97,11 @@ void InterruptGuard::TakeSignals() {
 }
 
 void InterruptGuard::CleanUpAndEnd(int number) {
+    const int error = errno;
+    if (StopRequest::Takes(number)) {
+        errno = error;
+        return;
+    }
     for (const InterruptGuard* guard = s_last; guard != nullptr; guard = guard->m_before) {
         Remove(AT_FDCWD, guard->m_path.c_str(), kDeepest);
         const std::string* words = number == SIGPIPE ? nullptr : guard->m_lastWords.load();

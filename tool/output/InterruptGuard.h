@@ -8,7 +8,7 @@ namespace stmdcm {
 
 /// Cleans up when the user interrupts or ends the program: while the guard lives, a SIGINT, SIGTERM, SIGHUP or SIGPIPE,
 /// unless the program was started with it ignored, removes the path and says the last words before it does what it
-/// always does. Other signals are left alone. For the program's only thread.
+/// always does; but for a StopRequest. Other signals are left alone. For the program's only thread.
 class InterruptGuard {
   public:
     /// A file, or a directory with everything in it, which need not be there yet. Empty: there is nothing to remove.
