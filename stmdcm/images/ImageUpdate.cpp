@@ -60,6 +60,10 @@ ImageList MakeList(const std::string& path, const Recorded& recorded, ImageFinde
     if (!recorded.pins.isComplete) {
         list.doubts.emplace_back("the pins end within one; the whole ones before it count");
     }
+    for (const Section& section : recorded.pins.unknown) {
+        list.doubts.push_back(fmt::format("{} at {} has version {}, not {}, and its pins count for nothing",
+                                          kPinSectionName, section.offset, section.version, kPinSectionVersion));
+    }
     for (const std::vector<std::string>& more : {NotLookedAt(list.answers), finder.Doubts()}) {
         list.doubts.insert(list.doubts.end(), more.begin(), more.end());
     }
@@ -135,7 +139,7 @@ ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool accept
         if (parts.places && !recorded.objectFiles.starts_with(updated)) {
             sections.push_back({kCommonSectionName, kCommonSectionVersion, std::move(updated)});
         }
-        if (pins != recorded.pins.pins) {
+        if (parts.pins && !recorded.pins.Is(pins)) {
             sections.push_back({kPinSectionName, kPinSectionVersion, EncodePins(pins)});
         }
         list.hasChanges = !sections.empty();

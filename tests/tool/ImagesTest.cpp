@@ -236,6 +236,19 @@ TEST_F(PinsTest, SearchFindsTheImageUnderAnyNameAndTime) {
     }
 }
 
+TEST_F(PinsTest, TornOnesAreMendedAndThoseOfAnotherVersionTold) {
+    Record(Put("a.out", "code"));
+    Pin();
+    const std::string whole = Container(m_file).ReadPayload(*Container(m_file).Find("IMAGE_PINS", 1));
+    CaptureEditor(m_file).Replace({{"IMAGE_PINS", 1, whole + "core1"}});
+    EXPECT_TRUE(Pin().isWritten);
+    EXPECT_EQ(StatusOf(Pin()), ExitStatus::Done);
+    CaptureEditor(m_file).Replace({{"IMAGE_PINS", 2, whole}});
+    const ImageList list = Pin();
+    EXPECT_EQ(std::tuple(list.isWritten, StatusOf(list)), std::tuple(false, ExitStatus::Doubtful));
+    EXPECT_NE(list.doubts.front().find("has version 2, not 1"), std::string::npos) << list.doubts.front();
+}
+
 TEST_F(PinsTest, StayWhereACaptureIsChangedAndAreNothingToThePlugin) {
     const std::string plain = m_directory / "plain.tdf";
     const std::string recovered = m_directory / "recovered.tdf";
