@@ -98,6 +98,9 @@ ImageAnswer ImageFinder::Map(ObjectFile file) {
 }
 
 void ImageFinder::HoldAgainstPin(ObjectFile& file) {
+    if (!file.IsThere()) {
+        return;
+    }
     try {
         file.HoldAgainstPin(m_examiner);
     } catch (const Failure& failure) {

@@ -7,6 +7,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/Words.h"
 #include "trace/format/ObjectFileSection.h"
 
 namespace stmdcm {
@@ -71,7 +72,8 @@ ImageList MakeList(const std::string& path, const Recorded& recorded, ImageFinde
 }
 
 bool IsResolved(const ImageAnswer& answer, bool acceptChanged) {
-    return answer.IsPresent() || (acceptChanged && answer.found.modified && answer.candidates.empty());
+    const bool isAccepted = acceptChanged && answer.found.IsThere() && answer.candidates.empty();
+    return answer.unread.empty() && (answer.found.IsPresent() || isAccepted);
 }
 
 std::string Encode(const std::vector<ImageAnswer>& answers, bool acceptChanged) {
@@ -91,21 +93,38 @@ void CountUnresolved(ImageList& list, bool acceptChanged) {
     }
 }
 
+/// Asks the image that was found what it is.
+void Identify(ImageAnswer& answer, ImageExaminer& examiner, std::vector<std::string>& doubts) {
+    try {
+        answer.found.pin = examiner.Identify(answer.found.path);
+    } catch (const Failure& failure) {
+        answer.unread = failure.Cause();
+        const bool isTold = answer.found.pin && !answer.found.match;  // that it can't be held against it
+        if (!isTold) {
+            doubts.push_back(fmt::format("the program image {} of {} can't be pinned: {}", Shown(answer.found.path),
+                                         Quoted(answer.recorded.name), failure.Cause()));
+        }
+        return;
+    }
+    answer.found.match = PinMatch::Same;
+    if (answer.how == ImageAnswer::How::Recorded) {
+        answer.recorded = answer.found;
+    }
+}
+
 }  // namespace
 
-std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged) {
+std::vector<Pin> MakePins(ImageList& list, ImageExaminer& examiner, bool acceptChanged) {
     std::vector<Pin> pins;
     std::map<std::string, std::uint32_t> counts;
-    for (ImageAnswer& answer : answers) {
+    for (ImageAnswer& answer : list.answers) {
         const std::string& name = answer.recorded.name;
         const std::uint32_t nth = counts[name]++;
         if (IsResolved(answer, acceptChanged)) {
-            answer.found.pin = examiner.Identify(answer.found.path);
-            answer.found.match = PinMatch::Same;
+            Identify(answer, examiner, list.doubts);
+        }
+        if (IsResolved(answer, acceptChanged)) {
             pins.push_back({name, nth, *answer.found.pin});
-            if (answer.how == ImageAnswer::How::Recorded) {
-                answer.recorded = answer.found;
-            }
         } else if (answer.recorded.pin) {
             pins.push_back({name, nth, *answer.recorded.pin});
         }
@@ -126,7 +145,7 @@ ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool accept
     for (Recorded recorded{Container(path)};;) {
         ImageList list = MakeList(path, recorded, finder);
         const std::vector<Pin> pins =
-            parts.pins ? MakePins(list.answers, finder.Examiner(), acceptChanged) : recorded.pins.pins;
+            parts.pins ? MakePins(list, finder.Examiner(), acceptChanged) : recorded.pins.pins;
         CaptureEditor editor(path, mode);
         if (Recorded now(editor.Contents()); now != recorded) {
             recorded = std::move(now);

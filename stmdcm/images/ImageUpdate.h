@@ -16,7 +16,7 @@ struct ImageList {
     std::string path;
     std::vector<ImageAnswer> answers;
     std::vector<std::string> doubts;  ///< sentences
-    std::size_t unresolved = 0;       ///< images that are missing, or changed and not accepted
+    std::size_t unresolved = 0;       ///< images that are missing, not readable, or changed and not accepted
     bool hasChanges = false;          ///< there are new places or pins to record
     bool isWritten = false;
 };
@@ -27,9 +27,9 @@ struct ImageParts {
     bool pins = false;   ///< what each file is, docs/pins.md
 };
 
-/// The pins of the images that were found, or accepted, which get them; the others keep what pins they have. Throws
-/// Failure for an image that can't be read.
-std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged);
+/// The pins of the images that were found, or accepted, which get them; the others keep what pins they have. One that
+/// can't be read counts no longer as found, which is a doubt more.
+std::vector<Pin> MakePins(ImageList& list, ImageExaminer& examiner, bool acceptChanged);
 
 /// How the images of a capture are, as far as `finder` finds them. Throws Failure.
 ImageList ListImages(const std::string& path, ImageFinder& finder);

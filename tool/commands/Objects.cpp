@@ -99,9 +99,9 @@ class Objects final : public Command {
             "A capture holds the path and the modification time of each image, not what is in it: a file with that "
             "time is called \"same time, not proven\". One with another time is not what ran, and is never recorded "
             "without being told. Once --pin has told the capture what they are (docs/pins.md), content decides, not "
-            "time, and --search finds them under whatever name. Ends with status 1 when an image is missing or "
-            "changed, with status 3 when the others were "
-            "recorded.\n\nExample:\n"
+            "time, and --search finds them under whatever name. Ends with status 1 when an image is missing, "
+            "changed or not readable, with status 3 when the others were recorded, or something is "
+            "doubtful.\n\nExample:\n"
             "  stmdcm objects capture.tdf --pin\n"
             "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
     }
