@@ -65,6 +65,7 @@ TEST_F(HelpTest, TellsOfEveryCommandAndOptionAndGoesToStandardOutput) {
         EXPECT_THAT(program.out, HasSubstr("\n  " + command->get_name() + " "));
     }
     EXPECT_EQ(Contains(Run("completion --help").out, "Exit status:"), false);
+    EXPECT_THAT(Run("show --help").out, HasSubstr("--get PROPERTY,..."));
 }
 
 TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
