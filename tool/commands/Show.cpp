@@ -97,6 +97,8 @@ class Show final : public Command {
 
     void Check() override { m_files.RequireAny("FILE"); }
 
+    bool LoadsPlugin() const override { return true; }
+
     ExitStatus Run(const Context& context) override {
         for (const std::string& name : m_wanted) {
             RequireProperty(name);
