@@ -79,20 +79,27 @@ class Writer {
     std::map<std::string, std::string> m_files;  ///< by hash
 };
 
-void RequireFound(Bundle& bundle, bool force) {
-    for (const ImageAnswer& answer : bundle.images.answers) {
+std::string WhyNotFound(const ImageAnswer& answer) {
+    const ObjectFile& file = answer.recorded;
+    const bool isUnknown = file.DiskState() == ObjectFile::State::Unknown;
+    return !answer.unread.empty() ? answer.unread : isUnknown ? file.WhyUnknown() : file.DiskStateName();
+}
+
+/// Gives the sentences about those that are not, with `force`.
+std::vector<std::string> RequireFound(const ImageList& images, bool force) {
+    std::vector<std::string> missing;
+    for (const ImageAnswer& answer : images.answers) {
         if (!answer.IsPresent()) {
-            bundle.doubts.push_back(fmt::format("the program image of {}, {}, is not in the bundle: {}",
-                                                Quoted(answer.recorded.name), Shown(answer.recorded.path),
-                                                answer.recorded.DiskStateName()));
+            missing.push_back(fmt::format("the program image of {}, {}, is not in the bundle: {}",
+                                          Quoted(answer.recorded.name), Shown(answer.recorded.path),
+                                          WhyNotFound(answer)));
         }
     }
-    if (!bundle.doubts.empty() && !force) {
-        throw Failure(bundle.images.path,
-                      fmt::format("{}; --map and --search find images, --force goes on without them",
-                                  fmt::join(bundle.doubts, "; ")));
+    if (!missing.empty() && !force) {
+        throw Failure(images.path, fmt::format("{}; --map and --search find images, --force goes on without them",
+                                               fmt::join(missing, "; ")));
     }
-    bundle.doubts.insert(bundle.doubts.end(), bundle.images.doubts.begin(), bundle.images.doubts.end());
+    return missing;
 }
 
 }  // namespace
@@ -102,11 +109,13 @@ Bundle WriteBundle(const std::string& capture, ImageFinder& finder, bool force, 
         throw Failure(capture, "this is settings text; only captures have program images to bundle");
     }
     Bundle bundle{{}, ListImages(capture, finder)};
-    RequireFound(bundle, force);
+    RequireFound(bundle.images, force);  // before they are hashed, which takes its time
+    const std::vector<Pin> pins = MakePins(bundle.images, finder.Examiner(), false);
+    bundle.doubts = RequireFound(bundle.images, force);
+    bundle.doubts.insert(bundle.doubts.end(), bundle.images.doubts.begin(), bundle.images.doubts.end());
     const Container container(capture);
-    const std::vector<Pin> pins = MakePins(bundle.images.answers, finder.Examiner(), false);
     std::vector<NewSection> sections;
-    if (pins != PinList::Of(container).pins) {
+    if (!PinList::Of(container).Is(pins)) {
         sections.push_back({kPinSectionName, kPinSectionVersion, EncodePins(pins)});
     }
     Writer writer(bundle, folder);

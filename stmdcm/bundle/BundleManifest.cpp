@@ -185,7 +185,15 @@ std::string BundleManifest::Text() const {
 }
 
 BundleManifest BundleManifest::Parse(std::string_view text, const std::string& path) {
-    return Parser(text, path).Parse();
+    BundleManifest manifest = Parser(text, path).Parse();
+    if (const std::string form = manifest.Text(); form != text) {
+        const auto* const differing = std::mismatch(text.begin(), text.end(), form.begin(), form.end()).first;
+        const auto line = std::count(text.begin(), differing, '\n') + 1;
+        throw Failure(path, fmt::format("this is no bundle of stmdcm: line {} is not written as stmdcm writes it: "
+                                        "sizes without zeros in front, small letters, and % for no plain character",
+                                        line));
+    }
+    return manifest;
 }
 
 }  // namespace stmdcm

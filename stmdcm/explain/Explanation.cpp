@@ -16,8 +16,8 @@ const char* StandingName(Standing standing) {
     return kNames[static_cast<std::size_t>(standing)];
 }
 
-std::vector<Explanation> Explain(const std::string& path, const std::string& name) {
-    const StatingFile file(path);
+Explained Explain(const std::string& path, const std::string& name) {
+    StatingFile file(path);
     std::vector<Explanation> found;
     if (const auto* row = Zu::Wep::Trace::FindStmProperty(name)) {
         found.push_back(ExplainProperty(file, *row));
@@ -26,12 +26,16 @@ std::vector<Explanation> Explain(const std::string& path, const std::string& nam
         std::vector<Explanation> more = explain(file, name);
         std::move(more.begin(), more.end(), std::back_inserter(found));
     }
-    if (found.empty()) {
-        throw Failure(path, fmt::format("there is no property, use case or program image {}; stmdcm show tells what "
-                                        "there is, and its use cases go by the name of the module",
-                                        Quoted(name)));
+    return {std::move(file.reading), std::move(found)};
+}
+
+void Explained::RequireAny(const std::string& name) const {
+    if (items.empty()) {
+        throw Failure(reading.path,
+                      fmt::format("there is no property, use case or program image {}; stmdcm show tells what "
+                                  "there is, and its use cases go by the name of the module",
+                                  Quoted(name)));
     }
-    return found;
 }
 
 }  // namespace stmdcm

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "stmdcm/reading/Findings.h"
+#include "stmdcm/reading/Reading.h"
 
 namespace stmdcm {
 
@@ -12,8 +12,8 @@ namespace stmdcm {
 enum class Standing : std::uint8_t {
     InForce,
     Overridden,  ///< it is read, and another place counts
-    NotInForce,  ///< its section is not read
-    NotRead,     ///< its section is, but not this line of it
+    NotInForce,  ///< its section is not the one that is read, or no host gets what is read of it
+    NotRead,     ///< no reader gets to its section, or to this line of it
     Beside       ///< it is no place of the configuration, but says something about it
 };
 
@@ -38,9 +38,19 @@ struct Explanation {
     std::vector<Statement> statements;  ///< in the order of reading, then those that are not in force
 };
 
+/// What a file says about a name.
+struct Explained {
+    Reading reading;  ///< of the whole file: whether a host loads it, and what of it is not read
+    std::vector<Explanation> items;
+
+    /// Throws Failure where nothing goes by the name.
+    void RequireAny(const std::string& name) const;
+};
+
 /// Explains every property, use case and image that goes by that name in a capture or a settings file: a property by
-/// its name; a use case by "job N, module N", its module's name or its source; an image by its name or its path. Throws
-/// Failure where there is none, or the file can't be read.
-std::vector<Explanation> Explain(const std::string& path, const std::string& name);
+/// its name; a use case by "job N, module N", its module's name or its source; an image by its name or its path. In
+/// force is what a host gets: of a capture that no host loads that is the images alone. Throws Failure where the file
+/// can't be read.
+Explained Explain(const std::string& path, const std::string& name);
 
 }  // namespace stmdcm

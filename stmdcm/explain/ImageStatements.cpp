@@ -33,13 +33,12 @@ void AddEntries(const StatingSection& section, const std::string& name, std::vec
                             section.place,
                             fmt::format("{}, recorded {}", Escaped(file.path), InWords(Unit::UnixTime, file.recorded)),
                             "",
-                            Standing::NotInForce,
+                            section.standing,
                             fmt::format("entry {}; {}", i + 1, section.why)};
-        if (section.isRead && explanation.value.empty()) {
-            statement.standing = Standing::InForce;
+        if (section.IsRead() && explanation.value.empty()) {
             statement.why += fmt::format("; on this machine: {}", file.DiskStateName());
             explanation.value = Escaped(file.path);
-        } else if (section.isRead) {
+        } else if (section.IsRead()) {
             statement.standing = Standing::Beside;
             statement.why += "; kept, and asked for the name a reader gives the first";
         }
@@ -61,7 +60,7 @@ void AddPins(const StatingSection& section, std::vector<Explanation>& found) {
             {section.name, section.place,
              fmt::format("{} bytes, SHA-256 {}, {}", pin.image.size, InHexadecimal(pin.image.sha256),
                          id.empty() ? "no build-id" : "build-id " + id),
-             "", section.isRead ? Standing::Beside : Standing::NotInForce, section.why});
+             "", section.IsRead() ? Standing::Beside : section.standing, section.why});
     }
 }
 

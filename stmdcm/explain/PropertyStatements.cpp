@@ -26,7 +26,7 @@ class Listener final : public TextReporter {
     void OnProperty(std::size_t line, const PropertyLine& property) override {
         if (property.name == m_row.name) {
             Add(line, std::string(property.value), InWords(PropertyOf(m_row, NumberOf(m_settings.properties, m_row))),
-                m_section.isRead ? Standing::InForce : Standing::NotInForce, m_section.why);
+                m_section.standing, m_section.why);
         }
     }
     void OnPropertiesEnd(std::size_t line, PropertiesEnd why, std::string_view text) override {
@@ -112,6 +112,7 @@ void TellWinner(std::vector<Statement>& statements) {
 }  // namespace
 
 Explanation ExplainProperty(const StatingFile& file, const StmProperty& row) {
+    const bool isLoaded = file.reading.isLoaded;
     Settings settings;
     const std::string start = InWords(PropertyOf(row, NumberOf(settings.properties, row)));
     Explanation explanation{"property", row.name, "", {}};
@@ -120,20 +121,20 @@ Explanation ExplainProperty(const StatingFile& file, const StmProperty& row) {
                           {},
                           start,
                           "",
-                          Standing::InForce,
+                          isLoaded ? Standing::InForce : Standing::NotInForce,
                           "a manager begins with it, or with what its CPU's settings file on that machine says"});
     std::vector<Statement> others;
     for (const StatingSection& section : file.Of(kDeviceSectionName)) {
         Settings alone;
-        ListenToDevice(section, row, section.isRead ? settings : alone, section.isRead ? statements : others);
+        ListenToDevice(section, row, section.IsRead() ? settings : alone, section.IsRead() ? statements : others);
     }
     const StmProperties ofDevice = settings.properties;
     for (const StatingSection& section : file.Of(file.settings)) {
         Settings alone;
         alone.properties = ofDevice;
-        ListenToText(file, section, row, section.isRead ? settings : alone, section.isRead ? statements : others);
+        ListenToText(file, section, row, section.IsRead() ? settings : alone, section.IsRead() ? statements : others);
     }
-    explanation.value = InWords(PropertyOf(row, NumberOf(settings.properties, row)));
+    explanation.value = isLoaded ? InWords(PropertyOf(row, NumberOf(settings.properties, row))) : "";
     TellWinner(statements);
     statements.insert(statements.end(), others.begin(), others.end());
     return explanation;

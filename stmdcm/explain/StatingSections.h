@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,11 +12,13 @@ namespace stmdcm {
 
 /// A part of a file that may state something, with what it says.
 struct StatingSection {
-    std::string name;  ///< of the section; empty for a settings file
-    Place place;       ///< of its header
-    std::string text;  ///< the payload, as far as the file holds it
-    bool isRead = true;
-    std::string why;  ///< it is read, when, or why not
+    std::string name;                       ///< of the section; empty for a settings file
+    Place place;                            ///< of its header
+    std::string text;                       ///< the payload, as far as the file holds it
+    Standing standing = Standing::InForce;  ///< of what it says, where nothing else in it counts instead
+    std::string why;                        ///< it is read, when, or why not
+
+    bool IsRead() const { return standing == Standing::InForce; }
 };
 
 /// Everything of a file that may state something.
@@ -25,14 +27,16 @@ struct StatingFile {
 
     /// The sections of that name, the one that is read first.
     std::vector<StatingSection> Of(const std::string& name) const;
-    /// The text that is read of that section; empty for none.
-    std::string TextInForce(const std::string& name) const;
 
+    Reading reading;
     std::vector<StatingSection> sections;  ///< a settings file is one that is called kSettingsFile
     Zu::Wep::Trace::LineLimits limits;     ///< of its settings text
     std::string settings;                  ///< the name of the sections that hold settings text
 
     static constexpr char kSettingsFile[] = "";
+
+  private:
+    void Add(const Container& capture, const Section& section, std::uint64_t next);
 };
 
 }  // namespace stmdcm

@@ -95,7 +95,7 @@ class UsecaseListener {
             if (std::find(each.values.begin(), each.values.end(), m_name) != each.values.end()) {
                 Of(each.kind, m_name)
                     .statements.push_back({SourceOf(section), section.place.AtLine(each.opener), "", "",
-                                           section.isRead ? Standing::NotRead : Standing::NotInForce,
+                                           section.IsRead() ? Standing::NotRead : section.standing,
                                            fmt::format("the block is dropped on line {}: it is broken off, or a line "
                                                        "of it is none; no block of its kind behind it is read",
                                                        each.line)});
@@ -121,15 +121,13 @@ class UsecaseListener {
     void Add(const StatingSection& section, UsecaseKind kind, const std::string& key, std::size_t line,
              std::string fields) {
         Explanation& explanation = Of(kind, key);
-        const bool isTwin = section.isRead && !explanation.value.empty();
-        Statement statement{SourceOf(section), section.place.AtLine(line), std::move(fields), "", Standing::InForce,
+        const bool isTwin = section.IsRead() && !explanation.value.empty();
+        Statement statement{SourceOf(section), section.place.AtLine(line), std::move(fields), "", section.standing,
                             section.why};
-        if (!section.isRead) {
-            statement.standing = Standing::NotInForce;
-        } else if (isTwin) {
+        if (isTwin) {
             statement.standing = Standing::Beside;
             statement.why = "kept as another one of that key; who asks for one gets the first";
-        } else {
+        } else if (section.IsRead()) {
             explanation.value = statement.value;
         }
         explanation.statements.push_back(std::move(statement));

@@ -62,13 +62,15 @@ class PinnedImage {
             m_answer.found = At(m_answer.recorded, m_same);
             m_answer.found.match = PinMatch::Same;
             m_answer.how = ImageAnswer::How::Searched;
-            m_answer.candidates.clear();
         }
         std::sort(m_answer.candidates.begin(), m_answer.candidates.end());
         for (const std::string& candidate : m_answer.candidates) {
             doubts.push_back(
                 fmt::format("{} has the build-id of the image of {}, but another content, so it is not taken",
                             Shown(candidate), Quoted(m_answer.recorded.name)));
+        }
+        if (!m_same.empty()) {
+            m_answer.candidates.clear();
         }
     }
 
@@ -96,6 +98,9 @@ ImageAnswer ImageFinder::Map(ObjectFile file) {
 }
 
 void ImageFinder::HoldAgainstPin(ObjectFile& file) {
+    if (!file.IsThere()) {
+        return;
+    }
     try {
         file.HoldAgainstPin(m_examiner);
     } catch (const Failure& failure) {

@@ -19,9 +19,10 @@ struct ImageAnswer {
     ObjectFile found;                     ///< the one to use, which may be missing or changed, too
     How how = How::Recorded;              ///< where it was found
     std::vector<std::string> candidates;  ///< several that were found, none of which was chosen
+    std::string unread = {};              ///< why it can't be read, though it is there: a clause
 
     const char* HowName() const;
-    bool IsPresent() const { return found.IsPresent(); }
+    bool IsPresent() const { return found.IsPresent() && unread.empty(); }
 };
 
 /// Finds the program images of captures: by mappings, then by searching. One with a pin is searched by that, whatever

@@ -61,6 +61,10 @@ ImageList MakeList(const std::string& path, const Recorded& recorded, ImageFinde
     if (!recorded.pins.isComplete) {
         list.doubts.emplace_back("the pins end within one; the whole ones before it count");
     }
+    for (const Section& section : recorded.pins.unknown) {
+        list.doubts.push_back(fmt::format("{} at {} has version {}, not {}, and its pins count for nothing",
+                                          kPinSectionName, section.offset, section.version, kPinSectionVersion));
+    }
     for (const std::vector<std::string>& more : {NotLookedAt(list.answers), finder.Doubts()}) {
         list.doubts.insert(list.doubts.end(), more.begin(), more.end());
     }
@@ -68,7 +72,8 @@ ImageList MakeList(const std::string& path, const Recorded& recorded, ImageFinde
 }
 
 bool IsResolved(const ImageAnswer& answer, bool acceptChanged) {
-    return answer.IsPresent() || (acceptChanged && answer.found.modified && answer.candidates.empty());
+    const bool isAccepted = acceptChanged && answer.found.IsThere() && answer.candidates.empty();
+    return answer.unread.empty() && (answer.found.IsPresent() || isAccepted);
 }
 
 std::string Encode(const std::vector<ImageAnswer>& answers, bool acceptChanged) {
@@ -82,34 +87,44 @@ std::string Encode(const std::vector<ImageAnswer>& answers, bool acceptChanged) 
     return payload;
 }
 
-/// An image that can't be read is told with the capture that it is of.
-std::vector<Pin> PinsOf(ImageList& list, ImageExaminer& examiner, bool acceptChanged) try {
-    return MakePins(list.answers, examiner, acceptChanged);
-} catch (const Failure& failure) {
-    throw Failure(list.path, fmt::format("{}: {}", Shown(failure.File()), failure.Cause()));
-}
-
 void CountUnresolved(ImageList& list, bool acceptChanged) {
     for (const ImageAnswer& answer : list.answers) {
         list.unresolved += IsResolved(answer, acceptChanged) ? 0U : 1U;
     }
 }
 
+/// Asks the image that was found what it is.
+void Identify(ImageAnswer& answer, ImageExaminer& examiner, std::vector<std::string>& doubts) {
+    try {
+        answer.found.pin = examiner.Identify(answer.found.path);
+    } catch (const Failure& failure) {
+        answer.unread = failure.Cause();
+        const bool isTold = answer.found.pin && !answer.found.match;  // that it can't be held against it
+        if (!isTold) {
+            doubts.push_back(fmt::format("the program image {} of {} can't be pinned: {}", Shown(answer.found.path),
+                                         Quoted(answer.recorded.name), failure.Cause()));
+        }
+        return;
+    }
+    answer.found.match = PinMatch::Same;
+    if (answer.how == ImageAnswer::How::Recorded) {
+        answer.recorded = answer.found;
+    }
+}
+
 }  // namespace
 
-std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged) {
+std::vector<Pin> MakePins(ImageList& list, ImageExaminer& examiner, bool acceptChanged) {
     std::vector<Pin> pins;
     std::map<std::string, std::uint32_t> counts;
-    for (ImageAnswer& answer : answers) {
+    for (ImageAnswer& answer : list.answers) {
         const std::string& name = answer.recorded.name;
         const std::uint32_t nth = counts[name]++;
         if (IsResolved(answer, acceptChanged)) {
-            answer.found.pin = examiner.Identify(answer.found.path);
-            answer.found.match = PinMatch::Same;
+            Identify(answer, examiner, list.doubts);
+        }
+        if (IsResolved(answer, acceptChanged)) {
             pins.push_back({name, nth, *answer.found.pin});
-            if (answer.how == ImageAnswer::How::Recorded) {
-                answer.recorded = answer.found;
-            }
         } else if (answer.recorded.pin) {
             pins.push_back({name, nth, *answer.recorded.pin});
         }
@@ -129,7 +144,8 @@ ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool accept
                        ImageParts parts) {
     for (Recorded recorded{Container(path)};;) {
         ImageList list = MakeList(path, recorded, finder);
-        const std::vector<Pin> pins = parts.pins ? PinsOf(list, finder.Examiner(), acceptChanged) : recorded.pins.pins;
+        const std::vector<Pin> pins =
+            parts.pins ? MakePins(list, finder.Examiner(), acceptChanged) : recorded.pins.pins;
         CaptureEditor editor(path, mode);
         if (Recorded now(editor.Contents()); now != recorded) {
             recorded = std::move(now);
@@ -142,7 +158,7 @@ ImageList UpdateImages(const std::string& path, ImageFinder& finder, bool accept
         if (parts.places && !recorded.objectFiles.starts_with(updated)) {
             sections.push_back({kCommonSectionName, kCommonSectionVersion, std::move(updated)});
         }
-        if (pins != recorded.pins.pins) {
+        if (parts.pins && !recorded.pins.Is(pins)) {
             sections.push_back({kPinSectionName, kPinSectionVersion, EncodePins(pins)});
         }
         list.hasChanges = !sections.empty();

@@ -17,7 +17,7 @@ struct ImageList {
     std::vector<ImageAnswer> answers;
     bool isComplete = true;           ///< false: the capture's list ends within an image, which is not among them
     std::vector<std::string> doubts;  ///< sentences
-    std::size_t unresolved = 0;       ///< images that are missing, or changed and not accepted
+    std::size_t unresolved = 0;       ///< images that are missing, not readable, or changed and not accepted
     bool hasChanges = false;          ///< there are new places or pins to record
     bool isWritten = false;
 };
@@ -28,9 +28,9 @@ struct ImageParts {
     bool pins = false;   ///< what each file is, docs/pins.md
 };
 
-/// The pins of the images that were found, or accepted, which get them; the others keep what pins they have. Throws
-/// Failure for an image that can't be read.
-std::vector<Pin> MakePins(std::vector<ImageAnswer>& answers, ImageExaminer& examiner, bool acceptChanged);
+/// The pins of the images that were found, or accepted, which get them; the others keep what pins they have. One that
+/// can't be read counts no longer as found, which is a doubt more.
+std::vector<Pin> MakePins(ImageList& list, ImageExaminer& examiner, bool acceptChanged);
 
 /// How the images of a capture are, as far as `finder` finds them. Throws Failure.
 ImageList ListImages(const std::string& path, ImageFinder& finder);

@@ -86,7 +86,7 @@ std::shared_ptr<ImageExaminer::Answer> ImageExaminer::AnswerOf(const std::string
         Fail(path);
     }
     if (!S_ISREG(info.st_mode)) {
-        throw Failure(path, "this is no regular file, so no program image");
+        throw Failure(path, kNoRegularFile);
     }
     const std::lock_guard lock(m_mutex);
     auto& answer = m_answers[FileStamp(info)];

@@ -13,6 +13,9 @@
 
 namespace stmdcm {
 
+/// Why something else than a file is none.
+inline constexpr char kNoRegularFile[] = "this is no regular file, so no program image";
+
 /// Asks files what they are: each once, however many pins it is held against, as long as it is not written. A file is
 /// read in pieces of 128 KiB. Several threads may share one, and several processes after ShareAmongForked.
 class ImageExaminer {

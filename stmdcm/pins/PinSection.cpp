@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "stmdcm/capture/Container.h"
 #include "trace/format/LittleEndian.h"
 
 namespace stmdcm {
@@ -74,6 +73,12 @@ PinList PinList::Of(const Container& capture) {
     PinList list;
     if (const Section* section = capture.Find(kPinSectionName, kPinSectionVersion)) {
         list.isComplete = ReadPins(capture.ReadPayload(*section), list.pins) && !capture.IsTorn(*section);
+    }
+    for (const Section& section : capture.Sections()) {
+        if (section.use == SectionUse::Read && section.version != kPinSectionVersion &&
+            capture.HasName(section, kPinSectionName)) {
+            list.unknown.push_back(section);
+        }
     }
     return list;
 }

@@ -7,11 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "stmdcm/capture/Container.h"
 #include "stmdcm/pins/ImageIdentity.h"
 
 namespace stmdcm {
-
-class Container;
 
 inline constexpr char kPinSectionName[] = "IMAGE_PINS";
 inline constexpr int kPinSectionVersion = 1;
@@ -33,11 +32,14 @@ bool ReadPins(std::string_view payload, std::vector<Pin>& pins);
 /// The pins of a capture.
 struct PinList {
     std::vector<Pin> pins;
-    bool isComplete = true;  ///< false: the section ends within one, and those in front of it count
+    bool isComplete = true;        ///< false: the section ends within one, and those in front of it count
+    std::vector<Section> unknown;  ///< sections of pins of another version, which are passed over
 
     /// Of the section that a search finds; none where there is no such section.
     static PinList Of(const Container& capture);
 
+    /// Whether the capture has just these, and all that is there is whole.
+    bool Is(const std::vector<Pin>& others) const { return isComplete && pins == others; }
     /// nullptr for none.
     const ImageIdentity* Find(std::string_view name, std::uint32_t nth) const;
 };

@@ -1,11 +1,12 @@
 #include "stmdcm/reading/Configuration.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 
+#include "source_utilities/ErrnoText.h"
 #include "stmdcm/pins/ImageExaminer.h"
-#include "trace/dcm/ModificationTime.h"
 
 namespace stmdcm {
 
@@ -40,9 +41,12 @@ std::uint32_t DataOptionsOf(const CTUsecaseInfoIF& usecase) {
 std::string MonitorUsecase::Key() const { return fmt::format("job {}, module {}", job, moduleId); }
 
 void ObjectFile::LookAtDisk() {
-    modified = ModificationTime(path);
+    struct stat info {};
+    const bool isThere = ::stat(path.c_str(), &info) == 0;
+    modified = isThere ? std::optional<std::int64_t>(info.st_mtime) : std::nullopt;
     const bool isGone = !modified && (errno == ENOENT || errno == ENOTDIR);
     diskError = modified || isGone ? 0 : errno;
+    isRegular = !isThere || S_ISREG(info.st_mode);
     match.reset();
 }
 
@@ -53,8 +57,8 @@ void ObjectFile::HoldAgainstPin(ImageExaminer& examiner) {
 }
 
 ObjectFile::State ObjectFile::DiskState() const {
-    if (!modified) {
-        return diskError == 0 ? State::Missing : State::Unknown;
+    if (!modified || !isRegular) {
+        return diskError == 0 && isRegular ? State::Missing : State::Unknown;
     }
     if (match) {
         constexpr State kOfMatch[] = {State::Captured, State::OtherContent, State::OtherImage};
@@ -68,6 +72,11 @@ const char* ObjectFile::DiskStateName() const {
         "same time, not proven",        "changed",      "missing", "unknown", "as captured",
         "same build-id, other content", "another image"};
     return kNames[static_cast<std::size_t>(DiskState())];
+}
+
+std::string ObjectFile::WhyUnknown() const {
+    return isRegular ? fmt::format("it can't be looked at: {}", ZU_WEP::ErrnoText(diskError))
+                     : std::string(kNoRegularFile);
 }
 
 }  // namespace stmdcm

@@ -154,7 +154,7 @@ struct ObjectFile {
         Present,  ///< a file of the recorded time, as any may be
         Changed,
         Missing,
-        Unknown,
+        Unknown,       ///< it can't be looked at, or is no regular file
         Captured,      ///< by its pin, whatever its time is
         OtherContent,  ///< of the build-id of its pin, but not that image
         OtherImage     ///< not that of its pin
@@ -165,17 +165,22 @@ struct ObjectFile {
     std::int64_t recorded = 0;                  ///< modification time
     std::optional<std::int64_t> modified = {};  ///< of the file on disk, nothing where there is none
     int diskError = 0;                          ///< the `errno` that tells why it can't be looked at
+    bool isRegular = true;                      ///< false: something else is there, which is no image
     std::optional<ImageIdentity> pin = {};      ///< the image that was captured, where the capture has it pinned
     std::optional<PinMatch> match = {};         ///< what the file is to its pin; nothing: nobody has asked
 
-    /// Sets `modified` and `diskError`, and forgets `match`.
+    /// Sets `modified`, `diskError` and `isRegular`, and forgets `match`.
     void LookAtDisk();
     /// Sets `match`, where there is a pin and a file. Throws Failure for one that can't be read.
     void HoldAgainstPin(ImageExaminer& examiner);
     /// It is what was captured, as far as is known.
     bool IsPresent() const { return DiskState() == State::Present || DiskState() == State::Captured; }
+    /// There is a file, whichever it is.
+    bool IsThere() const { return DiskState() != State::Missing && DiskState() != State::Unknown; }
     State DiskState() const;
     const char* DiskStateName() const;
+    /// Why the state is Unknown: a clause.
+    std::string WhyUnknown() const;
     std::string Key() const { return name; }
 
     template <class Visitor>

@@ -146,6 +146,7 @@ inline constexpr FindingKind kFindingKinds[] = {
      &kSearch},
     {"O-NOT-COMPARED", Severity::Warning, "An object file can't be held against its pin."},
     {"O-PINS-TORN", Severity::Warning, "The pins of the object files end within one."},
+    {"O-PINS-VERSION", Severity::Warning, "A section of pins has a version that stmdcm does not know."},
     {"O-EMPTY-PATH", Severity::Warning, "An object file is recorded without a path."},
     {"O-DUPLICATE", Severity::Warning, "Two object files are recorded under one name."},
 

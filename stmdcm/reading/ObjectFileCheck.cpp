@@ -78,8 +78,8 @@ std::vector<std::string> NotLookedAt(const std::vector<ObjectFile>& files) {
     std::vector<std::string> sentences;
     for (const ObjectFile& file : files) {
         if (file.DiskState() == ObjectFile::State::Unknown) {
-            sentences.push_back(fmt::format("the program image {} of {} can't be looked at: {}", Shown(file.path),
-                                            Quoted(file.name), ZU_WEP::ErrnoText(file.diskError)));
+            sentences.push_back(
+                fmt::format("the program image {} of {}: {}", Shown(file.path), Quoted(file.name), file.WhyUnknown()));
         }
     }
     return sentences;

@@ -118,6 +118,11 @@ class Reader {
                            fmt::format("the pins end within number {}", pins.pins.size() + 1),
                            fmt::format("passed over; stmdcm takes the {} in front of it", pins.pins.size()));
         }
+        for (const Section& section : pins.unknown) {
+            m_findings.Add(Kind("O-PINS-VERSION"), {kPinSectionName, section.offset},
+                           fmt::format("the version is {}, not {}", section.version, kPinSectionVersion),
+                           "passed over; these pins count for nothing");
+        }
         return pins;
     }
 

@@ -147,6 +147,7 @@ const Case kTails[] = {
     {MakeSection("DEVID", 2, ""), "C-OTHER-VERSION"},
     {MakeSection("TRACE", 2, "") + MakeSection("TRACE", 2, ""), "C-REPEATED"},
     {MakeSection("IMAGE_PINS", 1, std::string("a\0b", 3)), "O-PINS-TORN"},
+    {MakeSection("IMAGE_PINS", 2, "abc"), "O-PINS-VERSION"},
     {MakeSection("DEVID", Zu::Wep::Trace::Retired(1), ""), "C-RETIRED"},
 };
 

@@ -62,6 +62,7 @@ TEST_F(ConvertTest, WorksInPipes) {
                     {"show --json - </dev/null", 1, "stmdcm: -: the file is empty"},
                     {"convert - - --as capture <" + full, 1, "use apply"},
                     {"convert --json - - <" + full, 2, "--json"},
+                    {"sections --plugin x.so " + full, 2, "sections loads no plug-in; leave --plugin out"},
                     {"show - --plugin x.so <" + full, 2, "--plugin needs a file"}});
     ExpectNothingLeft(2);
 }

@@ -65,6 +65,7 @@ TEST_F(HelpTest, TellsOfEveryCommandAndOptionAndGoesToStandardOutput) {
         EXPECT_THAT(program.out, HasSubstr("\n  " + command->get_name() + " "));
     }
     EXPECT_EQ(Contains(Run("completion --help").out, "Exit status:"), false);
+    EXPECT_THAT(Run("show --help").out, HasSubstr("--get PROPERTY,..."));
 }
 
 TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
@@ -96,6 +97,11 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
         {"sections $(printf '\\033[2J') b", "the argument \"b\" is one too many for sections", " sections"},
         {"sections a $(printf '\\033[2J\\302\\233\\377')",
          "the argument \"\\x1b[2J\\xc2\\x9b\\xff\" is one too many for sections", " sections"},
+        {"convert a -o b.tdf --as settings", "--as requires -o -: what a file is to be, its name says", " convert"},
+        {"history f --prune 1 --force", "--force requires --output", " history"},
+        {"extract f n --force", "--force requires --output", " extract"},
+        {"live --cpu c --force", "--force requires --save", " live"},
+        {"check --list --portable", "--list excludes --portable", " check"},
         {"demo --color", "--color needs a value, WHEN", " demo"},
     };
     for (const auto& c : cases) {

@@ -60,9 +60,9 @@ struct ImagesTest : testing::Test {
         return stmdcm_test::WriteDated(path, modified);
     }
     /// A capture with one image, recorded at that path.
-    void Record(const std::string& path) {
+    void Record(const std::string& path, std::int64_t recorded = kRecorded) {
         std::string payload;
-        Zu::Wep::Trace::AppendObjectFileEntry(payload, {"core0", path, kRecorded});
+        Zu::Wep::Trace::AppendObjectFileEntry(payload, {"core0", path, recorded});
         WriteWhole(m_file, ReadWhole(STMDCM_TEST_DATA "/full.tdf"));
         CaptureEditor(m_file).Replace({{"DCM_COMMON", 1, payload}});
     }
@@ -137,6 +137,18 @@ TEST_F(ImagesTest, CallsNothingMissingThatCantBeLookedAt) {
         EXPECT_STREQ(list.answers.front().found.DiskStateName(), "unknown");
         ASSERT_EQ(list.doubts.size(), 1U);
         EXPECT_TRUE(list.doubts.front().ends_with(std::string("can't be looked at: ") + cause)) << list.doubts.front();
+    }
+    const std::string pipe = m_directory / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& place : {pipe, m_directory / "search", std::string("/dev/null")}) {
+        struct stat info {};
+        ASSERT_EQ(::stat(place.c_str(), &info), 0);
+        Record(place, info.st_mtime);
+        const ImageList list = Update(true);
+        EXPECT_EQ(StatusOf(list), ExitStatus::Failed) << place;
+        EXPECT_STREQ(list.answers.front().found.DiskStateName(), "unknown");
+        ASSERT_EQ(list.doubts.size(), 1U);
+        EXPECT_TRUE(list.doubts.front().ends_with("no regular file, so no program image")) << list.doubts.front();
     }
     Record(Image("a.out") + "/b.out");
     EXPECT_STREQ(Now().DiskStateName(), "missing");
@@ -228,12 +240,49 @@ TEST_F(PinsTest, SearchFindsTheImageUnderAnyNameAndTime) {
         EXPECT_EQ(unsure.answers.front().candidates.size(), id.empty() ? 0U : 2U);
         Put("search/y/other.elf", Elf(id, "code"), 5);
         const std::string first = Put("search/x/renamed.elf", Elf(id, "code"), 7);
-        EXPECT_EQ(StatusOf(Update(false)), ExitStatus::Done);
+        const ImageList found = Update(false);
+        EXPECT_EQ(std::count_if(found.doubts.begin(), found.doubts.end(), told), id.empty() ? 0 : 2);
+        EXPECT_EQ(StatusOf(found), id.empty() ? ExitStatus::Done : ExitStatus::Doubtful);
         EXPECT_EQ(std::tuple(Now().path, Now().recorded), std::tuple(first, 7));
         EXPECT_STREQ(Now().DiskStateName(), "as captured");
         std::filesystem::remove_all(m_directory / "search/x");
         std::filesystem::remove_all(m_directory / "search/y");
     }
+}
+
+TEST_F(PinsTest, OneThatCantBeReadCostsItselfAlone) {
+    const std::string image = Put("a.out", "code");
+    const std::string large = Put("b.out", "data");
+    std::string payload;
+    for (const std::string& path : {image, large}) {
+        Zu::Wep::Trace::AppendObjectFileEntry(payload, {path, path, kRecorded});
+    }
+    Record("");
+    CaptureEditor(m_file).Replace({{"DCM_COMMON", 1, payload}});
+    ImageFinder finder({}, {}, [&](const std::string& path, std::uint64_t /*done*/, std::uint64_t /*size*/) {
+        if (path == large) {
+            Put("b.out", std::string(1U << 20, 'x'), kRecorded + 1);  // while it is hashed
+        }
+    });
+    Put("b.out", std::string(1U << 20, 'd'));
+    const ImageList list = UpdateImages(m_file, finder, false, ChangeMode::Write, {false, true});
+    EXPECT_EQ(StatusOf(list), ExitStatus::Doubtful);
+    EXPECT_EQ(std::tuple(list.unresolved, list.doubts.size()), std::tuple(1U, 1U));
+    EXPECT_NE(PinList::Of(Container(m_file)).Find(image, 0), nullptr);
+    EXPECT_EQ(PinList::Of(Container(m_file)).Find(large, 0), nullptr);
+}
+
+TEST_F(PinsTest, TornOnesAreMendedAndThoseOfAnotherVersionTold) {
+    Record(Put("a.out", "code"));
+    Pin();
+    const std::string whole = Container(m_file).ReadPayload(*Container(m_file).Find("IMAGE_PINS", 1));
+    CaptureEditor(m_file).Replace({{"IMAGE_PINS", 1, whole + "core1"}});
+    EXPECT_TRUE(Pin().isWritten);
+    EXPECT_EQ(StatusOf(Pin()), ExitStatus::Done);
+    CaptureEditor(m_file).Replace({{"IMAGE_PINS", 2, whole}});
+    const ImageList list = Pin();
+    EXPECT_EQ(std::tuple(list.isWritten, StatusOf(list)), std::tuple(false, ExitStatus::Doubtful));
+    EXPECT_NE(list.doubts.front().find("has version 2, not 1"), std::string::npos) << list.doubts.front();
 }
 
 TEST_F(PinsTest, StayWhereACaptureIsChangedAndAreNothingToThePlugin) {

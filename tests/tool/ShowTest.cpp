@@ -74,6 +74,40 @@ TEST_F(ShowTest, SaysWhatIsWrong) {
     EXPECT_EQ(Run("show").status, 2);
 }
 
+TEST_F(ShowTest, ExplainSaysWhatShowSaysOfACaptureThatIsNotReadWhole) {
+    const char* const clock = "STM_DTC_target_clock_hz";
+    std::string bytes = Content(Sample("full.tdf"));
+    bytes[bytes.find("DEVID")] = 'X';
+    const std::string noDevice = Write("no-device.tdf", bytes);
+    const std::string unread = "not in force default, not read STMDECODERINFO";
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        // the file, the name, and the places with their standing
+        {noDevice, clock, unread},
+        {noDevice, "core0", "in force DCM_COMMON"},
+        {Sample("no-devid.tdf"), clock, unread},
+        {Sample("empty-devid.tdf"), clock, unread},
+        {Sample("empty-decoder.tdf"), clock, "not in force default"},
+        {Sample("orphan-payload.tdf"), clock, unread},
+        {Sample("zero-length.tdf"), clock, "not in force default"},
+        {Sample("huge-length.tdf"), clock, unread},
+        {Sample("short-length.tdf"), clock, "not in force default, not in force DEVID, not read STMDECODERINFO"},
+        {Sample("torn-payload.tdf"), clock, "overridden default, in force STMDECODERINFO"},
+        {Sample("malformed-common.tdf"), "core0", "in force DCM_COMMON"}};
+    for (const auto& [file, name, places] : cases) {
+        SCOPED_TRACE(file + " " + name);
+        const Result shown = Run("show " + file);
+        EXPECT_EQ(Run("explain " + file + " " + name).error, shown.error);
+        std::string told;
+        const Json explained = RunJson("explain " + file + " " + name, shown.status);
+        for (const Json& each : explained.at("items").at(0).at("statements")) {
+            told += (told.empty() ? "" : ", ") + each.at("standing").get<std::string>() + " " +
+                    each.at("source").get<std::string>();
+        }
+        EXPECT_EQ(told, places);
+        EXPECT_EQ(explained.at("loaded"), shown.status != 1);
+    }
+}
+
 TEST_F(ShowTest, ExplainTellsEachPlaceInItsOrderAndWhichCounts) {
     const std::string capture = Write("run.tdf", Content(Sample("full.tdf")));
     ASSERT_EQ(Run("set " + capture + " STM_ATB_Id=42 STM_STP_Version=3").status, 3);

@@ -65,6 +65,9 @@ class Command {
     /// Whether --json changes what it prints.
     virtual bool HasDocument() const { return true; }
 
+    /// Whether it loads the plug-in that --plugin names.
+    virtual bool LoadsPlugin() const { return false; }
+
     /// What it means that the work could not be done.
     virtual ExitStatus FailureStatus() const { return ExitStatus::Failed; }
 };

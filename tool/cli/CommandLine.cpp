@@ -60,7 +60,9 @@ void CommandLine::DeclareGlobals() {
             "Colours in the output: auto, always or never")
         ->check(OneOf({"auto", "always", "never"}))
         ->type_name("WHEN");
-    m_app.add_option("--plugin", m_options.plugin, "The plug-in to load instead of this program's own")
+    m_app
+        .add_option("--plugin", m_options.plugin,
+                    "The plug-in to load instead of this program's own, of show, check, recover, live and demo")
         ->type_name("FILE.so");
     m_app.add_flag("--json", m_options.json,
                    "Print JSON (docs/json.md) instead of text; extract and completion refuse it");
@@ -117,9 +119,7 @@ ExitStatus CommandLine::RunChosen() {
     const Context context{m_options, console, m_chosenName, m_chosen->FailureStatus()};
     try {
         return AsFailure([&] {
-            if (m_options.json && !m_chosen->HasDocument()) {
-                throw Failure(std::string(m_chosenName) + " has no JSON; leave --json out", Failure::Kind::Request);
-            }
+            RequireEffect();
             for (const std::string& file : FilesIn(*m_app.get_subcommands().front())) {
                 RefuseStandardOutputIn(file);
             }
@@ -127,6 +127,16 @@ ExitStatus CommandLine::RunChosen() {
         });
     } catch (const Failure& failure) {
         return context.Tell(failure);
+    }
+}
+
+/// Of the options that every command takes.
+void CommandLine::RequireEffect() const {
+    if (m_options.json && !m_chosen->HasDocument()) {
+        throw Failure(std::string(m_chosenName) + " has no JSON; leave --json out", Failure::Kind::Request);
+    }
+    if (!m_options.plugin.empty() && !m_chosen->LoadsPlugin()) {
+        throw Failure(std::string(m_chosenName) + " loads no plug-in; leave --plugin out", Failure::Kind::Request);
     }
 }
 

@@ -26,6 +26,7 @@ class CommandLine {
     void DeclareCommand(const CommandEntry& entry);
     ExitStatus EndParsing(const CLI::ParseError& error) const;
     ExitStatus RunChosen();
+    void RequireEffect() const;
 
     CLI::App m_app;
     GlobalOptions m_options;

@@ -3,6 +3,7 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/change/ConfigurationChange.h"
 #include "stmdcm/images/ImageUpdate.h"
+#include "stmdcm/reading/Reading.h"
 
 namespace stmdcm {
 
@@ -15,6 +16,10 @@ ExitStatus StatusOf(const Failure& failure, ExitStatus ofWork) {
 
 ExitStatus StatusOf(const std::vector<std::string>& doubts) {
     return doubts.empty() ? ExitStatus::Done : ExitStatus::Doubtful;
+}
+
+ExitStatus StatusOf(const Reading& reading, const std::vector<std::string>& doubts) {
+    return reading.isLoaded ? StatusOf(doubts) : ExitStatus::Failed;
 }
 
 ExitStatus StatusOf(const ChangeResult& result) {

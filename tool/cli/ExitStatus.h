@@ -8,6 +8,7 @@ namespace stmdcm {
 struct ChangeResult;
 class Failure;
 struct ImageList;
+struct Reading;
 
 /// What the command tells its caller.
 enum class ExitStatus : int {
@@ -21,6 +22,8 @@ enum class ExitStatus : int {
 /// `ofWork` is what it is where work could not be done.
 ExitStatus StatusOf(const Failure& failure, ExitStatus ofWork);
 ExitStatus StatusOf(const std::vector<std::string>& doubts);
+/// Of a file that was read with these doubts.
+ExitStatus StatusOf(const Reading& reading, const std::vector<std::string>& doubts);
 ExitStatus StatusOf(const ChangeResult& result);
 ExitStatus StatusOf(const ImageList& list);
 

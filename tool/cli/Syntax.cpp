@@ -75,7 +75,8 @@ std::string Signature(const CLI::Option& option) {
     if (names.empty()) {
         return Placeholder(option) + (IsRepeatable(option) ? "..." : "");
     }
-    return fmt::format("{}{}", fmt::join(names, ", "), TakesValue(option) ? " " + Placeholder(option) : "");
+    const char* const more = option.get_delimiter() == ',' ? ",..." : "";
+    return fmt::format("{}{}", fmt::join(names, ", "), TakesValue(option) ? " " + Placeholder(option) + more : "");
 }
 
 std::string Usage(const CLI::App& app) {

@@ -24,7 +24,7 @@ std::string Placeholder(const CLI::Option& option);
 /// The words that the value is one of; empty when it is not one of a list.
 std::vector<std::string> Choices(const CLI::Option& option);
 
-/// "-h, --help", "--color WHEN", "CAPTURE...".
+/// "-h, --help", "--color WHEN", "--get PROPERTY,...", "CAPTURE...".
 std::string Signature(const CLI::Option& option);
 /// "stmdcm show [OPTIONS] FILE".
 std::string Usage(const CLI::App& app);

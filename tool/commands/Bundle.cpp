@@ -63,7 +63,8 @@ class MakeABundle final : public Command {
         app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
             ->type_name("OLD=NEW")
             ->allow_extra_args(false);
-        app.add_option("--search", m_directories, "Look for missing and changed images below this directory")
+        app.add_option("--search", m_directories,
+                       "Look for missing and changed images below this directory: by pin, else by name and time")
             ->type_name("DIR")
             ->allow_extra_args(false);
         app.add_flag("--force", m_force, "Go on without the images that are not found");

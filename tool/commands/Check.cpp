@@ -185,16 +185,20 @@ class Check final : public Command {
         m_files.DeclareFiles(app, "FILE", "Captures and settings files; - is standard input")->excludes(list);
         app.add_option("--as", m_kind, "Take every file for a capture or for settings, whatever it looks like")
             ->check(OneOf({"capture", "settings"}))
-            ->type_name("KIND");
+            ->type_name("KIND")
+            ->excludes(list);
         app.add_option("--severity", m_severity, "Show nothing below this: error, warning or note")
             ->check(OneOf({"error", "warning", "note"}))
-            ->type_name("SEVERITY");
+            ->type_name("SEVERITY")
+            ->excludes(list);
         app.add_option("--ignore", m_ignored, "Show none of these kinds, which --list lists")
             ->check(OneOf(KindNames()))
             ->type_name("ID")
             ->delimiter(',')
-            ->allow_extra_args(false);
-        app.add_flag("--portable", m_portable, "Tell also what a capture would lack on another machine");
+            ->allow_extra_args(false)
+            ->excludes(list);
+        app.add_flag("--portable", m_portable, "Tell also what a capture would lack on another machine")
+            ->excludes(list);
         m_files.DeclareOptions(app);
         app.footer(
             "Goes on after a bad file. What --ignore and --severity leave out does not count. Ends with status 1 when "
@@ -221,6 +225,7 @@ class Check final : public Command {
             });
     }
 
+    bool LoadsPlugin() const override { return true; }
     ExitStatus FailureStatus() const override { return ExitStatus::Unread; }
 
   private:

@@ -68,6 +68,9 @@ class Convert final : public Command {
         if (m_to.empty()) {
             throw CLI::RequiredError("TO");
         }
+        if (!m_as.empty() && m_to != kStandardStream) {
+            throw CLI::RequiresError("--as", "-o -: what a file is to be, its name says");
+        }
     }
 
     ExitStatus Run(const Context& context) override {

@@ -129,6 +129,8 @@ class Demo final : public Command {
             "  stmdcm demo --keep /tmp/demo");
     }
 
+    bool LoadsPlugin() const override { return true; }
+
     ExitStatus Run(const Context& context) override {
         SearchLibrariesFirstIn(SimulatorDirectory(), kFactoryFile);
         return InGuardedHome(m_keep, [&](const GuardedHome& home) {

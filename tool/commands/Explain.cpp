@@ -22,7 +22,8 @@ Style StyleOf(Standing standing) {
 struct ExplainReport {
     const std::string& file;
     const std::string& name;
-    std::vector<Explanation> explanations;
+    const Explained& explained;
+    const std::vector<std::string>& doubts;
 
     static std::string PlaceOf(const Statement& statement) {
         const std::string place = InWords(statement.place);
@@ -37,7 +38,7 @@ struct ExplainReport {
 
     std::string Text(const Palette& palette) const {
         std::string text;
-        for (const Explanation& each : explanations) {
+        for (const Explanation& each : explained.items) {
             const std::string title = fmt::format("{}: {} {}", Shown(file), each.kind, Shown(each.item));
             text += palette.Paint(Style::Heading, title) +
                     (each.value.empty() ? ": nothing in force\n" : fmt::format(": {}\n", each.value));
@@ -53,7 +54,7 @@ struct ExplainReport {
 
     Json Document() const {
         Json items = Json::array();
-        for (const Explanation& each : explanations) {
+        for (const Explanation& each : explained.items) {
             Json statements = Json::array();
             for (const Statement& statement : each.statements) {
                 const Place& place = statement.place;
@@ -70,7 +71,11 @@ struct ExplainReport {
                              {"value", JsonRenderer::OrNull(each.value)},
                              {"statements", statements}});
         }
-        return JsonRenderer::Document("explain", {{"file", file}, {"name", name}, {"items", items}});
+        return JsonRenderer::Document("explain", {{"file", file},
+                                                  {"name", name},
+                                                  {"loaded", explained.reading.isLoaded},
+                                                  {"doubts", doubts},
+                                                  {"items", items}});
     }
 };
 
@@ -86,14 +91,20 @@ class ExplainItem final : public Command {
             ->type_name("ITEM");
         app.footer(
             "Tells each place that states it, in the order in which a load reads them, and then those that are not in "
-            "force: earlier configurations, and lines that no reader gets to. Ends with status 1 where no place states "
-            "anything of that name.\n\nExample:\n"
+            "force: earlier configurations, and sections and lines that no reader gets to. What of the file is not "
+            "read is "
+            "told first, as by show, and the status is that of show: 3 when the file was read in part, 1 when hosts "
+            "can't load it. Ends with status 1, too, where no place states anything of that name.\n\nExample:\n"
             "  stmdcm explain capture.tdf STM_DTC_target_clock_hz");
     }
 
     ExitStatus Run(const Context& context) override {
-        context.Print(ExplainReport{m_file, m_name, Explain(m_file, m_name)});
-        return ExitStatus::Done;
+        const Explained explained = Explain(m_file, m_name);
+        const std::vector<std::string> doubts = explained.reading.Doubts();
+        context.console.Diagnose(m_file, doubts);
+        explained.RequireAny(m_name);
+        context.Print(ExplainReport{m_file, m_name, explained, doubts});
+        return StatusOf(explained.reading, doubts);
     }
 
   private:

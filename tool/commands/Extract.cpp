@@ -54,9 +54,10 @@ class Extract final : public Command {
         app.add_option("--offset", m_offset, "Where it begins, for one that is not read (see sections, recover --plan)")
             ->type_name("N")
             ->check(WholeNumber());
-        app.add_option("-o,--output", m_output, "Write to this file instead of standard output, which - names too")
-            ->type_name("OUT");
-        app.add_flag("--force", m_force, kOverwriteOutput);
+        auto* output =
+            app.add_option("-o,--output", m_output, "Write to this file instead of standard output, which - names too")
+                ->type_name("OUT");
+        app.add_flag("--force", m_force, kOverwriteOutput)->needs(output);
         app.add_flag("--progress", m_progress, "Tell the progress also where standard error is no terminal");
         app.footer(
             "Writes the payload byte for byte, and never to a terminal. Ends with status 3 when the file does not hold "

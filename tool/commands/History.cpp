@@ -137,8 +137,10 @@ class ShowHistory final : public Command {
             app.add_option("--prune", m_keep, "Tell what is freed by leaving out all but the youngest N retired ones")
                 ->type_name("N")
                 ->check(WholeNumber());
-        app.add_option("-o,--output", m_output, "Write a new capture without those")->type_name("OUT")->needs(prune);
-        app.add_flag("--force", m_force, kOverwriteOutput);
+        CLI::Option* output = app.add_option("-o,--output", m_output, "Write a new capture without those")
+                                  ->type_name("OUT")
+                                  ->needs(prune);
+        app.add_flag("--force", m_force, kOverwriteOutput)->needs(output);
         m_files.DeclareOptions(app);
         app.footer(
             "Every change in a capture leaves the old configuration in it as a retired section. The numbers stay the "

@@ -71,9 +71,9 @@ class Live final : public Command {
             ->type_name("DIR");
         app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")
             ->type_name("FILE.json");
-        app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
-            ->type_name("FILE");
-        app.add_flag("--force", m_force, kOverwriteSettings);
+        auto* save = app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
+                         ->type_name("FILE");
+        app.add_flag("--force", m_force, kOverwriteSettings)->needs(save);
         app.footer(
             "Without --cpu the names of the CPUs are listed, one a line. Without --factory-dir the dynamic loader "
             "finds the factory, and with a scenario, given here or in the "
@@ -81,6 +81,8 @@ class Live final : public Command {
             "it holds none. Ends with status 3 when the target did not tell everything.\n\nExample:\n"
             "  stmdcm live --cpu Core_0/Cluster --scenario target.json --save target.tdf");
     }
+
+    bool LoadsPlugin() const override { return true; }
 
     ExitStatus Run(const Context& context) override {
         const fs::path directory = ChooseFactory(m_scenario, m_factoryDirectory);

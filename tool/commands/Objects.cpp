@@ -86,7 +86,8 @@ class Objects final : public Command {
         app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
             ->type_name("OLD=NEW")
             ->allow_extra_args(false);
-        app.add_option("--search", m_directories, "Look for missing and changed images, by name, below this directory")
+        app.add_option("--search", m_directories,
+                       "Look for missing and changed images below this directory: by pin, else by name and time")
             ->type_name("DIR")
             ->allow_extra_args(false);
         app.add_flag("--update", m_update, "Record the new places in the capture, in place");
@@ -99,9 +100,9 @@ class Objects final : public Command {
             "A capture holds the path and the modification time of each image, not what is in it: a file with that "
             "time is called \"same time, not proven\". One with another time is not what ran, and is never recorded "
             "without being told. Once --pin has told the capture what they are (docs/pins.md), content decides, not "
-            "time, and --search finds them under whatever name. Ends with status 1 when an image is missing or "
-            "changed, with status 3 when the others were "
-            "recorded.\n\nExample:\n"
+            "time, and --search finds them under whatever name. Ends with status 1 when an image is missing, "
+            "changed or not readable, with status 3 when the others were recorded, or something is "
+            "doubtful.\n\nExample:\n"
             "  stmdcm objects capture.tdf --pin\n"
             "  stmdcm objects capture.tdf --map /home/ann/build=/srv/builds/42 --update");
     }

@@ -136,6 +136,8 @@ class Recover final : public Command {
         });
     }
 
+    bool LoadsPlugin() const override { return true; }
+
   private:
     ExitStatus RecoverInto(const std::string& path, const Context& context, const CaptureFile& file) const {
         OutputFile output(path, m_force, {m_file}, &file.File());

@@ -97,6 +97,8 @@ class Show final : public Command {
 
     void Check() override { m_files.RequireAny("FILE"); }
 
+    bool LoadsPlugin() const override { return true; }
+
     ExitStatus Run(const Context& context) override {
         for (const std::string& name : m_wanted) {
             RequireProperty(name);
@@ -119,10 +121,9 @@ class Show final : public Command {
         context.Print(report);
         context.console.Diagnose(file, report.doubts);
         context.console.Diagnose(differences);
-        if (!loaded.isLoaded) {
-            return {ExitStatus::Failed, {}, fmt::format("{}: hosts can't load it", Shown(file))};
-        }
-        return {StatusOf(report.doubts.empty() ? differences : report.doubts)};
+        return {StatusOf(loaded, report.doubts.empty() ? differences : report.doubts),
+                {},
+                loaded.isLoaded ? "" : fmt::format("{}: hosts can't load it", Shown(file))};
     }
 
     Reading ReadOrEndLine(const Context& context, const std::string& file) const {
