@@ -29,8 +29,6 @@ struct Row {
     const HistoryEntry& entry;
     std::optional<std::vector<Difference>> differences;
 
-    const char* State() const { return entry.IsCurrent() ? "current" : SectionUseText(entry.section.use); }
-
     std::string Words() const {
         if (entry.IsCurrent()) {
             return "";
@@ -56,7 +54,8 @@ struct Row {
     Json Document() const {
         return {{"number", entry.number},
                 {"section", entry.name},
-                {"state", State()},
+                {"state", entry.IsCurrent() ? "current" : SectionUseText(entry.section.use)},
+                {"was_in_force", entry.IsCurrent() || entry.IsEarlier()},
                 {"offset", std::to_string(entry.section.offset)},
                 {"size", std::to_string(entry.section.PayloadLength())},
                 {"differences", differences ? JsonRenderer::Differences(*differences) : Json(nullptr)}};
@@ -75,15 +74,16 @@ struct HistoryReport {
         return prune && std::any_of(prune->dropped.begin(), prune->dropped.end(), isSame);
     }
 
-    const char* State(const Row& row) const { return IsDropped(row.entry) ? "pruned" : row.State(); }
+    const char* State(const Row& row) const { return IsDropped(row.entry) ? "pruned" : row.entry.State(); }
 
     std::string PruneText() const {
         if (!prune) {
             return "";
         }
-        return fmt::format("{}: without {} of them, {}{}\n", Shown(output.empty() ? file : output),
-                           prune->dropped.size(), SizeInWords(prune->freed),
-                           output.empty() ? " would be freed; -o writes a copy" : " less");
+        const std::size_t pins = prune->droppedPins;
+        return fmt::format("{}: without {} of them{}, {}{}\n", Shown(output.empty() ? file : output),
+                           prune->dropped.size(), pins == 0 ? "" : " and " + Counted(pins, "old list") + " of pins",
+                           SizeInWords(prune->freed), output.empty() ? " would be freed; -o writes a copy" : " less");
     }
 
     Json PruneDocument() const {
@@ -91,8 +91,10 @@ struct HistoryReport {
         for (const HistoryEntry& entry : prune->dropped) {
             numbers.push_back(entry.number);
         }
-        return {
-            {"dropped", numbers}, {"freed", std::to_string(prune->freed)}, {"output", JsonRenderer::OrNull(output)}};
+        return {{"dropped", numbers},
+                {"dropped_pins", prune->droppedPins},
+                {"freed", std::to_string(prune->freed)},
+                {"output", JsonRenderer::OrNull(output)}};
     }
 
     std::string Text(const Palette& palette) const {
@@ -142,9 +144,10 @@ class ShowHistory final : public Command {
         m_files.DeclareOptions(app);
         app.footer(
             "Every change in a capture leaves the old configuration in it as a retired section. The numbers stay the "
-            "same; \"restore\" takes them. --prune counts the retired ones of each section apart, and never changes "
-            "the capture "
-            "itself. A shadowed section is hidden by an older one that is read.\n\nExample:\n"
+            "same; \"restore\" takes them. A shadowed section is hidden by an older one that is read; when a change "
+            "retires that, it was \"never in force\", and neither was what an interrupted change left. --prune "
+            "counts the retired ones of each section apart, those of the pins too, leaves out all that never were in "
+            "force, and never changes the capture itself.\n\nExample:\n"
             "  stmdcm history capture.tdf\n"
             "  stmdcm history --prune 3 capture.tdf -o smaller.tdf");
     }
