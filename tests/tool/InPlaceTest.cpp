@@ -156,6 +156,7 @@ TEST_F(InPlaceTest, PruningLeavesTheRestAsItWas) {
     }
     EXPECT_EQ(Content(file), changed);
     ExpectTold("history --prune 0 ", {{file + " -o " + file + " --force", 1, "this is the input"},
+                                      {file + " -o " + Path("out.txt"), 2, "to end in .tdf"},
                                       {file + " " + out + " -o " + Path("both"), 2, "-o is for one capture"},
                                       {Sample("torn-payload.tdf"), 1, "recover first"}});
 }

@@ -66,6 +66,7 @@ struct Row {
 struct HistoryReport {
     const std::string& file;
     std::vector<Row> rows;
+    std::vector<std::string> doubts;
     std::optional<PrunePlan> prune = {};  ///< where that was asked for
     std::string output = {};              ///< where the rest was copied to; empty: nowhere
 
@@ -124,9 +125,10 @@ struct HistoryReport {
         for (const Row& row : rows) {
             configurations.push_back(row.Document());
         }
-        return JsonRenderer::Document(
-            "history",
-            {{"file", file}, {"configurations", configurations}, {"prune", prune ? PruneDocument() : Json(nullptr)}});
+        return JsonRenderer::Document("history", {{"file", file},
+                                                  {"configurations", configurations},
+                                                  {"prune", prune ? PruneDocument() : Json(nullptr)},
+                                                  {"doubts", doubts}});
     }
 };
 
@@ -147,7 +149,8 @@ class ShowHistory final : public Command {
             "same; \"restore\" takes them. A shadowed section is hidden by an older one that is read; when a change "
             "retires that, it was \"never in force\", and neither was what an interrupted change left. --prune "
             "counts the retired ones of each section apart, those of the pins too, leaves out all that never were in "
-            "force, and never changes the capture itself.\n\nExample:\n"
+            "force, and never changes the capture itself. Ends with status 3 where the row of sections is "
+            "broken.\n\nExample:\n"
             "  stmdcm history capture.tdf\n"
             "  stmdcm history --prune 3 capture.tdf -o smaller.tdf");
     }
@@ -158,6 +161,9 @@ class ShowHistory final : public Command {
         if (!m_output.empty() && (m_files.CountNamed() != 1 || m_files.HasList())) {
             throw Failure("-o is for one capture", Failure::Kind::Request);
         }
+        if (!m_output.empty()) {
+            RequireCaptureName(m_output);
+        }
         return m_files.Run(context, [this](const Context& own, const std::string& file) { return List(own, file); });
     }
 
@@ -165,7 +171,7 @@ class ShowHistory final : public Command {
     FileResult List(const Context& context, const std::string& file) const {
         const Container container(file);
         const History history(container);
-        HistoryReport report{file, {}};
+        HistoryReport report{file, {}, RowDoubts(container)};
         for (const HistoryEntry& entry : history.Entries()) {
             report.rows.push_back({entry, history.Compare(entry)});
         }
@@ -178,8 +184,9 @@ class ShowHistory final : public Command {
             report.output = m_output;
         }
         context.Print(report);
+        context.console.Diagnose(file, report.doubts);
         context.console.Diagnose(m_output, notKept);
-        return {StatusOf(notKept)};
+        return {std::max(StatusOf(report.doubts), StatusOf(notKept))};
     }
 
     /// Gives what of a file that was there is not kept.
