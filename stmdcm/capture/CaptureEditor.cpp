@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/ChangeNumber.h"
 #include "trace/format/RetiredSection.h"
 #include "trace/tdf/AppendAt.h"
 
@@ -19,6 +20,13 @@ namespace {
 const std::string& CheckedPath(const std::string& path) {
     const CaptureFile file(path);
     return path;
+}
+
+std::uint32_t RetiredVersion(const Section& section, ChangeMark mark) {
+    if (section.use != SectionUse::Read) {
+        return NeverInForce(section.version, mark.number);
+    }
+    return mark.isUndo ? Undone(section.version, mark.number) : Retired(section.version, mark.number);
 }
 
 }  // namespace
@@ -66,7 +74,8 @@ ChainEnd CaptureEditor::FindEnd() const {
     return end;
 }
 
-CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sections) const {
+CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sections, ChangeMark mark) const {
+    mark.number = mark.number == 0 ? NextChangeNumber(m_container) : mark.number;
     Plan plan;
     for (const NewSection& section : sections) {
         const std::vector<const Section*> old = InUse(section);
@@ -75,9 +84,9 @@ CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sectio
         }
         // The oldest, which is the one that is read, goes last: the others must not come up in its place.
         for (auto each = old.rbegin(); each != old.rend(); ++each) {
-            plan.switches.push_back({(*each)->offset, Retired(section.version), section.name});
+            plan.switches.push_back({(*each)->offset, RetiredVersion(**each, mark), section.name});
         }
-        plan.sections.push_back(Encode(section, old.empty() ? Retired(section.version) : section.version));
+        plan.sections.push_back(Encode(section, old.empty() ? NeverInForce(section.version) : section.version));
         plan.size += plan.sections.back().start.size() + section.payload.size();
     }
     if (m_end.offset > kMaxFileSize || plan.size > kMaxFileSize - m_end.offset) {
@@ -86,8 +95,8 @@ CaptureEditor::Plan CaptureEditor::Prepare(const std::vector<NewSection>& sectio
     return plan;
 }
 
-bool CaptureEditor::Replace(const std::vector<NewSection>& sections) {
-    const Plan plan = Prepare(sections);
+bool CaptureEditor::Replace(const std::vector<NewSection>& sections, ChangeMark mark) {
+    const Plan plan = Prepare(sections, mark);
     if (m_mode == ChangeMode::Write) {
         Write(plan);
     }

@@ -18,6 +18,12 @@ struct NewSection {
     std::string payload;
 };
 
+/// What the sections that were in force are marked with (trace/format/RetiredSection.h).
+struct ChangeMark {
+    std::uint32_t number = 0;  ///< 0: the next one of the capture
+    bool isUndo = false;
+};
+
 /// Puts new sections in the place of old ones, in the capture itself and without a copy of it: see docs/tdf.md,
 /// "Changing a configuration in place". Holds the lock of the capture from its construction on, so what is read
 /// meanwhile is what will be replaced. Every failure is a Failure that names the file.
@@ -33,7 +39,7 @@ class CaptureEditor {
     /// Call it once. Each section comes into force by itself, in the order of the list. A failure before that leaves
     /// the capture as it was; a later one leaves some of the new sections in force, each of them whole. Gives whether
     /// they were written.
-    bool Replace(const std::vector<NewSection>& sections);
+    bool Replace(const std::vector<NewSection>& sections, ChangeMark mark = {});
 
   private:
     /// One write of a section's version.
@@ -54,7 +60,7 @@ class CaptureEditor {
         std::vector<VersionWrite> switches;
     };
 
-    Plan Prepare(const std::vector<NewSection>& sections) const;
+    Plan Prepare(const std::vector<NewSection>& sections, ChangeMark mark) const;
     void Write(const Plan& plan);
     Zu::Wep::Trace::ChainEnd FindEnd() const;
     void RequireReachableEnd() const;

@@ -32,7 +32,7 @@ std::string_view ComparedName(std::string_view name);
 struct Section {
     std::uint64_t offset = 0;      ///< of the header's first byte
     std::uint32_t length = 0;      ///< as stated: it may be below its header or reach past the end of the file
-    std::uint32_t version = 0;     ///< as stored, with trace/format/RetiredSection.h's bit
+    std::uint32_t version = 0;     ///< as stored, with the top byte of trace/format/RetiredSection.h
     std::uint32_t nameLength = 0;  ///< as stated
     SectionUse use = SectionUse::Unreachable;
 

@@ -2,7 +2,11 @@
 
 #include <utility>
 
+#include "trace/format/RetiredSection.h"
+
 namespace stmdcm {
+
+using Zu::Wep::Trace::LiveVersion;
 
 std::string SectionRuns::Stem(std::string name) {
     name.erase(name.find_last_not_of("0123456789") + 1);
@@ -16,8 +20,8 @@ SectionRuns::SectionRuns(const Container& container) {
         const Section& section = sections[i];
         std::string stem = Stem(container.Name(section));
         const Section* last = i > 0 ? &sections[i - 1] : nullptr;
-        if (last != nullptr && last->version == section.version && last->use == section.use && stem == lastStem &&
-            !last->IsTooShort() && !section.IsTooShort() && !container.IsTorn(section)) {
+        if (last != nullptr && LiveVersion(last->version) == LiveVersion(section.version) && last->use == section.use &&
+            stem == lastStem && !last->IsTooShort() && !section.IsTooShort() && !container.IsTorn(section)) {
             ++m_runs.back().count;
         } else {
             m_runs.push_back({i, 1});

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "stmdcm/Failure.h"
-#include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/reading/ConfigurationReader.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
 #include "stmdcm/reading/Reading.h"
@@ -38,6 +37,15 @@ const char* KindOf(const Container& container, const Section& section) {
 }
 
 }  // namespace
+
+bool HistoryEntry::IsEarlier() const { return section.use == SectionUse::Retired && WasInForce(section.version); }
+
+const char* HistoryEntry::State() const {
+    if (section.use == SectionUse::Read) {
+        return "current";
+    }
+    return section.use == SectionUse::Retired && !IsEarlier() ? "never in force" : SectionUseText(section.use);
+}
 
 History::History(const Container& container) : m_container(container) {
     for (const Section& section : container.Sections()) {
@@ -87,87 +95,44 @@ Configuration History::Read(const HistoryEntry& entry) const {
     return configuration;
 }
 
-namespace {
-
-/// One that comes in force again. `doubts` gets what of it is not read. Throws Failure where it can't.
-NewSection Again(const Container& container, const HistoryEntry& entry, std::vector<std::string>& doubts) {
-    if (container.IsTorn(entry.section)) {
-        throw Failure(container.Path(),
+NewSection History::Renewed(const HistoryEntry& entry, std::vector<std::string>& doubts) const {
+    if (m_container.IsTorn(entry.section)) {
+        throw Failure(m_container.Path(),
                       fmt::format("the end of the file cuts configuration {} off; nothing was changed", entry.number));
     }
     if (entry.name == std::string_view(kStmSectionName) && entry.section.IsEmpty()) {
         throw Failure(
-            container.Path(),
+            m_container.Path(),
             fmt::format("configuration {} is empty, so hosts could not load it; nothing was changed", entry.number));
     }
-    std::string payload = container.ReadPayload(entry.section);
+    std::string payload = Payload(entry);
     for (std::string& loss : PayloadLosses({entry.name, entry.section.offset}, payload)) {
         doubts.push_back(std::move(loss));
     }
     return {entry.name, LiveVersion(entry.section.version), std::move(payload)};
 }
 
-/// The one that `current` has retired; nullptr for none.
-const HistoryEntry* Before(const History& history, const HistoryEntry& current) {
-    const HistoryEntry* before = nullptr;
-    for (const HistoryEntry& entry : history.Entries()) {
-        const bool isOlder = entry.name == std::string_view(current.name) && entry.number < current.number;
-        if (isOlder && entry.section.use == SectionUse::Retired &&
-            history.Payload(entry) != history.Payload(current)) {  // what an interrupted change left is the same
-            before = &entry;
+const HistoryEntry* History::Before(const HistoryEntry& entry) const {
+    for (std::size_t index = entry.number - 1; index-- > 0;) {
+        const HistoryEntry& older = m_entries[index];
+        if (older.name == std::string_view(entry.name) && older.IsEarlier() &&
+            (ChangeNumber(older.section.version) != 0 || Payload(older) != Payload(entry))) {
+            return &older;
         }
     }
-    return before;
+    return nullptr;
 }
-
-/// What one change put in force: the section that was appended last, and one directly in front of it.
-std::vector<const HistoryEntry*> LastChange(const History& history) {
-    const HistoryEntry* common = history.Current(kCommonSectionName);
-    const HistoryEntry* stm = history.Current(kStmSectionName);
-    if (common == nullptr || stm == nullptr) {
-        return {};
-    }
-    if (common->section.offset > stm->section.offset) {
-        return {common};
-    }
-    const bool isOneChange = common->section.End() == stm->section.offset && Before(history, *common) != nullptr;
-    return isOneChange ? std::vector{common, stm} : std::vector{stm};
-}
-
-}  // namespace
 
 RestoreResult RestoreConfiguration(const std::string& path, std::size_t number, ChangeMode mode) {
     CaptureEditor editor(path, mode);
     const History history(editor.Contents());
     RestoreResult result{history.At(number)};
-    NewSection again = Again(editor.Contents(), result.restored, result.doubts);
+    NewSection again = history.Renewed(result.restored, result.doubts);
     const HistoryEntry* current = history.Current(result.restored.name);
     result.hasChanges = current == nullptr || history.Payload(*current) != again.payload;
     if (result.hasChanges) {
         result.isWritten = editor.Replace({std::move(again)});
     }
-    return result;
-}
-
-UndoResult UndoLastChange(const std::string& path, ChangeMode mode) {
-    CaptureEditor editor(path, mode);
-    const History history(editor.Contents());
-    UndoResult result;
-    std::vector<NewSection> sections;
-    for (const HistoryEntry* current : LastChange(history)) {
-        if (const HistoryEntry* before = Before(history, *current)) {
-            sections.push_back(Again(editor.Contents(), *before, result.doubts));
-            result.restored.push_back(*before);
-            for (Difference& change : history.Compare(*before).value_or(std::vector<Difference>())) {
-                std::swap(change.left, change.right);
-                result.changes.push_back(std::move(change));
-            }
-        }
-    }
-    if (sections.empty()) {
-        throw Failure(path, "nothing was changed in it yet, so there is nothing to undo");
-    }
-    result.isWritten = editor.Replace(sections);
     return result;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "stmdcm/capture/CaptureEditor.h"
 #include "stmdcm/capture/ChangeMode.h"
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/reading/Comparison.h"
@@ -18,6 +19,10 @@ struct HistoryEntry {
     Section section;
 
     bool IsCurrent() const { return section.use == SectionUse::Read; }
+    /// It was in force before a change retired it, or an older stmdcm did, which did not mark the others.
+    bool IsEarlier() const;
+    /// "current", "retired", and of those that never were in force "never in force" (retired nevertheless), "shadowed".
+    const char* State() const;
 };
 
 /// The configurations that a capture holds: the sections STMDECODERINFO and DCM_COMMON that are read, that were
@@ -33,6 +38,12 @@ class History {
     const HistoryEntry& At(std::size_t number) const;
     /// The one of that name that is in force, nullptr for none.
     const HistoryEntry* Current(const std::string& name) const;
+
+    /// The one of that name that was in force in front of it, nullptr for none. What an older stmdcm left of an
+    /// interrupted change is as `entry` is, and passed over.
+    const HistoryEntry* Before(const HistoryEntry& entry) const;
+    /// As it comes in force again. `doubts` gets what of it is not read. Throws Failure where it can't.
+    NewSection Renewed(const HistoryEntry& entry, std::vector<std::string>& doubts) const;
 
     /// In what it differs from the one that is in force; nothing where none is.
     std::optional<std::vector<Difference>> Compare(const HistoryEntry& entry) const;
@@ -51,19 +62,6 @@ struct RestoreResult {
     bool hasChanges = false;               ///< false: the one in force has the same bytes
     bool isWritten = false;
 };
-
-/// What an undone change has left.
-struct UndoResult {
-    std::vector<HistoryEntry> restored = {};  ///< DCM_COMMON first
-    std::vector<Difference> changes = {};     ///< left as it was until now, right as it is to be
-    std::vector<std::string> doubts = {};     ///< as of RestoreResult
-    bool isWritten = false;
-};
-
-/// Puts in force what was in force before the last change, as RestoreConfiguration does: of the section that was
-/// appended last the youngest retired one that is not the same, and where DCM_COMMON was appended directly in front of
-/// it, which one change does, that of both. Done twice it undoes itself. Throws Failure where nothing was changed.
-UndoResult UndoLastChange(const std::string& path, ChangeMode mode = ChangeMode::Write);
 
 /// Puts a copy of the configuration `number` in force, byte for byte, and retires the one that was. See CaptureEditor.
 RestoreResult RestoreConfiguration(const std::string& path, std::size_t number, ChangeMode mode = ChangeMode::Write);

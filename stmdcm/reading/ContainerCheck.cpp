@@ -131,9 +131,11 @@ void ContainerCheck::CheckLength(const Section& section, const Place& place) {
 
 void ContainerCheck::CheckUse(const Section& section, const std::string& name, const Place& place) {
     if (section.use == SectionUse::Retired) {
-        m_findings.Add(Kind("C-RETIRED"), place,
-                       fmt::format("version {} was taken out of use by an edit", LiveVersion(section.version)),
-                       "not read");
+        m_findings.Add(
+            Kind("C-RETIRED"), place,
+            fmt::format("version {} {}", LiveVersion(section.version),
+                        WasInForce(section.version) ? "was taken out of use by an edit" : "was never in force"),
+            "not read");
     } else if (section.use == SectionUse::Shadowed && !IsOfSave(name, section.version)) {
         const WantedSection* const wanted = WantedOf(name);
         const bool isWanted = wanted != nullptr && section.version == wanted->version;

@@ -69,7 +69,7 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"C-NO-PAIR", Severity::Warning, "One of the two sections of a save is there without the other."},
     {"C-OTHER-VERSION", Severity::Warning, "A section of the configuration has a version other than 1."},
     {"C-REPEATED", Severity::Note, "Another section has an older one of its name and version."},
-    {"C-RETIRED", Severity::Note, "An edit took a section out of use; it is kept as history."},
+    {"C-RETIRED", Severity::Note, "A section is out of use; it is kept as history."},
     {"C-TOO-MANY", Severity::Warning, "There are more than 1,000,000 sections; the rest was not looked at."},
     {"C-NO-COMMON", Severity::Error, "There is no section DCM_COMMON of version 1 that a search finds.", &kSplit,
      &kApply},

@@ -35,6 +35,9 @@ constexpr std::uint64_t kLookedAt = 4096;
 constexpr const FindingKind* kIgnoredText[] = {&Kind("T-EXTRA-FIELD"), &Kind("U-UNKNOWN-KEY"), &Kind("U-STRAY-LINE"),
                                                &Kind("U-FORMULA-LINE")};
 
+/// What ends the row of sections, and recover can't mend.
+constexpr const FindingKind* kRowLimits[] = {&Kind("C-OVER-4GIB"), &Kind("C-PAST-4GIB"), &Kind("C-TOO-MANY")};
+
 std::string Sentence(const Finding& finding) {
     const std::string place = InWords(finding.place);
     return fmt::format("{}{}{}; {}", place, place.empty() ? "" : ": ", finding.what, finding.effect);
@@ -220,6 +223,13 @@ ConfigurationKind KindOfName(const std::string& path) {
     return TDFHandler().HasExtension(path.c_str(), "tdf") ? ConfigurationKind::Capture : ConfigurationKind::Settings;
 }
 
+void RequireCaptureName(const std::string& path) {
+    if (KindOfName(path) != ConfigurationKind::Capture) {
+        throw Failure(path, "hosts want the name of a capture to end in .tdf; name another file",
+                      Failure::Kind::Request);
+    }
+}
+
 namespace {
 
 ConfigurationKind KindOf(const CaptureFile& file) {
@@ -339,6 +349,19 @@ std::vector<std::string> Reading::Sentences() const {
         sentence.insert(0, Shown(path) + ": ");
     }
     return sentences;
+}
+
+std::vector<std::string> RowDoubts(const Container& capture) {
+    Findings findings;
+    ContainerCheck(capture, findings).Run();
+    std::vector<std::string> doubts;
+    for (const Finding& finding : findings.Sorted()) {
+        const bool isBroken = finding.kind->severity == Severity::Error && finding.kind->next == &kRecover;
+        if (isBroken || std::find(std::begin(kRowLimits), std::end(kRowLimits), finding.kind) != std::end(kRowLimits)) {
+            doubts.push_back(Sentence(finding));
+        }
+    }
+    return doubts;
 }
 
 std::vector<std::string> PayloadLosses(const Place& place, const std::string& payload) {

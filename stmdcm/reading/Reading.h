@@ -26,6 +26,9 @@ inline constexpr std::string_view kNoDeviceText = "written_by=stmdcm\n";
 /// By the name alone, as hosts take it: a capture is called `.tdf`, in any case.
 ConfigurationKind KindOfName(const std::string& path);
 
+/// Throws Failure of a request for the name of a capture to be written that no host takes.
+void RequireCaptureName(const std::string& path);
+
 /// By content and name: a capture begins with its identifier and is called `.tdf`, all else is settings text. Throws
 /// Failure where the two contradict each other, or the file can be neither.
 ConfigurationKind KindOf(const std::string& path);
@@ -71,6 +74,9 @@ Reading Read(const Container& capture);
 
 /// Throws Failure, with what is not read, for a file of which parts are not, unless `force`.
 void RequireWhole(const Reading& source, bool force);
+
+/// Sentences: where the row of a capture's sections is broken or over a limit, and what stands behind that.
+std::vector<std::string> RowDoubts(const Container& capture);
 
 /// What of the payload of a configuration section, DCM_COMMON or STMDECODERINFO, is not read once the section is in
 /// force: in sentences, as `Reading::Losses` has them. `place` names the section and its offset.

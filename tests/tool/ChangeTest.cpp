@@ -100,6 +100,11 @@ TEST_F(ChangeTest, EndsAsItShould) {
         {"shadowed.tdf", "restore $ 4 --dry-run", 0, "would be in force again", false},
         {"shadowed.tdf", "history $", 0, "STM_ATB_Id 3 / 1", false},
         {"wrong-magic.tdf", "history $", 1, "no capture", false},
+        {"zero-length.tdf", "history $", 3, "DEVID at 17: the section stands behind", false},
+        {"torn-header.tdf", "history $ --json", 3, "\"at 833: 8 bytes at the end", false},
+        {"full.tdf", "undo $", 1, "STMDECODERINFO in force is the first", false},
+        {"empty.tdf", "undo $", 1, "there is no configuration", false},
+        {"settings.txt", "undo $", 1, "no capture", false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.file) + " " + c.arguments);

@@ -136,8 +136,7 @@ std::vector<Candidate> HistoryNumbers(const Container& container) {
     const History history(container);
     for (const HistoryEntry& entry : history.Entries()) {
         if (!entry.IsCurrent() && entry.number + kMostListed > history.Entries().size()) {
-            candidates.push_back(
-                {std::to_string(entry.number), fmt::format("{}, {}", entry.name, SectionUseText(entry.section.use))});
+            candidates.push_back({std::to_string(entry.number), fmt::format("{}, {}", entry.name, entry.State())});
         }
     }
     return candidates;

@@ -29,8 +29,6 @@ struct Row {
     const HistoryEntry& entry;
     std::optional<std::vector<Difference>> differences;
 
-    const char* State() const { return entry.IsCurrent() ? "current" : SectionUseText(entry.section.use); }
-
     std::string Words() const {
         if (entry.IsCurrent()) {
             return "";
@@ -56,7 +54,8 @@ struct Row {
     Json Document() const {
         return {{"number", entry.number},
                 {"section", entry.name},
-                {"state", State()},
+                {"state", entry.IsCurrent() ? "current" : SectionUseText(entry.section.use)},
+                {"was_in_force", entry.IsCurrent() || entry.IsEarlier()},
                 {"offset", std::to_string(entry.section.offset)},
                 {"size", std::to_string(entry.section.PayloadLength())},
                 {"differences", differences ? JsonRenderer::Differences(*differences) : Json(nullptr)}};
@@ -67,6 +66,7 @@ struct Row {
 struct HistoryReport {
     const std::string& file;
     std::vector<Row> rows;
+    std::vector<std::string> doubts;
     std::optional<PrunePlan> prune = {};  ///< where that was asked for
     std::string output = {};              ///< where the rest was copied to; empty: nowhere
 
@@ -75,15 +75,16 @@ struct HistoryReport {
         return prune && std::any_of(prune->dropped.begin(), prune->dropped.end(), isSame);
     }
 
-    const char* State(const Row& row) const { return IsDropped(row.entry) ? "pruned" : row.State(); }
+    const char* State(const Row& row) const { return IsDropped(row.entry) ? "pruned" : row.entry.State(); }
 
     std::string PruneText() const {
         if (!prune) {
             return "";
         }
-        return fmt::format("{}: without {} of them, {}{}\n", Shown(output.empty() ? file : output),
-                           prune->dropped.size(), SizeInWords(prune->freed),
-                           output.empty() ? " would be freed; -o writes a copy" : " less");
+        const std::size_t pins = prune->droppedPins;
+        return fmt::format("{}: without {} of them{}, {}{}\n", Shown(output.empty() ? file : output),
+                           prune->dropped.size(), pins == 0 ? "" : " and " + Counted(pins, "old list") + " of pins",
+                           SizeInWords(prune->freed), output.empty() ? " would be freed; -o writes a copy" : " less");
     }
 
     Json PruneDocument() const {
@@ -91,8 +92,10 @@ struct HistoryReport {
         for (const HistoryEntry& entry : prune->dropped) {
             numbers.push_back(entry.number);
         }
-        return {
-            {"dropped", numbers}, {"freed", std::to_string(prune->freed)}, {"output", JsonRenderer::OrNull(output)}};
+        return {{"dropped", numbers},
+                {"dropped_pins", prune->droppedPins},
+                {"freed", std::to_string(prune->freed)},
+                {"output", JsonRenderer::OrNull(output)}};
     }
 
     std::string Text(const Palette& palette) const {
@@ -122,9 +125,10 @@ struct HistoryReport {
         for (const Row& row : rows) {
             configurations.push_back(row.Document());
         }
-        return JsonRenderer::Document(
-            "history",
-            {{"file", file}, {"configurations", configurations}, {"prune", prune ? PruneDocument() : Json(nullptr)}});
+        return JsonRenderer::Document("history", {{"file", file},
+                                                  {"configurations", configurations},
+                                                  {"prune", prune ? PruneDocument() : Json(nullptr)},
+                                                  {"doubts", doubts}});
     }
 };
 
@@ -144,9 +148,11 @@ class ShowHistory final : public Command {
         m_files.DeclareOptions(app);
         app.footer(
             "Every change in a capture leaves the old configuration in it as a retired section. The numbers stay the "
-            "same; \"restore\" takes them. --prune counts the retired ones of each section apart, and never changes "
-            "the capture "
-            "itself. A shadowed section is hidden by an older one that is read.\n\nExample:\n"
+            "same; \"restore\" takes them. A shadowed section is hidden by an older one that is read; when a change "
+            "retires that, it was \"never in force\", and neither was what an interrupted change left. --prune "
+            "counts the retired ones of each section apart, those of the pins too, leaves out all that never were in "
+            "force, and never changes the capture itself. Ends with status 3 where the row of sections is "
+            "broken.\n\nExample:\n"
             "  stmdcm history capture.tdf\n"
             "  stmdcm history --prune 3 capture.tdf -o smaller.tdf");
     }
@@ -157,6 +163,9 @@ class ShowHistory final : public Command {
         if (!m_output.empty() && (m_files.CountNamed() != 1 || m_files.HasList())) {
             throw Failure("-o is for one capture", Failure::Kind::Request);
         }
+        if (!m_output.empty()) {
+            RequireCaptureName(m_output);
+        }
         return m_files.Run(context, [this](const Context& own, const std::string& file) { return List(own, file); });
     }
 
@@ -164,7 +173,7 @@ class ShowHistory final : public Command {
     FileResult List(const Context& context, const std::string& file) const {
         const Container container(file);
         const History history(container);
-        HistoryReport report{file, {}};
+        HistoryReport report{file, {}, RowDoubts(container)};
         for (const HistoryEntry& entry : history.Entries()) {
             report.rows.push_back({entry, history.Compare(entry)});
         }
@@ -177,8 +186,9 @@ class ShowHistory final : public Command {
             report.output = m_output;
         }
         context.Print(report);
+        context.console.Diagnose(file, report.doubts);
         context.console.Diagnose(m_output, notKept);
-        return {StatusOf(notKept)};
+        return {std::max(StatusOf(report.doubts), StatusOf(notKept))};
     }
 
     /// Gives what of a file that was there is not kept.

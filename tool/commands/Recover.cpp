@@ -161,9 +161,8 @@ class Recover final : public Command {
         if (m_output.empty() && !m_isPlan) {
             throw Failure("recover needs -o OUT, or --plan", Failure::Kind::Request);
         }
-        if (!m_output.empty() && KindOfName(m_output) != ConfigurationKind::Capture) {
-            throw Failure(m_output, "hosts want the name of a capture to end in .tdf; name another file",
-                          Failure::Kind::Request);
+        if (!m_output.empty()) {
+            RequireCaptureName(m_output);
         }
     }
 

@@ -62,10 +62,7 @@ class Unbundle final : public Command {
         ImageExaminer examiner(progress.Teller());
         const VerifiedBundle bundle(m_directory, examiner);
         const std::string output = m_output.empty() ? bundle.Manifest().capture.file : m_output;
-        if (KindOfName(output) != ConfigurationKind::Capture) {
-            throw Failure(output, "hosts want the name of a capture to end in .tdf; name another file",
-                          Failure::Kind::Request);
-        }
+        RequireCaptureName(output);
         const CaptureFile source(bundle.CapturePath());
         OutputFile file(output, m_force, {bundle.CapturePath()}, &source.File());
         bundle.WriteCapture(file);

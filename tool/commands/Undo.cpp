@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "stmdcm/change/History.h"
+#include "stmdcm/change/Undo.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/ChangeReport.h"
 #include "tool/commands/CommandTable.h"
@@ -14,9 +14,19 @@ namespace {
 /// Tells what is in force again, and what that changes.
 struct UndoReport {
     const std::string& file;
+    UndoDirection direction;
     UndoResult result;
 
+    bool HasChanges() const { return !result.restored.empty(); }
+
     std::string Text(const Palette& palette) const {
+        if (!HasChanges()) {
+            return fmt::format("{}: {}\n", Shown(file),
+                               direction == UndoDirection::Redo
+                                   ? "the last change is in force already, nothing was written"
+                                   : "the last change is undone already, nothing was written; undo --redo brings it "
+                                     "back, restore goes further back");
+        }
         std::vector<std::string> names;
         for (const HistoryEntry& entry : result.restored) {
             names.push_back(fmt::format("configuration {} ({})", entry.number, entry.name));
@@ -35,25 +45,29 @@ struct UndoReport {
         }
         return JsonRenderer::Document("undo", {{"file", file},
                                                {"restored", restored},
+                                               {"changed", HasChanges()},
                                                {"changes", JsonRenderer::Differences(result.changes)},
                                                {"written", result.isWritten},
                                                {"doubts", result.doubts}});
     }
 };
 
-/// The configuration before the last change in force again.
+/// The configuration before the last change in force again, or that change.
 class Undo final : public Command {
   public:
     void Declare(CLI::App& app) override {
         m_files.DeclareFiles(app, "CAPTURE", "Captures");
+        app.add_flag("--redo", m_redo, "Bring the change back that an undo took out of force");
         app.add_flag("--dry-run", m_dryRun, "Tell what would be in force, and write nothing");
         m_files.DeclareOptions(app);
         app.footer(
             "Puts a copy of the configuration in force that \"history\" shows as the youngest retired one of the "
-            "section that was changed last, and of both where one change replaced both. Done once more it brings the "
-            "change back; to go further use \"restore\". Ends with status 3 when parts of that configuration are "
-            "not read.\n\nExample:\n"
-            "  stmdcm undo capture.tdf");
+            "section that was changed last, and of both where one change replaced both. Done once more it changes "
+            "nothing: a capture whose last change is undone is as asked already, so the same command finishes what "
+            "was stopped in the midst. To go further back use \"restore\". Ends with status 3 when parts of that "
+            "configuration are not read.\n\nExample:\n"
+            "  stmdcm undo capture.tdf\n"
+            "  stmdcm undo --redo capture.tdf");
     }
 
     void Check() override { m_files.RequireAny("CAPTURE"); }
@@ -61,15 +75,18 @@ class Undo final : public Command {
     ExitStatus Run(const Context& context) override {
         return m_files.Run(context, [this](const Context& own, const std::string& file) {
             const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
-            const UndoReport report{file, UndoLastChange(file, mode)};
+            const UndoDirection direction = m_redo ? UndoDirection::Redo : UndoDirection::Undo;
+            const UndoReport report{file, direction, UndoLastChange(file, direction, mode)};
             own.Print(report);
             own.console.Diagnose(file, report.result.doubts);
-            return FileResult{StatusOf(report.result.doubts), {ChangeCount(true, report.result.isWritten)}};
+            return FileResult{StatusOf(report.result.doubts),
+                              {ChangeCount(report.HasChanges(), report.result.isWritten)}};
         });
     }
 
   private:
     ManyFiles m_files{ManyFiles::Purpose::Change};
+    bool m_redo = false;
     bool m_dryRun = false;
 };
 

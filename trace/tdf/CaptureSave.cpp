@@ -177,7 +177,7 @@ void CaptureSave::AppendOne(const SectionToSave& section) {
     }
     const auto length = static_cast<std::uint32_t>(SizeOf(section));
     FieldWrite version{SectionHeader::kVersionOffset, EncodeSectionVersion(section.version)};
-    AppendPieces({EncodeSectionStart(length, section.name, Retired(section.version)), section.payload});
+    AppendPieces({EncodeSectionStart(length, section.name, NeverInForce(section.version)), section.payload});
     Finish(version, SizeOf(section));
     m_offset += SizeOf(section);
     m_fileSize = std::max(m_fileSize, m_offset);
