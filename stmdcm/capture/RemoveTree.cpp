@@ -1,17 +1,28 @@
 #include "stmdcm/capture/RemoveTree.h"
 
-#include <new>
-#include <system_error>
+#include <ftw.h>
+
+#include <cerrno>
+#include <cstdio>
 
 namespace stmdcm {
 
-/// What took the memory may have given it back a moment later.
+namespace {
+
+constexpr int kMostDescriptors = 8;
+
+int Remove(const char* path, const struct stat* /*info*/, int /*kind*/, struct FTW* /*place*/) {
+    std::remove(path);
+    return 0;
+}
+
+}  // namespace
+
+/// Not with remove_all, which ends the program for want of memory. What took it may have given it back a moment later.
 void RemoveTree(const std::filesystem::path& path) noexcept {
-    std::error_code error = std::make_error_code(std::errc::not_enough_memory);
-    for (int attempt = 0; attempt < 2 && error == std::errc::not_enough_memory; ++attempt) {
-        try {
-            std::filesystem::remove_all(path, error);
-        } catch (const std::bad_alloc&) {
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (::nftw(path.c_str(), Remove, kMostDescriptors, FTW_DEPTH | FTW_PHYS) == 0 || errno != ENOMEM) {
+            return;
         }
     }
 }

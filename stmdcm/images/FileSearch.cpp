@@ -7,6 +7,7 @@
 
 #include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/DirectoryNames.h"
 #include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
 
@@ -22,7 +23,9 @@ FileSearch::FileSearch(const std::vector<std::string>& directories, const std::s
     for (const std::string& directory : directories) {
         std::error_code error;
         const fs::path root = fs::canonical(directory, error);
-        const fs::directory_iterator first(root, error);
+        if (!error) {
+            NamesIn(root, error);
+        }
         if (error) {
             throw Failure(directory,
                           fmt::format("there is no directory to search: {}", ZU_WEP::ErrnoText(error.value())));
@@ -41,30 +44,29 @@ void FileSearch::LookBelow(const Path& root) {
         const Path directory = std::move(directories.back());
         directories.pop_back();
         std::error_code error;
-        fs::directory_iterator entry(directory, error);
-        for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        for (const std::string& name : NamesIn(directory, error)) {
             if (++m_entries > kMaxEntries) {
                 return;
             }
-            LookAt(*entry, directories);
+            LookAt(directory / name, directories);
         }
         NoteUnread(directory, error);
     }
 }
 
-void FileSearch::LookAt(const fs::directory_entry& entry, std::vector<Path>& directories) {
+void FileSearch::LookAt(const Path& entry, std::vector<Path>& directories) {
     std::error_code error;
-    const fs::file_status status = entry.symlink_status(error);
-    NoteUnread(entry.path(), error);
+    const fs::file_status status = fs::symlink_status(entry, error);
+    NoteUnread(entry, error);
     if (fs::is_directory(status)) {
-        directories.push_back(entry.path());
+        directories.push_back(entry);
         return;
     }
     if (!fs::is_regular_file(status)) {
         return;
     }
-    const std::string path = entry.path().string();
-    const auto wanted = m_found.find(entry.path().filename().string());
+    const std::string path = entry.string();
+    const auto wanted = m_found.find(entry.filename().string());
     if (wanted != m_found.end()) {
         wanted->second.push_back(path);
     }

@@ -33,7 +33,7 @@ class FileSearch {
     using Path = std::filesystem::path;
 
     void LookBelow(const Path& root);
-    void LookAt(const std::filesystem::directory_entry& entry, std::vector<Path>& directories);
+    void LookAt(const Path& entry, std::vector<Path>& directories);
     void NoteUnread(const Path& path, const std::error_code& error);
     void CountUnread(const std::string& place, const std::string& why);
 

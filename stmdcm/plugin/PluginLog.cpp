@@ -9,6 +9,7 @@
 
 #include "source_utilities/ErrnoText.h"
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/DirectoryNames.h"
 #include "stmdcm/plugin/TraceHome.h"
 #include "stmdcm/plugin/WorkingFile.h"
 #include "trace/dcm/EnvironmentVariables.h"
@@ -50,10 +51,9 @@ PluginLog::PluginLog(const TraceHome& home) : m_directory(home.Path() / ".ZU-tra
 /// Empty while there is none.
 std::string PluginLog::File() const {
     std::error_code error;
-    for (fs::directory_iterator entry(m_directory, error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-        if (entry->path().filename().string().starts_with(kFileNameStart)) {
-            return entry->path().string();
+    for (const std::string& name : NamesIn(m_directory, error)) {
+        if (name.starts_with(kFileNameStart)) {
+            return m_directory / name;
         }
     }
     if (error && error != std::errc::no_such_file_or_directory) {

@@ -98,7 +98,7 @@ TEST_F(ManyTest, TellsAtTheEndWhatBecameOfThem) {
                 {"objects " + Sample("malformed-common.tdf") + " " + Sample("unterminated-common.tdf"), 1,
                  "2 files: 1 with images that are not there, 1 with a list that ends within an image, 2 with doubts"},
                 {"objects --pin --accept-changed --map /opt/images/app0.out=/dev/null" + both, 1,
-                 "full.tdf: /dev/null: this is no regular file"},
+                 "full.tdf: the program image /dev/null of \"core0\": this is no regular file"},
                 {"show --files-from /dev/null", 0, "0 files: no file was named\n"},
                 {"set --files-from /dev/null STM_ATB_Id=7", 0, "0 files: no capture was named\n"},
                 {"show --files-from - <&-", 1, "-: the list of files can't be read: Bad file descriptor"},

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "stmdcm/Failure.h"
+#include "stmdcm/capture/DirectoryNames.h"
 #include "stmdcm/plugin/HeldConfiguration.h"
 #include "stmdcm/plugin/Installation.h"
 #include "stmdcm/plugin/Manager.h"
@@ -36,8 +37,12 @@ nlohmann::ordered_json ShippedScenario() {
 /// A live load leaves the CPU's settings here, which would help the second manager.
 void ForgetSettings() {
     const char* directory = ::getenv(kSettingsDirectoryVariable);
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory == nullptr ? "" : directory)) {
-        fs::remove(entry);
+    std::error_code error;
+    for (const std::string& name : NamesIn(directory == nullptr ? "" : directory, error)) {
+        fs::remove(fs::path(directory) / name);
+    }
+    if (error) {
+        throw fs::filesystem_error("the settings can't be forgotten", error);
     }
 }
 
