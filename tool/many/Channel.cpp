@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -79,12 +80,11 @@ std::size_t Channel::SizeOfNext() const {
 bool Channel::ReadMore() {
     m_buffer.erase(0, m_begin);
     m_begin = 0;
-    const std::size_t old = m_buffer.size();
-    m_buffer.resize(old + kPiece);
+    std::array<char, kPiece> piece;  // no part of the buffer, which would be filled with zeros for each message
     ssize_t count = 0;
-    while ((count = ::recv(m_descriptor, m_buffer.data() + old, kPiece, 0)) < 0 && errno == EINTR) {
+    while ((count = ::recv(m_descriptor, piece.data(), piece.size(), 0)) < 0 && errno == EINTR) {
     }
-    m_buffer.resize(old + (count > 0 ? static_cast<std::size_t>(count) : 0));
+    m_buffer.append(piece.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
     return count > 0;
 }
 
