@@ -64,7 +64,7 @@ class Writer {
 
   private:
     void CopyImage(const std::string& path, const ImageIdentity& image, const std::string& name) {
-        const CaptureFile source(path, CaptureFile::Identifier::Optional);
+        const CaptureFile source(path, CaptureFile::Identifier::None);
         m_folder.Add(name, path, &source.File(), [&](ByteSink& to) {
             HashingSink hashing(to);
             CopyRange(source, 0, source.Size(), hashing, NothingHears);

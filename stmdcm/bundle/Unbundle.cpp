@@ -50,10 +50,10 @@ void RequireKind(const std::string& path, fs::file_type kind, const char* what) 
 
 std::string ReadManifest(const std::string& path) {
     RequireKind(path, fs::file_type::regular, "file");
-    if (CaptureFile::IsEmpty(path)) {
+    const CaptureFile file(path, CaptureFile::Identifier::None);
+    if (file.Size() == 0) {
         throw Failure(path, "this is no bundle of stmdcm: the file is empty");
     }
-    const CaptureFile file(path, CaptureFile::Identifier::Optional);
     if (file.Size() > kMaxManifestSize) {
         throw Failure(path, "this is no bundle of stmdcm: the file is too large");
     }

@@ -52,7 +52,7 @@ ZU_WEP::PosixFile OpenRegular(const std::string& path) {
 
 CaptureFile::CaptureFile(std::string path, Identifier identifier)
     : m_path(std::move(path)), m_file(OpenRegular(m_path)), m_size(m_file.Size().value_or(0)) {
-    if (m_size == 0) {
+    if (m_size == 0 && identifier != Identifier::None) {
         throw Failure(m_path, "the file is empty, there is no capture in it");
     }
     m_hasIdentifier = Read(0, kTDFIdentifier.size()) == kTDFIdentifier;

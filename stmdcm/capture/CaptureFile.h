@@ -10,12 +10,13 @@
 
 namespace stmdcm {
 
-/// A file that is, or was, a capture, open for reading alone. Every failure is a Failure that names the file.
+/// A file that is, or was, a capture, or goes with one, open for reading alone. Every failure is a Failure that names the file.
 class CaptureFile {
   public:
     enum class Identifier {
         Required,  ///< a file that does not begin with it is no capture
-        Optional   ///< it may be damaged
+        Optional,  ///< it may be damaged
+        None       ///< it need not be one, and may be empty
     };
 
     explicit CaptureFile(std::string path, Identifier identifier = Identifier::Required);

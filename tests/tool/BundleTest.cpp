@@ -40,7 +40,7 @@ class BundleTest : public testing::Test {
         for (const auto& [name, image] : {std::pair("core0", "a.out"), {"co re%1", "b\n.out"}, {"", "a.out"}}) {
             common += ObjectFileEntryBytes(name, stmdcm_test::WriteDated(m_directory / image, kRecorded), kRecorded);
         }
-        WriteWhole(m_directory / "b\n.out", "another image");
+        WriteWhole(m_directory / "b\n.out", "");
         fs::last_write_time(m_directory / "b\n.out", fs::last_write_time(m_directory / "a.out"));
         CaptureParts parts;
         parts.common = common;
