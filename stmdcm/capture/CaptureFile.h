@@ -10,7 +10,8 @@
 
 namespace stmdcm {
 
-/// A file that is, or was, a capture, or goes with one, open for reading alone. Every failure is a Failure that names the file.
+/// A file that is, or was, a capture, or goes with one, open for reading alone. Every failure is a Failure that names
+/// the file.
 class CaptureFile {
   public:
     enum class Identifier {
