@@ -5,7 +5,7 @@
 #include "stmdcm/pins/Sha256.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/output/HashProgress.h"
+#include "tool/commands/ImageOptions.h"
 #include "tool/output/OutputDirectory.h"
 #include "tool/render/Table.h"
 
@@ -60,13 +60,7 @@ class MakeABundle final : public Command {
     void Declare(CLI::App& app) override {
         app.add_option("file", m_file, "A capture")->required()->type_name("CAPTURE");
         app.add_option("-o", m_output, "The new directory of the bundle")->required()->type_name("DIR");
-        app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
-            ->type_name("OLD=NEW")
-            ->allow_extra_args(false);
-        app.add_option("--search", m_directories,
-                       "Look for missing and changed images below this directory: by pin, else by name and time")
-            ->type_name("DIR")
-            ->allow_extra_args(false);
+        m_images.Declare(app);
         app.add_flag("--force", m_force, "Go on without the images that are not found");
         app.footer(
             "Copies the capture and the images that it was made with into a directory, with a page that says how to "
@@ -77,12 +71,8 @@ class MakeABundle final : public Command {
     }
 
     ExitStatus Run(const Context& context) override {
-        std::vector<PathMapping> mappings;
-        for (const std::string& text : m_mappings) {
-            mappings.push_back(PathMapping::Parse(text));
-        }
         HashProgress progress;
-        ImageFinder finder(std::move(mappings), m_directories, progress.Teller());
+        ImageFinder finder = m_images.Finder(progress);
         OutputDirectory directory(m_output);
         const Bundle bundle = WriteBundle(m_file, finder, m_force, directory);
         directory.Commit();
@@ -94,8 +84,7 @@ class MakeABundle final : public Command {
   private:
     std::string m_file;
     std::string m_output;
-    std::vector<std::string> m_mappings;
-    std::vector<std::string> m_directories;
+    ImageOptions m_images;
     bool m_force = false;
 };
 

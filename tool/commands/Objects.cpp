@@ -6,8 +6,8 @@
 #include "stmdcm/images/ImageUpdate.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/commands/ImageOptions.h"
 #include "tool/many/ManyFiles.h"
-#include "tool/output/HashProgress.h"
 #include "tool/render/Table.h"
 #include "tool/render/TextRenderer.h"
 
@@ -83,13 +83,7 @@ class Objects final : public Command {
   public:
     void Declare(CLI::App& app) override {
         m_files.DeclareFiles(app, "CAPTURE", "Captures");
-        app.add_option("--map", m_mappings, "What was recorded under OLD is now under NEW")
-            ->type_name("OLD=NEW")
-            ->allow_extra_args(false);
-        app.add_option("--search", m_directories,
-                       "Look for missing and changed images below this directory: by pin, else by name and time")
-            ->type_name("DIR")
-            ->allow_extra_args(false);
+        m_images.Declare(app);
         app.add_flag("--update", m_update, "Record the new places in the capture, in place");
         app.add_flag("--pin", m_pin,
                      "Write into the capture, in place, what each image is: size, SHA-256 and build-id");
@@ -114,12 +108,8 @@ class Objects final : public Command {
         if ((m_acceptChanged || m_dryRun) && !m_update && !m_pin) {
             throw Failure("--accept-changed and --dry-run need --update or --pin", Failure::Kind::Request);
         }
-        std::vector<PathMapping> mappings;
-        for (const std::string& text : m_mappings) {
-            mappings.push_back(PathMapping::Parse(text));
-        }
         HashProgress progress;
-        ImageFinder finder(std::move(mappings), m_directories, progress.Teller());
+        ImageFinder finder = m_images.Finder(progress);
         if (m_files.IsForking()) {
             finder.Examiner().ShareAmongForked();
         }
@@ -155,8 +145,7 @@ class Objects final : public Command {
     }
 
     ManyFiles m_files{ManyFiles::Purpose::Change};
-    std::vector<std::string> m_mappings;
-    std::vector<std::string> m_directories;
+    ImageOptions m_images;
     bool m_update = false;
     bool m_pin = false;
     bool m_acceptChanged = false;
