@@ -7,7 +7,6 @@
 #include "stmdcm/Failure.h"
 #include "stmdcm/capture/ChangeNumber.h"
 #include "stmdcm/capture/FileStamp.h"
-#include "trace/format/RetiredSection.h"
 
 namespace stmdcm {
 
@@ -45,7 +44,7 @@ void CopyCapture(const Container& from, const std::vector<NewSection>& sections,
     if (added.size() > kMaxFileSize - from.Size()) {
         throw Failure(from.Path(), "the copy would grow past 4 GiB");
     }
-    const std::uint32_t number = NextChangeNumber(from);
+    const ChangeMark mark{NextChangeNumber(from)};
     std::uint64_t done = 0;
     const auto copyTo = [&](std::uint64_t end) {
         CopyRange(from.File(), done, end - done, to, [&](std::uint64_t copied) { onCopied(done + copied); });
@@ -54,9 +53,7 @@ void CopyCapture(const Container& from, const std::vector<NewSection>& sections,
     for (const Section& section : from.Sections()) {
         if (IsReplaced(from, section, sections)) {
             copyTo(section.offset + SectionHeader::kVersionOffset);
-            const bool isRead = section.use == SectionUse::Read;
-            const std::string version =
-                EncodeSectionVersion(isRead ? Retired(section.version, number) : NeverInForce(section.version, number));
+            const std::string version = EncodeSectionVersion(RetiredVersion(section, mark));
             to.Write(version);
             done += version.size();
         }

@@ -22,13 +22,6 @@ const std::string& CheckedPath(const std::string& path) {
     return path;
 }
 
-std::uint32_t RetiredVersion(const Section& section, ChangeMark mark) {
-    if (section.use != SectionUse::Read) {
-        return NeverInForce(section.version, mark.number);
-    }
-    return mark.isUndo ? Undone(section.version, mark.number) : Retired(section.version, mark.number);
-}
-
 }  // namespace
 
 CaptureEditor::CaptureEditor(const std::string& path, ChangeMode mode)

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "stmdcm/capture/ChangeMode.h"
+#include "stmdcm/capture/ChangeNumber.h"
 #include "stmdcm/capture/Container.h"
 #include "stmdcm/capture/LockedFile.h"
 #include "trace/tdf/ChainEnd.h"
@@ -16,12 +17,6 @@ struct NewSection {
     std::string name;
     std::uint32_t version = 0;
     std::string payload;
-};
-
-/// What the sections that were in force are marked with (trace/format/RetiredSection.h).
-struct ChangeMark {
-    std::uint32_t number = 0;  ///< 0: the next one of the capture
-    bool isUndo = false;
 };
 
 /// Puts new sections in the place of old ones, in the capture itself and without a copy of it: see docs/tdf.md,

@@ -13,6 +13,13 @@ namespace stmdcm {
 
 using namespace Zu::Wep::Trace;
 
+std::uint32_t RetiredVersion(const Section& section, ChangeMark mark) {
+    if (section.use != SectionUse::Read) {
+        return NeverInForce(section.version, mark.number);
+    }
+    return mark.isUndo ? Undone(section.version, mark.number) : Retired(section.version, mark.number);
+}
+
 std::uint32_t NextChangeNumber(const Container& capture) {
     std::uint32_t number = 0;
     std::array<std::uint32_t, 4> taken{};  // the last two of each name
