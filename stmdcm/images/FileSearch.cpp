@@ -24,13 +24,12 @@ FileSearch::FileSearch(const std::vector<std::string>& directories, const std::s
         std::error_code error;
         const fs::path root = fs::canonical(directory, error);
         if (!error) {
-            NamesIn(root, error);
+            LookBelow(root, error);
         }
         if (error) {
             throw Failure(directory,
                           fmt::format("there is no directory to search: {}", ZU_WEP::ErrnoText(error.value())));
         }
-        LookBelow(root);
     }
     for (auto& [name, paths] : m_found) {
         std::sort(paths.begin(), paths.end());
@@ -38,7 +37,7 @@ FileSearch::FileSearch(const std::vector<std::string>& directories, const std::s
     }
 }
 
-void FileSearch::LookBelow(const Path& root) {
+void FileSearch::LookBelow(const Path& root, std::error_code& whyUnread) {
     std::vector<Path> directories{root};
     while (!directories.empty()) {
         const Path directory = std::move(directories.back());
@@ -50,7 +49,11 @@ void FileSearch::LookBelow(const Path& root) {
             }
             LookAt(directory / name, directories);
         }
-        NoteUnread(directory, error);
+        if (directory == root) {
+            whyUnread = error;
+        } else {
+            NoteUnread(directory, error);
+        }
     }
 }
 

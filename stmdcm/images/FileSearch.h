@@ -32,7 +32,8 @@ class FileSearch {
   private:
     using Path = std::filesystem::path;
 
-    void LookBelow(const Path& root);
+    /// Why the root itself could not be read is the caller's to tell.
+    void LookBelow(const Path& root, std::error_code& whyUnread);
     void LookAt(const Path& entry, std::vector<Path>& directories);
     void NoteUnread(const Path& path, const std::error_code& error);
     void CountUnread(const std::string& place, const std::string& why);
