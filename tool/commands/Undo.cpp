@@ -61,8 +61,8 @@ class Undo final : public Command {
         app.add_flag("--dry-run", m_dryRun, "Tell what would be in force, and write nothing");
         m_files.DeclareOptions(app);
         app.footer(
-            "Puts a copy of the configuration in force that \"history\" shows as the youngest retired one of the "
-            "section that was changed last, and of both where one change replaced both. Done once more it changes "
+            "Puts a copy of the configuration in force that was in force before the last change: of the section that "
+            "was changed last, and of both where one change replaced both. Done once more it changes "
             "nothing: a capture whose last change is undone is as asked already, so the same command finishes what "
             "was stopped in the midst. To go further back use \"restore\". Ends with status 3 when parts of that "
             "configuration are not read.\n\nExample:\n"

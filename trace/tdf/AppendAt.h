@@ -23,7 +23,7 @@ enum class AppendResult {
 /// several the first states a length that spans them all, and is stored over zeros before the others take the zeros'
 /// place: so a search passes them, whichever sectors a loss of power leaves. `offset` is in front of the end of the
 /// file where zeros lie behind it. After a failure the file is cut back as CutBack tells, and `errno` tells the reason,
-/// but for HasGrown and TooLarge.
+/// but for TooLarge.
 AppendResult AppendAt(const ZU_WEP::PosixFile& file, std::uint64_t fileSize, std::uint64_t offset,
                       std::initializer_list<std::string_view> pieces);
 
