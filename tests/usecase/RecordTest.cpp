@@ -29,15 +29,15 @@ TEST(Record, CleanUpSetsEveryDefault) {
               "{\ntype=PMI_CMI\nname=\nsw=65535\n}\n");
 }
 
-const std::string Counters = "#1=a\n#1=b\n";
-const std::string Formula = "/$\nname=f\nformula=x:3\nunit=u\nofmask=-1\n$/\n";
+const std::string CounterBlock = "#1=a\n#1=b\n";
+const std::string FormulaBlock = "/$\nname=f\nformula=x:3\nunit=u\nofmask=-1\n$/\n";
 
 std::string Fields(int id, int probe) {
     return "{\nid=" + std::to_string(id) + "\nname=m\njobid=" + std::to_string(id) + "\nprobe=p" +
            std::to_string(probe) + "\nsw=0\nsuppress=0\n";
 }
 
-std::string Block(int id) { return Fields(id, id) + Counters + Formula + "}\n"; }
+std::string Block(int id) { return Fields(id, id) + CounterBlock + FormulaBlock + "}\n"; }
 
 // Removal must not go through the assignment of use cases: it would lose probe names and double counters.
 TEST(Record, RemovalKeepsTheOthersWhole) {
@@ -107,7 +107,8 @@ TEST(Record, PmiSelectsBySource) {
 TEST(Usecase, ScAssignmentAppendsAndKeepsTheProbe) {
     Records records(Block(5) + Block(7));
     static_cast<UsecaseInfo&>(*records.sc.GetUsecase(0)) = static_cast<UsecaseInfo&>(*records.sc.GetUsecase(1));
-    EXPECT_EQ(Export(records.sc), Fields(7, 5) + Counters + Counters + Formula + Formula + "}\n" + Block(7));
+    EXPECT_EQ(Export(records.sc),
+              Fields(7, 5) + CounterBlock + CounterBlock + FormulaBlock + FormulaBlock + "}\n" + Block(7));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ constexpr std::size_t kWidestName = 24;
 
 using Row = std::pair<std::string, std::string>;
 
-std::string Section(const char* title, const std::vector<Row>& rows) {
+std::string HelpSection(const char* title, const std::vector<Row>& rows) {
     std::size_t width = 0;
     for (const Row& row : rows) {
         width = std::max(width, row.first.size() > kWidestName ? 0 : row.first.size());
@@ -56,7 +56,7 @@ std::string Footer(const std::string& text) {
 }
 
 std::string ProgramEnd(const CLI::App& app) {
-    return Section("Exit status", Rows(kExitStatuses)) + Section("Environment", Rows(kEnvironment)) +
+    return HelpSection("Exit status", Rows(kExitStatuses)) + HelpSection("Environment", Rows(kEnvironment)) +
            Footer(fmt::format("Example:\n  {}\n\nRun {} COMMAND --help for what a command takes, with an example.",
                               kExample, app.get_name()));
 }
@@ -84,9 +84,9 @@ std::string CommandEnd(const CLI::App& app) {
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/, CLI::AppFormatMode /*mode*/) const {
     const bool isProgram = app->get_parent() == nullptr;
     std::string text = fmt::format("{}\n\nUsage: {}\n", app->get_description(), Usage(*app));
-    text += Section("Commands", Rows(VisibleCommands(*app)));
-    text += Section("Arguments", Rows(Positionals(*app)));
-    text += Section(isProgram ? "Options, before or after the command" : "Options", Rows(VisibleOptions(*app)));
+    text += HelpSection("Commands", Rows(VisibleCommands(*app)));
+    text += HelpSection("Arguments", Rows(Positionals(*app)));
+    text += HelpSection(isProgram ? "Options, before or after the command" : "Options", Rows(VisibleOptions(*app)));
     return text + (isProgram ? ProgramEnd(*app) : CommandEnd(*app));
 }
 

@@ -14,13 +14,13 @@ namespace {
 constexpr std::size_t kWidth = 64;
 constexpr std::size_t kMaxKinds = 26;
 
-struct Kind {
+struct PartKind {
     std::string stem;
     SectionUse use;
 };
 
-/// What fills most of a cell so far.
-struct Cell {
+/// What fills most of a column so far.
+struct Column {
     std::uint64_t bytes = 0;
     std::size_t kind = kMaxKinds + 1;
 };
@@ -39,8 +39,8 @@ class Picture {
     std::string Text() const {
         std::string text = fmt::format("\n{} (a character is {})\n  |", m_palette.Paint(Style::Heading, "Layout"),
                                        SizeInWords(std::max<std::uint64_t>(1, m_container.Size() / kWidth)));
-        for (const Cell& cell : m_cells) {
-            text += Letter(cell.kind);
+        for (const Column& column : m_columns) {
+            text += Letter(column.kind);
         }
         text += "|\n";
         for (std::size_t kind = 0; kind < m_kinds.size(); ++kind) {
@@ -54,8 +54,9 @@ class Picture {
   private:
     std::size_t KindOf(const Section& section) {
         std::string stem = SectionRuns::Stem(m_container.Name(section));
-        const auto found = std::find_if(m_kinds.begin(), m_kinds.end(),
-                                        [&](const Kind& kind) { return kind.stem == stem && kind.use == section.use; });
+        const auto found = std::find_if(m_kinds.begin(), m_kinds.end(), [&](const PartKind& kind) {
+            return kind.stem == stem && kind.use == section.use;
+        });
         if (found == m_kinds.end() && m_kinds.size() < kMaxKinds) {
             m_kinds.push_back({std::move(stem), section.use});
             return m_kinds.size() - 1;
@@ -63,7 +64,7 @@ class Picture {
         return static_cast<std::size_t>(found - m_kinds.begin());
     }
 
-    std::uint64_t CellBegin(std::size_t cell) const { return m_container.Size() * cell / kWidth; }
+    std::uint64_t ColumnBegin(std::size_t column) const { return m_container.Size() * column / kWidth; }
 
     void Fill(std::uint64_t begin, std::uint64_t end, std::size_t kind) {
         const std::uint64_t size = m_container.Size();
@@ -71,11 +72,11 @@ class Picture {
             return;
         }
         end = std::min(end, size);
-        for (std::size_t i = begin * kWidth / size; i < kWidth && CellBegin(i) < end; ++i) {
-            const std::uint64_t from = std::max(begin, CellBegin(i));
-            const std::uint64_t to = std::min(end, CellBegin(i + 1));
-            if (to > from && to - from > m_cells[i].bytes) {
-                m_cells[i] = {to - from, kind};
+        for (std::size_t i = begin * kWidth / size; i < kWidth && ColumnBegin(i) < end; ++i) {
+            const std::uint64_t from = std::max(begin, ColumnBegin(i));
+            const std::uint64_t to = std::min(end, ColumnBegin(i + 1));
+            if (to > from && to - from > m_columns[i].bytes) {
+                m_columns[i] = {to - from, kind};
             }
         }
     }
@@ -93,8 +94,8 @@ class Picture {
 
     const Container& m_container;
     const Palette& m_palette;
-    std::vector<Kind> m_kinds;
-    std::array<Cell, kWidth> m_cells;
+    std::vector<PartKind> m_kinds;
+    std::array<Column, kWidth> m_columns;
 };
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace stmdcm {
 namespace {
 
 constexpr char kStandardInput[] = "-";
-constexpr std::size_t kPiece = 65536;
+constexpr std::size_t kListPiece = 65536;
 constexpr std::size_t kToldOfTooLong = 60;
 
 ZU_WEP::PosixFile OpenList(const std::string& list) {
@@ -100,7 +100,7 @@ void FileNames::ReadSome() {
     m_buffer.erase(0, m_begin);
     m_begin = 0;
     m_buffer.resize(std::min(m_buffer.size(), kLongest + 1));  // of a name that goes on
-    std::array<char, kPiece> piece;
+    std::array<char, kListPiece> piece;
     const ssize_t count = ::read(Descriptor(), piece.data(), piece.size());
     if (count < 0 && errno != EINTR && errno != EAGAIN) {
         m_whyUnread.emplace(m_list, fmt::format("the list of files can't be read: {}", ZU_WEP::ErrnoText(errno)));

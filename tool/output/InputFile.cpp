@@ -13,7 +13,7 @@ namespace stmdcm {
 
 namespace {
 
-constexpr std::size_t kPiece = 1 << 16;
+constexpr std::size_t kCopyPiece = 1 << 16;
 
 /// As much as fits, less only at the end.
 std::size_t ReadStandardInput(char* buffer, std::size_t size) {
@@ -31,7 +31,7 @@ std::size_t ReadStandardInput(char* buffer, std::size_t size) {
 
 /// Gives the path of the copy: hosts want the name of a capture to say what it is.
 std::string CopyStandardInput(const std::filesystem::path& directory) {
-    std::array<char, kPiece> piece;
+    std::array<char, kCopyPiece> piece;
     std::size_t count = ReadStandardInput(piece.data(), piece.size());
     const bool isCapture = std::string_view(piece.data(), count).starts_with(Zu::Wep::Trace::kTDFIdentifier);
     const std::string path = directory / (isCapture ? "input.tdf" : "input.txt");

@@ -118,7 +118,7 @@ Json Object(Json first, Json rest) {
     return first;
 }
 
-constexpr int kIndent = 2;
+constexpr int kJsonIndent = 2;
 constexpr int kNoLines = -1;
 
 std::string Dumped(const Json& document, int indent) {
@@ -137,7 +137,7 @@ Json JsonRenderer::Document(const char* command, Json findings) {
     return Object({{"schema", kSchemaVersion}, {"command", command}}, std::move(findings));
 }
 
-std::string JsonRenderer::Text(const Json& document) { return Dumped(document, kIndent); }
+std::string JsonRenderer::Text(const Json& document) { return Dumped(document, kJsonIndent); }
 
 std::string JsonRenderer::Line(const Json& document) { return Dumped(document, kNoLines); }
 
@@ -158,7 +158,7 @@ Json JsonRenderer::InvalidTexts(const Json& json, const std::string& pointer) {
 }
 
 std::string JsonRenderer::PlainText(const Json& document) {
-    return document.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
+    return document.dump(kJsonIndent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 Json JsonRenderer::Render(const Configuration& configuration, const Selection& selection) {
