@@ -25,6 +25,7 @@ add_library(StmDCM_static STATIC $<TARGET_OBJECTS:stmdcm_format> $<TARGET_OBJECT
 set_target_properties(StmDCM_static PROPERTIES OUTPUT_NAME StmDCM LINKER_LANGUAGE CXX)
 target_link_libraries(StmDCM_static PUBLIC vorn ${CMAKE_DL_LIBS})
 
+add_subdirectory(check)
 add_subdirectory(sim)
 add_subdirectory(stmdcm)
 add_subdirectory(tool)
