@@ -14,7 +14,7 @@ struct KeptObjects {
 };
 
 /// Never destroyed, see Output.cpp.
-KeptObjects& Kept() {
+KeptObjects& AllKept() {
     static auto* const kept = new KeptObjects;
     return *kept;
 }
@@ -22,13 +22,13 @@ KeptObjects& Kept() {
 }  // namespace
 
 void Keep(void* object, void (*free)(void*)) {
-    KeptObjects& kept = Kept();
+    KeptObjects& kept = AllKept();
     const std::lock_guard lock(kept.lock);
     kept.all.emplace_back(object, free);
 }
 
 void FreeKept() {
-    for (const auto& [object, free] : std::exchange(Kept().all, {})) {
+    for (const auto& [object, free] : std::exchange(AllKept().all, {})) {
         free(object);
     }
 }

@@ -19,14 +19,14 @@ struct Managers {
 };
 
 /// Never destroyed, see Output.cpp.
-Managers& Known() {
+Managers& AllManagers() {
     static auto* const managers = new Managers;
     return *managers;
 }
 
 std::string NextName(const CPUInfo* cpu) {
-    const std::lock_guard lock(Known().lock);
-    return "manager " + std::to_string(++Known().last) + " (" + (cpu->name != nullptr ? cpu->name : "") + ")";
+    const std::lock_guard lock(AllManagers().lock);
+    return "manager " + std::to_string(++AllManagers().last) + " (" + (cpu->name != nullptr ? cpu->name : "") + ")";
 }
 
 JsonObject FileArguments(const std::string& fileName, eTraceDataFileType type) {
@@ -59,8 +59,8 @@ ManagerProxy* ManagerProxy::Make(HostCall& call, CPUInfo* cpu, CDeviceIdentifier
     }
     // Every manager is one (trace/dcm/DeviceConfigManager.h).
     manager->m_real = static_cast<StmDeviceConfigManagerIF*>(static_cast<CDeviceConfigManager*>(real));
-    const std::lock_guard lock(Known().lock);
-    Known().all.push_back(manager);
+    const std::lock_guard lock(AllManagers().lock);
+    AllManagers().all.push_back(manager);
     call.NameResult(manager->m_life.name);
     return manager;
 }
@@ -68,9 +68,9 @@ ManagerProxy* ManagerProxy::Make(HostCall& call, CPUInfo* cpu, CDeviceIdentifier
 void ManagerProxy::Destroy(HostCall& call, CDeviceConfigManager* manager) {
     ManagerProxy* known = nullptr;
     {
-        const std::lock_guard lock(Known().lock);
-        const auto found = std::find(Known().all.begin(), Known().all.end(), manager);
-        known = found != Known().all.end() ? *found : nullptr;
+        const std::lock_guard lock(AllManagers().lock);
+        const auto found = std::find(AllManagers().all.begin(), AllManagers().all.end(), manager);
+        known = found != AllManagers().all.end() ? *found : nullptr;
     }
     if (known != nullptr) {
         known->End(call);
@@ -81,8 +81,8 @@ void ManagerProxy::Destroy(HostCall& call, CDeviceConfigManager* manager) {
 
 std::size_t ManagerProxy::TellAlive(const std::string& when) {
     std::size_t count = 0;
-    const std::lock_guard lock(Known().lock);
-    for (const ManagerProxy* manager : Known().all) {
+    const std::lock_guard lock(AllManagers().lock);
+    for (const ManagerProxy* manager : AllManagers().all) {
         if (manager->m_life.ended.empty()) {
             ++count;
             Tell(when + ": " + manager->m_life.name + ", made by " + manager->m_life.made + ", was never destroyed");

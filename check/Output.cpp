@@ -79,7 +79,7 @@ struct Outputs {
 };
 
 /// Never destroyed: hosts call until the very end of the process.
-Outputs& All() {
+Outputs& AllOutputs() {
     static auto* const outputs = new Outputs;
     return *outputs;
 }
@@ -105,7 +105,7 @@ std::string WithoutNumbers(const std::string& sentence) {
 void Tell(const std::string& sentence) {
     const KeepErrno kept;
     Trace("finding", JsonObject().Add("sentence", sentence));
-    Outputs& all = All();
+    Outputs& all = AllOutputs();
     const std::lock_guard lock(all.lock);
     if (!all.told.insert(WithoutNumbers(sentence)).second) {
         return;
@@ -121,7 +121,7 @@ void Tell(const std::string& sentence) {
 
 void Trace(const char* event, const JsonObject& members) {
     const KeepErrno kept;
-    Outputs& all = All();
+    Outputs& all = AllOutputs();
     const std::lock_guard lock(all.lock);
     if (!all.trace.IsNamed()) {
         return;

@@ -18,7 +18,7 @@ struct KnownUsecases {
 };
 
 /// Never destroyed, see Output.cpp. Addresses are of kept objects, so none comes twice.
-KnownUsecases& Known() {
+KnownUsecases& Usecases() {
     static auto* const known = new KnownUsecases;
     return *known;
 }
@@ -26,24 +26,24 @@ KnownUsecases& Known() {
 }  // namespace
 
 KnownUsecase* KnownUsecase::Find(const void* address) {
-    const std::lock_guard lock(Known().lock);
-    const auto found = Known().all.find(address);
-    return found != Known().all.end() ? found->second : nullptr;
+    const std::lock_guard lock(Usecases().lock);
+    const auto found = Usecases().all.find(address);
+    return found != Usecases().all.end() ? found->second : nullptr;
 }
 
 void KnownUsecase::Register(const void* address) {
-    const std::lock_guard lock(Known().lock);
-    Known().all[address] = this;
+    const std::lock_guard lock(Usecases().lock);
+    Usecases().all[address] = this;
 }
 
 ScUsecaseProxy::ScUsecaseProxy(UsecaseLife usecase, UsecaseInfoIF* real) : UsecaseProxy(std::move(usecase), real) {
-    const std::lock_guard lock(Known().lock);
-    Known().sc.push_back(this);
+    const std::lock_guard lock(Usecases().lock);
+    Usecases().sc.push_back(this);
 }
 
 bool ScUsecaseProxy::IsOver(const _CounterLineInfo* counter) {
-    const std::lock_guard lock(Known().lock);
-    return std::any_of(Known().sc.begin(), Known().sc.end(),
+    const std::lock_guard lock(Usecases().lock);
+    return std::any_of(Usecases().sc.begin(), Usecases().sc.end(),
                        [counter](const ScUsecaseProxy* usecase) { return usecase->m_counters.IsOver(counter); });
 }
 
@@ -114,8 +114,8 @@ void ScUsecaseProxy::EndLoans() {
 }
 
 void ScUsecaseProxy::TellWrittenTooLate(const std::string& when) {
-    const std::lock_guard lock(Known().lock);
-    for (const ScUsecaseProxy* usecase : Known().sc) {
+    const std::lock_guard lock(Usecases().lock);
+    for (const ScUsecaseProxy* usecase : Usecases().sc) {
         if (usecase->m_counters.IsWrittenTooLate() || usecase->m_formulas.IsWrittenTooLate()) {
             Tell(when + ": a counter or formula of " + usecase->life.Name() + " was written after its end");
         }

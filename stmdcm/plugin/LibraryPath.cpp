@@ -21,6 +21,11 @@ namespace {
 
 constexpr char kVariable[] = "LD_LIBRARY_PATH";
 
+std::string SearchedNow() {
+    const char* value = ::getenv(kVariable);
+    return value == nullptr ? "" : value;
+}
+
 std::vector<std::string> ProgramArguments() {
     std::istringstream in(ReadWorkingFile("/proc/self/cmdline"));
     std::vector<std::string> arguments;
@@ -46,16 +51,20 @@ std::vector<std::string> ProgramArguments() {
 
 }  // namespace
 
+bool AreLibrariesSearchedFirstIn(const fs::path& directory) {
+    const std::string first = fs::canonical(directory).string();
+    return SearchedNow() == first || SearchedNow().starts_with(first + ":");
+}
+
 void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
     if (!fs::is_regular_file(directory / library)) {
         throw Failure(directory.string(), fmt::format("there is no {} in this directory", library));
     }
-    const std::string first = fs::canonical(directory).string();
-    const char* value = ::getenv(kVariable);
-    const std::string old = value == nullptr ? "" : value;
-    if (old == first || old.starts_with(first + ":")) {
+    if (AreLibrariesSearchedFirstIn(directory)) {
         return;
     }
+    const std::string first = fs::canonical(directory).string();
+    const std::string old = SearchedNow();
     ::setenv(kVariable, old.empty() ? first.c_str() : (first + ":" + old).c_str(), 1);
     StartAgain();
 }
