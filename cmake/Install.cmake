@@ -11,10 +11,11 @@ set_target_properties(stmdcm_headers PROPERTIES EXPORT_NAME headers)
 set_target_properties(StmDCM_static PROPERTIES EXPORT_NAME static)
 
 target_link_libraries(StmDCM_static PUBLIC stmdcm_headers)
-target_link_libraries(vorn INTERFACE stmdcm_headers)
+target_link_libraries(stmdcm_vorn INTERFACE stmdcm_headers)
 
 install(TARGETS StmDCM LIBRARY)
-install(TARGETS stmdcm_headers vorn StmDCM_static EXPORT StmDCMTargets)
+install(TARGETS stmdcm_headers StmDCM_static EXPORT StmDCMTargets)
+install(TARGETS stmdcm_vorn EXPORT StmDCMTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/stmdcm/vorn)
 install(EXPORT StmDCMTargets NAMESPACE StmDCM:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/StmDCM)
 include(${CMAKE_CURRENT_LIST_DIR}/HostHeaders.cmake)
 foreach(header ${stmdcm_host_headers})
