@@ -1,4 +1,12 @@
-# The products. Each folder names its own sources.
+# The products. Each folder names its own sources. Hosts use the names with StmDCM::, here as from the installed package.
+
+add_library(stmdcm_headers INTERFACE)
+add_library(StmDCM::headers ALIAS stmdcm_headers)
+target_include_directories(stmdcm_headers INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/stmdcm>)
+target_compile_features(stmdcm_headers INTERFACE cxx_std_20)
+set_target_properties(stmdcm_headers PROPERTIES EXPORT_NAME headers)
 
 add_subdirectory(host/vorn)
 
@@ -30,11 +38,12 @@ set_target_properties(StmDCM PROPERTIES
 )
 
 add_library(StmDCM_static STATIC $<TARGET_OBJECTS:stmdcm_format> $<TARGET_OBJECTS:stmdcm_objects>)
-set_target_properties(StmDCM_static PROPERTIES OUTPUT_NAME StmDCM LINKER_LANGUAGE CXX)
-target_link_libraries(StmDCM_static PUBLIC stmdcm_vorn ${CMAKE_DL_LIBS})
+add_library(StmDCM::static ALIAS StmDCM_static)
+set_target_properties(StmDCM_static PROPERTIES OUTPUT_NAME StmDCM EXPORT_NAME static LINKER_LANGUAGE CXX)
+target_link_libraries(StmDCM_static PUBLIC stmdcm_headers stmdcm_vorn ${CMAKE_DL_LIBS})
 
-add_subdirectory(sim)
-add_subdirectory(stmdcm)
-add_subdirectory(tool)
-
-include(cmake/Install.cmake)
+if(STMDCM_TOOL)
+  add_subdirectory(sim)
+  add_subdirectory(stmdcm)
+  add_subdirectory(tool)
+endif()
