@@ -5,7 +5,7 @@ add_library(StmDCM::headers ALIAS stmdcm_headers)
 target_include_directories(stmdcm_headers INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/stmdcm>)
-target_compile_features(stmdcm_headers INTERFACE cxx_std_20)
+target_compile_features(stmdcm_headers INTERFACE cxx_std_17)
 set_target_properties(stmdcm_headers PROPERTIES EXPORT_NAME headers)
 
 add_subdirectory(host/vorn)
