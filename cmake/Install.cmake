@@ -15,10 +15,16 @@ endforeach()
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 configure_package_config_file(cmake/StmDCMConfig.cmake.in ${PROJECT_BINARY_DIR}/StmDCMConfig.cmake
-  INSTALL_DESTINATION ${package_dir} PATH_VARS CMAKE_INSTALL_LIBDIR)
+  INSTALL_DESTINATION ${package_dir} PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_DATADIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/StmDCMConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/StmDCMConfig.cmake ${PROJECT_BINARY_DIR}/StmDCMConfigVersion.cmake
         DESTINATION ${package_dir})
+
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE pc_prefix)
+foreach(file stmdcm.pc stmdcm-static.pc)
+  configure_file(cmake/${file}.in ${PROJECT_BINARY_DIR}/${file} @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 
 if(STMDCM_TOOL)
   install(TARGETS stmdcm RUNTIME)
