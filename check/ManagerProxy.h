@@ -6,8 +6,8 @@
 #include "check/HostObjects.h"
 #include "check/RecordProxy.h"
 #include "check/Rules.h"
-#include "check/StmDeviceConfigManagerIF.h"
 #include "host/CPUInfo.h"
+#include "trace/dcm/StmDeviceConfigManagerIF.h"
 
 namespace stmdcm_check {
 

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <stdexcept>
 
@@ -43,7 +44,12 @@ std::string Objection(const std::string& file) {
     if (create == reinterpret_cast<void*>(&CreateDeviceConfigManager)) {
         return file + " is the checker itself";
     }
-    return create == nullptr || ::dlsym(library, kDestroy) == nullptr ? file + " is no configuration manager" : "";
+    if (create == nullptr || ::dlsym(library, kDestroy) == nullptr) {
+        return file + " is no configuration manager";
+    }
+    return ::dlvsym(library, kCreate, STMDCM_INTERFACE_VERSION) == nullptr
+               ? file + " has not the interface " + STMDCM_INTERFACE_VERSION + " for which this checker was made"
+               : "";
 }
 
 }  // namespace
@@ -55,6 +61,7 @@ void RealLibrary::Load() {
     Trace("start", JsonObject()
                        .Add("stmdcm_check_trace", 1)
                        .Add("library", file)
+                       .Add("interface", STMDCM_INTERFACE_VERSION)
                        .Add("unix_time", static_cast<long>(std::time(nullptr))));
     if (!objection.empty()) {
         Unload();

@@ -17,7 +17,8 @@ constexpr std::int32_t kNoType = 0;  ///< as the value is made: says nothing
 std::string TypeFault(const StmProperty& property, std::int32_t type) {
     const std::int32_t expected =
         property.flag != nullptr ? ConfigPropertyValue::Boolean : ConfigPropertyValue::Integer;
-    if (type == expected || type == kNoType) {
+    // An integer that is 0 or 1 sets a flag right (trace/dcm/ConfigPropertyValue.h).
+    if (type == expected || type == kNoType || (property.flag != nullptr && type == ConfigPropertyValue::Integer)) {
         return "";
     }
     return "the value's type is " + std::to_string(type) + ", but the property's is " + std::to_string(expected) +

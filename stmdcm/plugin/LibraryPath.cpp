@@ -4,9 +4,11 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "source_utilities/ErrnoText.h"
@@ -20,11 +22,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kVariable[] = "LD_LIBRARY_PATH";
-
-std::string SearchedNow() {
-    const char* value = ::getenv(kVariable);
-    return value == nullptr ? "" : value;
-}
 
 std::vector<std::string> ProgramArguments() {
     std::istringstream in(ReadWorkingFile("/proc/self/cmdline"));
@@ -49,11 +46,16 @@ std::vector<std::string> ProgramArguments() {
     throw Failure(fmt::format("this program can't be started again to set {}: {}", kVariable, failure.Cause()));
 }
 
+std::string LibraryPath() {
+    const char* value = ::getenv(kVariable);
+    return value == nullptr ? "" : value;
+}
+
 }  // namespace
 
 bool AreLibrariesSearchedFirstIn(const fs::path& directory) {
     const std::string first = fs::canonical(directory).string();
-    return SearchedNow() == first || SearchedNow().starts_with(first + ":");
+    return LibraryPath() == first || LibraryPath().starts_with(first + ":");
 }
 
 void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
@@ -64,9 +66,23 @@ void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
         return;
     }
     const std::string first = fs::canonical(directory).string();
-    const std::string old = SearchedNow();
+    const std::string old = LibraryPath();
     ::setenv(kVariable, old.empty() ? first.c_str() : (first + ":" + old).c_str(), 1);
     StartAgain();
+}
+
+fs::path FirstOnLibraryPath(const char* library) {
+    std::string directories = LibraryPath();
+    std::replace(directories.begin(), directories.end(), ';', ':');  // as ld.so(8) takes both
+    std::istringstream in(directories);
+    for (std::string directory; std::getline(in, directory, ':');) {
+        fs::path file = fs::absolute(directory.empty() ? "." : directory) / library;
+        std::error_code error;
+        if (fs::exists(file, error)) {
+            return file;
+        }
+    }
+    return {};
 }
 
 }  // namespace stmdcm

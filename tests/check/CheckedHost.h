@@ -6,10 +6,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "check/StmDeviceConfigManagerIF.h"
 #include "tests/support/KillAtSyscall.h"
 #include "tests/support/ScratchDir.h"
 #include "trace/dcm/DeviceConfigManager.h"
+#include "trace/dcm/StmDeviceConfigManagerIF.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace stmdcm_test {

@@ -8,7 +8,7 @@ namespace stmdcm {
 
 using CommandFactory = std::unique_ptr<Command>();
 CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,
-    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections,
+    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeNewHost, MakeObjects, MakeRecover, MakeRestore, MakeSections,
     MakeSet, MakeShow, MakeUnbundle, MakeUndo;
 
 /// Every command, in the order in which the help shows them.
@@ -31,6 +31,7 @@ inline constexpr CommandEntry kCommands[] = {
     {"undo", "Put the configuration before the last change in force again", MakeUndo},
     {"live", "Load the configuration from the live target, show it and save it", MakeLive},
     {"demo", "Load, change, save and reload configurations, and compare them", MakeDemo},
+    {"new-host", "Write a host of the plug-in to begin with, which builds at once", MakeNewHost},
     {"completion", "Print the script that completes command lines in a shell", MakeCompletion},
     {"complete", "Tell what a command line can go on with", MakeComplete, true},
     {"help-man", "Print the manual page", MakeHelpMan, true},
