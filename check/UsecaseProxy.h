@@ -30,7 +30,7 @@ class UsecaseProxy : public Interface, public KnownUsecase {
     UsecaseProxy(UsecaseLife usecase, Interface* real) : KnownUsecase(std::move(usecase)), m_real(real) {
         Register(static_cast<const Interface*>(this));
     }
-    virtual ~UsecaseProxy() = default;
+    virtual ~UsecaseProxy() = default;  // NOLINT(modernize-use-override): not every interface has a virtual one
     /// The host has no business with this, and gets away with it.
     static void operator delete(UsecaseProxy* self, std::destroying_delete_t) {
         HostCall call("delete", self->life.Name(), {});
