@@ -13,6 +13,8 @@ namespace stmdcm::validate {
 std::span<const Question> LibraryQuestions();
 std::span<const Question> LifeQuestions();
 std::span<const Question> PropertyQuestions();
+std::span<const Question> TextQuestions();
+std::span<const Question> SettingsQuestions();
 
 /// Every question, in the order in which they are asked.
 std::vector<const Question*> AllQuestions();
