@@ -15,6 +15,9 @@ std::span<const Question> LifeQuestions();
 std::span<const Question> PropertyQuestions();
 std::span<const Question> TextQuestions();
 std::span<const Question> SettingsQuestions();
+std::span<const Question> CaptureQuestions();
+std::span<const Question> DamageQuestions();
+std::span<const Question> ContainerQuestions();
 
 /// Every question, in the order in which they are asked.
 std::vector<const Question*> AllQuestions();
