@@ -18,6 +18,8 @@ std::span<const Question> SettingsQuestions();
 std::span<const Question> CaptureQuestions();
 std::span<const Question> DamageQuestions();
 std::span<const Question> ContainerQuestions();
+std::span<const Question> UsecaseQuestions();
+std::span<const Question> ImageQuestions();
 
 /// Every question, in the order in which they are asked.
 std::vector<const Question*> AllQuestions();
