@@ -86,6 +86,8 @@ std::string Host::WriteDated(const std::string& name, std::int64_t modified) con
 
 std::string Host::Read(const std::string& path) { return fs::exists(path) ? ReadWorkingFile(path) : "(none)"; }
 
+void Host::Remove(const std::string& path) { fs::remove(path); }
+
 std::string Host::Printed() const {
     std::fflush(nullptr);
     return Read(Path("printed"));

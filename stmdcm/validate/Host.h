@@ -53,6 +53,7 @@ class Host {
     std::string WriteDated(const std::string& name, std::int64_t modified) const;
     /// "(none)" where there is no such file.
     static std::string Read(const std::string& path);
+    static void Remove(const std::string& path);
     /// What the process has written on its standard output and standard error so far.
     std::string Printed() const;
 

@@ -4,9 +4,9 @@ namespace stmdcm::validate {
 
 std::vector<const Question*> AllQuestions() {
     std::vector<const Question*> all;
-    for (const auto& group :
-         {LibraryQuestions(), LifeQuestions(), PropertyQuestions(), TextQuestions(), SettingsQuestions(),
-          CaptureQuestions(), DamageQuestions(), ContainerQuestions(), UsecaseQuestions(), ImageQuestions()}) {
+    for (const auto& group : {LibraryQuestions(), LifeQuestions(), PropertyQuestions(), TextQuestions(),
+                              SettingsQuestions(), CaptureQuestions(), DamageQuestions(), ContainerQuestions(),
+                              UsecaseQuestions(), ImageQuestions(), EnvironmentQuestions(), LiveQuestions()}) {
         for (const Question& question : group) {
             all.push_back(&question);
         }

@@ -20,6 +20,8 @@ std::span<const Question> DamageQuestions();
 std::span<const Question> ContainerQuestions();
 std::span<const Question> UsecaseQuestions();
 std::span<const Question> ImageQuestions();
+std::span<const Question> EnvironmentQuestions();
+std::span<const Question> LiveQuestions();
 
 /// Every question, in the order in which they are asked.
 std::vector<const Question*> AllQuestions();
