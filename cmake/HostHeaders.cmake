@@ -1,4 +1,5 @@
-# What a host includes, directly or through another header; each must compile alone where nothing else is installed.
+# What is installed: everything that a host includes, and what a program needs that links the plug-in's code statically.
+# Each compiles alone where nothing else is installed.
 set(stmdcm_host_headers
   host/CChannelDriver.h
   host/CChannelServer.h
@@ -7,47 +8,39 @@ set(stmdcm_host_headers
   host/CTraceFactory.h
   host/eTraceDataFileType.h
   host/vorn/vornError.h
-  source_utilities/ErrnoText.h
-  source_utilities/FileLock.h
-  source_utilities/PosixFile.h
-  source_utilities/uDll.h
-  trace/Export.h
+  trace/Interface.h
   trace/dcm/CDeviceConfigEvents.h
   trace/dcm/CDeviceConfigManager.h
-  trace/dcm/CDeviceConfigManagerCommon.h
   trace/dcm/ConfigPropertyValue.h
   trace/dcm/DeviceConfigManager.h
-  trace/dcm/FILE_Info.h
-  trace/dcm/StmDeviceConfigManager.h
-  trace/format/BlockField.h
-  trace/format/BlockLines.h
-  trace/format/BlockReader.h
-  trace/format/BlockWriter.h
-  trace/format/SettingsText.h
-  trace/format/StmProperties.h
-  trace/format/TextReporter.h
-  trace/format/UsecaseKind.h
-  trace/format/ValueShape.h
+  trace/dcm/PropertyNames.h
+  trace/dcm/StmDeviceConfigManagerIF.h
   trace/tdf/FileSize.h
   trace/tdf/TDFHandler.h
-  trace/usecase/CTUsecaseInfo.h
   trace/usecase/CTUsecaseInfoIF.h
-  trace/usecase/CTUsecaseRecord.h
   trace/usecase/CTUsecaseRecordIF.h
   trace/usecase/CounterLineInfo.h
   trace/usecase/FormulaInfo.h
-  trace/usecase/PMIUsecaseInfo.h
-  trace/usecase/PMIUsecaseRecord.h
   trace/usecase/PMIUsecaseRecordIF.h
-  trace/usecase/UsecaseInfo.h
-  trace/usecase/UsecaseInfoBase.h
   trace/usecase/UsecaseInfoIF.h
   trace/usecase/UsecaseInfoIFBase.h
-  trace/usecase/UsecaseLog.h
-  trace/usecase/UsecaseRecord.h
-  trace/usecase/UsecaseRecordBase.h
   trace/usecase/UsecaseRecordIF.h
   trace/usecase/UsecaseRecordIFBase.h
-  trace/usecase/UsecaseRecords.h
   trace/usecase/eCTDataOption.h
+)
+set(stmdcm_static_headers
+  source_utilities/uDll.h
+  trace/dcm/CDeviceConfigManagerCommon.h
+  trace/dcm/FILE_Info.h
+  trace/dcm/StmDeviceConfigManager.h
+  trace/format/StmProperties.h
+  trace/usecase/CTUsecaseInfo.h
+  trace/usecase/CTUsecaseRecord.h
+  trace/usecase/PMIUsecaseInfo.h
+  trace/usecase/PMIUsecaseRecord.h
+  trace/usecase/UsecaseInfo.h
+  trace/usecase/UsecaseInfoBase.h
+  trace/usecase/UsecaseRecord.h
+  trace/usecase/UsecaseRecordBase.h
+  trace/usecase/UsecaseRecords.h
 )

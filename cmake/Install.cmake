@@ -6,7 +6,7 @@ add_library(stmdcm_headers INTERFACE)
 target_include_directories(stmdcm_headers INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/stmdcm>)
-target_compile_features(stmdcm_headers INTERFACE cxx_std_20)
+target_compile_features(stmdcm_headers INTERFACE cxx_std_17)
 set_target_properties(stmdcm_headers PROPERTIES EXPORT_NAME headers)
 set_target_properties(StmDCM_static PROPERTIES EXPORT_NAME static)
 
@@ -17,7 +17,7 @@ install(TARGETS StmDCM LIBRARY)
 install(TARGETS stmdcm_headers vorn StmDCM_static EXPORT StmDCMTargets)
 install(EXPORT StmDCMTargets NAMESPACE StmDCM:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/StmDCM)
 include(${CMAKE_CURRENT_LIST_DIR}/HostHeaders.cmake)
-foreach(header ${stmdcm_host_headers})
+foreach(header ${stmdcm_host_headers} ${stmdcm_static_headers})
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/stmdcm/${folder})
 endforeach()

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// The value of one live attribute. The driver sets the type and points `text` at the value as

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// One CPU of the target device, described by the host.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// The kind of store that a file name given to a manager names.

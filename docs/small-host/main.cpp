@@ -11,7 +11,8 @@
 #include <string>
 
 #include "trace/dcm/DeviceConfigManager.h"
-#include "trace/dcm/StmDeviceConfigManager.h"
+#include "trace/dcm/PropertyNames.h"
+#include "trace/dcm/StmDeviceConfigManagerIF.h"
 
 using namespace Zu::Wep::Trace;
 
@@ -33,12 +34,16 @@ struct Plugin {
         if (library == nullptr) {
             throw std::runtime_error(dlerror());
         }
-        create = reinterpret_cast<decltype(create)>(dlsym(library, "CreateDeviceConfigManager"));
-        destroy = reinterpret_cast<decltype(destroy)>(dlsym(library, "DestroyDeviceConfigManager"));
+        create = reinterpret_cast<decltype(create)>(Symbol(library, "CreateDeviceConfigManager"));
+        destroy = reinterpret_cast<decltype(destroy)>(Symbol(library, "DestroyDeviceConfigManager"));
         if (create == nullptr || destroy == nullptr) {
-            throw std::runtime_error(std::string(path) + " is no configuration manager");
+            throw std::runtime_error(std::string(path) + " is no configuration manager with the interface " +
+                                     STMDCM_INTERFACE_VERSION);
         }
     }
+    /// Of the interface that the headers describe: a library with another one would crash.
+    static void* Symbol(void* library, const char* name) { return dlvsym(library, name, STMDCM_INTERFACE_VERSION); }
+
     decltype(&CreateDeviceConfigManager) create;
     decltype(&DestroyDeviceConfigManager) destroy;
 };
@@ -63,18 +68,17 @@ int Run(const char* pluginPath, const std::string& capture, const std::string& c
     if (!manager->LoadConfiguration(capture, TRACE_DATA_FILE_TDF)) {
         throw std::runtime_error(capture + " holds no configuration");
     }
-    std::cout << "ATB id " << Number(*manager, "STM_ATB_Id") << ", " << Number(*manager, "STM_DTC_target_pins")
-              << " pins\n";
+    std::cout << "ATB id " << Number(*manager, PropertyNames::STM_ATB_Id) << ", "
+              << Number(*manager, PropertyNames::STM_DTC_target_pins) << " pins\n";
 
-    // Setting properties and the use-case records are what StmDeviceConfigManager adds; every manager is one.
-    auto& stm = static_cast<StmDeviceConfigManager&>(*manager);
-    UsecaseRecord& record = *stm.GetUsecaseRecord();
+    // Setting properties and the use-case records are what StmDeviceConfigManagerIF adds; every manager is one.
+    auto& stm = static_cast<StmDeviceConfigManagerIF&>(*manager);
+    UsecaseRecordIF& record = *stm.GetUsecaseRecord();
     for (unsigned i = 0; i < record.GetNumUsecases(); ++i) {
         std::cout << "use case " << record.GetUsecase(i)->GetModuleName() << '\n';
     }
-    ConfigPropertyValue value;  // all of the union is 0, as setting a property asks for
-    value.value.integer = 8;
-    stm.SetSTMProperty("STM_DTC_target_pins", value);
+    ConfigPropertyValue pins(8);
+    stm.SetSTMProperty(PropertyNames::STM_DTC_target_pins, pins);
 
     // The first configuration of a capture is the one that is read: a changed one needs a capture of its own.
     std::filesystem::copy_file(capture, copy);

@@ -15,7 +15,7 @@
 
 #include "fuzz/differential/InputMaker.h"
 #include "trace/dcm/DeviceConfigManager.h"
-#include "trace/dcm/StmDeviceConfigManager.h"
+#include "trace/dcm/StmDeviceConfigManagerIF.h"
 
 namespace fs = std::filesystem;
 using namespace stmdcm_test;
@@ -132,7 +132,7 @@ class Run {
 
   private:
     using Destroy = decltype(&DestroyDeviceConfigManager);
-    using Manager = std::unique_ptr<StmDeviceConfigManager, Destroy>;
+    using Manager = std::unique_ptr<StmDeviceConfigManagerIF, Destroy>;
 
     template <class Function>
     void Find(const char* name, Function& function) {
@@ -145,7 +145,7 @@ class Run {
     Manager Make(CDeviceIdentifier* identifier) {
         static CPUInfo cpu{"Core_0/Cluster", 1, 2, 3};
         auto* made = static_cast<CDeviceConfigManager*>(m_create(&cpu, identifier));
-        return {static_cast<StmDeviceConfigManager*>(made), m_destroy};
+        return {static_cast<StmDeviceConfigManagerIF*>(made), m_destroy};
     }
 
     void LoadAndSave(Host& host, const std::string& name, eTraceDataFileType type) {
@@ -173,11 +173,11 @@ class Run {
         }
     }
 
-    void AddState(const std::string& when, StmDeviceConfigManager& manager) {
+    void AddState(const std::string& when, StmDeviceConfigManagerIF& manager) {
         std::istringstream names(m_samples.properties + "|CycleModeDelta|None");
         std::ostringstream out;
         for (std::string name; std::getline(names, name, '|');) {
-            ConfigPropertyValue value{.type = -1, .text = "text", .value = {.real = -1.1}};  // no byte of it is 0
+            ConfigPropertyValue value(-1, "text", {.real = -1.1});  // no byte of it is 0
             const bool known = manager.GetProperty(name, value);
             out << name << ' ' << known << ' ' << value.type << ' ' << value.text << std::hex << " 0x"
                 << std::bit_cast<std::uint64_t>(value.value) << std::dec << '\n';

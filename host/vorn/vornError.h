@@ -5,6 +5,8 @@
 #include <exception>
 #include <string>
 
+#include "trace/Interface.h"
+
 #define VORN_API __attribute__((visibility("default")))
 
 namespace Zu::Wep::Vorn {

@@ -42,9 +42,7 @@ std::int32_t Manager::Property(const std::string& name) const {
 }
 
 void Manager::SetProperty(const std::string& name, std::int32_t value) {
-    ConfigPropertyValue property;
-    property.type = ConfigPropertyValue::Integer;
-    property.value.integer = value;  // For the flag that is read from the first byte 0 and 1 say the same.
+    ConfigPropertyValue property(value);
     if (!m_manager->SetSTMProperty(name, property)) {
         throw Failure(fmt::format("the plug-in can't set a property \"{}\"", name));
     }

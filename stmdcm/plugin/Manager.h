@@ -7,7 +7,7 @@
 
 #include "host/CPUInfo.h"
 #include "stmdcm/plugin/ObjectFileQuestions.h"
-#include "trace/dcm/StmDeviceConfigManager.h"
+#include "trace/dcm/StmDeviceConfigManagerIF.h"
 
 namespace stmdcm {
 
@@ -42,7 +42,7 @@ class Manager {
     Zu::Wep::Trace::PMIUsecaseRecordIF& PmiRecord() const { return *m_manager->GetPMIUsecaseRecord(); }
 
   private:
-    using Interface = Zu::Wep::Trace::StmDeviceConfigManager;
+    using Interface = Zu::Wep::Trace::StmDeviceConfigManagerIF;
 
     std::string m_cpuName;
     Zu::Wep::Trace::CPUInfo m_cpu;

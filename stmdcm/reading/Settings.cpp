@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "trace/format/BlockWriter.h"
 #include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm {

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include "tests/dcm/ManagerTest.h"
+#include "trace/format/SettingsText.h"
 
 namespace Zu::Wep::Trace {
 namespace {

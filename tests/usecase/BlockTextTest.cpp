@@ -4,6 +4,7 @@
 #include <array>
 
 #include "tests/usecase/Records.h"
+#include "trace/format/BlockLines.h"
 
 namespace Zu::Wep::Trace {
 namespace {

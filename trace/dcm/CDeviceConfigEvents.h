@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// What a manager asks its host. Registered with CDeviceConfigManager::RegisterEventHandler, borrowed from then on.

@@ -9,8 +9,8 @@
 #include "host/CPUInfo.h"
 #include "host/CTraceFactory.h"
 #include "source_utilities/uDll.h"
-#include "trace/dcm/CDeviceConfigManager.h"
 #include "trace/dcm/FILE_Info.h"
+#include "trace/dcm/StmDeviceConfigManagerIF.h"
 
 namespace Zu::Wep::Trace {
 
@@ -21,7 +21,7 @@ struct SectionToSave;
 /// The device-independent half of every manager: the object files of the target's CPUs, the section "DCM_COMMON"
 /// that keeps them in a capture (docs/object-files.md), and the connection to the live system.
 /// The order of the data members is part of the binary interface.
-class CDeviceConfigManagerCommon : public CDeviceConfigManager {
+class CDeviceConfigManagerCommon : public StmDeviceConfigManagerIF {
   public:
     CDeviceConfigManagerCommon();
     /// Borrows both for its whole life; either may be null. Prepares the trace environment and the log.

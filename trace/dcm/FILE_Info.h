@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// One object (program) file as it was when it was recorded.

@@ -1,8 +1,34 @@
 #include "trace/dcm/PropertyValue.h"
 
 #include <cstring>
+#include <string_view>
+
+#include "trace/dcm/PropertyNames.h"
 
 namespace Zu::Wep::Trace {
+
+namespace {
+
+/// Whether hosts are told of the same properties.
+constexpr bool AreDescribed() {
+    constexpr StmProperties kDefaults;
+    for (std::size_t i = 0; i < kStmProperties.size(); ++i) {
+        const StmProperty& property = kStmProperties[i];
+        const PropertyDescription& described = kPropertyDescriptions[i];
+        const bool isFlag = property.flag != nullptr;
+        const std::int32_t number = isFlag ? std::int32_t{kDefaults.*property.flag} : kDefaults.*property.integer;
+        const bool isClock = property.shape == ValueShape::Clock;
+        if (std::string_view(property.name) != described.name || number != described.defaultValue ||
+            isFlag != (described.type == ConfigPropertyValue::Boolean) ||
+            isClock != (described.unit == std::string_view("Hz"))) {
+            return false;
+        }
+    }
+    return kStmProperties.size() == kPropertyDescriptions.size();
+}
+static_assert(AreDescribed());
+
+}  // namespace
 
 void SetFromValue(StmProperties& properties, const StmProperty& property, const ConfigPropertyValue& value) {
     std::int32_t number = value.value.integer;

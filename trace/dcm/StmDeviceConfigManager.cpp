@@ -31,6 +31,13 @@ constexpr char kConstantProperty[] = "CycleModeDelta";  ///< always true, never 
 /// Beside that of the common half, which every manager prepares first: each has its own (trace/dcm/TraceEnvironment.h).
 TraceEnvironment environment;
 
+/// Most names of a device identification are no properties.
+ApplyProperty Applier(StmDeviceConfigManager& manager) {
+    return [&manager](std::string_view name, std::string_view value) {
+        return manager.ExtractValue(std::string(name), std::string(value));
+    };
+}
+
 /// Tells the log what of a settings text is not read (docs/log.md).
 struct SettingsLog final : TextReporter {
     explicit SettingsLog(const std::string& name) : source(name) {}
@@ -210,7 +217,7 @@ bool StmDeviceConfigManager::LoadSTMConfiguration(const std::string& path) {
         TellFailure("can't be read", path, errno);
     }
     SettingsLog log(path);
-    const SettingsText text(std::move(content), kFileLineLimits, Applier(), &log);
+    const SettingsText text(std::move(content), kFileLineLimits, Applier(*this), &log);
     if (end != ZU_WEP::PosixFile::ReadEnd::Failure) {
         m_usecases.Read(text.Blocks(), nullptr);
     }
@@ -297,20 +304,13 @@ bool StmDeviceConfigManager::LoadStmSections(const std::string& path, OpenCaptur
         return false;
     }
     try {
-        ReadDeviceText(capture.Read(kDeviceSection), Applier(), nullptr);
-        const SettingsText text(capture.Read(kStmSection), LineLimits{}, Applier(), nullptr);
+        ReadDeviceText(capture.Read(kDeviceSection), Applier(*this), nullptr);
+        const SettingsText text(capture.Read(kStmSection), LineLimits{}, Applier(*this), nullptr);
         m_usecases.Read(text.Blocks(), nullptr);
         return true;
     } catch (const Vorn::vornErrorIF& error) {
         return FailFileWork(path, error);
     }
-}
-
-/// Most names of a device identification are no properties.
-ApplyProperty StmDeviceConfigManager::Applier() {
-    return [this](std::string_view name, std::string_view value) {
-        return ExtractValue(std::string(name), std::string(value));
-    };
 }
 
 }  // namespace Zu::Wep::Trace

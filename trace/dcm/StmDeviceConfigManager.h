@@ -4,13 +4,14 @@
 #include <string>
 
 #include "trace/dcm/CDeviceConfigManagerCommon.h"
-#include "trace/format/SettingsText.h"
+#include "trace/format/StmProperties.h"
 #include "trace/usecase/UsecaseRecords.h"
 
 namespace Zu::Wep::Trace {
 
 /// The manager of an STM's configuration: its properties (docs/settings-text.md) and three records of use cases.
-/// Hosts reach it through the virtual operations; the others are for the library itself and for embedding it.
+/// Hosts that load the plug-in reach it through StmDeviceConfigManagerIF; this header is for the library itself and for
+/// programs that link it statically.
 /// The order of virtual operations and of data members is part of the binary interface.
 class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
   public:
@@ -24,16 +25,12 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     bool GetProperty(const std::string& name, ConfigPropertyValue& value) override;
     std::string GetLastError() const override;
 
-    /// Changes the property `name`; false when there is none, or when it is "CycleModeDelta".
-    virtual bool SetSTMProperty(const std::string& name, ConfigPropertyValue& value);
-    /// Saves into the CPU's settings file. Throws std::logic_error when ZU_TRACE_SETTINGS_DIR is unset or empty.
-    virtual void SaveAllConfiguration();
-    /// Empties the records and loads the CPU's settings file, unless a TRACE_DATA_FILE_LOCAL has been loaded before.
-    virtual void RetrieveAllConfiguration();
-    /// The records belong to the manager and end with it; read and change them, never delete them.
-    virtual UsecaseRecord* GetUsecaseRecord();
-    virtual CTUsecaseRecord* GetCTUsecaseRecord();
-    virtual PMIUsecaseRecord* GetPMIUsecaseRecord();
+    bool SetSTMProperty(const std::string& name, ConfigPropertyValue& value) override;
+    void SaveAllConfiguration() override;
+    void RetrieveAllConfiguration() override;
+    UsecaseRecord* GetUsecaseRecord() override;
+    CTUsecaseRecord* GetCTUsecaseRecord() override;
+    PMIUsecaseRecord* GetPMIUsecaseRecord() override;
 
     /// Appends the property lines of the settings text.
     void OutputParametersToBuffer(std::string& out);
@@ -61,7 +58,6 @@ class StmDeviceConfigManager : public CDeviceConfigManagerCommon {
     SectionToSave ConfigurationSection();
     bool SaveIntoCapture(const std::string& path);
     bool LoadStmSections(const std::string& path, OpenCapture& capture);
-    ApplyProperty Applier();
     void FindChannelDriver();
 
     std::string m_errorText;  ///< why the last file operation failed; GetLastError does not give it

@@ -1,22 +1,6 @@
 #include "trace/format/BlockReader.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace Zu::Wep::Trace {
-
-bool myfgets(char* dst, int size, std::istringstream& in) {
-    std::string_view line;
-    BlockLines lines(UsecaseKind::Sc, in);
-    const bool hasText = lines.Next(line);
-    if (lines.IsAtEnd()) {
-        return false;
-    }
-    const std::size_t length = std::min(line.size(), static_cast<std::size_t>(std::max(size, 0)));
-    std::memcpy(dst, line.data(), length);
-    dst[length] = '\0';
-    return hasText;
-}
 
 int SearchForNextBlock(std::string_view line, BlockLines& in) {
     if (line == kBlockOpen) {

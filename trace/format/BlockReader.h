@@ -32,10 +32,6 @@ inline std::string_view StripBlockLine(std::string_view line) {
     return line.substr(0, line.find('\0'));
 }
 
-/// `BlockLines::Next` into a buffer of `size` + 1 bytes; a longer line is cut to `size` characters. At the end of the
-/// text, and on a stream that has failed, `dst` stays as it is.
-bool myfgets(char* dst, int size, std::istringstream& in);
-
 /// Reads up to and including the next line that begins with "{". A `line` that is exactly "{" is that line already.
 /// Returns 0 found, 1 end of input or a blank line first.
 int SearchForNextBlock(std::string_view line, BlockLines& in);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "trace/Export.h"
+#include "trace/Interface.h"
 
 namespace Zu::Wep::Trace {
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "host/vorn/vornError.h"
-#include "trace/Export.h"
+#include "trace/Interface.h"
 #include "trace/tdf/FileSize.h"
 
 namespace Zu::Wep::Trace {

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// One counter of a statistics-counter use case; the text stands after "#number=" in the block.

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// One formula of a statistics-counter use case: counters combined into a value with a unit.

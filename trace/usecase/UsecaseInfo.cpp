@@ -1,6 +1,23 @@
 #include "trace/usecase/UsecaseInfo.h"
 
+#include "trace/usecase/UsecaseInfoBody.h"
+
 namespace Zu::Wep::Trace {
+
+/// In the order of the block's lines; counters and formulas apart.
+template <>
+struct UsecaseFields<UsecaseInfo> {
+    static constexpr BlockField<UsecaseInfo> kTable[] = {
+        {"id", &UsecaseInfo::m_moduleId},     {"name", &UsecaseInfo::m_moduleName},
+        {"jobid", &UsecaseInfo::m_jobNum},    {"probe", &UsecaseInfo::m_probeName},
+        {"sw", &UsecaseInfo::m_sampleWindow}, {"suppress", &UsecaseInfo::m_suppress},
+    };
+};
+
+const UsecaseKind UsecaseInfo::kKind = UsecaseKind::Sc;
+
+template class UsecaseInfoBase<UsecaseInfo, UsecaseInfoIF>;
+
 namespace {
 
 constexpr BlockField<FormulaInfo> kFormulaFieldTable[] = {
@@ -37,6 +54,52 @@ Item* ItemAt(std::vector<Item>& items, unsigned int index) {
 
 }  // namespace
 
+UsecaseInfo::UsecaseInfo() = default;
+
+UsecaseInfo::UsecaseInfo(const UsecaseInfo& other) = default;
+
+UsecaseInfo::UsecaseInfo(UsecaseInfo&& other) noexcept = default;
+
+UsecaseInfo& UsecaseInfo::operator=(const UsecaseInfo& other) {
+    // Copies first: the source may be this object, whose lists then double as any other's would.
+    const std::vector<_CounterLineInfo> counters = other.m_counters;
+    const std::vector<FormulaInfo> formulas = other.m_formulas;
+    m_moduleId = other.m_moduleId;
+    m_moduleName = other.m_moduleName;
+    m_sampleWindow = other.m_sampleWindow;
+    m_jobNum = other.m_jobNum;
+    m_suppress = other.m_suppress;
+    m_counters.insert(m_counters.end(), counters.begin(), counters.end());
+    m_formulas.insert(m_formulas.end(), formulas.begin(), formulas.end());
+    return *this;
+}
+
+UsecaseInfo::~UsecaseInfo() = default;
+
+void UsecaseInfo::SetModuleId(unsigned int id) { m_moduleId = id; }
+
+unsigned int UsecaseInfo::GetModuleId() const { return m_moduleId; }
+
+void UsecaseInfo::SetModuleName(const char* name) { m_moduleName = name; }
+
+const char* UsecaseInfo::GetModuleName() const { return m_moduleName.c_str(); }
+
+void UsecaseInfo::SetProbeName(const char* name) { m_probeName = name; }
+
+const char* UsecaseInfo::GetProbeName() const { return m_probeName.c_str(); }
+
+void UsecaseInfo::SetSampleWindow(unsigned int window) { m_sampleWindow = window; }
+
+unsigned int UsecaseInfo::GetSampleWindow() const { return m_sampleWindow; }
+
+void UsecaseInfo::SetJobNum(int job) { m_jobNum = job; }
+
+int UsecaseInfo::GetJobNum() const { return m_jobNum; }
+
+void UsecaseInfo::SetSuppress(bool suppress) { m_suppress = suppress; }
+
+bool UsecaseInfo::GetSuppress() const { return m_suppress; }
+
 void UsecaseInfo::AddCounter(const _CounterLineInfo* counter) { m_counters.push_back(*counter); }
 
 void UsecaseInfo::AddFormula(const char* name, const char* formula, const char* unit, unsigned int ofmask) {
@@ -51,11 +114,22 @@ _CounterLineInfo* UsecaseInfo::GetCounterInfo(unsigned int index) { return ItemA
 
 FormulaInfo* UsecaseInfo::GetFormula(unsigned int index) { return ItemAt(m_formulas, index); }
 
+void UsecaseInfo::CleanUp() {
+    m_moduleId = 0;
+    m_moduleName.clear();
+    m_probeName.clear();
+    m_counters.clear();
+    m_formulas.clear();
+    m_sampleWindow = 0;
+    m_jobNum = -1;
+    m_suppress = false;
+}
+
 std::vector<std::string_view> UsecaseInfo::FormulaKeys() { return KeysOf(kFormulaFields); }
 
 void UsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
     AppendBlockLine(out, kBlockOpen);
-    WriteFields(out, *this, Fields(), reporter);
+    WriteFields(out, *this, FieldsOf<UsecaseInfo>(), reporter);
     for (const _CounterLineInfo& counter : m_counters) {
         std::string key(1, '#');
         key += std::to_string(WrittenValue(counter.number));
@@ -69,7 +143,15 @@ void UsecaseInfo::Export(std::string& out, BlockWriteReporter& reporter) const {
 
 int UsecaseInfo::Import(std::string_view line, BlockLines& in) {
     return ReadBlock(line, in, AcceptsFirstLine, [&](std::string_view& current) {
-        return current == kFormulaOpen ? ReadFormula(current, in) : ToLineResult(StoreKeyLine(current, in));
+        if (current != kFormulaOpen) {
+            return ToLineResult(StoreKeyLine(current, in));
+        }
+        in.Tell(&TextReporter::OnFormulaOpened);
+        if (!in.Next(current)) {
+            in.Tell(&TextReporter::OnFormulaEnded, FormulaEnd::Empty);
+            return LineResult::BlockDone;  // docs/use-case-blocks.md: the block counts as complete
+        }
+        return ToLineResult(ReadFormulaLines(current, in));
     });
 }
 
@@ -90,19 +172,9 @@ int UsecaseInfo::StoreKeyLine(std::string_view line, const BlockLines& in) {
         m_counters.push_back({number, std::string(keyLine.value)});
         in.Tell(&TextReporter::OnKey, BlockKey{keyLine.key, keyLine.value, KeyUse::Counter});
     } else if (result == 0) {
-        StoreField(*this, Fields(), keyLine, in);
+        StoreField(*this, FieldsOf<UsecaseInfo>(), keyLine, in);
     }
     return result;
-}
-
-/// `line` is the one that opens the formula.
-LineResult UsecaseInfo::ReadFormula(std::string_view& line, BlockLines& in) {
-    in.Tell(&TextReporter::OnFormulaOpened);
-    if (!in.Next(line)) {
-        in.Tell(&TextReporter::OnFormulaEnded, FormulaEnd::Empty);
-        return LineResult::BlockDone;  // docs/use-case-blocks.md: the block counts as complete
-    }
-    return ToLineResult(ReadFormulaLines(line, in));
 }
 
 /// `line` is the first behind the one that opens the formula. Only "$/", a blank line or the end of the text ends it: a

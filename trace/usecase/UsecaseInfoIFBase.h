@@ -1,5 +1,7 @@
 #pragma once
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// What every use case offers: ten operations, called through slots 0 to 9 of its table, in this order.

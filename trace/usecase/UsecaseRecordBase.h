@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "trace/format/BlockReader.h"
-#include "trace/format/BlockWriter.h"
-
 namespace Zu::Wep::Trace {
+
+class BlockLines;
+class BlockWriteReporter;
+class TextReporter;
+struct BlockText;
 
 /// What the three records share: the array of use cases and every operation on it. `RecordIF` is the kind's record
 /// interface, `Info` its use case. The array is the only field; elements are only ever copy-constructed, never
@@ -16,7 +18,6 @@ template <class RecordIF, class Info>
 class UsecaseRecordBase : public RecordIF {
   public:
     using Interface = typename RecordIF::UsecaseInterface;
-    static constexpr UsecaseKind kKind = Info::kKind;
 
     unsigned int GetNumUsecases() const override;
     void RemoveUsecase(int job) override;
@@ -27,8 +28,8 @@ class UsecaseRecordBase : public RecordIF {
     int SaveAllRecords(std::string& out) const override;
     int RetrieveAllRecords(std::istringstream& in) override;
 
-    /// `RetrieveAllRecords` out of lines.
-    int Retrieve(BlockLines& in);
+    /// Replaces the use cases by those of a text.
+    void Read(const BlockText& blocks, TextReporter* reporter);
     /// `SaveAllRecords`, telling a reporter what does not read back as it was.
     void Save(std::string& out, BlockWriteReporter& reporter) const;
 
@@ -42,6 +43,8 @@ class UsecaseRecordBase : public RecordIF {
     std::vector<Info> m_usecases;
 
   private:
+    void Retrieve(BlockLines& in);
+
     static Info s_shared;
 };
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "trace/format/BlockReader.h"
+#include "trace/format/BlockWriter.h"
 #include "trace/usecase/UsecaseRecordBase.h"
 
 namespace Zu::Wep::Trace {
@@ -56,26 +58,33 @@ int UsecaseRecordBase<RecordIF, Info>::SaveAllRecords(std::string& out) const {
 
 template <class RecordIF, class Info>
 int UsecaseRecordBase<RecordIF, Info>::RetrieveAllRecords(std::istringstream& in) {
-    BlockLines lines(kKind, in);
-    return Retrieve(lines);
+    BlockLines lines(Info::kKind, in);
+    Retrieve(lines);
+    return 0;
 }
 
 template <class RecordIF, class Info>
-int UsecaseRecordBase<RecordIF, Info>::Retrieve(BlockLines& in) {
+void UsecaseRecordBase<RecordIF, Info>::Read(const BlockText& blocks, TextReporter* reporter) {
+    BlockLines lines(Info::kKind, blocks, reporter);
+    CleaupUsecases(false);
+    Retrieve(lines);
+}
+
+template <class RecordIF, class Info>
+void UsecaseRecordBase<RecordIF, Info>::Retrieve(BlockLines& in) {
     std::string_view line;
     do {
         Info usecase;
         const int result = usecase.Import(line, in);
         if (result < 0) {
             in.Tell(&TextReporter::OnBlocksEnd, BlocksEnd::BadBlock);
-            return 0;
+            return;
         }
         if (result == 0) {
             m_usecases.push_back(std::move(usecase));
         }
     } while (in.Next(line));
     in.Tell(&TextReporter::OnBlocksEnd, in.IsAtEnd() ? BlocksEnd::TextEnds : BlocksEnd::BlankLine);
-    return 0;
 }
 
 template <class RecordIF, class Info>

@@ -3,6 +3,8 @@
 #include <sstream>
 #include <string>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// A record: the use cases of one kind, in the order in which they were added. `Interface` is the kind's use-case

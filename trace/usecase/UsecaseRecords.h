@@ -6,6 +6,9 @@
 
 namespace Zu::Wep::Trace {
 
+struct BlockText;
+class TextReporter;
+
 /// The records of one configuration, a record for each kind.
 struct UsecaseRecords {
     UsecaseRecord sc;
@@ -21,20 +24,10 @@ struct UsecaseRecords {
     }
 
     /// Replaces the use cases by copies of others.
-    void CopyFrom(const UsecaseRecords& others) {
-        sc.CopyFrom(others.sc);
-        cpt.CopyFrom(others.cpt);
-        pmi.CopyFrom(others.pmi);
-    }
+    void CopyFrom(const UsecaseRecords& others);
 
     /// Replaces the use cases by those of a text, which every record reads for itself.
-    void Read(const BlockText& blocks, TextReporter* reporter) {
-        ForEach([&](auto& record) {
-            BlockLines lines(record.kKind, blocks, reporter);
-            record.CleaupUsecases(false);
-            record.Retrieve(lines);
-        });
-    }
+    void Read(const BlockText& blocks, TextReporter* reporter);
 };
 
 }  // namespace Zu::Wep::Trace

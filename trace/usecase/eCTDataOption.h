@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "trace/Interface.h"
+
 namespace Zu::Wep::Trace {
 
 /// A data option of a CP tracer: the bit number in the data-options mask. Only the low five bits of a value count.
