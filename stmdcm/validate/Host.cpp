@@ -15,7 +15,7 @@
 #include "stmdcm/plugin/WorkingFile.h"
 #include "stmdcm/validate/Expect.h"
 #include "trace/dcm/EnvironmentVariables.h"
-#include "trace/format/StmPropertyTable.h"
+#include "trace/dcm/PropertyNames.h"
 
 namespace stmdcm::validate {
 
@@ -49,9 +49,9 @@ void Host::Unload() {
     }
 }
 
-void* Host::Symbol(const char* name) {
+void* Host::Symbol(const char* name, const char* version) {
     Load();
-    return ::dlsym(m_library, name);
+    return version == nullptr ? ::dlsym(m_library, name) : ::dlvsym(m_library, name, version);
 }
 
 void* Host::ExistingSymbol(const char* name) {
@@ -95,10 +95,10 @@ std::string Host::Printed() const {
 
 std::string Host::AnyProperties() {
     std::string text;
-    for (const StmProperty& property : kStmProperties) {
-        const std::int32_t byDefault = NumberOf(StmProperties(), property);
-        std::int32_t value = property.flag != nullptr ? 1 - byDefault : AnyNumber();
-        value += value == byDefault ? 1 : 0;
+    for (const PropertyDescription& property : kPropertyDescriptions) {
+        const bool isFlag = property.type == ConfigPropertyValue::Boolean;
+        std::int32_t value = isFlag ? 1 - property.defaultValue : AnyNumber();
+        value += value == property.defaultValue ? 1 : 0;
         text += fmt::format("{} = {}\n", property.name, value);
     }
     return text;

@@ -33,8 +33,8 @@ class Host {
     /// Loads the library, unless it is loaded; the first symbol that is asked for does so, too.
     void Load();
     void Unload();
-    /// Null where it exports no such thing.
-    void* Symbol(const char* name);
+    /// Null where it exports no such thing, or not of that version.
+    void* Symbol(const char* name, const char* version = nullptr);
     template <class Function>
     Function Exported(const char* name) {
         return reinterpret_cast<Function>(ExistingSymbol(name));

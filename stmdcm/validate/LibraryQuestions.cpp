@@ -15,6 +15,7 @@
 #include "stmdcm/validate/Questions.h"
 #include "stmdcm/validate/Rules.h"
 #include "stmdcm/validate/Subject.h"
+#include "trace/Interface.h"
 
 namespace stmdcm::validate {
 
@@ -60,6 +61,16 @@ constexpr Question kQuestions[] = {
      [](Host& host) {
          for (const char* name : {"CreateDeviceConfigManager", "DestroyDeviceConfigManager"}) {
              host.Exported<void (*)()>(name);
+         }
+     }},
+    {"library.version", "it has the interface that this program's headers describe", kGrantedRule,
+     [](Host& host) {
+         if (!HasSymbolVersions(host.LibraryPath())) {
+             Skip("the library's symbols have no versions, so they say nothing of its interface");
+         }
+         for (const char* name : {"CreateDeviceConfigManager", "DestroyDeviceConfigManager"}) {
+             Expect(fmt::format("whether it has {} of the version {}", name, STMDCM_INTERFACE_VERSION),
+                    host.Symbol(name, STMDCM_INTERFACE_VERSION) != nullptr, true);
          }
      }},
     {"library.container", "it has the container's functions, which hosts link to", kLayoutRule,

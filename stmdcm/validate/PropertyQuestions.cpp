@@ -8,7 +8,7 @@
 #include "stmdcm/validate/Questions.h"
 #include "stmdcm/validate/Rules.h"
 #include "stmdcm/validate/Subject.h"
-#include "trace/format/StmPropertyTable.h"
+#include "trace/dcm/PropertyNames.h"
 #include "trace/format/StmSections.h"
 
 namespace stmdcm::validate {
@@ -20,7 +20,7 @@ namespace {
 constexpr char kImport[] = "STM_VornLib_Import";
 constexpr char kConstant[] = "CycleModeDelta";
 
-bool IsFlag(const StmProperty& property) { return property.flag != nullptr; }
+bool IsFlag(const PropertyDescription& property) { return property.type == ConfigPropertyValue::Boolean; }
 
 /// Names that are no properties, though near to one.
 constexpr const char* kOtherNames[] = {"",
@@ -44,7 +44,7 @@ std::string PropertyLines(const Subject& subject) {
 /// One property after the other is set to that number, and read.
 template <class Wanted>
 void SetAndRead(const Subject& subject, bool areFlags, std::int32_t number, Wanted wanted) {
-    for (const StmProperty& property : kStmProperties) {
+    for (const PropertyDescription& property : kPropertyDescriptions) {
         if (IsFlag(property) == areFlags && property.name != std::string(kImport)) {
             const std::string asked = fmt::format("{} after SetSTMProperty with the integer {}", property.name, number);
             Expect("the result of setting " + std::string(property.name), subject.Set(property.name, number), true);
@@ -57,24 +57,24 @@ constexpr Question kQuestions[] = {
     {"property.defaults", "a fresh manager has the default of each of the 26 properties", kGrammarRule,
      [](Host& host) {
          const Subject subject(host);
-         for (const StmProperty& property : kStmProperties) {
+         for (const PropertyDescription& property : kPropertyDescriptions) {
              Expect(fmt::format("{} of a fresh manager", property.name), subject.Number(property.name),
-                    NumberOf(StmProperties(), property));
+                    property.defaultValue);
          }
      }},
     {"property.types", "GetProperty tells 2 as the type of an integer, 5 of a flag", kGrantedRule,
      [](Host& host) {
          const Subject subject(host);
-         for (const StmProperty& property : kStmProperties) {
+         for (const PropertyDescription& property : kPropertyDescriptions) {
              ConfigPropertyValue value;
              subject->GetProperty(property.name, value);
-             Expect(fmt::format("the type of {}", property.name), value.type, IsFlag(property) ? 5 : 2);
+             Expect(fmt::format("the type of {}", property.name), value.type, property.type);
          }
      }},
     {"property.text-is-the-hosts", "GetProperty leaves the value's text alone", kGrantedRule,
      [](Host& host) {
          const Subject subject(host);
-         for (const StmProperty& property : kStmProperties) {
+         for (const PropertyDescription& property : kPropertyDescriptions) {
              ConfigPropertyValue value;
              value.text = "the host's";
              subject->GetProperty(property.name, value);
@@ -84,7 +84,7 @@ constexpr Question kQuestions[] = {
     {"property.flag-is-one-byte", "reading a flag writes the first byte of the union alone", kGrantedRule,
      [](Host& host) {
          const Subject subject(host);
-         for (const StmProperty& property : kStmProperties) {
+         for (const PropertyDescription& property : kPropertyDescriptions) {
              ConfigPropertyValue value;
              std::memset(&value.value, 0x77, sizeof value.value);
              subject->GetProperty(property.name, value);
@@ -187,13 +187,13 @@ constexpr Question kQuestions[] = {
      }},
     {"property.one-at-a-time", "setting one property leaves the 25 others alone", kGrantedRule,
      [](Host& host) {
-         for (const StmProperty& changed : kStmProperties) {
+         for (const PropertyDescription& changed : kPropertyDescriptions) {
              const Subject subject(host, changed.name);
-             subject.Set(changed.name, IsFlag(changed) ? 1 - NumberOf(StmProperties(), changed) : 1000);
-             for (const StmProperty& other : kStmProperties) {
+             subject.Set(changed.name, IsFlag(changed) ? 1 - changed.defaultValue : 1000);
+             for (const PropertyDescription& other : kPropertyDescriptions) {
                  if (&other != &changed) {
                      Expect(fmt::format("{} when {} was set", other.name, changed.name), subject.Number(other.name),
-                            NumberOf(StmProperties(), other));
+                            other.defaultValue);
                  }
              }
          }
@@ -201,8 +201,8 @@ constexpr Question kQuestions[] = {
     {"property.order", "the 26 are written in their order, each in its line, flags as 0 or 1", kGrammarRule,
      [](Host& host) {
          std::string expected;
-         for (const StmProperty& property : kStmProperties) {
-             expected += fmt::format("{} = {}\n", property.name, NumberOf(StmProperties(), property));
+         for (const PropertyDescription& property : kPropertyDescriptions) {
+             expected += fmt::format("{} = {}\n", property.name, property.defaultValue);
          }
          Expect("what a fresh manager saves", PropertyLines(Subject(host)), expected);
      }},

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "stmdcm/validate/Host.h"
-#include "trace/dcm/StmDeviceConfigManager.h"
+#include "trace/dcm/StmDeviceConfigManagerIF.h"
 
 namespace stmdcm::validate {
 
 /// What hosts call of a manager.
-using ManagerInterface = Zu::Wep::Trace::StmDeviceConfigManager;
+using ManagerInterface = Zu::Wep::Trace::StmDeviceConfigManagerIF;
 
 inline constexpr char kCpuName[] = "Core_0/Cluster";
 

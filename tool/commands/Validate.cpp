@@ -171,7 +171,7 @@ class Validate final : public Command {
             ->check(WholeNumber(UINT32_MAX))
             ->type_name("N")
             ->excludes(list);
-        app.add_option("-j,--jobs", m_jobs, "Ask so many questions at a time")
+        app.add_option("-j,--jobs", m_jobs, "Ask so many questions at a time; 4 without it")
             ->check(WholeNumber(kMostJobs))
             ->type_name("N")
             ->excludes(list);
@@ -238,7 +238,7 @@ class Validate final : public Command {
     std::vector<std::string> m_only;
     std::uint32_t m_timeLimit = 10;
     std::uint32_t m_seed = 1;
-    std::size_t m_jobs = 1;
+    std::size_t m_jobs = 4;
     bool m_list = false;
 };
 
