@@ -1,8 +1,11 @@
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
 
 #include <filesystem>
 
 #include "host/vorn/vornError.h"
+#include "source_utilities/PosixFile.h"
 #include "stmdcm/plugin/WorkingFile.h"
 #include "stmdcm/validate/Bytes.h"
 #include "stmdcm/validate/Expect.h"
@@ -18,8 +21,6 @@ using namespace Zu::Wep::Trace;
 
 namespace {
 
-constexpr char kId[] = "STM_ATB_Id";
-
 /// A capture that loads, with that settings text and device text.
 std::string Whole(std::string_view settings, std::string_view device = "serial=7\n") {
     return CaptureBytes(DeviceSection(device) + ObjectFileSection({}) + StmSection(settings));
@@ -28,9 +29,9 @@ std::string Whole(std::string_view settings, std::string_view device = "serial=7
 /// Loading gives that, and STM_ATB_Id is that then, which was 3.
 void ExpectLoad(Host& host, const std::string& what, const std::string& bytes, bool result, std::int32_t id) {
     const Subject subject(host);
-    subject.Set(kId, 3);
+    subject.Set(kAtbId, 3);
     Expect("the result of loading " + what, subject.LoadCapture(bytes), result);
-    Expect("STM_ATB_Id after loading " + what, subject.Number(kId), id);
+    Expect("STM_ATB_Id after loading " + what, subject.Number(kAtbId), id);
 }
 
 /// Neither loading nor saving does anything with that file.
@@ -57,7 +58,7 @@ std::string ForeignSections(Host& host) {
     return sections;
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kCaptureTable[] = {
     {"capture.there-and-back", "a capture gives back the whole configuration that was saved into it", kLayoutRule,
      [](Host& host) {
          const std::string text = host.AnyProperties() + kUsecaseBlocks;
@@ -96,7 +97,7 @@ constexpr Question kQuestions[] = {
              foreign += SectionBytes("TRACE", 1, "data");
          }
          const Subject subject(host);
-         subject.Set(kId, 9);
+         subject.Set(kAtbId, 9);
          ExpectLoad(host, "what was saved behind them", subject.SavedInto(BareCapture() + foreign), true, 9);
      }},
     {"capture.must-exist", "saving into a capture that is missing gives false and makes no file", kResultRule,
@@ -182,9 +183,9 @@ constexpr Question kQuestions[] = {
      kResultRule,
      [](Host& host) {
          const Subject subject(host);
-         subject.Set(kId, 8);
+         subject.Set(kAtbId, 8);
          const std::string once = subject.SavedInto(BareCapture());
-         subject.Set(kId, 9);
+         subject.Set(kAtbId, 9);
          const std::string twice = subject.SavedInto(once);
          Expect("the first save in the capture", twice.substr(0, once.size()), once);
          Expect("whether the second is there, too", twice.size() > once.size(), true);
@@ -242,6 +243,16 @@ constexpr Question kQuestions[] = {
          Expect("the load", subject.Load(path), false);
          Expect("the next load", subject.Load(path), true);
      }},
+    {"capture.locked", "a save into a capture that the host has locked itself waits a while, and is done", kResultRule,
+     [](Host& host) {
+         const std::string path = host.Write("locked.tdf", BareCapture());
+         const auto own = ZU_WEP::PosixFile::Open(path.c_str(), O_RDWR);
+         ::flock(own.Descriptor(), LOCK_EX);
+         const Subject subject(host);
+         subject.Set(kAtbId, 9);
+         Expect("the save", subject->SaveConfiguration(path, TRACE_DATA_FILE_TDF), true);
+         ExpectLoad(host, "what was saved", Host::Read(path), true, 9);
+     }},
     {"capture.loading-reads-alone", "loading changes neither the capture's bytes nor its time", kSearchRule,
      [](Host& host) {
          const std::string bytes = Whole("STM_ATB_Id = 9\n") + std::string(100, '\0');
@@ -255,6 +266,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> CaptureQuestions() { return kQuestions; }
+std::span<const Question> CaptureQuestions() { return kCaptureTable; }
 
 }  // namespace stmdcm::validate

@@ -64,7 +64,7 @@ void ExpectError(const std::string& asked, Call call, const std::string& text) {
     Expect(asked, came, "2: " + text);
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kContainerTable[] = {
     {"container.create", "CreateTDFFile makes a file of the identifier alone, or empties one", kLayoutRule,
      [](Host& host) {
          Handle handle(host);
@@ -159,6 +159,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> ContainerQuestions() { return kQuestions; }
+std::span<const Question> ContainerQuestions() { return kContainerTable; }
 
 }  // namespace stmdcm::validate

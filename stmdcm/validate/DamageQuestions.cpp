@@ -20,7 +20,6 @@ using namespace Zu::Wep::Trace;
 
 namespace {
 
-constexpr char kId[] = "STM_ATB_Id";
 constexpr char kSettings[] = "STM_ATB_Id = 9\n";
 constexpr char kChainRule[] = "docs/tdf.md, \"In one step, by a manager\"";
 
@@ -29,21 +28,21 @@ std::string Ours() { return DeviceSection() + ObjectFileSection({}) + StmSection
 /// Whether a configuration behind that is found.
 bool IsFoundBehind(Host& host, const std::string& section) {
     const Subject subject(host);
-    return subject.LoadCapture(CaptureBytes(section + Ours())) && subject.Number(kId) == 9;
+    return subject.LoadCapture(CaptureBytes(section + Ours())) && subject.Number(kAtbId) == 9;
 }
 
 /// What a save leaves of a capture; another manager loads what was saved.
 std::string SavedAndFound(Host& host, const std::string& bytes) {
     const Subject subject(host);
-    subject.Set(kId, 77);
+    subject.Set(kAtbId, 77);
     const std::string saved = subject.SavedInto(bytes);
     const Subject another(host, "another");
     Expect("loading the capture that was saved into", another.LoadCapture(saved), true);
-    Expect("STM_ATB_Id that was loaded", another.Number(kId), 77);
+    Expect("STM_ATB_Id that was loaded", another.Number(kAtbId), 77);
     return saved;
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kDamageTable[] = {
     {"damage.cut-anywhere", "a capture that is cut loads what is there, once the header of STMDECODERINFO is whole",
      kSearchRule,
      [](Host& host) {
@@ -55,7 +54,7 @@ constexpr Question kQuestions[] = {
              const Subject subject(host);
              const std::string what = fmt::format("the first {} of {} bytes", size, whole.size());
              Expect("loading " + what, subject.LoadCapture(whole.substr(0, size)), size >= payload);
-             Expect("STM_ATB_Id from " + what, subject.Number(kId), size >= line ? 9 : 1);
+             Expect("STM_ATB_Id from " + what, subject.Number(kAtbId), size >= line ? 9 : 1);
          }
      }},
     {"damage.cut-and-saved", "saving into a capture that is cut anywhere gives one that can be walked again, or false",
@@ -137,7 +136,7 @@ constexpr Question kQuestions[] = {
                  subject.LoadCapture(CaptureBytes(front + SectionBytes(kStmSectionName, 1, kSettings, lie)));
              Expect(fmt::format("loading one whose length is {} more than it has", lie), result, true);
              if (lie > 0) {
-                 Expect("STM_ATB_Id", subject.Number(kId), 9);
+                 Expect("STM_ATB_Id", subject.Number(kAtbId), 9);
              }
          }
      }},
@@ -172,7 +171,7 @@ constexpr Question kQuestions[] = {
          const std::string saved = subject.SavedInto(bytes);
          Expect("the name of its second section", SectionsOf(saved).at(1).name, kCommonSectionName);
          Expect("loading it then", subject.LoadCapture(saved), true);
-         Expect("STM_ATB_Id", subject.Number(kId), 9);
+         Expect("STM_ATB_Id", subject.Number(kAtbId), 9);
      }},
     {"damage.broken-chain", "saving behind a chain that can't be mended gives true, and changes nothing in front",
      kResultRule,
@@ -213,6 +212,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> DamageQuestions() { return kQuestions; }
+std::span<const Question> DamageQuestions() { return kDamageTable; }
 
 }  // namespace stmdcm::validate

@@ -73,7 +73,7 @@ void Work(Host& host) {
     subject.LoadText("STM_ATB_Id = 9\n");
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kEnvironmentTable[] = {
     {"environment.directories", "the first manager makes the directories for settings and data below HOME", kLifeRule,
      [](Host& host) {
          const Subject subject(host);
@@ -272,6 +272,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> EnvironmentQuestions() { return kQuestions; }
+std::span<const Question> EnvironmentQuestions() { return kEnvironmentTable; }
 
 }  // namespace stmdcm::validate

@@ -57,7 +57,7 @@ void ExpectCheck(Host& host, const CheckCase& c) {
     Expect("the first that is kept", images.empty() || images[0][0] != 'c' ? "" : images[0], c.kept);
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kImageTable[] = {
     {"image.bytes", "the object files are written as the page shows, those without a path left out", kImageLayoutRule,
      [](Host& host) {
          const Subject subject(host);
@@ -254,6 +254,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> ImageQuestions() { return kQuestions; }
+std::span<const Question> ImageQuestions() { return kImageTable; }
 
 }  // namespace stmdcm::validate

@@ -54,7 +54,7 @@ void LoadWorkAndUnload(Host& host, int times) {
     }
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kLibraryTable[] = {
     {"library.loads", "the dynamic loader loads it with every symbol that it needs", kLifeRule,
      [](Host& host) { host.Load(); }},
     {"library.entry-points", "it has the two functions that make and end a manager", kLifeRule,
@@ -138,6 +138,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> LibraryQuestions() { return kQuestions; }
+std::span<const Question> LibraryQuestions() { return kLibraryTable; }
 
 }  // namespace stmdcm::validate

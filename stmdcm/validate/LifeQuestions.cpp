@@ -27,7 +27,7 @@ void LiveAndDie(Host& host) {
     subject->SaveAllConfiguration();
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kLifeTable[] = {
     {"life.one", "a manager is made and destroyed", kLifeRule, [](Host& host) { Subject{host}; }},
     {"life.null-cpu", "there is no manager without a CPU", kLifeRule,
      [](Host& host) {
@@ -174,6 +174,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> LifeQuestions() { return kQuestions; }
+std::span<const Question> LifeQuestions() { return kLifeTable; }
 
 }  // namespace stmdcm::validate

@@ -86,7 +86,7 @@ void ExpectTriedAgain(Host& host, const std::string& failures) {
     subject.End();
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kLiveTable[] = {
     {"live.asks-once-each", "a live load asks for the eleven attributes in their order, and gives all back", kLiveRule,
      [](Host& host) {
          Play(host, "");
@@ -290,6 +290,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> LiveQuestions() { return kQuestions; }
+std::span<const Question> LiveQuestions() { return kLiveTable; }
 
 }  // namespace stmdcm::validate

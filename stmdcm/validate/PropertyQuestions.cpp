@@ -53,7 +53,7 @@ void SetAndRead(const Subject& subject, bool areFlags, std::int32_t number, Want
     }
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kPropertyTable[] = {
     {"property.defaults", "a fresh manager has the default of each of the 26 properties", kGrammarRule,
      [](Host& host) {
          const Subject subject(host);
@@ -241,6 +241,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> PropertyQuestions() { return kQuestions; }
+std::span<const Question> PropertyQuestions() { return kPropertyTable; }
 
 }  // namespace stmdcm::validate

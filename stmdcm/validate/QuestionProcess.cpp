@@ -57,6 +57,12 @@ bool Decode(std::string_view bytes, Answer& answer) {
     return true;
 }
 
+void Become(int descriptor, const char* path, int flags) {
+    const int file = ::open(path, flags | O_CLOEXEC, 0600);
+    ::dup2(file, descriptor);
+    ::close(file);
+}
+
 /// What a host has when it begins, and nothing that its user could miss.
 void BecomeHost(const Surroundings& surroundings, pid_t parent) {
     ::setpgid(0, 0);
@@ -72,11 +78,10 @@ void BecomeHost(const Surroundings& surroundings, pid_t parent) {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     const rlimit noDump{0, 0};
     ::setrlimit(RLIMIT_CORE, &noDump);
+    Become(STDIN_FILENO, "/dev/null", O_RDONLY);
     const std::string printed = surroundings.folder + "/printed";
-    const int file = ::open(printed.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    ::dup2(file, STDOUT_FILENO);
-    ::dup2(file, STDERR_FILENO);
-    ::close(file);
+    Become(STDOUT_FILENO, printed.c_str(), O_WRONLY | O_CREAT | O_APPEND);
+    Become(STDERR_FILENO, printed.c_str(), O_WRONLY | O_APPEND);
     ::setenv("HOME", (surroundings.folder + "/home").c_str(), 1);
     ::setenv("TMPDIR", (surroundings.folder + "/tmp").c_str(), 1);
     for (const char* name : {"STMDCM_SCENARIO", "STMDCM_SCENARIO_LOG"}) {

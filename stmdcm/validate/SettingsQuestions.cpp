@@ -28,7 +28,7 @@ bool Load(const Subject& subject, const std::string& name) {
     return subject->LoadConfiguration(name, TRACE_DATA_FILE_LIVE);
 }
 
-constexpr Question kQuestions[] = {
+constexpr Question kSettingsTable[] = {
     {"settings.name-of-a-cpu", "a CPU's settings file has its name, with - for each slash", kFilesRule,
      [](Host& host) {
          const Subject subject(host);
@@ -195,6 +195,6 @@ constexpr Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> SettingsQuestions() { return kQuestions; }
+std::span<const Question> SettingsQuestions() { return kSettingsTable; }
 
 }  // namespace stmdcm::validate

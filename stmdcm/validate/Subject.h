@@ -15,6 +15,8 @@ namespace stmdcm::validate {
 /// What hosts call of a manager.
 using ManagerInterface = Zu::Wep::Trace::StmDeviceConfigManagerIF;
 
+/// The property that questions change where any will do; 1 by default.
+inline constexpr char kAtbId[] = "STM_ATB_Id";
 inline constexpr char kCpuName[] = "Core_0/Cluster";
 
 /// The host's half of a capture or settings file. Does what it is told, and notes the calls: "save NAME TYPE".

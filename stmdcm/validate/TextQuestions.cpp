@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "stmdcm/validate/Expect.h"
 #include "stmdcm/validate/Questions.h"
@@ -14,7 +15,6 @@ using namespace Zu::Wep::Trace;
 
 namespace {
 
-constexpr char kId[] = "STM_ATB_Id";
 const std::string kBlock = "{\ntype=PMI_CMI\nname=PMI\nsw=3\n}";
 const std::string kPacked = "{type=PMI_CMI,name=PMI,sw=3}";
 
@@ -31,7 +31,7 @@ void ExpectReadings(Host& host, const std::vector<Reading>& readings) {
         const Subject subject(host);
         const std::string text = InWords(reading.text);
         Expect("the result of loading " + text, subject.LoadText(reading.text), reading.result);
-        Expect("STM_ATB_Id after loading " + text, subject.Number(kId), reading.id);
+        Expect("STM_ATB_Id after loading " + text, subject.Number(kAtbId), reading.id);
         Expect("the number of PMI/CMI use cases after loading " + text, subject.Pmi().GetNumUsecases(),
                reading.monitors);
     }
@@ -62,10 +62,10 @@ void ExpectNothingRead(Host& host, const std::string& path) {
     Expect("the configuration afterwards", subject.Text(), before);
 }
 
-const Question kQuestions[] = {
+const Question kTextTable[] = {
     {"text.integers", "the text of an integer counts as strtol reads it, its low 32 bits", kGrammarRule,
      [](Host& host) {
-         ExpectConversions(host, {kId, "HEAD_Pointer_0", "MReqInfo_Sel_3"},
+         ExpectConversions(host, {kAtbId, "HEAD_Pointer_0", "MReqInfo_Sel_3"},
                            {{"12", 12},
                             {"12abc", 12},
                             {"word", 0},
@@ -225,6 +225,21 @@ const Question kQuestions[] = {
          ::mkfifo(pipe.c_str(), 0600);
          Expect("the result of loading it", Subject(host)->LoadConfiguration(pipe, TRACE_DATA_FILE_LOCAL), false);
      }},
+    {"text.filled-pipe", "a pipe is read as far as it is filled, though somebody has it open for writing", kResultRule,
+     [](Host& host) {
+         const std::string pipe = host.Path("pipe");
+         ::mkfifo(pipe.c_str(), 0600);
+         std::fstream other(pipe);
+         other << "STM_ATB_Id = 5\n" << std::flush;
+         const Subject subject(host);
+         Expect("the result of loading it", subject->LoadConfiguration(pipe, TRACE_DATA_FILE_LOCAL), false);
+         Expect("STM_ATB_Id, which it holds", subject.Number(kAtbId), 5);
+     }},
+    {"text.without-end", "of what has no end 128 MiB are read, and the result is false", kReadingRule,
+     [](Host& host) {
+         Expect("the result of loading /dev/zero", Subject(host)->LoadConfiguration("/dev/zero", TRACE_DATA_FILE_LOCAL),
+                false);
+     }},
     {"text.link-to-itself", "a link that leads to itself gives false and changes nothing", kResultRule,
      [](Host& host) {
          std::filesystem::create_symlink(host.Path("loop"), host.Path("loop"));
@@ -234,6 +249,6 @@ const Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> TextQuestions() { return kQuestions; }
+std::span<const Question> TextQuestions() { return kTextTable; }
 
 }  // namespace stmdcm::validate

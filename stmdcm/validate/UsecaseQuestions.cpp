@@ -59,7 +59,7 @@ void ExpectBlocks(Host& host, const std::vector<BlockCase>& cases) {
 
 const std::string kGood = "{\nid=1\n}\n";
 
-const Question kQuestions[] = {
+const Question kUsecaseTable[] = {
     {"usecase.none-at-first", "the records of a fresh manager are empty, and are the same ones at every call",
      kUsecaseRule,
      [](Host& host) {
@@ -350,6 +350,6 @@ const Question kQuestions[] = {
 
 }  // namespace
 
-std::span<const Question> UsecaseQuestions() { return kQuestions; }
+std::span<const Question> UsecaseQuestions() { return kUsecaseTable; }
 
 }  // namespace stmdcm::validate

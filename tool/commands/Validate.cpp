@@ -20,9 +20,6 @@
 namespace stmdcm {
 
 namespace fs = std::filesystem;
-using validate::Answered;
-using validate::Question;
-using validate::Verdict;
 
 namespace {
 
@@ -30,16 +27,17 @@ constexpr std::uint64_t kLongestLimit = 3600;
 constexpr std::uint64_t kMostJobs = 64;
 
 struct VerdictLook {
-    Verdict verdict;
+    validate::Verdict verdict;
     Style style;
 };
 
 /// In the order in which they are counted.
-constexpr VerdictLook kVerdicts[] = {{Verdict::Pass, Style::Good},   {Verdict::Warning, Style::Notable},
-                                     {Verdict::Skip, Style::Quiet},  {Verdict::Fail, Style::Bad},
-                                     {Verdict::Crashed, Style::Bad}, {Verdict::TimedOut, Style::Bad}};
+constexpr VerdictLook kVerdicts[] = {
+    {validate::Verdict::Pass, Style::Good},   {validate::Verdict::Warning, Style::Notable},
+    {validate::Verdict::Skip, Style::Quiet},  {validate::Verdict::Fail, Style::Bad},
+    {validate::Verdict::Crashed, Style::Bad}, {validate::Verdict::TimedOut, Style::Bad}};
 
-Style StyleOf(Verdict verdict) {
+Style StyleOf(validate::Verdict verdict) {
     return std::find_if(std::begin(kVerdicts), std::end(kVerdicts),
                         [&](const VerdictLook& look) { return look.verdict == verdict; })
         ->style;
@@ -48,7 +46,7 @@ Style StyleOf(Verdict verdict) {
 /// One of the questions or groups; completion offers them all.
 CLI::Validator QuestionName() {
     std::set<std::string> names;
-    for (const Question* question : validate::AllQuestions()) {
+    for (const validate::Question* question : validate::AllQuestions()) {
         names.insert(question->id);
         names.insert(validate::GroupOf(*question));
     }
@@ -60,11 +58,11 @@ CLI::Validator QuestionName() {
 
 /// Tells the questions.
 struct QuestionList {
-    std::vector<const Question*> questions;
+    std::vector<const validate::Question*> questions;
 
     std::string Text(const Palette& palette) const {
         Table table;
-        for (const Question* question : questions) {
+        for (const validate::Question* question : questions) {
             table.AddRow({{question->id}, {question->asks}});
         }
         return table.Text(palette, 0);
@@ -72,7 +70,7 @@ struct QuestionList {
 
     Json Document() const {
         Json document = JsonRenderer::Document("validate");
-        for (const Question* question : questions) {
+        for (const validate::Question* question : questions) {
             document["questions"].push_back({{"id", question->id}, {"asks", question->asks}, {"rule", question->rule}});
         }
         return document;
@@ -83,18 +81,18 @@ struct QuestionList {
 struct ValidationReport {
     std::string library;
     std::uint32_t seed;
-    const std::vector<Answered>& answered;
+    const std::vector<validate::Answered>& answered;
 
-    std::ptrdiff_t Number(Verdict verdict) const {
+    std::ptrdiff_t Number(validate::Verdict verdict) const {
         return std::count_if(answered.begin(), answered.end(),
-                             [&](const Answered& each) { return each.answer.verdict == verdict; });
+                             [&](const validate::Answered& each) { return each.answer.verdict == verdict; });
     }
 
     /// How many questions were skipped, by the reason.
     std::map<std::string, std::size_t> Skips() const {
         std::map<std::string, std::size_t> skips;
-        for (const Answered& each : answered) {
-            if (each.answer.verdict == Verdict::Skip) {
+        for (const validate::Answered& each : answered) {
+            if (each.answer.verdict == validate::Verdict::Skip) {
                 ++skips[each.answer.came];
             }
         }
@@ -103,28 +101,31 @@ struct ValidationReport {
 
     bool HasFailure() const {
         return std::any_of(answered.begin(), answered.end(),
-                           [](const Answered& each) { return each.answer.IsFailure(); });
+                           [](const validate::Answered& each) { return each.answer.IsFailure(); });
     }
 
     std::string Text(const Palette& palette) const {
         std::string counts;
         for (const VerdictLook& look : kVerdicts) {
             if (const std::ptrdiff_t number = Number(look.verdict); number > 0) {
-                counts += fmt::format("{}{} {}", counts.empty() ? "" : ", ", number, VerdictName(look.verdict));
+                counts +=
+                    fmt::format("{}{} {}", counts.empty() ? "" : ", ", number, validate::VerdictName(look.verdict));
             }
         }
         std::string text = fmt::format("{}: {}; {}\n", palette.Paint(Style::Heading, Shown(library)),
                                        Counted(answered.size(), "question"), counts);
         for (const auto& [question, answer, took] : answered) {
-            if (answer.verdict != Verdict::Pass && answer.verdict != Verdict::Skip) {
+            if (answer.verdict != validate::Verdict::Pass && answer.verdict != validate::Verdict::Skip) {
                 text += fmt::format("  {} {}: {}\n      asked: {}\n      rule: {}\n",
-                                    palette.Paint(StyleOf(answer.verdict), VerdictName(answer.verdict)), question->id,
-                                    Escaped(answer.Sentence()), question->asks, question->rule);
+                                    palette.Paint(StyleOf(answer.verdict), validate::VerdictName(answer.verdict)),
+                                    question->id, Escaped(answer.Sentence()), question->asks, question->rule);
             }
         }
         for (const auto& [why, number] : Skips()) {
-            text += fmt::format("  {} {}: {}\n", palette.Paint(StyleOf(Verdict::Skip), VerdictName(Verdict::Skip)),
-                                Counted(number, "question"), Escaped(why));
+            text += fmt::format(
+                "  {} {}: {}\n",
+                palette.Paint(StyleOf(validate::Verdict::Skip), validate::VerdictName(validate::Verdict::Skip)),
+                Counted(number, "question"), Escaped(why));
         }
         return text;
     }
@@ -134,7 +135,7 @@ struct ValidationReport {
             "validate", {{"library", library}, {"seed", seed}, {"questions", Json::array()}, {"counts", {}}});
         for (const auto& [question, answer, took] : answered) {
             document["questions"].push_back({{"id", question->id},
-                                             {"verdict", VerdictName(answer.verdict)},
+                                             {"verdict", validate::VerdictName(answer.verdict)},
                                              {"asks", question->asks},
                                              {"rule", question->rule},
                                              {"asked", JsonRenderer::OrNull(answer.asked)},
@@ -143,7 +144,7 @@ struct ValidationReport {
                                              {"milliseconds", took.count()}});
         }
         for (const VerdictLook& look : kVerdicts) {
-            document["counts"][VerdictName(look.verdict)] = Number(look.verdict);
+            document["counts"][validate::VerdictName(look.verdict)] = Number(look.verdict);
         }
         document["failed"] = HasFailure();
         return document;
@@ -183,7 +184,7 @@ class Validate final : public Command {
     }
 
     ExitStatus Run(const Context& context) override {
-        const std::vector<const Question*> questions = Chosen();
+        const std::vector<const validate::Question*> questions = Chosen();
         if (m_list) {
             context.Print(QuestionList{questions});
             return ExitStatus::Done;
@@ -203,7 +204,7 @@ class Validate final : public Command {
                                                 std::chrono::seconds(m_timeLimit),
                                                 std::max<std::size_t>(m_jobs, 1),
                                                 hasTarget};
-            const std::vector<Answered> answered = validate::Validate(questions, options);
+            const std::vector<validate::Answered> answered = validate::Validate(questions, options);
             const ValidationReport report{m_library, m_seed, answered};
             context.Print(report);
             return report.HasFailure() ? ExitStatus::Failed : ExitStatus::Done;
@@ -211,12 +212,12 @@ class Validate final : public Command {
     }
 
   private:
-    std::vector<const Question*> Chosen() const {
-        std::vector<const Question*> questions = validate::AllQuestions();
+    std::vector<const validate::Question*> Chosen() const {
+        std::vector<const validate::Question*> questions = validate::AllQuestions();
         const auto isNamed = [this](const std::string& name) {
             return std::find(m_only.begin(), m_only.end(), name) != m_only.end();
         };
-        std::erase_if(questions, [&](const Question* question) {
+        std::erase_if(questions, [&](const validate::Question* question) {
             return !m_only.empty() && !isNamed(question->id) && !isNamed(validate::GroupOf(*question));
         });
         return questions;
