@@ -8,8 +8,8 @@ namespace stmdcm {
 
 using CommandFactory = std::unique_ptr<Command>();
 CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,
-    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeNewHost, MakeObjects, MakeRecover, MakeRestore, MakeSections,
-    MakeSet, MakeShow, MakeUnbundle, MakeUndo;
+    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeNewHost, MakeObjects, MakeRecover, MakeRestore,
+    MakeSections, MakeSet, MakeShow, MakeUnbundle, MakeUndo;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
