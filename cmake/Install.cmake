@@ -13,6 +13,7 @@ foreach(header ${stmdcm_host_headers} ${stmdcm_static_headers})
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/stmdcm/${folder})
 endforeach()
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 configure_package_config_file(cmake/StmDCMConfig.cmake.in ${PROJECT_BINARY_DIR}/StmDCMConfig.cmake
   INSTALL_DESTINATION ${package_dir} PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_DATADIR)

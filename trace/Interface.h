@@ -15,7 +15,8 @@
 #endif
 
 /// The version of the interface that these headers describe: what a library that has it exports bears this as its
-/// symbol version, so that `dlvsym(library, "CreateDeviceConfigManager", STMDCM_INTERFACE_VERSION)` is null for another.
+/// symbol version, so that `dlvsym(library, "CreateDeviceConfigManager", STMDCM_INTERFACE_VERSION)` is null for
+/// another.
 #define STMDCM_INTERFACE_VERSION "STMDCM_1"
 
 /// Marks what the plug-in exports; everything else stays hidden (see cmake/StmDCM.map).

@@ -134,6 +134,7 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
         {"diff $F $F", file},
         {"objects $F", file},
         {"history $F", file},
+        {"validate $F", file},
         {"restore $F 1", file},
         {"live --cpu 0 --scenario $F", file},
         {"recover --plan --split 7 " + full, full},

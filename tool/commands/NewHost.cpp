@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <iterator>
 #include <string_view>
 
 #include "stmdcm/reading/Words.h"
