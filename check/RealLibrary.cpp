@@ -32,7 +32,12 @@ fs::path OwnFile() {
 
 std::string FileToLoad() {
     const char* named = std::getenv(kVariable);
-    return named != nullptr && *named != '\0' ? named : (OwnFile().parent_path() / kLibraryFile).string();
+    if (named != nullptr && *named != '\0') {
+        return named;
+    }
+    std::error_code error;
+    const fs::path own = OwnFile().parent_path();
+    return (fs::exists(own / kLibraryFile, error) ? own / kLibraryFile : own.parent_path() / kLibraryFile).string();
 }
 
 /// Why that library is none to stand in front of; empty for one that is.

@@ -7,7 +7,7 @@
 namespace stmdcm_check {
 
 /// The library that the checker stands in front of: the one that STMDCM_CHECK_LIBRARY names, or libStmDCM.so beside the
-/// checker's own file. Loaded and unloaded together with the checker.
+/// checker's own file, or in the folder around that. Loaded and unloaded together with the checker.
 class RealLibrary {
   public:
     /// Tells why, and stays without it, when it can't be loaded.

@@ -27,6 +27,9 @@ grep -q "ATB id 12, 16 pins" <<<"$printed"
 grep -q "use case mod1" <<<"$printed"
 cmp -n "$(stat -c %s "$source/tests/data/full.tdf")" "$source/tests/data/full.tdf" "$work/copy.tdf"
 grep -aq "STM_DTC_target_pins = 8" "$work/copy.tdf"
+rm "$work/copy.tdf"
+checker=$(find "$work/root" -name libStmDCM-check.so)
+[[ $("$work/host/small_host" "$checker" "$source/tests/data/full.tdf" "$work/copy.tdf" 2>&1) == "$printed" ]]
 
 export CXX=$compiler CMAKE_PREFIX_PATH=$work/root PKG_CONFIG_PATH=$(dirname "$(find "$work/root" -name stmdcm.pc)")
 "$(dirname "$0")/new-host.sh" "$work/root/bin/stmdcm" "$work"
