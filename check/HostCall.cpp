@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "check/Kept.h"
+
 namespace stmdcm_check {
 
 namespace {
@@ -25,9 +27,9 @@ struct Open {
 std::mutex openLock;
 std::atomic<unsigned long> lastNumber{0};
 
-/// Never destroyed, see Output.cpp.
+/// As long as the outputs, see Output.cpp.
 std::vector<Open>& OpenCalls() {
-    static auto* const calls = new std::vector<Open>;
+    static auto* const calls = MakeKept<std::vector<Open>>();
     return *calls;
 }
 

@@ -13,10 +13,12 @@ struct KeptObjects {
     std::vector<std::pair<void*, void (*)(void*)>> all;
 };
 
-/// Never destroyed, see Output.cpp.
+KeptObjects* allKept = nullptr;  ///< not destroyed with the process, see Output.cpp
+std::once_flag once;
+
 KeptObjects& AllKept() {
-    static auto* const kept = new KeptObjects;
-    return *kept;
+    std::call_once(once, [] { allKept = new KeptObjects; });
+    return *allKept;
 }
 
 }  // namespace
@@ -31,6 +33,7 @@ void FreeKept() {
     for (const auto& [object, free] : std::exchange(AllKept().all, {})) {
         free(object);
     }
+    delete std::exchange(allKept, nullptr);
 }
 
 }  // namespace stmdcm_check

@@ -19,7 +19,7 @@ Object* MakeKept(Args&&... args) {
     return object;
 }
 
-/// Nobody may have a pointer to a kept object from now on.
+/// Nobody may have a pointer to a kept object from now on, and nothing is told any more: what tells is kept, too.
 void FreeKept();
 
 }  // namespace stmdcm_check

@@ -18,9 +18,9 @@ struct Managers {
     unsigned int last = 0;
 };
 
-/// Never destroyed, see Output.cpp.
+/// As long as the outputs, see Output.cpp.
 Managers& AllManagers() {
-    static auto* const managers = new Managers;
+    static auto* const managers = MakeKept<Managers>();
     return *managers;
 }
 

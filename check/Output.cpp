@@ -11,6 +11,7 @@
 #include <set>
 #include <string_view>
 
+#include "check/Kept.h"
 #include "source_utilities/PosixFile.h"
 #include "stmdcm/reading/Escaped.h"
 
@@ -78,9 +79,9 @@ struct Outputs {
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };
 
-/// Never destroyed: hosts call until the very end of the process.
+/// Not destroyed with the process: hosts call until its very end.
 Outputs& AllOutputs() {
-    static auto* const outputs = new Outputs;
+    static auto* const outputs = MakeKept<Outputs>();
     return *outputs;
 }
 

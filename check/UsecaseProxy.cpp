@@ -5,6 +5,8 @@
 #include <mutex>
 #include <vector>
 
+#include "check/Kept.h"
+
 namespace stmdcm_check {
 
 using namespace Zu::Wep::Trace;
@@ -17,9 +19,9 @@ struct KnownUsecases {
     std::vector<const ScUsecaseProxy*> sc;
 };
 
-/// Never destroyed, see Output.cpp. Addresses are of kept objects, so none comes twice.
+/// As long as the outputs, see Output.cpp. Addresses are of kept objects, so none comes twice.
 KnownUsecases& Usecases() {
-    static auto* const known = new KnownUsecases;
+    static auto* const known = MakeKept<KnownUsecases>();
     return *known;
 }
 

@@ -1,3 +1,4 @@
+#include "sim/record/Recording.h"
 #include "tests/sim/LiveTest.h"
 
 namespace Zu::Wep::Trace {
@@ -79,6 +80,19 @@ TEST_F(Recorded, ATargetFailsAgainAsItDid) {
         EXPECT_EQ(second.recording, first.recording);
         EXPECT_NE(first.recording, "");
     }
+}
+
+/// No simulated target can give these.
+TEST_F(Recorded, WhatNoScenarioCanSayIsARemark) {
+    stmdcm_sim::Recording recording;
+    recording.AddList({"Core_0/Cluster", ""});
+    recording.Cpu("Core_0/Cluster").objectFiles = {std::string("/a\0b", 4), "/\xff"};
+    recording.Write(m_home / "odd.json");
+    const std::string written = ReadWhole(m_home / "odd.json");
+    for (const char* remark : {"a CPU without a name is left out", "a text that is no UTF-8, or holds a zero byte"}) {
+        EXPECT_NE(written.find(remark), std::string::npos) << written;
+    }
+    EXPECT_EQ(Ask("odd.json", "again.json").results.substr(0, 7), "loaded\n");
 }
 
 }  // namespace
