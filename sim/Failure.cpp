@@ -9,14 +9,15 @@ namespace stmdcm_sim {
 using Zu::Wep::Vorn::vornError;
 
 bool Failure::Strike(const std::string& call) {
-    if (m_times == 0) {
+    if (m_steps.empty()) {
         return false;
     }
-    if (m_times != kAlways) {
-        --m_times;
+    const Step step = m_steps.front();
+    if (step.times != kAlways && --m_steps.front().times == 0) {
+        m_steps.pop_front();
     }
-    const std::string message = call + " fails, as the scenario has it";
-    switch (m_kind) {
+    const std::string message = step.message.value_or(call + " fails, as the scenario has it");
+    switch (step.kind) {
         case Kind::VornError:
             throw vornError(message, vornError::Severity_Error);
         case Kind::StdException:
@@ -24,9 +25,11 @@ bool Failure::Strike(const std::string& call) {
         case Kind::Integer:
             throw 1;
         case Kind::Nothing:
+            return true;
+        case Kind::None:
             break;
     }
-    return true;
+    return false;
 }
 
 }  // namespace stmdcm_sim

@@ -1,33 +1,38 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <limits>
+#include <optional>
 #include <string>
 
 namespace stmdcm_sim {
 
-/// What a call of the simulated target does in place of its work.
+/// What the calls of one kind do in place of their work, step by step; none fails behind the last step.
 class Failure {
   public:
     enum class Kind {
         VornError,
         StdException,
         Integer,
-        Nothing  ///< returns, but gives nothing
+        Nothing,  ///< returns, but gives nothing
+        None      ///< does its work
     };
     static constexpr std::int64_t kAlways = std::numeric_limits<std::int64_t>::max();
 
-    /// Never fails.
-    Failure() = default;
-    /// Fails `times` times.
-    Failure(Kind kind, std::int64_t times) : m_kind(kind), m_times(times) {}
+    struct Step {
+        Kind kind = Kind::None;
+        std::int64_t times = kAlways;
+        std::optional<std::string> message;  ///< of what is thrown; none: one that names the call
+    };
+
+    void Add(Step step) { m_steps.push_back(std::move(step)); }
 
     /// Fails `call`, if that is to be: throws, or returns true when the call is to give nothing.
     bool Strike(const std::string& call);
 
   private:
-    Kind m_kind = Kind::Nothing;
-    std::int64_t m_times = 0;
+    std::deque<Step> m_steps;
 };
 
 }  // namespace stmdcm_sim

@@ -47,7 +47,7 @@ class TreeBuilder : public json::json_sax_t {
 
     JsonNode Take() { return std::move(m_root.children.front()); }
 
-    bool null() override { return Add(JsonNode::Kind::Other); }
+    bool null() override { return Add(JsonNode::Kind::Null); }
     bool boolean(bool /*value*/) override { return Add(JsonNode::Kind::Other); }
     bool number_integer(number_integer_t value) override { return AddInteger(value); }
     bool number_unsigned(number_unsigned_t value) override {

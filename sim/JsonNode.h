@@ -10,7 +10,7 @@ namespace stmdcm_sim {
 
 /// A value of a JSON text that remembers where it stands.
 struct JsonNode {
-    enum class Kind { Text, Integer, Array, Object, Other };
+    enum class Kind { Text, Integer, Array, Object, Null, Other };
 
     Kind kind = Kind::Other;
     std::size_t line = 1;  ///< counted from 1: of its key, or of its start when it has none

@@ -23,6 +23,8 @@ class ScenarioPlace {
 
     const std::string& Key() const { return m_node->key; }
     bool IsInteger() const { return m_node->kind == JsonNode::Kind::Integer; }
+    bool IsArray() const { return m_node->kind == JsonNode::Kind::Array; }
+    bool IsNull() const { return m_node->kind == JsonNode::Kind::Null; }
 
     /// A text without zero bytes: its readers take it up to the first.
     const std::string& Text() const;

@@ -52,23 +52,40 @@ std::string ReadFile(const std::string& path) {
     return text;
 }
 
+/// How many calls an element of an array is for: of the last one, all that come.
+std::int64_t TimesOf(const ScenarioPlace& element, bool isLast) {
+    const std::optional<ScenarioPlace> times = element.Find("times");
+    return times ? times->Integer(1, kMostFailures) : isLast ? Failure::kAlways : 1;
+}
+
+/// One step of a failure.
+Failure::Step ReadStep(const ScenarioPlace& place, bool isLast) {
+    constexpr std::array kinds = {Failure::Kind::VornError, Failure::Kind::StdException, Failure::Kind::Integer,
+                                  Failure::Kind::Nothing, Failure::Kind::None};
+    const std::size_t kind = place.Need("with").Choice({"vornError", "std", "int", "nothing", "none"},
+                                                       R"(has to be "vornError", "std", "int", "nothing" or "none")");
+    const std::optional<ScenarioPlace> message = place.Find("message");
+    return {kinds.at(kind), TimesOf(place, isLast), message ? std::optional(message->Text()) : std::nullopt};
+}
+
 /// What `place` holds under `key`, if anything. `counted`: the failure may end after a number of calls.
 Failure ReadFailure(const ScenarioPlace& place, std::string_view key, bool counted = true) {
     const std::optional<ScenarioPlace> failure = place.Find(key);
     if (!failure) {
         return {};
     }
-    if (counted) {
-        failure->AllowOnly({"with", "times"});
-    } else {
-        failure->AllowOnly({"with"});
+    Failure read;
+    if (!counted) {
+        failure->AllowOnly({"with", "message"});
+        read.Add(ReadStep(*failure, true));
+        return read;
     }
-    constexpr std::array kinds = {Failure::Kind::VornError, Failure::Kind::StdException, Failure::Kind::Integer,
-                                  Failure::Kind::Nothing};
-    const std::size_t kind = failure->Need("with").Choice({"vornError", "std", "int", "nothing"},
-                                                          R"(has to be "vornError", "std", "int" or "nothing")");
-    const std::optional<ScenarioPlace> times = failure->Find("times");
-    return {kinds.at(kind), times ? times->Integer(1, kMostFailures) : Failure::kAlways};
+    const std::vector<ScenarioPlace> steps = failure->IsArray() ? failure->Elements() : std::vector{*failure};
+    for (const ScenarioPlace& step : steps) {
+        step.AllowOnly({"with", "message", "times"});
+        read.Add(ReadStep(step, &step == &steps.back()));
+    }
+    return read;
 }
 
 std::int32_t ReadType(const ScenarioPlace& place) {
@@ -81,16 +98,54 @@ std::int32_t ReadType(const ScenarioPlace& place) {
 }
 
 AttributeAnswer ReadAnswer(const ScenarioPlace& place) {
-    place.AllowOnly({"type", "text", "fails"});
     AttributeAnswer answer;
     if (const auto type = place.Find("type")) {
         answer.type = ReadType(*type);
     }
     if (const auto text = place.Find("text")) {
-        answer.text = text->Text();
+        answer.isTextNull = text->IsNull();
+        answer.text = answer.isTextNull ? std::nullopt : std::optional(text->Text());
     }
     answer.failure = ReadFailure(place, "fails");
     return answer;
+}
+
+Sequence<AttributeAnswer> ReadAnswers(const ScenarioPlace& place) {
+    Sequence<AttributeAnswer> answers;
+    if (!place.IsArray()) {
+        place.AllowOnly({"type", "text", "fails"});
+        answers.Add(ReadAnswer(place), Failure::kAlways);
+        return answers;
+    }
+    const std::vector<ScenarioPlace> elements = place.Elements();
+    for (const ScenarioPlace& element : elements) {
+        element.AllowOnly({"type", "text", "fails", "times"});
+        answers.Add(ReadAnswer(element), TimesOf(element, &element == &elements.back()));
+    }
+    if (elements.empty()) {
+        place.Refuse("is empty");
+    }
+    return answers;
+}
+
+Sequence<std::string> ReadObjectFiles(const ScenarioPlace& place) {
+    Sequence<std::string> paths;
+    for (const ScenarioPlace& path : place.IsArray() ? place.Elements() : std::vector{place}) {
+        paths.Add(path.Text(), 1);
+    }
+    return paths;
+}
+
+Sequence<std::vector<std::string>> ReadLists(const ScenarioPlace& place) {
+    Sequence<std::vector<std::string>> lists;
+    for (const ScenarioPlace& list : place.Elements()) {
+        std::vector<std::string> names;
+        for (const ScenarioPlace& name : list.Elements()) {
+            names.push_back(name.Text());
+        }
+        lists.Add(std::move(names), 1);
+    }
+    return lists;
 }
 
 ScenarioCpu ReadCpu(const ScenarioPlace& place) {
@@ -101,20 +156,21 @@ ScenarioCpu ReadCpu(const ScenarioPlace& place) {
         place.Need("name").Refuse("is empty");
     }
     if (const auto objectFile = place.Find("object_file")) {
-        cpu.objectFile = objectFile->Text();
+        cpu.objectFiles = ReadObjectFiles(*objectFile);
     }
     cpu.objectFileFailure = ReadFailure(place, "object_file_fails");
     cpu.driverFailure = ReadFailure(place, "driver_fails");
     if (const auto attributes = place.Find("attributes")) {
         for (const ScenarioPlace& attribute : attributes->Members()) {
-            cpu.attributes.emplace(attribute.Key(), ReadAnswer(attribute));
+            cpu.attributes.emplace(attribute.Key(), ReadAnswers(attribute));
         }
     }
     return cpu;
 }
 
 std::unique_ptr<Scenario> ReadRoot(const ScenarioPlace& root) {
-    root.AllowOnly({"delay_ms", "factory_fails", "server_fails", "server_end_fails", "list_fails", "cpus"});
+    root.AllowOnly(
+        {"delay_ms", "factory_fails", "server_fails", "server_end_fails", "list_fails", "lists", "cpus", "remarks"});
     auto scenario = std::make_unique<Scenario>();
     if (const auto delay = root.Find("delay_ms")) {
         scenario->delay = std::chrono::milliseconds(delay->Integer(0, kLongestDelay));
@@ -123,6 +179,14 @@ std::unique_ptr<Scenario> ReadRoot(const ScenarioPlace& root) {
     scenario->serverFailure = ReadFailure(root, "server_fails");
     scenario->serverEndFailure = ReadFailure(root, "server_end_fails");
     scenario->listFailure = ReadFailure(root, "list_fails");
+    if (const auto remarks = root.Find("remarks")) {
+        for (const ScenarioPlace& remark : remarks->Elements()) {
+            remark.Text();
+        }
+    }
+    if (const auto lists = root.Find("lists")) {
+        scenario->lists = ReadLists(*lists);
+    }
     std::set<std::string> names;
     for (const ScenarioPlace& place : root.Need("cpus").Elements()) {
         scenario->cpus.push_back(ReadCpu(place));

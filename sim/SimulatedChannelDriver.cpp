@@ -17,6 +17,10 @@ std::string Give(const AttributeAnswer& answer, ChannelAttribute& value) {
         value.type = *answer.type;
         told += " type " + std::to_string(value.type);
     }
+    if (answer.isTextNull) {
+        value.text = nullptr;
+        told += " text null";
+    }
     if (answer.text) {
         value.text = answer.text->c_str();
         told += " text " + CallLog::Quoted(*answer.text);
@@ -29,12 +33,13 @@ std::string Give(const AttributeAnswer& answer, ChannelAttribute& value) {
 void SimulatedChannelDriver::GetAttribute(const char* name, ChannelAttribute& value) {
     const auto found = m_cpu->attributes.find(name);
     Failure none;
-    Failure& failure = found != m_cpu->attributes.end() ? found->second.failure : none;
+    AttributeAnswer* const answer = found != m_cpu->attributes.end() ? &found->second.Next() : nullptr;
+    Failure& failure = answer != nullptr ? answer->failure : none;
     Play(m_scenario->delay, "GetAttribute " + CallLog::Quoted(m_cpu->name) + " " + CallLog::Quoted(name), failure, [&] {
-        if (found == m_cpu->attributes.end()) {
+        if (answer == nullptr) {
             throw vornError(m_cpu->name + " has no attribute \"" + name + "\"", vornError::Severity_Error);
         }
-        return Give(found->second, value);
+        return Give(*answer, value);
     });
 }
 

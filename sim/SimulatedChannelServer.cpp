@@ -34,7 +34,8 @@ void SimulatedChannelServer::PlayFor(const char* operation, const std::string& c
 
 void SimulatedChannelServer::GetObjectFile(const std::string& cpu, std::string& objectFile) {
     PlayFor("GetObjectFile", cpu, &ScenarioCpu::objectFileFailure, [&](std::size_t index) {
-        objectFile = m_scenario->cpus[index].objectFile;
+        Sequence<std::string>& paths = m_scenario->cpus[index].objectFiles;
+        objectFile = paths.IsEmpty() ? "" : paths.Next();
         return " gives " + CallLog::Quoted(objectFile);
     });
 }
@@ -50,9 +51,15 @@ void SimulatedChannelServer::ListCPUs(std::vector<std::string>& cpus) {
     Play(m_scenario->delay, "ListCPUs", m_scenario->listFailure, [&] {
         cpus.clear();
         std::string told = " gives";
-        for (const ScenarioCpu& cpu : m_scenario->cpus) {
-            cpus.push_back(cpu.name);
-            (told += ' ') += CallLog::Quoted(cpu.name);
+        if (m_scenario->lists.IsEmpty()) {
+            for (const ScenarioCpu& cpu : m_scenario->cpus) {
+                cpus.push_back(cpu.name);
+            }
+        } else {
+            cpus = m_scenario->lists.Next();
+        }
+        for (const std::string& cpu : cpus) {
+            (told += ' ') += CallLog::Quoted(cpu);
         }
         return cpus.empty() ? " gives nothing" : told;
     });

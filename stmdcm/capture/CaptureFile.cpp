@@ -30,7 +30,7 @@ std::string WhyItCantBeOpened(int error) {
 }
 
 /// Opens without waiting for the other end of a pipe.
-ZU_WEP::PosixFile OpenRegular(const std::string& path) {
+ZU_WEP::PosixFile OpenRegular(const std::string& path, std::uint64_t& size) {
     ZU_WEP::PosixFile file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY | O_NONBLOCK);
     if (!file.IsOpen()) {
         throw Failure(path, WhyItCantBeOpened(errno));
@@ -45,13 +45,14 @@ ZU_WEP::PosixFile OpenRegular(const std::string& path) {
     if (!S_ISREG(info.st_mode)) {
         throw Failure(path, "this is not a regular file; copy the capture into one first");
     }
+    size = static_cast<std::uint64_t>(info.st_size);
     return file;
 }
 
 }  // namespace
 
 CaptureFile::CaptureFile(std::string path, Identifier identifier)
-    : m_path(std::move(path)), m_file(OpenRegular(m_path)), m_size(m_file.Size().value_or(0)) {
+    : m_path(std::move(path)), m_file(OpenRegular(m_path, m_size)) {
     if (m_size == 0 && identifier != Identifier::None) {
         throw Failure(m_path, "the file is empty, there is no capture in it");
     }

@@ -47,8 +47,8 @@ class CaptureFile {
     std::uint64_t Seek(std::uint64_t offset, int whence, std::uint64_t otherwise) const;
 
     std::string m_path;
-    ZU_WEP::PosixFile m_file;
     std::uint64_t m_size = 0;
+    ZU_WEP::PosixFile m_file;
     bool m_hasIdentifier = false;
 };
 

@@ -44,7 +44,9 @@ std::uint32_t Section::PayloadLength() const {
 
 bool Section::IsTooShort() const { return length < SectionHeader::kSize || length - SectionHeader::kSize < nameLength; }
 
-Container::Container(std::string path) : m_file(std::move(path)) { Walk(); }
+Container::Container(std::string path) : Container(CaptureFile(std::move(path))) {}
+
+Container::Container(CaptureFile file) : m_file(std::move(file)) { Walk(); }
 
 void Container::Walk() {
     CaptureSource source(m_file);

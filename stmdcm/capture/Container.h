@@ -54,6 +54,8 @@ class Container {
 
     /// Opens the capture and walks it; throws Failure.
     explicit Container(std::string path);
+    /// Walks a capture that is open.
+    explicit Container(CaptureFile file);
 
     const CaptureFile& File() const { return m_file; }
     const std::string& Path() const { return m_file.Path(); }

@@ -22,6 +22,17 @@ std::filesystem::path ProgramDirectory() {
     return program.parent_path();
 }
 
+/// Of a factory library of this program's own, in a folder of the libraries' directory.
+std::filesystem::path FactoryDirectory(const char* folder, const char* advice) {
+    const std::filesystem::path prefix = ProgramDirectory().parent_path();
+    for (const std::filesystem::path& directory : {prefix / STMDCM_LIBDIR / folder, prefix / "lib" / folder}) {
+        if (std::filesystem::exists(directory / kFactoryFile)) {
+            return directory;
+        }
+    }
+    throw Failure(fmt::format("{} is not in {}{}", kFactoryFile, (prefix / STMDCM_LIBDIR / folder).string(), advice));
+}
+
 }  // namespace
 
 std::vector<std::filesystem::path> PluginCandidates() {
@@ -32,16 +43,10 @@ std::vector<std::filesystem::path> PluginCandidates() {
 }
 
 std::filesystem::path SimulatorDirectory() {
-    const std::filesystem::path library = ProgramDirectory().parent_path() / STMDCM_LIBDIR;
-    for (const std::filesystem::path& directory :
-         {library / "stmdcm", ProgramDirectory().parent_path() / "lib" / "stmdcm"}) {
-        if (std::filesystem::exists(directory / kFactoryFile)) {
-            return directory;
-        }
-    }
-    throw Failure(
-        fmt::format("{} is not in {}; name its directory with --factory-dir DIR", kFactoryFile, library.string()));
+    return FactoryDirectory("stmdcm", "; name its directory with --factory-dir DIR");
 }
+
+std::filesystem::path RecorderDirectory() { return FactoryDirectory("stmdcm/record", "; install it again"); }
 
 std::filesystem::path DataFile(const std::string& name) {
     std::filesystem::path path = ProgramDirectory().parent_path() / "share" / "stmdcm" / name;

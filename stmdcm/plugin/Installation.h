@@ -17,6 +17,8 @@ inline constexpr char kScenarioVariable[] = "STMDCM_SCENARIO";
 
 /// The directory of the simulated trace factory. Throws Failure when it is not there.
 std::filesystem::path SimulatorDirectory();
+/// The directory of the one that records another (docs/scenario.md). Throws Failure when it is not there.
+std::filesystem::path RecorderDirectory();
 
 /// A data file that is shipped with the program. Throws Failure when it is not there.
 std::filesystem::path DataFile(const std::string& name);

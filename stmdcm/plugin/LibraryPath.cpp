@@ -53,15 +53,20 @@ std::string LibraryPath() {
 
 }  // namespace
 
+bool AreLibrariesSearchedFirstIn(const fs::path& directory) {
+    const std::string first = fs::canonical(directory).string();
+    return LibraryPath() == first || LibraryPath().starts_with(first + ":");
+}
+
 void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
     if (!fs::is_regular_file(directory / library)) {
         throw Failure(directory.string(), fmt::format("there is no {} in this directory", library));
     }
-    const std::string first = fs::canonical(directory).string();
-    const std::string old = LibraryPath();
-    if (old == first || old.starts_with(first + ":")) {
+    if (AreLibrariesSearchedFirstIn(directory)) {
         return;
     }
+    const std::string first = fs::canonical(directory).string();
+    const std::string old = LibraryPath();
     ::setenv(kVariable, old.empty() ? first.c_str() : (first + ":" + old).c_str(), 1);
     StartAgain();
 }

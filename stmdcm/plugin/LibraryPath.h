@@ -4,6 +4,9 @@
 
 namespace stmdcm {
 
+/// Whether `directory`, which must exist, is the first in which the dynamic loader looks for libraries.
+bool AreLibrariesSearchedFirstIn(const std::filesystem::path& directory);
+
 /// Makes `directory`, which must hold `library`, the first in which the dynamic loader looks for libraries. The loader
 /// reads LD_LIBRARY_PATH only when a program starts, so this program replaces itself with itself, with the same
 /// arguments, unless the directory is first already. Call it before anything is made that would have to be given back.

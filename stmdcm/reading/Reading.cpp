@@ -260,9 +260,9 @@ ConfigurationKind KindOf(const std::string& path) {
 }
 
 Reading Read(const std::string& path) {
-    const CaptureFile file(path, CaptureFile::Identifier::Optional);
+    CaptureFile file(path, CaptureFile::Identifier::Optional);
     if (KindOf(file) == ConfigurationKind::Capture) {
-        return Read(Container(path));
+        return Read(Container(std::move(file)));
     }
     Reading reading;
     reading.path = path;
@@ -292,13 +292,13 @@ Reading CheckAs(const std::string& path, std::optional<ConfigurationKind> forced
                                        : "loading gives false, and the use cases that the reader has are gone");
         return reading;
     }
-    const CaptureFile file(path, CaptureFile::Identifier::Optional);
+    CaptureFile file(path, CaptureFile::Identifier::Optional);
     const bool isCapture = file.HasIdentifier() || isNamedCapture;
     const auto kind = forced.value_or(isCapture ? ConfigurationKind::Capture : ConfigurationKind::Settings);
     if (kind == ConfigurationKind::Settings) {
         Reader(reading).ReadSettings(file);
     } else if (file.HasIdentifier()) {
-        Reader(reading, examiner).ReadCapture(Container(path));
+        Reader(reading, examiner).ReadCapture(Container(std::move(file)));
     } else {
         reading.kind = kind;
         reading.findings.Add(Kind("F-NO-CAPTURE"), {}, "the file does not begin with \"TDF2\"",

@@ -132,6 +132,8 @@ TEST_F(CompletionTest, EveryShellOffersWhatFits) {
         {"show --get STM_ATB_Id,STM_ATB", "STM_ATB_Id,STM_ATB_Id"},
         {"check --ignore O-MISSING,O-D", "O-MISSING,O-DUPLICATE"},
         {"apply settings.txt --only use", "usecases"},
+        {"validate ''", "folder,other.so"},
+        {"validate --only life,text.pi", "life,text.pipe"},
         {"restore full.tdf ''", "2,3"},
         {"restore full.tdf full.tdf 3", "3"},
         {"restore full.tdf se", "settings.txt"},

@@ -100,7 +100,7 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
         {"convert a -o b.tdf --as settings", "--as requires -o -: what a file is to be, its name says", " convert"},
         {"history f --prune 1 --force", "--force requires --output", " history"},
         {"extract f n --force", "--force requires --output", " extract"},
-        {"live --cpu c --force", "--force requires --save", " live"},
+        {"live --cpu c --force", "--force requires --save or --record", " live"},
         {"check --list --portable", "--list excludes --portable", " check"},
         {"demo --color", "--color needs a value, WHEN", " demo"},
     };
@@ -134,6 +134,7 @@ TEST_F(HelpTest, AFailureIsADocumentToo) {
         {"diff $F $F", file},
         {"objects $F", file},
         {"history $F", file},
+        {"validate $F", file},
         {"restore $F 1", file},
         {"live --cpu 0 --scenario $F", file},
         {"recover --plan --split 7 " + full, full},

@@ -101,6 +101,43 @@ TEST_F(LiveTest, TellsWhichAttributesFailed) {
     ExpectTold(With("/cpus/0/attributes", wrong), {{"", 3, "\"Trace Clock Frequency\" in a type that"}});
 }
 
+TEST_F(LiveTest, RecordsWhatPlaysTheSame) {
+    const Json attribute = {{"type", "flag"}, {"text", "x"}, {"fails", {{"with", "vornError"}, {"times", 1}}}};
+    const std::pair<const char*, Json> cases[] = {{"/delay_ms", 0},
+                                                  {"/cpus/0/driver_fails", {{"with", "std"}}},
+                                                  {"/server_fails", {{"with", "nothing"}}},
+                                                  {"/list_fails", {{"with", "int"}}},
+                                                  {"/cpus/0/attributes/TWP Source", attribute},
+                                                  {"", ""}};
+    for (const auto& [pointer, value] : cases) {
+        const std::string played = *pointer != '\0' ? With(pointer, value) : std::string("live --scenario ") + kExample;
+        SCOPED_TRACE(played);
+        const std::string more = played.find("--cpu") == std::string::npos ? "" : " --force --save " + Path("settings");
+        std::filesystem::remove(Path("settings"));
+        const Result direct = Run(played + more);
+        const std::string settings = Content(Path("settings"));
+        const Result recorded = Run(played + more + " --record " + Path("new.json"));
+        std::string out = recorded.out;
+        const std::size_t told = out.find("\nRecorded as ");
+        EXPECT_EQ(told == std::string::npos, more.empty() || direct.status == 1);
+        EXPECT_EQ(out.substr(0, told), direct.out);
+        std::filesystem::remove(Path("settings"));
+        const std::string before = played.substr(0, played.find("--scenario "));
+        const Result again = Run(before + "--scenario " + Path("new.json") + more);
+        EXPECT_EQ(again.out, direct.out);
+        EXPECT_EQ(Content(Path("settings")), settings);
+        for (const Result& result : {recorded, again}) {
+            EXPECT_EQ(result.status, direct.status);
+            EXPECT_EQ(result.error, direct.error);
+        }
+        ExpectTold(played, {{" --record " + Path("new.json"), 1, "use --force"}});
+        std::filesystem::remove(Path("new.json"));
+    }
+    Write("target.json", Content(kExample));
+    ExpectTold(First(Path("target.json")), {{" --force --record " + Path("target.json"), 1, "input"}});
+    EXPECT_EQ(RunJson(First() + " --record " + Path("r.json")).at("recorded"), Path("r.json"));
+}
+
 TEST_F(LiveTest, TellsWhichStepFailed) {
     std::filesystem::create_directory(Path("factory"));
     Write("factory/libTraceFactory.so", "no library");
@@ -113,6 +150,8 @@ TEST_F(LiveTest, TellsWhichStepFailed) {
     ExpectTold("live ", {{"--cpu 0 --scenario " + Write("bad.json", "{\"cpus\": 3}"), 1, "bad.json:1"},
                          {"--cpu 0 --scenario /no/such.json", 1, "/no/such.json: there is no such file"},
                          {"--cpu 0 --factory-dir " + Path("factory"), 1, "the trace factory can't be loaded: "},
+                         {"--record r --cpu 0 --factory-dir " + Path("factory"), 1, "there is nothing to record: "},
+                         {"--record r --cpu 0", 1, "the trace factory can't be loaded: "},
                          {"--cpu 0 --factory-dir /no/such", 1, "there is no libTraceFactory.so"},
                          {std::string("--cpu Nobody --scenario ") + kExample, 1, "for a CPU \"Nobody\""},
                          {"--cpu Core_0/Cluster", 1, "--factory-dir"}});

@@ -48,7 +48,7 @@ inline constexpr TextRow kFiles[] = {
 };
 inline constexpr char kSeeAlso[] =
     "flock(2), the lock that is held while a file is changed; docs/ in the source of this program: tdf.md and "
-    "settings-text.md for the formats, pins.md, bundle.md, check.md for the findings, recover.md, json.md and "
-    "host-guide.md.";
+    "settings-text.md for the formats, scenario.md, pins.md, bundle.md, check.md for the findings, recover.md, "
+    "validate.md, json.md and host-guide.md.";
 
 }  // namespace stmdcm

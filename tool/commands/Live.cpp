@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "stmdcm/Failure.h"
@@ -10,9 +11,11 @@
 #include "stmdcm/plugin/Manager.h"
 #include "stmdcm/plugin/PluginSession.h"
 #include "stmdcm/plugin/TargetCpus.h"
+#include "stmdcm/plugin/TargetRecorder.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/commands/LiveRecording.h"
 #include "tool/output/ConfigurationFile.h"
 #include "tool/output/GuardedHome.h"
 #include "tool/render/TextRenderer.h"
@@ -30,11 +33,13 @@ namespace {
 struct LiveReport {
     const LiveConfiguration& live;
     std::string plugin;
-    std::string saved;  ///< empty for none
+    std::string saved;     ///< empty for none
+    std::string recorded;  ///< empty for none
 
     std::string Text(const Palette& palette) const {
         return TextRenderer(palette).Render(live.configuration) +
-               (saved.empty() ? "" : fmt::format("\nSaved into {}\n", Shown(saved)));
+               (saved.empty() ? "" : fmt::format("\nSaved into {}\n", Shown(saved))) +
+               (recorded.empty() ? "" : fmt::format("\nRecorded as {}\n", Shown(recorded)));
     }
 
     Json Document() const {
@@ -42,7 +47,8 @@ struct LiveReport {
                                                {"cpu", live.cpu},
                                                {"doubts", live.doubts},
                                                {"configuration", JsonRenderer::Render(live.configuration)},
-                                               {"saved", JsonRenderer::OrNull(saved)}});
+                                               {"saved", JsonRenderer::OrNull(saved)},
+                                               {"recorded", JsonRenderer::OrNull(recorded)}});
     }
 };
 
@@ -71,21 +77,33 @@ class Live final : public Command {
             ->type_name("DIR");
         app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")
             ->type_name("FILE.json");
-        auto* save = app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
-                         ->type_name("FILE");
-        app.add_flag("--force", m_force, kOverwriteSettings)->needs(save);
+        app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
+            ->type_name("FILE");
+        app.add_option("--record", m_record, "Record what the target answered as a scenario for --scenario")
+            ->type_name("FILE.json");
+        app.add_flag("--force", m_force, std::string(kOverwriteSettings) + "; and a recording");
         app.footer(
             "Without --cpu the names of the CPUs are listed, one a line. Without --factory-dir the dynamic loader "
             "finds the factory, and with a scenario, given here or in the "
             "variable STMDCM_SCENARIO, it is the simulated one. An existing capture gets the configuration appended if "
-            "it holds none. Ends with status 3 when the target did not tell everything.\n\nExample:\n"
+            "it holds none. A recording holds failures, too, and is also written when the target can't be loaded. Ends "
+            "with status 3 when the target did not tell everything.\n\nExample:\n"
             "  stmdcm live --cpu Core_0/Cluster --scenario target.json --save target.tdf");
+    }
+
+    void Check() override {
+        if (m_force && m_save.empty() && m_record.empty()) {
+            throw CLI::RequiresError("--force", "--save or --record");
+        }
     }
 
     bool LoadsPlugin() const override { return true; }
 
     ExitStatus Run(const Context& context) override {
-        const fs::path directory = ChooseFactory(m_scenario, m_factoryDirectory);
+        fs::path directory = ChooseFactory(m_scenario, m_factoryDirectory);
+        if (!m_record.empty()) {
+            directory = RecorderInFrontOf(directory);
+        }
         if (m_cpu.empty()) {
             return List(context, directory);
         }
@@ -97,12 +115,11 @@ class Live final : public Command {
         }
         return InGuardedHome({}, [&](const GuardedHome& home) {
             PluginSession session(home, context.options.plugin);
-            Manager manager(session.plugin, m_cpu);
-            LiveConfiguration live = LiveConfiguration::Load(session, manager);
-            if (!m_save.empty()) {
-                Save(session, manager, live);
-            }
-            context.Print(LiveReport{live, session.plugin.Path().string(), m_save});
+            LiveRecording recording = Recording(home);
+            LiveConfiguration live;
+            const std::vector<std::string> lost = recording.Of([&] { live = Load(session); });
+            live.doubts.insert(live.doubts.end(), lost.begin(), lost.end());
+            context.Print(LiveReport{live, session.plugin.Path().string(), m_save, m_record});
             context.console.Diagnose(live.doubts);
             return StatusOf(live.doubts);
         });
@@ -113,8 +130,32 @@ class Live final : public Command {
         if (!m_save.empty()) {
             throw Failure("--save needs --cpu", Failure::Kind::Request);
         }
-        context.Print(CpuList{TargetCpus(directory)});
-        return ExitStatus::Done;
+        if (m_record.empty()) {
+            context.Print(CpuList{TargetCpus(directory)});
+            return ExitStatus::Done;
+        }
+        return InGuardedHome({}, [&](const GuardedHome& home) {
+            LiveRecording recording = Recording(home);
+            CpuList list;
+            const std::vector<std::string> lost = recording.Of([&] { list.cpus = TargetCpus(directory); });
+            context.Print(list);
+            context.console.Diagnose(lost);
+            return StatusOf(lost);
+        });
+    }
+
+    LiveRecording Recording(const TraceHome& home) const {
+        const char* played = std::getenv(kScenarioVariable);
+        return {home, m_record, m_force, {played != nullptr ? played : ""}};
+    }
+
+    LiveConfiguration Load(PluginSession& session) const {
+        Manager manager(session.plugin, m_cpu);
+        LiveConfiguration live = LiveConfiguration::Load(session, manager);
+        if (!m_save.empty()) {
+            Save(session, manager, live);
+        }
+        return live;
     }
 
     bool SavesIntoCapture() const { return fs::exists(m_save) && KindOfName(m_save) == ConfigurationKind::Capture; }
@@ -173,6 +214,7 @@ class Live final : public Command {
     std::string m_factoryDirectory;
     std::string m_scenario;
     std::string m_save;
+    std::string m_record;
     bool m_force = false;
 };
 
