@@ -29,16 +29,25 @@ std::unique_ptr<Scenario> Read(const std::string& text) {
     }
 }
 
-/// Everything but the failures, which tell nothing of themselves.
+constexpr int kCalls = 3;
+
+/// Everything that the first calls get, but the failures, which tell nothing of themselves.
 std::string Told(const Scenario& scenario) {
     nlohmann::json told = {scenario.delay.count()};
-    for (const ScenarioCpu& cpu : scenario.cpus) {
+    for (ScenarioCpu cpu : scenario.cpus) {
         nlohmann::json attributes = nlohmann::json::object();
-        for (const auto& [name, answer] : cpu.attributes) {
-            attributes[name] = {answer.type.has_value(), answer.type.value_or(0), answer.text.has_value(),
-                                answer.text.value_or("")};
+        for (auto& [name, answers] : cpu.attributes) {
+            for (int call = 0; call < kCalls && !answers.IsEmpty(); ++call) {
+                const AttributeAnswer& answer = answers.Next();
+                attributes[name].push_back({answer.type.has_value(), answer.type.value_or(0), answer.text.has_value(),
+                                            answer.text.value_or("")});
+            }
         }
-        told.push_back({cpu.name, cpu.objectFile, attributes});
+        nlohmann::json files = nlohmann::json::array();
+        for (int call = 0; call < kCalls && !cpu.objectFiles.IsEmpty(); ++call) {
+            files.push_back(cpu.objectFiles.Next());
+        }
+        told.push_back({cpu.name, files, attributes});
     }
     return told.dump();
 }

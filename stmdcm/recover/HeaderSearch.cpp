@@ -14,7 +14,7 @@ using Zu::Wep::Trace::SectionHeader;
 
 namespace {
 
-constexpr std::uint64_t kBlockSize = 256U << 10;
+constexpr std::uint64_t kSearchBlock = 256U << 10;
 constexpr std::uint64_t kOverlap = SectionHeader::kSize + kMaxFoundName;
 
 /// Of a name that the bytes don't hold whole, the beginning counts.
@@ -29,7 +29,7 @@ bool MayBeHeader(std::string_view bytes) {
 }  // namespace
 
 std::uint64_t HeaderSearch::Find(std::uint64_t from, std::uint64_t to, const IsHeader& isHeader) {
-    m_buffer.resize(kBlockSize + kOverlap);
+    m_buffer.resize(kSearchBlock + kOverlap);
     for (std::uint64_t position = from; position < to;) {
         // A header may begin with zeros that are in the hole.
         const std::uint64_t data = m_file.NextData(position);
@@ -38,7 +38,7 @@ std::uint64_t HeaderSearch::Find(std::uint64_t from, std::uint64_t to, const IsH
             break;
         }
         const std::uint64_t end = std::clamp(m_file.NextHole(data), position + 1, to);
-        const std::uint64_t places = std::min(kBlockSize, end - position);
+        const std::uint64_t places = std::min(kSearchBlock, end - position);
         const std::size_t count = m_file.ReadAt(position, m_buffer.data(), places + kOverlap);
         const std::string_view bytes(m_buffer.data(), count);
         for (std::uint64_t i = 0; i < places && i < count; ++i) {

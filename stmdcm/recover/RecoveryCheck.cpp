@@ -20,7 +20,7 @@ namespace {
 constexpr struct {
     const FindingKind* finding;
     RemarkKind remark;
-} kKinds[] = {
+} kRemarkRows[] = {
     {&Kind("C-NO-COMMON"), RemarkKind::Missing},       {&Kind("C-NO-DEVID"), RemarkKind::Missing},
     {&Kind("C-NO-STM"), RemarkKind::Missing},          {&Kind("C-EMPTY-DEVID"), RemarkKind::Empty},
     {&Kind("C-EMPTY-STM"), RemarkKind::Empty},         {&Kind("C-LENGTH-LIMIT"), RemarkKind::Unreachable},
@@ -29,9 +29,9 @@ constexpr struct {
 };
 
 RemarkKind RemarkOf(const FindingKind& kind) {
-    const auto* found =
-        std::find_if(std::begin(kKinds), std::end(kKinds), [&](const auto& row) { return row.finding == &kind; });
-    return found == std::end(kKinds) ? RemarkKind::Finding : found->remark;
+    const auto* found = std::find_if(std::begin(kRemarkRows), std::end(kRemarkRows),
+                                     [&](const auto& row) { return row.finding == &kind; });
+    return found == std::end(kRemarkRows) ? RemarkKind::Finding : found->remark;
 }
 
 /// A file that somebody changes while it is recovered can lead to anything.

@@ -19,7 +19,7 @@ using namespace Zu::Wep::Trace;
 namespace {
 
 constexpr std::size_t kMaxPieces = 500'000;
-constexpr std::uint64_t kBlockSize = 64U << 10;
+constexpr std::uint64_t kLookBlock = 64U << 10;
 
 }  // namespace
 
@@ -235,7 +235,7 @@ void RecoveryPlanner::Shorten(const Section& section, std::uint64_t end) {
 
 std::uint64_t RecoveryPlanner::EndOfWholeLines(const Section& section) const {
     for (std::uint64_t end = m_file.Size(); end > section.PayloadOffset();) {
-        const std::uint64_t begin = std::max(section.PayloadOffset(), end - std::min(end, kBlockSize));
+        const std::uint64_t begin = std::max(section.PayloadOffset(), end - std::min(end, kLookBlock));
         const std::size_t place = m_file.Read(begin, end - begin).rfind('\n');
         if (place != std::string::npos) {
             return begin + place + 1;

@@ -9,9 +9,9 @@ using namespace Zu::Wep::Trace;
 
 namespace {
 
-class Writer {
+class PieceWriter {
   public:
-    Writer(const CaptureFile& from, Payloads payloads, ByteSink& to, const OnCopied& onCopied)
+    PieceWriter(const CaptureFile& from, Payloads payloads, ByteSink& to, const OnCopied& onCopied)
         : m_from(from), m_rules(from), m_payloads(payloads), m_to(to), m_onCopied(onCopied) {}
 
     void Copy(std::uint64_t offset, std::uint64_t length) {
@@ -60,7 +60,7 @@ class Writer {
 
 void WriteRecovery(const CaptureFile& from, const RecoveryPlan& plan, Payloads payloads, ByteSink& to,
                    const OnCopied& onCopied) {
-    Writer writer(from, payloads, to, onCopied);
+    PieceWriter writer(from, payloads, to, onCopied);
     to.Write(kTDFIdentifier);
     for (const RecoveryPlan::Extent& extent : plan.whole) {
         writer.CopySections(extent);

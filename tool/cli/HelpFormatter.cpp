@@ -18,11 +18,11 @@ namespace {
 constexpr std::size_t kMargin = 2;
 constexpr std::size_t kWidestName = 24;
 
-using Row = std::pair<std::string, std::string>;
+using HelpRow = std::pair<std::string, std::string>;
 
-std::string HelpSection(const char* title, const std::vector<Row>& rows) {
+std::string HelpSection(const char* title, const std::vector<HelpRow>& rows) {
     std::size_t width = 0;
-    for (const Row& row : rows) {
+    for (const HelpRow& row : rows) {
         width = std::max(width, row.first.size() > kWidestName ? 0 : row.first.size());
     }
     const std::size_t column = kMargin + width + kMargin;
@@ -35,13 +35,13 @@ std::string HelpSection(const char* title, const std::vector<Row>& rows) {
     return text;
 }
 
-Row ToRow(const CLI::Option* option) { return {Signature(*option), option->get_description()}; }
-Row ToRow(const CLI::App* command) { return {command->get_name(), command->get_description()}; }
-Row ToRow(const TextRow& text) { return {text.name, text.meaning}; }
+HelpRow ToRow(const CLI::Option* option) { return {Signature(*option), option->get_description()}; }
+HelpRow ToRow(const CLI::App* command) { return {command->get_name(), command->get_description()}; }
+HelpRow ToRow(const TextRow& text) { return {text.name, text.meaning}; }
 
 template <class Items>
-std::vector<Row> Rows(const Items& items) {
-    std::vector<Row> rows(std::size(items));
+std::vector<HelpRow> Rows(const Items& items) {
+    std::vector<HelpRow> rows(std::size(items));
     std::transform(std::begin(items), std::end(items), rows.begin(), [](const auto& item) { return ToRow(item); });
     return rows;
 }

@@ -20,12 +20,12 @@ namespace {
 constexpr ValueSyntax kConfigurationFile{ValueKind::File, ".tdf .txt .dcm"};
 
 /// What stands for a value. A SECTION is one in the file that is named in front of it.
-struct Row {
+struct KindRow {
     std::string_view placeholder;
     ValueSyntax syntax;
 };
 
-constexpr Row kRows[] = {
+constexpr KindRow kRows[] = {
     {"CAPTURE", {ValueKind::File, ".tdf"}},
     {"FILE", kConfigurationFile},
     {"RIGHT", kConfigurationFile},
@@ -167,7 +167,7 @@ ValueSyntax ValueSyntaxOf(const CLI::Option& option) {
     }
     const std::string placeholder = Placeholder(option);
     const auto* row = std::find_if(std::begin(kRows), std::end(kRows),
-                                   [&](const Row& candidate) { return candidate.placeholder == placeholder; });
+                                   [&](const KindRow& candidate) { return candidate.placeholder == placeholder; });
     if (row != std::end(kRows)) {
         return row->syntax;
     }

@@ -20,7 +20,7 @@ struct Completion {
 };
 
 /// Where a walk over the words has got to.
-struct Place {
+struct Cursor {
     const CLI::App* app;
     const CLI::Option* pending = nullptr;  ///< wants a value
     bool areOptionsOver = false;
@@ -95,7 +95,7 @@ struct Place {
     }
 };
 
-Completion OfOptions(const Place& place) {
+Completion OfOptions(const Cursor& place) {
     Completion completion;
     for (const CLI::Option* option : place.Options()) {
         for (const std::string& name : Names(*option)) {
@@ -114,7 +114,7 @@ Completion OfCommands(const CLI::App& app) {
 }
 
 /// `start` is what stands in front of the value in the same word, such as "--color=".
-Completion OfValue(const CLI::Option& option, std::string start, std::string value, const Place& place) {
+Completion OfValue(const CLI::Option& option, std::string start, std::string value, const Cursor& place) {
     const char delimiter = option.get_delimiter();  // between the values of a list
     if (const std::size_t last = value.rfind(delimiter); delimiter != '\0' && last != std::string::npos) {
         start += value.substr(0, last + 1);
@@ -127,7 +127,7 @@ Completion OfValue(const CLI::Option& option, std::string start, std::string val
     return completion;
 }
 
-Completion Next(const Place& place, const std::string& word) {
+Completion Next(const Cursor& place, const std::string& word) {
     const std::size_t equals = word.find('=');
     if (place.IsOption(word) && equals != std::string::npos) {
         const CLI::Option* option = place.Find(word);
@@ -146,7 +146,7 @@ Completion Next(const Place& place, const std::string& word) {
 
 /// `words` are those behind the name of the program `app`; the last, which may be empty, is the one to complete.
 Completion Complete(const CLI::App& app, const std::vector<std::string>& words) {
-    Place place{&app};
+    Cursor place{&app};
     const std::string word = words.empty() ? "" : words.back();
     for (std::size_t i = 0; i + 1 < words.size(); ++i) {
         place.Take(words[i]);
@@ -159,7 +159,7 @@ Completion Complete(const CLI::App& app, const std::vector<std::string>& words) 
     return completion;
 }
 
-std::string Kind(const ValueSyntax& syntax) {
+std::string SyntaxName(const ValueSyntax& syntax) {
     switch (syntax.kind) {
         case ValueKind::File:
             return fmt::format("files {}", syntax.extensions);
@@ -184,7 +184,7 @@ class CompleteWords final : public Command {
 
     ExitStatus Run(const Context& context) override {
         const Completion completion = Complete(*m_program, m_words);
-        std::string text = Kind(completion.syntax) + "\n";
+        std::string text = SyntaxName(completion.syntax) + "\n";
         for (const auto& [word, description] : completion.candidates) {
             text += fmt::format("{}\t{}\n", word, description);
         }

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t kLongestLimit = 3600;
-constexpr std::uint64_t kMostJobs = 64;
+constexpr std::uint64_t kMostAtOnce = 64;
 
 struct VerdictLook {
     validate::Verdict verdict;
@@ -173,7 +173,7 @@ class Validate final : public Command {
             ->type_name("N")
             ->excludes(list);
         app.add_option("-j,--jobs", m_jobs, "Ask so many questions at a time; 4 without it")
-            ->check(WholeNumber(kMostJobs))
+            ->check(WholeNumber(kMostAtOnce))
             ->type_name("N")
             ->excludes(list);
         app.footer(

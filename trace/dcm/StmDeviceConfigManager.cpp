@@ -29,7 +29,7 @@ constexpr char kSettingsExtension[] = ".dcm";
 constexpr char kConstantProperty[] = "CycleModeDelta";  ///< always true, never stored
 
 /// Beside that of the common half, which every manager prepares first: each has its own (trace/dcm/TraceEnvironment.h).
-TraceEnvironment environment;
+TraceEnvironment stmEnvironment;
 
 /// Most names of a device identification are no properties.
 ApplyProperty Applier(StmDeviceConfigManager& manager) {
@@ -66,7 +66,7 @@ void TellFailure(const char* what, const std::string& path, int error) {
 
 StmDeviceConfigManager::StmDeviceConfigManager(CPUInfo* cpu, CDeviceIdentifier* id)
     : CDeviceConfigManagerCommon(cpu, id), m_configFileName(ConfigFileName(cpu)) {
-    environment.Prepare();
+    stmEnvironment.Prepare();
     if (cpu == nullptr) {
         return;
     }
