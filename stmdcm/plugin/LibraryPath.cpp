@@ -4,9 +4,11 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "source_utilities/ErrnoText.h"
@@ -44,6 +46,11 @@ std::vector<std::string> ProgramArguments() {
     throw Failure(fmt::format("this program can't be started again to set {}: {}", kVariable, failure.Cause()));
 }
 
+std::string LibraryPath() {
+    const char* value = ::getenv(kVariable);
+    return value == nullptr ? "" : value;
+}
+
 }  // namespace
 
 void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
@@ -51,13 +58,26 @@ void SearchLibrariesFirstIn(const fs::path& directory, const char* library) {
         throw Failure(directory.string(), fmt::format("there is no {} in this directory", library));
     }
     const std::string first = fs::canonical(directory).string();
-    const char* value = ::getenv(kVariable);
-    const std::string old = value == nullptr ? "" : value;
+    const std::string old = LibraryPath();
     if (old == first || old.starts_with(first + ":")) {
         return;
     }
     ::setenv(kVariable, old.empty() ? first.c_str() : (first + ":" + old).c_str(), 1);
     StartAgain();
+}
+
+fs::path FirstOnLibraryPath(const char* library) {
+    std::string directories = LibraryPath();
+    std::replace(directories.begin(), directories.end(), ';', ':');  // as ld.so(8) takes both
+    std::istringstream in(directories);
+    for (std::string directory; std::getline(in, directory, ':');) {
+        fs::path file = fs::absolute(directory.empty() ? "." : directory) / library;
+        std::error_code error;
+        if (fs::exists(file, error)) {
+            return file;
+        }
+    }
+    return {};
 }
 
 }  // namespace stmdcm

@@ -10,4 +10,7 @@ namespace stmdcm {
 /// Throws Failure.
 void SearchLibrariesFirstIn(const std::filesystem::path& directory, const char* library);
 
+/// The file that LD_LIBRARY_PATH makes the dynamic loader find first for a library; empty when it leads to none.
+std::filesystem::path FirstOnLibraryPath(const char* library);
+
 }  // namespace stmdcm

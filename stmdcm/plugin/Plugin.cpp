@@ -9,12 +9,16 @@
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/plugin/Installation.h"
+#include "stmdcm/plugin/LibraryPath.h"
 
 namespace stmdcm {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+/// What a plug-in asks the loader for beside the system's libraries (host/vorn/vornError.h).
+constexpr char kErrorLibrary[] = "libvorn.so";
 
 fs::path FindPlugin(const fs::path& file) {
     if (!file.empty() && fs::exists(file) && !fs::is_regular_file(file)) {
@@ -37,7 +41,11 @@ void* Load(const fs::path& path) {
     // Stays mapped: the plug-in's log system lives as long as the process, and unloading would only lose it.
     void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (library == nullptr) {
-        throw Failure(fmt::format("the plug-in can't be loaded: {}", ::dlerror()));
+        const std::string error = ::dlerror();
+        const std::string errorLibrary = FirstOnLibraryPath(kErrorLibrary);
+        const bool isTold = errorLibrary.empty() || error.find(errorLibrary) != std::string::npos;
+        throw Failure(fmt::format("the plug-in can't be loaded: {}{}", error,
+                                  isTold ? "" : "; LD_LIBRARY_PATH makes the loader take " + errorLibrary));
     }
     return library;
 }

@@ -75,6 +75,17 @@ TEST_F(LiveTest, SavesWhatItShows) {
     EXPECT_EQ(Content(Path("device.tdf")).substr(0, device.size()), device);
 }
 
+TEST_F(LiveTest, TakesItsOwnErrorLibrary) {
+    const std::string tool = "LD_LIBRARY_PATH=" STMDCM_UNRELATED " " STMDCM_TOOL " ";
+    const Result same = Run(Failing("/cpus/0/object_file_fails", "vornError"));
+    const Result beside = Shell(tool + Failing("/cpus/0/object_file_fails", "vornError"));
+    EXPECT_EQ(std::tie(beside.status, beside.out, beside.error), std::tie(same.status, same.out, same.error));
+    EXPECT_EQ(Shell(tool + "demo").status, 0);
+    const Result refused = Shell(tool + "demo --plugin " STMDCM_UNRELATED "/libasking_plugin.so");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(HasLineWith(refused.error, "definedNowhere", "take " STMDCM_UNRELATED "/libvorn.so"));
+}
+
 TEST_F(LiveTest, TellsWhichAttributesFailed) {
     const std::vector<std::string> doubts =
         RunJson(std::string("live --cpu Core_1/Cluster --scenario ") + kExample).at("doubts");

@@ -8,8 +8,8 @@ namespace stmdcm {
 
 using CommandFactory = std::unique_ptr<Command>();
 CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,
-    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeObjects, MakeRecover, MakeRestore, MakeSections,
-    MakeSet, MakeShow, MakeUnbundle, MakeUndo, MakeValidate;
+    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeNewHost, MakeObjects, MakeRecover, MakeRestore,
+    MakeSections, MakeSet, MakeShow, MakeUnbundle, MakeUndo, MakeValidate;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
@@ -32,6 +32,7 @@ inline constexpr CommandEntry kCommands[] = {
     {"live", "Load the configuration from the live target, show it and save it", MakeLive},
     {"validate", "Ask a plug-in whether it does what its hosts rely on", MakeValidate},
     {"demo", "Load, change, save and reload configurations, and compare them", MakeDemo},
+    {"new-host", "Write a host of the plug-in to begin with, which builds at once", MakeNewHost},
     {"completion", "Print the script that completes command lines in a shell", MakeCompletion},
     {"complete", "Tell what a command line can go on with", MakeComplete, true},
     {"help-man", "Print the manual page", MakeHelpMan, true},
