@@ -28,33 +28,20 @@ void AddTable(Elf* elf, Elf_Scn* section, const GElf_Shdr& header, std::vector<s
     }
 }
 
-/// Calls `take` with each section of that type.
-template <class Take>
-void EachSection(const std::string& path, GElf_Word type, Take take) {
+}  // namespace
+
+std::vector<std::string> ExportedSymbols(const std::string& path) {
+    std::vector<std::string> names;
     elf_version(EV_CURRENT);
     const auto file = ZU_WEP::PosixFile::Open(path.c_str(), O_RDONLY);
     const std::unique_ptr<Elf, decltype(&elf_end)> elf(elf_begin(file.Descriptor(), ELF_C_READ, nullptr), &elf_end);
     GElf_Shdr header;
     for (Elf_Scn* section = nullptr; elf && (section = elf_nextscn(elf.get(), section)) != nullptr;) {
-        if (gelf_getshdr(section, &header) != nullptr && header.sh_type == type) {
-            take(elf.get(), section, header);
+        if (gelf_getshdr(section, &header) != nullptr && header.sh_type == SHT_DYNSYM) {
+            AddTable(elf.get(), section, header, names);
         }
     }
-}
-
-}  // namespace
-
-std::vector<std::string> ExportedSymbols(const std::string& path) {
-    std::vector<std::string> names;
-    EachSection(path, SHT_DYNSYM,
-                [&](Elf* elf, Elf_Scn* section, const GElf_Shdr& header) { AddTable(elf, section, header, names); });
     return names;
-}
-
-bool HasSymbolVersions(const std::string& path) {
-    bool hasAny = false;
-    EachSection(path, SHT_GNU_verdef, [&](Elf*, Elf_Scn*, const GElf_Shdr&) { hasAny = true; });
-    return hasAny;
 }
 
 }  // namespace stmdcm::validate

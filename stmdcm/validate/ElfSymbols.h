@@ -9,7 +9,4 @@ namespace stmdcm::validate {
 /// versions left out. Empty where there are none, or the file is no such library.
 std::vector<std::string> ExportedSymbols(const std::string& path);
 
-/// Whether it defines versions for its symbols.
-bool HasSymbolVersions(const std::string& path);
-
 }  // namespace stmdcm::validate

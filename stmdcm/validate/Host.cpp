@@ -14,6 +14,7 @@
 
 #include "stmdcm/plugin/WorkingFile.h"
 #include "stmdcm/validate/Expect.h"
+#include "trace/dcm/CDeviceConfigManager.h"
 #include "trace/dcm/EnvironmentVariables.h"
 #include "trace/dcm/PropertyNames.h"
 
@@ -66,7 +67,10 @@ void* Host::Create(CPUInfo* cpu, CDeviceIdentifier* id) {
     return Exported<void* (*)(CPUInfo*, CDeviceIdentifier*)>("CreateDeviceConfigManager")(cpu, id);
 }
 
-void Host::Destroy(void* manager) { Exported<void (*)(void*)>("DestroyDeviceConfigManager")(manager); }
+void Host::Destroy(void* manager) {
+    Exported<void (*)(CDeviceConfigManager*)>("DestroyDeviceConfigManager")(
+        static_cast<CDeviceConfigManager*>(manager));
+}
 
 std::string Host::Settings(const std::string& name) {
     const char* const directory = std::getenv(kSettingsDirectoryVariable);

@@ -4,6 +4,7 @@ namespace stmdcm::validate {
 
 // Where the rules stand that questions are about.
 
+inline constexpr char kBuildRule[] = "docs/host-guide.md, \"Building a host\"";
 inline constexpr char kLifeRule[] = "docs/host-guide.md, \"The life of a manager\"";
 inline constexpr char kResultRule[] = "docs/host-guide.md, \"What a result means\"";
 inline constexpr char kUsecaseRule[] = "docs/host-guide.md, \"Use cases\"";

@@ -43,6 +43,7 @@ class Asking {
     /// Waits for the end of one of them at least, or of its time.
     void Wait() {
         std::vector<pollfd> ends;
+        ends.reserve(m_running.size());
         Clock::time_point next = Clock::time_point::max();
         for (const Running& running : m_running) {
             ends.push_back({running.process->Descriptor(), POLLIN, 0});
@@ -84,6 +85,7 @@ bool IsUnloadable(const Answered& first) {
 
 std::vector<Answered> Validate(const std::vector<const Question*>& questions, const ValidationOptions& options) {
     std::vector<Answered> answered;
+    answered.reserve(questions.size());
     for (const Question* question : questions) {
         answered.push_back({question, {Verdict::Skip, "", "", "the library can't be loaded"}, {}});
     }

@@ -19,7 +19,7 @@ struct Fault {
 
 constexpr Fault kFaults[] = {
     {"null-cpu", "life.null-cpu", "fail", "true"},
-    {"destroys-null", "life.destroy-null", "crashed", "signal 11"},
+    {"destroys-null", "life.destroy-null", "crashed", "signal 6"},
     {"another-default", "property.defaults", "fail", "8"},
     {"flags-are-integers", "property.types", "fail", "2"},
     {"fills-the-text", "property.text-is-the-hosts", "fail", "Instruction_Compress"},
@@ -52,13 +52,11 @@ constexpr Fault kFaults[] = {
     {"names-in-lower-case", "image.near-name", "fail", "(none)"},
     {"cleans-all", "usecase.cleaning-up", "fail", "\"\""},
     {"removes-next-job", "usecase.removing-a-job", "fail", "jobid=5"},
-    {"counts-from-one", "usecase.adding-copies", "crashed", "signal 11"},
+    {"counts-from-one", "usecase.adding-copies", "crashed", ""},
     {"scratch-not-reset", "usecase.scratch-is-reset", "fail", "old"},
     {"saves-over", "usecase.reading-appends", "fail", ""},
     {"live-always", "live.no-target", "fail", "true"},
 };
-
-constexpr char kNoVersions[] = "the library's symbols have no versions, so they say nothing of its interface";
 
 class ValidateTest : public ConfigurationRun {
   protected:
@@ -68,6 +66,8 @@ class ValidateTest : public ConfigurationRun {
         return Path(fault + ".so");
     }
 };
+
+void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.name; }
 
 std::string NameOf(const testing::TestParamInfo<Fault>& fault) {
     std::string name = std::string(fault.param.name) + "_" + fault.param.question;
@@ -82,6 +82,9 @@ class WrongLibraries : public ValidateTest, public testing::WithParamInterface<F
 
 TEST_P(WrongLibraries, AreFoundOut) {
     const Fault& fault = GetParam();
+    if (STMDCM_IS_SANITIZED == 1 && std::string(fault.name) == "leaks") {
+        GTEST_SKIP() << "a sanitizer's heap can't be asked";
+    }
     const Result result =
         Run(std::string("--json validate --timeout 3 --only ") + fault.question + " " + Library(fault.name));
     const Json answer = Json::parse(result.out).at("questions").at(0);
@@ -96,15 +99,17 @@ INSTANTIATE_TEST_SUITE_P(Each, WrongLibraries, testing::ValuesIn(kFaults), NameO
 
 TEST_F(ValidateTest, TheRightLibrariesPass) {
     for (const std::string& library : {std::string(STMDCM_PLUGIN), Library("no-fault")}) {
-        const Json document = RunJson("validate --seed " + std::to_string(::time(nullptr)) + " " + library, 0);
+        const Json document =
+            RunJson("validate --timeout 100 --seed " + std::to_string(::time(nullptr)) + " " + library, 0);
         for (const Json& each : document.at("questions")) {
-            EXPECT_TRUE(each.at("verdict") == "pass" || each.at("came") == kNoVersions) << each.dump(2);
+            EXPECT_EQ(each.at("verdict"), "pass") << each.dump(2);
         }
         EXPECT_EQ(document.at("questions").size(), validate::AllQuestions().size());
         EXPECT_EQ(document.at("failed"), false);
     }
-    const Json exported = RunJson("validate --only library.nothing-else " STMDCM_WRONG_EXPORTS, 1);
-    EXPECT_THAT(exported.at("questions").at(0).at("came").get<std::string>(), testing::HasSubstr("SomethingElse"));
+    const std::string wrong = Run("validate --only library " STMDCM_WRONG_EXPORTS).out;
+    EXPECT_THAT(wrong, testing::HasSubstr("fail library.version: "));
+    EXPECT_THAT(wrong, testing::ContainsRegex("fail library.nothing-else: .*SomethingElse"));
     ExpectNothingLeft(1);
 }
 
