@@ -43,7 +43,7 @@ set_target_properties(StmDCM_static PROPERTIES OUTPUT_NAME StmDCM EXPORT_NAME st
 target_link_libraries(StmDCM_static PUBLIC stmdcm_headers stmdcm_vorn ${CMAKE_DL_LIBS})
 
 if(STMDCM_TOOL)
-  add_subdirectory(check)
+  add_subdirectory(host/check)
   add_subdirectory(sim)
   add_subdirectory(stmdcm)
   add_subdirectory(tool)

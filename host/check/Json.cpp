@@ -1,4 +1,4 @@
-#include "check/Json.h"
+#include "host/check/Json.h"
 
 #include <cstring>
 

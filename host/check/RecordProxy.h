@@ -5,8 +5,8 @@
 #include <sstream>
 #include <string>
 
-#include "check/Kept.h"
-#include "check/UsecaseProxy.h"
+#include "host/check/Kept.h"
+#include "host/check/UsecaseProxy.h"
 
 namespace stmdcm_check {
 

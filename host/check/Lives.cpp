@@ -1,4 +1,4 @@
-#include "check/Lives.h"
+#include "host/check/Lives.h"
 
 namespace stmdcm_check {
 

@@ -1,11 +1,11 @@
-#include "check/UsecaseProxy.h"
+#include "host/check/UsecaseProxy.h"
 
 #include <algorithm>
 #include <map>
 #include <mutex>
 #include <vector>
 
-#include "check/Kept.h"
+#include "host/check/Kept.h"
 
 namespace stmdcm_check {
 

@@ -1,8 +1,8 @@
-#include "check/Rules.h"
+#include "host/check/Rules.h"
 
 #include <cstring>
 
-#include "check/Json.h"
+#include "host/check/Json.h"
 #include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm_check {

@@ -1,4 +1,4 @@
-#include "check/RealLibrary.h"
+#include "host/check/RealLibrary.h"
 
 #include <dlfcn.h>
 
@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "check/Output.h"
+#include "host/check/Output.h"
 
 namespace stmdcm_check {
 

@@ -1,4 +1,4 @@
-#include "check/HostCall.h"
+#include "host/check/HostCall.h"
 
 #include <cxxabi.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "check/Kept.h"
+#include "host/check/Kept.h"
 
 namespace stmdcm_check {
 

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <string>
 
-#include "check/HostCall.h"
+#include "host/check/HostCall.h"
 
 namespace stmdcm_check {
 

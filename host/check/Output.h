@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "check/Json.h"
+#include "host/check/Json.h"
 
 namespace stmdcm_check {
 

@@ -2,9 +2,9 @@
 
 #include <cstdlib>
 
-#include "check/Kept.h"
-#include "check/ManagerProxy.h"
-#include "check/RealLibrary.h"
+#include "host/check/Kept.h"
+#include "host/check/ManagerProxy.h"
+#include "host/check/RealLibrary.h"
 
 namespace stmdcm_check {
 

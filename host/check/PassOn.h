@@ -3,7 +3,7 @@
 #include <string>
 #include <type_traits>
 
-#include "check/HostCall.h"
+#include "host/check/HostCall.h"
 
 namespace stmdcm_check {
 

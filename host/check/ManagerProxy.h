@@ -3,10 +3,10 @@
 #include <new>
 #include <string>
 
-#include "check/HostObjects.h"
-#include "check/RecordProxy.h"
-#include "check/Rules.h"
 #include "host/CPUInfo.h"
+#include "host/check/HostObjects.h"
+#include "host/check/RecordProxy.h"
+#include "host/check/Rules.h"
 #include "trace/dcm/StmDeviceConfigManagerIF.h"
 
 namespace stmdcm_check {

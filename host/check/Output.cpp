@@ -1,4 +1,4 @@
-#include "check/Output.h"
+#include "host/check/Output.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 #include <set>
 #include <string_view>
 
-#include "check/Kept.h"
+#include "host/check/Kept.h"
 #include "source_utilities/PosixFile.h"
 #include "stmdcm/reading/Escaped.h"
 

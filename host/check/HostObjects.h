@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "check/Lives.h"
 #include "host/CDeviceIdentifier.h"
+#include "host/check/Lives.h"
 #include "trace/dcm/CDeviceConfigEvents.h"
 
 namespace stmdcm_check {

@@ -1,4 +1,4 @@
-#include "check/Kept.h"
+#include "host/check/Kept.h"
 
 #include <mutex>
 #include <utility>

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "check/HostCall.h"
-#include "check/RealLibrary.h"
+#include "host/check/HostCall.h"
+#include "host/check/RealLibrary.h"
 #include "trace/tdf/TDFHandler.h"
 
 namespace stmdcm_check {

@@ -1,4 +1,4 @@
-#include "check/HostObjects.h"
+#include "host/check/HostObjects.h"
 
 namespace stmdcm_check {
 

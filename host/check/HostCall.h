@@ -4,7 +4,7 @@
 #include <string>
 #include <type_traits>
 
-#include "check/Output.h"
+#include "host/check/Output.h"
 
 namespace stmdcm_check {
 

@@ -3,9 +3,9 @@
 #include <new>
 #include <string>
 
-#include "check/Lent.h"
-#include "check/Lives.h"
-#include "check/PassOn.h"
+#include "host/check/Lent.h"
+#include "host/check/Lives.h"
+#include "host/check/PassOn.h"
 #include "trace/usecase/CTUsecaseInfoIF.h"
 #include "trace/usecase/UsecaseInfoIF.h"
 

@@ -1,10 +1,10 @@
-#include "check/ManagerProxy.h"
+#include "host/check/ManagerProxy.h"
 
 #include <algorithm>
 #include <mutex>
 #include <vector>
 
-#include "check/RealLibrary.h"
+#include "host/check/RealLibrary.h"
 
 namespace stmdcm_check {
 
