@@ -1,5 +1,7 @@
 #pragma once
 
+// For programs that link the plug-in's code statically (StmDCM::static).
+
 #include <string>
 
 /// An object of this library, whose address tells which file the library was loaded from.

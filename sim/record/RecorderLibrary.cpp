@@ -41,6 +41,13 @@ struct CloseLibrary {
 Recording recording;
 std::unique_ptr<void, CloseLibrary> real;
 
+/// No scenario can say that a call both gave something and failed.
+void RemarkIf(bool isGiven, const char* what) {
+    if (isGiven) {
+        recording.Remark(std::string(what) + " was given by a call that failed at once; it is left out");
+    }
+}
+
 /// Calls the real target: `work()`, which gives whether there is anything. What comes of it goes into `failures`.
 template <class Work>
 void Pass(Steps& failures, Work work) {
@@ -67,9 +74,7 @@ class RecordingDriver final : public CChannelDriver {
             answer = AnswerOf(before, textBefore, value);
         } catch (...) {
             answer["fails"] = StepOfException();
-            if (value.type != before.type || value.text != before.text) {
-                recording.Remark("an attribute was answered and failed at once; the answer is left out");
-            }
+            RemarkIf(value.type != before.type || value.text != before.text, "an attribute");
             Note(name, answer);
             throw;
         }
@@ -121,7 +126,13 @@ class RecordingServer final : public CChannelServer {
 
     void GetObjectFile(const std::string& cpu, std::string& objectFile) override {
         Pass(recording.Cpu(cpu).objectFileFailures, [&] {
-            m_real->GetObjectFile(cpu, objectFile);
+            const std::string before = objectFile;
+            try {
+                m_real->GetObjectFile(cpu, objectFile);
+            } catch (...) {
+                RemarkIf(objectFile != before, "an object file");
+                throw;
+            }
             recording.Cpu(cpu).objectFiles.push_back(objectFile);
             return true;
         });
@@ -129,14 +140,27 @@ class RecordingServer final : public CChannelServer {
     void GetChannelDriver(const std::string& cpu, CChannelDriver*& driver) override {
         Pass(recording.Cpu(cpu).driverFailures, [&] {
             CChannelDriver* given = RealOf(driver);
-            m_real->GetChannelDriver(cpu, given);
-            driver = given != nullptr ? &ProxyOf(given, cpu) : nullptr;
+            const auto give = [&] { driver = given != nullptr ? &ProxyOf(given, cpu) : nullptr; };
+            try {
+                m_real->GetChannelDriver(cpu, given);
+            } catch (...) {
+                RemarkIf(given != RealOf(driver), "a driver");
+                give();
+                throw;
+            }
+            give();
             return given != nullptr;
         });
     }
     void ListCPUs(std::vector<std::string>& cpus) override {
         Pass(recording.listFailures, [&] {
-            m_real->ListCPUs(cpus);
+            const std::vector<std::string> before = cpus;
+            try {
+                m_real->ListCPUs(cpus);
+            } catch (...) {
+                RemarkIf(cpus != before, "a list of CPUs");
+                throw;
+            }
             recording.AddList(cpus);
             return true;
         });
@@ -173,8 +197,15 @@ class RecordingFactory final : public CTraceFactory {
     void CreateChannelServer(CChannelServer*& server, int mode) override {
         Pass(recording.serverFailures, [&] {
             CChannelServer* given = nullptr;
-            m_real->CreateChannelServer(given, mode);
-            server = given != nullptr ? &m_servers.emplace_back(given) : server;
+            const auto give = [&] { server = given != nullptr ? &m_servers.emplace_back(given) : server; };
+            try {
+                m_real->CreateChannelServer(given, mode);
+            } catch (...) {
+                RemarkIf(given != nullptr, "a channel server");
+                give();
+                throw;
+            }
+            give();
             return given != nullptr;
         });
     }
@@ -202,13 +233,14 @@ Function* Find(const char* name) {
 /// Throws when there is no real factory.
 CTraceFactory* (*LoadReal())() {
     const std::string path = Variable(kFactoryVariable);
-    if (!real) {
+    if (!real && !path.empty()) {
         real.reset(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     }
     auto* const create = real ? Find<CTraceFactory*()>("CreateTraceFactory") : nullptr;
     if (create == nullptr || create == &CreateTraceFactory) {
         const std::string reason = create != nullptr ? path + " is the recorder itself"
                                    : real            ? path + " has no CreateTraceFactory"
+                                   : path.empty()    ? std::string(kFactoryVariable) + " is not set"
                                                      : std::string(::dlerror());
         std::fprintf(stderr, "libTraceFactory: there is nothing to record: %s\n", stmdcm::Escaped(reason).c_str());
         throw vornError(reason, vornError::Severity_Error);

@@ -19,7 +19,6 @@ class Steps {
         ++m_runs.back().second;
     }
 
-    bool IsEmpty() const { return m_runs.empty(); }
     /// One step, or an array: the last goes on for ever.
     Json Answers() const { return Written(m_runs.size(), true); }
     /// The same of failures, `{"with": "none"}` where there was none. Null when no call failed.

@@ -77,29 +77,41 @@ class Asking {
     std::vector<Running> m_running;
 };
 
-bool IsUnloadable(const Answered& first) {
-    return first.question == &LoadsQuestion() && first.answer.verdict != Verdict::Pass;
-}
-
-}  // namespace
-
-std::vector<Answered> Validate(const std::vector<const Question*>& questions, const ValidationOptions& options) {
+/// The answers stand where the questions do.
+std::vector<Answered> NotAsked(const std::vector<const Question*>& questions) {
     std::vector<Answered> answered;
     answered.reserve(questions.size());
     for (const Question* question : questions) {
         answered.push_back({question, {Verdict::Skip, "", "", "the library can't be loaded"}, {}});
     }
+    return answered;
+}
+
+void Ask(std::vector<Answered>& answered, const ValidationOptions& options) {
     Asking asking(options, answered);
     for (std::size_t next = 0; next < answered.size() || asking.Count() > 0;) {
         if (next < answered.size() && asking.Count() < options.jobs) {
             asking.Begin(next++);
-        }
-        if (next == 1 || asking.Count() == options.jobs || next == answered.size()) {
+        } else {
             asking.Wait();
         }
-        if (next == 1 && IsUnloadable(answered.front())) {
-            break;
-        }
+    }
+}
+
+}  // namespace
+
+std::vector<Answered> Validate(const std::vector<const Question*>& questions, const ValidationOptions& options) {
+    std::vector<const Question*> others = questions;
+    others.erase(std::remove(others.begin(), others.end(), &LoadsQuestion()), others.end());
+    std::vector<Answered> loads = NotAsked({&LoadsQuestion()});
+    Ask(loads, options);
+    const bool isLoaded = loads.front().answer.verdict == Verdict::Pass;
+    std::vector<Answered> answered = NotAsked(others);
+    if (isLoaded) {
+        Ask(answered, options);
+    }
+    if (!isLoaded || others.size() < questions.size()) {
+        answered.insert(answered.begin(), loads.front());
     }
     return answered;
 }

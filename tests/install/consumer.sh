@@ -13,6 +13,7 @@ grep -q '^\.SH EXIT STATUS' "$work/root/share/man/man1/stmdcm.1"
 for file in bash-completion/completions/stmdcm zsh/site-functions/_stmdcm fish/vendor_completions.d/stmdcm.fish; do
     grep -q stmdcm "$work/root/share/$file"
 done
+readelf -dW "$(find "$work/root" -name libStmDCM.so)" | grep -q 'SONAME.*\[libStmDCM\.so\.1\]'
 docs=$(dirname "$(find "$work/root" -name host-guide.md)")
 grep -oE '\]\([^):#]+' "$docs"/*.md | while IFS=: read -r page link; do
     [[ -e $docs/${link#*\(} ]] || { echo "$page: a dead link, ${link#*\(}"; exit 1; }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <sstream>
 #include <string>
+#include <type_traits>
 
 #include "host/CTraceFactory.h"
 #include "trace/dcm/DeviceConfigManager.h"
@@ -16,6 +17,9 @@
 using namespace Zu::Wep::Trace;
 
 namespace {
+
+static_assert(!std::is_constructible_v<ConfigPropertyValue, double>, "a real would count by half of its bytes");
+static_assert(!std::is_constructible_v<ConfigPropertyValue, const char*>, "no property is a text");
 
 int failures = 0;
 

@@ -34,16 +34,21 @@ refused() { # SENTENCE COMPILER FLAG...
     grep -q "libStmDCM: $1" <<<"$text" || fails "${*:2}: is refused without its reason: $text"
 }
 
-for compiler in g++ clang++; do
-    command -v "$compiler" >/dev/null || continue
+declare -A compilers # by the file that they lead to
+for compiler in $(compgen -c | grep -xE '(g|clang)\+\+(-[0-9]+)?'); do
+    compilers[$(realpath "$(command -v "$compiler")")]=$compiler
+done
+for compiler in "${compilers[@]}"; do
     for header in "${headers[@]}"; do one "$compiler" "$header"; done
     for standard in 17 20 2b; do
         host "$compiler" -std=c++$standard -O2 -fno-rtti -fno-exceptions
     done
     host "$compiler" -std=c++17 -O0
+    host "$compiler" -std=c++2b -O2
     host "$compiler" -std=c++20 -O1 -fsanitize=undefined -fno-sanitize-recover=all
     refused "its headers need C++17" "$compiler" -std=c++14
     refused "hosts share std::string with it, so they need the new one" "$compiler" -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0
 done
+refused "hosts share std::string and std::vector with it" g++ -std=c++17 -D_LIBCPP_VERSION=1
 host g++ -std=c++17 -O2 -flto
 host g++ -std=c++20 -O3

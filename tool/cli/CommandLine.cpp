@@ -65,7 +65,7 @@ void CommandLine::DeclareGlobals() {
                     "The plug-in to load instead of this program's own, of show, check, recover, live and demo")
         ->type_name("FILE.so");
     m_app.add_flag("--json", m_options.json,
-                   "Print JSON (docs/json.md) instead of text; extract and completion refuse it");
+                   "Print JSON (docs/json.md) instead of text; extract, completion and new-host refuse it");
 }
 
 void CommandLine::DeclareCommand(const CommandEntry& entry) {

@@ -1,5 +1,7 @@
 #pragma once
 
+// For programs that link the plug-in's code statically (StmDCM::static).
+
 #include "trace/usecase/CTUsecaseInfo.h"
 #include "trace/usecase/CTUsecaseRecordIF.h"
 #include "trace/usecase/UsecaseRecordBase.h"

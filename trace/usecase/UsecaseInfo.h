@@ -1,5 +1,7 @@
 #pragma once
 
+// For programs that link the plug-in's code statically (StmDCM::static).
+
 #include <cstdint>
 #include <string>
 #include <string_view>

@@ -1,5 +1,7 @@
 #pragma once
 
+// For programs that link the plug-in's code statically (StmDCM::static).
+
 #include "trace/usecase/CTUsecaseRecord.h"
 #include "trace/usecase/PMIUsecaseRecord.h"
 #include "trace/usecase/UsecaseRecord.h"
