@@ -63,6 +63,9 @@ int Run(const char* pluginPath, const std::string& capture, const std::string& c
     const auto destroy = [&](CDeviceConfigManager* manager) { plugin.destroy(manager); };
     const std::unique_ptr<CDeviceConfigManager, decltype(destroy)> manager(
         static_cast<CDeviceConfigManager*>(plugin.create(&cpu, nullptr)), destroy);
+    if (manager == nullptr) {
+        throw std::runtime_error("the plug-in made no manager");
+    }
     manager->RegisterEventHandler(&events);
 
     if (!manager->LoadConfiguration(capture, TRACE_DATA_FILE_TDF)) {

@@ -46,17 +46,27 @@ class NamedFile {
         if (IsNamed()) {
             m_file = ZU_WEP::PosixFile::OpenAtOnce(m_name.c_str(), O_WRONLY | O_CREAT | O_APPEND);
             TellUnless(m_file.IsOpen());
+            m_isWithinLine = EndsWithinLine();
         }
     }
 
     bool IsNamed() const { return !m_name.empty(); }
     bool Write(const std::string& line) {
-        const bool isWritten = m_file.IsOpen() && m_file.Write(line);
+        const bool isWritten = m_file.IsOpen() && m_file.Write(m_isWithinLine ? "\n" + line : line);
+        m_isWithinLine = !isWritten;
         TellUnless(isWritten);
         return isWritten;
     }
 
   private:
+    /// Whether a disk that was full has cut its last line.
+    bool EndsWithinLine() const {
+        const auto file = ZU_WEP::PosixFile::OpenAtOnce(m_name.c_str(), O_RDONLY);
+        const std::uint64_t size = file.IsOpen() ? file.Size().value_or(0) : 0;
+        char last = '\n';
+        return size > 0 && file.ReadAt(size - 1, &last, 1) && last != '\n';
+    }
+
     void TellUnless(bool isDone) {
         if (!isDone && !m_isTold) {
             m_isTold = true;
@@ -67,6 +77,7 @@ class NamedFile {
 
     std::string m_name;
     ZU_WEP::PosixFile m_file;
+    bool m_isWithinLine = false;
     bool m_isTold = false;
 };
 

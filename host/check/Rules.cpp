@@ -59,7 +59,9 @@ std::string FaultOf(const std::string& property, const ConfigPropertyValue& valu
         return "";  // the result tells
     }
     const UnionBytes bytes(value.value);
-    if (bytes.rest != 0) {
+    const bool isNumberOrFlag =
+        value.type == ConfigPropertyValue::Integer || value.type == ConfigPropertyValue::Boolean;
+    if (bytes.rest != 0 && !isNumberOrFlag) {  // of these the rest may be anything
         return "the value was set as the real number " + std::to_string(bytes.real) + ", but its integer counts, " +
                std::to_string(bytes.integer);
     }

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <clocale>
@@ -37,6 +38,11 @@ std::string HostState() {
     ::umask(mask);
     std::string state = fmt::format("umask {:o}, locale {}, working directory {}", mask,
                                     std::setlocale(LC_ALL, nullptr), std::filesystem::current_path().string());
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        struct stat file {};
+        const bool isOpen = ::fstat(descriptor, &file) == 0;
+        state += fmt::format(", {} {}", descriptor, isOpen ? std::to_string(file.st_ino) : "closed");
+    }
     for (int number = 1; number < NSIG; ++number) {
         struct sigaction action {};
         ::sigaction(number, nullptr, &action);
@@ -120,13 +126,18 @@ constexpr Question kLibraryTable[] = {
          WorkOnce(host);
          Expect("threads of the process", Held::Threads(), std::size_t{1});
      }},
+    {"library.starts-no-process", "it starts no process", kLifeRule,
+     [](Host& host) {
+         WorkOnce(host);
+         Expect("the process's children", Host::Read(fmt::format("/proc/self/task/{}/children", ::getpid())), "");
+     }},
     {"library.prints-nothing", "it prints nothing while its log is off", kLogLevelRule,
      [](Host& host) {
          WorkOnce(host);
          Expect("what it printed", host.Printed(), "");
      }},
-    {"library.leaves-the-process-alone", "signals, umask, locale and working directory stay as the host has them",
-     kGrantedRule,
+    {"library.leaves-the-process-alone",
+     "signals, umask, locale, working directory and standard streams stay as the host has them", kGrantedRule,
      [](Host& host) {
          const std::string before = HostState();
          WorkOnce(host);

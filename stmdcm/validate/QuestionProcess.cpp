@@ -31,6 +31,8 @@ namespace {
 
 constexpr std::size_t kMostOfAnAnswer = 64 * 1024;
 constexpr std::size_t kMostOfAText = 1000;
+/// Questions make files of 128 MiB; a library that writes without an end is not to fill the user's disk.
+constexpr rlim_t kLargestFile = rlim_t{256} << 20;
 
 /// The verdict, and the texts with a zero byte behind each.
 std::string Encode(const Answer& answer) {
@@ -78,6 +80,12 @@ void BecomeHost(const Surroundings& surroundings, pid_t parent) {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     const rlimit noDump{0, 0};
     ::setrlimit(RLIMIT_CORE, &noDump);
+    rlimit file{};
+    ::getrlimit(RLIMIT_FSIZE, &file);
+    file.rlim_max = std::min(file.rlim_max, kLargestFile);
+    file.rlim_cur = std::min(file.rlim_cur, kLargestFile);
+    ::setrlimit(RLIMIT_FSIZE, &file);
+    PosixFile::Open("/proc/self/oom_score_adj", O_WRONLY).Write("1000");  // the first to go where memory runs out
     Become(STDIN_FILENO, "/dev/null", O_RDONLY);
     const std::string printed = surroundings.folder + "/printed";
     Become(STDOUT_FILENO, printed.c_str(), O_WRONLY | O_CREAT | O_APPEND);

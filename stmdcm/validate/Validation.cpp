@@ -2,11 +2,17 @@
 
 #include <fmt/format.h>
 #include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <memory>
+#include <sstream>
 #include <string_view>
 
+#include "stmdcm/validate/Host.h"
 #include "stmdcm/validate/QuestionProcess.h"
 #include "stmdcm/validate/Questions.h"
 
@@ -98,9 +104,27 @@ void Ask(std::vector<Answered>& answered, const ValidationOptions& options) {
     }
 }
 
+/// While it lives, what a library's processes leave behind becomes a child of this process; it ends with this.
+class Strays {
+  public:
+    Strays() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
+    ~Strays() {
+        const std::string list = fmt::format("/proc/self/task/{}/children", ::gettid());
+        pid_t child = 0;
+        while (std::istringstream(Host::Read(list)) >> child) {  // its own children come behind it
+            ::kill(child, SIGKILL);
+            ::waitpid(child, nullptr, 0);
+        }
+        ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+    }
+    Strays(const Strays&) = delete;
+    Strays& operator=(const Strays&) = delete;
+};
+
 }  // namespace
 
 std::vector<Answered> Validate(const std::vector<const Question*>& questions, const ValidationOptions& options) {
+    const Strays strays;
     std::vector<const Question*> others = questions;
     others.erase(std::remove(others.begin(), others.end(), &LoadsQuestion()), others.end());
     std::vector<Answered> loads = NotAsked({&LoadsQuestion()});

@@ -14,6 +14,7 @@
 #include "stmdcm/plugin/TargetRecorder.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/cli/ProgramText.h"
+#include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/LiveRecording.h"
 #include "tool/output/ConfigurationFile.h"
@@ -72,14 +73,19 @@ class Live final : public Command {
   public:
     void Declare(CLI::App& app) override {
         app.add_option("--cpu", m_cpu, "The CPU's name, as the live system has it; without it these are listed")
+            ->check(SomeText())
             ->type_name("CPU");
         app.add_option("--factory-dir", m_factoryDirectory, "Where the trace factory, libTraceFactory.so, is")
+            ->check(SomeText())
             ->type_name("DIR");
         app.add_option("--scenario", m_scenario, "Play this target with the simulated trace factory")
+            ->check(SomeText())
             ->type_name("FILE.json");
         app.add_option("--save", m_save, "Save what was loaded: into a capture (.tdf) or a settings file")
+            ->check(SomeText())
             ->type_name("FILE");
         app.add_option("--record", m_record, "Record what the target answered as a scenario for --scenario")
+            ->check(SomeText())
             ->type_name("FILE.json");
         app.add_flag("--force", m_force, std::string(kOverwriteSettings) + "; and a recording");
         app.footer(
@@ -94,6 +100,9 @@ class Live final : public Command {
     void Check() override {
         if (m_force && m_save.empty() && m_record.empty()) {
             throw CLI::RequiresError("--force", "--save or --record");
+        }
+        if (!m_save.empty() && !m_record.empty() && fs::weakly_canonical(m_save) == fs::weakly_canonical(m_record)) {
+            throw CLI::ValidationError("--record", "names the file of --save");
         }
     }
 

@@ -165,7 +165,7 @@ class Validate final : public Command {
             ->delimiter(',')
             ->allow_extra_args(false);
         app.add_option("--timeout", m_timeLimit, "So many seconds for each question; 10 without it")
-            ->check(WholeNumber(kLongestLimit))
+            ->check(WholeNumber(kLongestLimit, 1))
             ->type_name("SECONDS")
             ->excludes(list);
         app.add_option("--seed", m_seed, "Where chance begins, in questions that use it; 1 without it")
@@ -173,7 +173,7 @@ class Validate final : public Command {
             ->type_name("N")
             ->excludes(list);
         app.add_option("-j,--jobs", m_jobs, "Ask so many questions at a time; 4 without it")
-            ->check(WholeNumber(kMostAtOnce))
+            ->check(WholeNumber(kMostAtOnce, 1))
             ->type_name("N")
             ->excludes(list);
         app.footer(

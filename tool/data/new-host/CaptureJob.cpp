@@ -1,7 +1,10 @@
 #include "CaptureJob.h"
 
+#include <cerrno>
 #include <cstdint>
-#include <fstream>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 
@@ -35,14 +38,20 @@ void WriteNewCapture(const std::string& path) {
         "\5\0\0\0"    // the length of its name
         "DEVID"
         "device=my_board\n";
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes, sizeof bytes - 1);
-    if (!out.flush()) {
-        throw std::runtime_error(path + " can't be written");
+    std::FILE* out = std::fopen(path.c_str(), "wbx");  // x: never in the place of a capture that is there
+    if (out == nullptr) {
+        throw std::runtime_error(path + " can't be made: " + std::strerror(errno));
+    }
+    const bool isWritten = std::fwrite(bytes, sizeof bytes - 1, 1, out) == 1;
+    if (std::fclose(out) != 0 || !isWritten) {
+        throw std::runtime_error(path + " can't be written: " + std::strerror(errno));
     }
 }
 
 void Load(Plugin::Manager& manager, const std::string& capture) {
+    if (!std::filesystem::exists(capture)) {
+        throw std::runtime_error(capture + ": there is no such file");  // of which the log says nothing
+    }
     if (!manager.LoadConfiguration(capture, TRACE_DATA_FILE_TDF)) {
         throw std::runtime_error(capture + " can't be loaded" + SeeLog());
     }

@@ -11,7 +11,7 @@ void ShowLive(const Plugin& plugin, const std::string& cpuName) {
     const auto manager = plugin.MakeManager(cpu);
     // The plug-in has the loader find libTraceFactory.so: the target's own, or the simulated one of the tests.
     if (!manager->LoadConfigurationLive()) {
-        throw std::runtime_error("the live target can't be loaded from" + SeeLog());
+        throw std::runtime_error(cpuName + " can't be loaded from the live target" + SeeLog());
     }
     std::cout << cpuName << '\n';
     PrintProperties(*manager);

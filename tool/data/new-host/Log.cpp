@@ -3,7 +3,6 @@
 #include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
 
 namespace fs = std::filesystem;
 
@@ -27,23 +26,11 @@ fs::path LogFile() {
     return {};
 }
 
-std::string LastLine(const fs::path& log) {
-    std::ifstream in(log);
-    std::string last;
-    for (std::string line; std::getline(in, line);) {
-        last = line;
-    }
-    return last;
-}
-
 }  // namespace
 
 void SwitchLogOn() { setenv("ZU_TRACE_LOGGING", "1", 0); }
 
 std::string SeeLog() {
     const fs::path log = LogFile();
-    if (log.empty()) {
-        return "; there is no log";
-    }
-    return "; see " + log.string() + ", which ends with\n" + LastLine(log);
+    return log.empty() ? "; there is no log" : "; why, as far as it is known, stands in " + log.string();
 }

@@ -7,5 +7,5 @@
 /// Has the plug-in write its log, unless the environment says how. Call it before the first manager is made.
 void SwitchLogOn();
 
-/// Where to read why a call failed, and what was logged last; for the end of a sentence.
+/// Where to read why a call failed; for the end of a sentence.
 std::string SeeLog();

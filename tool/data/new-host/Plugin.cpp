@@ -36,5 +36,8 @@ Plugin::Plugin(const std::string& file) {
 std::unique_ptr<Plugin::Manager, Plugin::Destroy> Plugin::MakeManager(Zu::Wep::Trace::CPUInfo& cpu) const {
     // What is created is a CDeviceConfigManager, and in truth always what adds the settings of an STM to that.
     auto* manager = static_cast<Zu::Wep::Trace::CDeviceConfigManager*>(m_create(&cpu, nullptr));
+    if (manager == nullptr) {
+        throw std::runtime_error("the plug-in made no manager");
+    }
     return {static_cast<Manager*>(manager), m_destroy};
 }
