@@ -69,9 +69,10 @@ void ScUsecaseProxy::AddCounter(const _CounterLineInfo* counter) {
                                                      : "";
     const auto work = [&] {
         Settle();
-        const _CounterLineInfo copy = *counter;  // may be one of those that end here
+        const bool isNull = counter == nullptr;
+        const _CounterLineInfo copy = isNull ? _CounterLineInfo() : *counter;  // may be one of those that end here
         m_counters.End();
-        Real()->AddCounter(&copy);
+        Real()->AddCounter(isNull ? nullptr : &copy);
     };
     Do("AddCounter", arguments, work, objection);
 }
