@@ -19,6 +19,13 @@ grep -oE '\]\([^):#]+' "$docs"/*.md | while IFS=: read -r page link; do
     [[ -e $docs/${link#*\(} ]] || { echo "$page: a dead link, ${link#*\(}"; exit 1; }
 done
 
+# The guide's walk, as it stands there.
+walk=$(sed -n '/^```sh$/,/^```$/{//!p}' "$docs/host-guide.md" | sed "s|\bPREFIX\b|$work/root|g; s|build/release|$build|")
+mkdir "$work/walked"
+(cd "$work/walked" && bash -euo pipefail -c "$walk") >"$work/walk" 2>&1 || { cat "$work/walk"; exit 1; }
+grep -q '^100% tests passed' "$work/walk"
+grep -q 'STM_DTC_target_pins *8 ' "$work/walk"
+
 cmake -G Ninja -S "$docs/small-host" -B "$work/host" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/root" \
     -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" >/dev/null
 cmake --build "$work/host" >/dev/null
