@@ -82,6 +82,13 @@ TEST_F(Recorded, ATargetFailsAgainAsItDid) {
     }
 }
 
+TEST_F(Recorded, WhatAFailingCallGaveIsTheHostsAllTheSame) {
+    ::setenv("STMDCM_RECORD_FACTORY", STMDCM_GIVING_FACTORY, 1);
+    const Told told = Ask("none.json", "giving.json");
+    EXPECT_NE(told.settings.find("STM_DTC_target_pins = 7\n"), std::string::npos) << told.settings << told.log;
+    EXPECT_NE(told.recording.find("a driver was given by a call that failed at once"), std::string::npos);
+}
+
 /// No simulated target can give these.
 TEST_F(Recorded, WhatNoScenarioCanSayIsARemark) {
     stmdcm_sim::Recording recording;

@@ -101,6 +101,9 @@ TEST_F(HelpTest, AWrongCommandLineGetsOneSentenceAndTheWayToHelp) {
         {"history f --prune 1 --force", "--force requires --output", " history"},
         {"extract f n --force", "--force requires --output", " extract"},
         {"live --cpu c --force", "--force requires --save or --record", " live"},
+        {"live --cpu c --record ''", "--record: it is empty", " live"},
+        {"live --cpu c --save x --record ./x", "--record: names the file of --save", " live"},
+        {"validate l --timeout 0", "--timeout: 0 is less than 1", " validate"},
         {"check --list --portable", "--list excludes --portable", " check"},
         {"demo --color", "--color needs a value, WHEN", " demo"},
     };

@@ -34,6 +34,8 @@ constexpr Fault kFaults[] = {
     {"leaks", "life.leaves-no-memory", "warning", ""},
     {"leaves-files", "life.leaves-no-file", "fail", "left"},
     {"starts-a-thread", "library.starts-no-thread", "fail", "3"},
+    {"starts-a-process", "library.starts-no-process", "fail", " "},
+    {"closes-streams", "library.leaves-the-process-alone", "fail", "2 closed"},
     {"prints", "library.prints-nothing", "fail", "here I am"},
     {"stays-loaded", "library.unloads", "fail", "true"},
     {"sets-the-umask", "library.leaves-the-process-alone", "fail", "umask 0"},

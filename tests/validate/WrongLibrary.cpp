@@ -196,6 +196,12 @@ void Spoil(StmDeviceConfigManagerIF& manager) {
     if (Is("starts-a-thread")) {
         std::thread([] { ::pause(); }).detach();
     }
+    if (Is("starts-a-process") && ::fork() == 0) {
+        ::pause();
+    }
+    if (Is("closes-streams")) {
+        ::close(STDERR_FILENO);
+    }
     if (Is("prints")) {
         std::puts("here I am");
     }

@@ -68,6 +68,11 @@ struct CpuList {
     Json Document() const { return JsonRenderer::Document("live", {{"cpus", cpus}}); }
 };
 
+/// Of files that may not be there yet.
+bool IsSameName(const std::string& left, const std::string& right) {
+    return fs::weakly_canonical(fs::absolute(left)) == fs::weakly_canonical(fs::absolute(right));
+}
+
 /// The configuration of a live target.
 class Live final : public Command {
   public:
@@ -101,7 +106,7 @@ class Live final : public Command {
         if (m_force && m_save.empty() && m_record.empty()) {
             throw CLI::RequiresError("--force", "--save or --record");
         }
-        if (!m_save.empty() && !m_record.empty() && fs::weakly_canonical(m_save) == fs::weakly_canonical(m_record)) {
+        if (!m_save.empty() && !m_record.empty() && IsSameName(m_save, m_record)) {
             throw CLI::ValidationError("--record", "names the file of --save");
         }
     }
