@@ -7,8 +7,8 @@ function originOf(capture, name, link) {
     return make("span", {className: "quiet"}, "no host gets it");
   }
   const line = origin.line === null ? "" : `, line ${origin.line}`;
-  return origin.offset === null ? `${origin.source}${line}`
-    : link(origin.offset, `${origin.source}${line}`);
+  const words = `${origin.source}${line}`;
+  return make("span", {className: "nowrap"}, origin.offset === null ? words : link(origin.offset, words));
 }
 
 function propertiesPart(capture, link) {

@@ -5,9 +5,8 @@ class FindingList {
   constructor(capture, link) {
     this.items = new Map();
     const findings = sortedFindings(capture);
-    const named = new Set();
     const items = findings.map((finding) => {
-      const item = this.item(finding, link, named);
+      const item = this.item(finding, link);
       this.items.set(finding, item);
       return item;
     });
@@ -16,17 +15,13 @@ class FindingList {
       findings.length > 0 ? make("ul", {className: "plain"}, items, more) : make("p", {className: "quiet"}, "None."));
   }
 
-  // A command is told once.
-  item(finding, link, named) {
+  item(finding, link) {
     const line = finding.line === null ? "" : `, line ${finding.line}`;
     const name = finding.section ?? "the file";
     const place = finding.offset === null ? `${name}${line}` : link(finding.offset, `${name} at ${finding.offset}${line}`);
-    const next = finding.next !== null && !named.has(finding.next)
-      ? make("div", {className: "command"}, "next: ", command(finding.next)) : null;
-    named.add(finding.next);
     return make("li", {tabIndex: -1}, severityMark(finding.severity), " ", make("span", {className: "mono"}, finding.id), " ", place,
       make("div", null, finding.what), make("div", {className: "quiet"}, `reader: ${finding.reader}`),
-      next);
+      finding.next && make("div", {className: "command"}, "next: ", command(finding.next)));
   }
 
   // Shows the first and marks all of them.
