@@ -56,6 +56,17 @@ class Folder:
             self.run("set", name, assignment)
         return name
 
+    def damaged(self, name="damaged.tdf"):
+        """One with a part of every kind: a section over the limit of a search hides the last one, which is torn."""
+        self.copy("full.tdf", name)
+        self.run("set", name, "STM_ATB_Id=42")
+        over = (1 << 27) + 1
+        with open(self.path / name, "ab") as file:
+            file.write(settings(b"") + struct.pack("<III", over, 1, 5) + b"TRACE")
+            file.seek(over - 17, os.SEEK_CUR)
+            file.write(section(b"TRACE", b"x" * 1000)[:-40])
+        return name
+
     def long(self, count, name="long.tdf"):
         """With so many sections, the configuration in the midst of them."""
         traces = [section(b"TRACE%d" % i, b"x" * 20) for i in range(count - 3)]

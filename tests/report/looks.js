@@ -42,4 +42,5 @@ const drawn = ["--hatch", "--lost", "--live", "--ink"].map((name) => {
   probe.remove();
   return {text: name, contrast: contrast(colour, root.backgroundColor) * 1.5};
 });
-return {texts: [...found, ...drawn], width: document.documentElement.scrollWidth};
+const clipped = [...document.querySelectorAll(".scroll")].filter((each) => each.scrollWidth > each.clientWidth).length;
+return {texts: [...found, ...drawn], width: document.documentElement.scrollWidth, clipped};

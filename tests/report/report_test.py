@@ -67,7 +67,7 @@ class ReportTest(unittest.TestCase):
                     self.assertEqual(pasted.get_property("value"), by_rank[0]["next"])
 
     def test_clicks_lead_from_the_picture_to_the_rows_and_back(self):
-        for file in (self.folder.changed(), self.folder.copy("torn-payload.tdf"), self.folder.copy("shadowed.tdf")):
+        for file in (self.folder.changed(), self.folder.copy("torn-payload.tdf"), self.folder.copy("shadowed.tdf"), self.folder.damaged()):
             self.open(file)
             sections = self.folder.json("sections", file)["sections"]
             for index, each in enumerate(sections):
@@ -87,8 +87,18 @@ class ReportTest(unittest.TestCase):
                         self.assertIn(chosen.find_element("css selector", ".mono").text, label)
                     name = self.browser.one("li.chosen .link").text.split(" at ")[0]
                     self.browser.one("li.chosen .link").click()
-                    self.assertIn(name, self.browser.focused().get_attribute("aria-label"))
+                    self.assertIn(name.replace("the file", ""), self.browser.focused().get_attribute("aria-label"))
                     self.browser.one("[aria-label='The whole file']").click()
+
+    def test_tells_parts_apart_by_more_than_colour(self):
+        self.open(self.folder.damaged())
+        kinds = self.browser.script("""return [...document.querySelectorAll(".legend .swatch")].map((each) => {
+            const style = getComputedStyle(each);
+            return [each.className, (style.backgroundImage + style.borderStyle).replace(/rgba?\\([^)]*\\)/g, "")]; })""")
+        self.assertEqual([name.split()[-1] for name, _ in kinds], ["data", "live", "shadowed", "retired", "unreachable", "missing"])
+        self.assertEqual(len({pattern for _, pattern in kinds}), len(kinds))
+        self.browser.one("[aria-label='The whole file']").click()
+        self.assertEqual(len(self.browser.all(".whole .missing")) + len(self.browser.all(".near .missing")), 2)
 
     def test_shows_configuration_images_and_history(self):
         file = self.folder.changed()
@@ -153,6 +163,7 @@ class ReportTest(unittest.TestCase):
                             self.browser.look(width, 900, scheme, media)
                             looks = self.browser.script(LOOKS)
                             self.assertLessEqual(looks["width"], width)
+                            self.assertEqual(looks["clipped"], 0)
                             self.assertGreater(len(looks["texts"]), 20)
                             faint = [each for each in looks["texts"] if each["contrast"] is None or each["contrast"] < AA]
                             self.assertEqual(faint, [])

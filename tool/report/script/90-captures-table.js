@@ -117,7 +117,7 @@ class CapturesTable {
     const named = differences.slice(0, MOST_NAMED).map(({name, words, usual}) => make("div", null, `${name}: `,
       make("span", {className: "changed"}, words), make("span", {className: "quiet"}, ` (most: ${usual})`)));
     const more = differences.length - named.length;
-    return {cells: [index + 1, make("a", {href: `#capture-${index + 1}`, className: "name"}, file), verdictMark(verdict), errors, warnings,
+    return {cells: [index + 1, make("a", {href: `#capture-${index + 1}`, className: "name long"}, file), verdictMark(verdict), errors, warnings,
                     [named, more > 0 ? `and ${more} more` : null]]};
   }
 
