@@ -28,9 +28,10 @@ constexpr char kOldOrNew[] = " is as it was or as it is to be";
 /// One run over many files: takes what became of each, in their order.
 class ManyFiles::Round {
   public:
-    Round(const Context& context, Purpose purpose, const StopRequest* stop, std::optional<std::uint64_t> total,
-          bool isProgressAskedFor)
+    Round(const Context& context, const TakeOutcome& take, Purpose purpose, const StopRequest* stop,
+          std::optional<std::uint64_t> total, bool isProgressAskedFor)
         : m_context(context),
+          m_take(take),
           m_purpose(purpose),
           m_stop(stop),
           m_total(total),
@@ -42,13 +43,16 @@ class ManyFiles::Round {
     const StopRequest* Stop() const { return m_stop; }
     bool IsToStop() const { return m_stop != nullptr && m_stop->IsMade(); }
 
-    void Take(const FileOutcome& outcome) {
+    void Take(const std::string& file, const FileOutcome& outcome) {
         if (!outcome.told.error.empty() || (m_isOutTerminal && !outcome.told.out.empty())) {
             m_progress.Clear();
         }
+        if (m_take) {
+            m_take(file, outcome);
+        }
         // What was changed is told before anything can happen, and a terminal shows things in their order.
-        const bool isDue = m_purpose == Purpose::Change || m_isOutTerminal || !outcome.told.error.empty();
-        m_out.Add(outcome.told.out, isDue ? LateOutput::When::Now : LateOutput::When::Soon);
+        const bool isDue = m_purpose == Purpose::Change || m_isOutTerminal || m_take || !outcome.told.error.empty();
+        m_out.Add(m_take ? "" : outcome.told.out, isDue ? LateOutput::When::Now : LateOutput::When::Soon);
         Console::ToStandardError(outcome.told.error);
         m_summary.Add(outcome.result);
         m_progress.Update(m_summary.Files());
@@ -86,6 +90,7 @@ class ManyFiles::Round {
     }
 
     const Context& m_context;
+    const TakeOutcome& m_take;  ///< empty: standard output
     Purpose m_purpose;
     const StopRequest* m_stop;
     std::optional<std::uint64_t> m_total;
@@ -132,25 +137,28 @@ std::size_t ManyFiles::Jobs() const {
     return m_jobs > 0 ? m_jobs : static_cast<std::size_t>(std::clamp(::sysconf(_SC_NPROCESSORS_ONLN), 1L, kMostJobs));
 }
 
-ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
-    if (!IsSeveral()) {
+ExitStatus ManyFiles::Run(const Context& context, const FileWork& work, const TakeOutcome& take) const {
+    if (!IsSeveral() && !take) {
         return work(context, m_named.front()).status;
     }
     const Context lines{context.options, context.console, context.command, context.ofFailure, true};
     try {
-        return RunEach(lines, work);
+        return RunEach(lines, work, take);
     } catch (const Failure& failure) {
+        if (take) {
+            throw;
+        }
         return lines.Tell(failure);
     }
 }
 
-ExitStatus ManyFiles::RunEach(const Context& context, const FileWork& work) const {
+ExitStatus ManyFiles::RunEach(const Context& context, const FileWork& work, const TakeOutcome& take) const {
     std::optional<StopRequest> stop;
     if (m_purpose == Purpose::Change) {
         stop.emplace();  // nothing that was changed stays untold
     }
     FileNames names(m_named, m_list, m_isZeroEnded, stop ? stop->Descriptor() : -1);
-    Round round(context, m_purpose, stop ? &*stop : nullptr,
+    Round round(context, take, m_purpose, stop ? &*stop : nullptr,
                 Progress::IsShown(m_progress) || !HasList() ? names.Total() : std::nullopt, m_progress);
     if (Jobs() == 1) {
         RunHere(names, round, work);
@@ -169,7 +177,7 @@ void ManyFiles::RunHere(FileNames& names, Round& round, const FileWork& work) co
         if (!file) {
             break;
         }
-        round.Take(WorkOn(*file, work, round.Asked()));
+        round.Take(*file, WorkOn(*file, work, round.Asked()));
     }
 }
 
@@ -193,8 +201,9 @@ void ManyFiles::RunInWorkers(FileNames& names, Round& round, const FileWork& wor
         const bool isForResults = isEnd || isFull() || workers.HasResult(next());
         if (sent > received && (isForResults || !names.WaitFor(workers.Descriptor(next())))) {
             do {
+                const std::string file = workers.FirstOf(next());
                 if (const std::optional<FileOutcome> outcome = workers.Receive(next())) {
-                    round.Take(*outcome);
+                    round.Take(file, *outcome);
                 }
                 ++received;
             } while (sent > received && workers.HasResult(next()));

@@ -42,7 +42,9 @@ class Workers {
     /// To be sent with others that are queued.
     void Queue(std::size_t worker, const std::string& file);
     void SendQueued();
-    /// Of the first file that was sent and not received yet; nothing where it was not begun before the end was asked
+    /// The first file that was queued and not received yet. Before the first there is none.
+    const std::string& FirstOf(std::size_t worker) const { return m_workers[worker].files.front(); }
+    /// Of that one; nothing where it was not begun before the end was asked
     /// for.
     std::optional<FileOutcome> Receive(std::size_t worker);
     /// Whether that needs no waiting for the descriptor.

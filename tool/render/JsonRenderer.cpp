@@ -88,16 +88,6 @@ void WritePin(JsonWriter& out, const ImageIdentity& pin) {
     out.Key("build_id").OrNull(InHexadecimal(pin.buildId)).EndObject();
 }
 
-void WriteProperties(JsonWriter& out, const std::vector<Property>& properties, bool changedOnly) {
-    out.BeginArray();
-    for (const Property& property : properties) {
-        if (!changedOnly || !property.IsAtDefault()) {
-            WriteProperty(out, property);
-        }
-    }
-    out.EndArray();
-}
-
 void WriteUsecases(JsonWriter& out, const Configuration& configuration) {
     out.BeginObject();
     Configuration::ForEachKind([&](auto kind, auto list) {
@@ -175,6 +165,16 @@ void JsonRenderer::Write(JsonWriter& out, const Configuration& configuration, co
         out.Value(nullptr);
     }
     out.EndObject();
+}
+
+void JsonRenderer::WriteProperties(JsonWriter& out, const std::vector<Property>& properties, bool changedOnly) {
+    out.BeginArray();
+    for (const Property& property : properties) {
+        if (!changedOnly || !property.IsAtDefault()) {
+            WriteProperty(out, property);
+        }
+    }
+    out.EndArray();
 }
 
 void JsonRenderer::Write(JsonWriter& out, const std::vector<ObjectFile>& files) {

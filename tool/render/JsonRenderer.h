@@ -36,6 +36,7 @@ class JsonRenderer {
 
     /// What is not selected is null.
     static void Write(JsonWriter& out, const Configuration& configuration, const Selection& selection = {});
+    static void WriteProperties(JsonWriter& out, const std::vector<Property>& properties, bool changedOnly = false);
     static void Write(JsonWriter& out, const std::vector<ObjectFile>& files);
     /// The members of one, without the object around them.
     static void WriteMembers(JsonWriter& out, const ObjectFile& file);
