@@ -23,6 +23,9 @@ const char* KindName(ConfigurationKind kind);
 /// The device identification of a capture that no host has made: one line, of no property (docs/settings-text.md).
 inline constexpr std::string_view kNoDeviceText = "written_by=stmdcm\n";
 
+/// Stands for standard input and output where a file is named, and is the path of what was read from there.
+inline constexpr char kStandardStream[] = "-";
+
 /// By the name alone, as hosts take it: a capture is called `.tdf`, in any case.
 ConfigurationKind KindOfName(const std::string& path);
 

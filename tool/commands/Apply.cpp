@@ -5,9 +5,10 @@
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/change/AppliedParts.h"
-#include "tool/commands/ChangeReport.h"
+#include "tool/commands/ChangeOutcome.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/many/ManyFiles.h"
+#include "tool/reports/ChangeReport.h"
 
 namespace stmdcm {
 
@@ -17,12 +18,6 @@ namespace {
 struct Outcome {
     ChangeResult result;
     std::optional<std::string> failure = {};
-
-    Json Document() const {
-        Json json = ChangeReport::Document(result);
-        json["failure"] = JsonRenderer::OrNull(failure);
-        return json;
-    }
 };
 
 bool IsSameFile(const std::string& a, const std::string& b) {
@@ -87,20 +82,13 @@ class Apply final : public Command {
 
     FileResult Tell(const Context& context, const Outcome& outcome, const std::vector<std::string>& doubts) const {
         const ChangeResult& result = outcome.result;
-        if (context.options.json) {
-            context.PrintDocument(JsonRenderer::Document("apply", {{"source", m_source},
-                                                                   {"source_doubts", doubts},
-                                                                   {"dry_run", m_dryRun},
-                                                                   {"captures", Json::array({outcome.Document()})}}));
-        } else if (!outcome.failure) {
-            context.console.Print(ChangeReport::Text(result, context.console.Out()));
-        }
+        context.Print(ApplyReport{m_source, doubts, m_dryRun, result, outcome.failure});
         if (outcome.failure) {
             context.console.Diagnose(*outcome.failure);
             return {ExitStatus::Failed, {}, *outcome.failure};
         }
-        ChangeReport::Diagnose(result, context.console);
-        return ChangeReport::ResultOf(result);
+        Diagnose(result, context.console);
+        return ResultOf(result);
     }
 
     Outcome ApplyTo(const ConfigurationChange& change, const std::string& capture) const try {

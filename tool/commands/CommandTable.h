@@ -4,7 +4,8 @@
 
 namespace stmdcm {
 
-// A new command is a source in this folder, with its report in it, and here its name and its line.
+// A new command is a source in this folder, and here its name and its line. What it tells is a report in the source
+// or, where others tell the same, in tool/reports/.
 
 using CommandFactory = std::unique_ptr<Command>();
 CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,

@@ -1,50 +1,15 @@
-#include <fmt/format.h>
 
 #include <algorithm>
 
 #include "stmdcm/reading/Reading.h"
-#include "stmdcm/reading/Words.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/many/ManyFiles.h"
 #include "tool/output/InputFile.h"
-#include "tool/render/TextRenderer.h"
+#include "tool/reports/DiffReport.h"
 
 namespace stmdcm {
 
 namespace {
-
-Json ToJson(const Reading& side) {
-    return {{"file", side.path}, {"kind", KindName(*side.kind)}, {"doubts", side.Doubts()}};
-}
-
-/// Compares two configurations, as far as both kinds of file can hold the same, and tells the result.
-struct DiffReport {
-    const Reading& left;
-    const Reading& right;
-    bool isOneOfMany = false;
-    bool comparesObjectFiles = left.hasObjectFiles && right.hasObjectFiles;
-    std::vector<Difference> differences = comparesObjectFiles ? Compare(left.configuration, right.configuration)
-                                                              : Compare(left.configuration.WithoutObjectFiles(),
-                                                                        right.configuration.WithoutObjectFiles());
-
-    bool IsEqual() const { return differences.empty(); }
-
-    std::string Text(const Palette& palette) const {
-        const std::string sides = fmt::format(" ({} / {})", Shown(left.path), Shown(right.path));
-        std::string text = TextRenderer(palette).Differences(differences);
-        text += IsEqual() ? palette.Paint(Style::Good, "no difference" + (isOneOfMany ? sides : ""))
-                          : palette.Paint(Style::Notable, fmt::format("{} different{}", differences.size(), sides));
-        return text + (comparesObjectFiles ? "\n" : "; object files are not compared: settings files have none\n");
-    }
-
-    Json Document() const {
-        return JsonRenderer::Document("diff", {{"left", ToJson(left)},
-                                               {"right", ToJson(right)},
-                                               {"object_files_compared", comparesObjectFiles},
-                                               {"differences", JsonRenderer::Differences(differences)},
-                                               {"equal", IsEqual()}});
-    }
-};
 
 /// What is different in the configurations of two files.
 class Diff final : public Command {

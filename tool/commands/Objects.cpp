@@ -8,75 +8,12 @@
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/ImageOptions.h"
 #include "tool/many/ManyFiles.h"
-#include "tool/render/Table.h"
-#include "tool/render/TextRenderer.h"
+#include "tool/output/HashProgress.h"
+#include "tool/reports/ObjectsReport.h"
 
 namespace stmdcm {
 
 namespace {
-
-Cell StateCell(const ObjectFile& file) { return {file.DiskStateName(), StateStyle(file.DiskStateName())}; }
-
-/// Tells how the program images of a capture are.
-struct ObjectsReport {
-    const ImageList& list;
-    ImageParts parts;  ///< that were to be recorded
-
-    static void AddRows(const ImageAnswer& answer, Table& table) {
-        const auto modified = [](const ObjectFile& file) {
-            const bool isOther = file.match && *file.match != PinMatch::Same;
-            return "modified " + InWords(Unit::UnixTime, file.modified) +
-                   (isOther ? ": this is not the image that was captured" : "");
-        };
-        table.AddRow({{Shown(answer.recorded.name)},
-                      StateCell(answer.recorded),
-                      {Shown(answer.recorded.path)},
-                      {"recorded " + InWords(Unit::UnixTime, answer.recorded.recorded), Style::Quiet}});
-        if (answer.how != ImageAnswer::How::Recorded) {
-            table.AddRow({{"  by " + std::string(answer.HowName()), Style::Quiet},
-                          StateCell(answer.found),
-                          {Shown(answer.found.path)},
-                          {answer.found.modified ? modified(answer.found) : "", Style::Quiet}});
-        } else if (answer.recorded.modified && !answer.recorded.IsPresent()) {
-            table.AddRow({{}, {}, {}, {modified(answer.recorded), Style::Quiet}});
-        }
-        for (const std::string& candidate : answer.candidates) {
-            table.AddRow({{"  perhaps", Style::Quiet}, {}, {Shown(candidate)}});
-        }
-    }
-
-    std::string Text(const Palette& palette) const {
-        Table table;
-        for (const ImageAnswer& answer : list.answers) {
-            AddRows(answer, table);
-        }
-        const std::size_t total = list.answers.size();
-        const std::string what =
-            parts.places ? parts.pins ? "their places and pins" : "their new places" : "their pins";
-        const char* recorded = list.isWritten ? ", the capture has " : ", the capture would get ";
-        const std::string outcome = list.hasChanges ? recorded + what : "";
-        return palette.Paint(Style::Heading, fmt::format("{}: {} of {} program images were found{}", Shown(list.path),
-                                                         total - list.unresolved, total, outcome)) +
-               "\n" + table.Text(palette, 2);
-    }
-
-    Json Document() const {
-        Json files = Json::array();
-        for (const ImageAnswer& answer : list.answers) {
-            Json json = JsonRenderer::ObjectFiles({answer.recorded}).front();
-            json["how"] = answer.HowName();
-            json["found"] = JsonRenderer::ObjectFiles({answer.found}).front();
-            json["candidates"] = answer.candidates;
-            files.push_back(std::move(json));
-        }
-        return JsonRenderer::Document("objects", {{"file", list.path},
-                                                  {"object_files", files},
-                                                  {"unresolved", list.unresolved},
-                                                  {"changed", list.hasChanges},
-                                                  {"written", list.isWritten},
-                                                  {"doubts", list.doubts}});
-    }
-};
 
 /// Which program images of a capture are there, where they are now, and their new places into the capture.
 class Objects final : public Command {

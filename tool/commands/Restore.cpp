@@ -5,37 +5,11 @@
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/many/ManyFiles.h"
+#include "tool/reports/RestoreReport.h"
 
 namespace stmdcm {
 
 namespace {
-
-/// Tells what is in force now.
-struct RestoreReport {
-    const std::string& file;
-    std::size_t number;
-    RestoreResult result;
-
-    const char* Outcome() const {
-        if (!result.hasChanges) {
-            return "is what is in force, nothing was written";
-        }
-        return result.isWritten ? "is in force again" : "would be in force again";
-    }
-
-    std::string Text(const Palette& /*palette*/) const {
-        return fmt::format("{}: configuration {} ({}) {}\n", Shown(file), number, result.restored.name, Outcome());
-    }
-
-    Json Document() const {
-        return JsonRenderer::Document("restore", {{"file", file},
-                                                  {"number", number},
-                                                  {"section", result.restored.name},
-                                                  {"changed", result.hasChanges},
-                                                  {"written", result.isWritten},
-                                                  {"doubts", result.doubts}});
-    }
-};
 
 /// An earlier configuration of a capture in force again.
 class Restore final : public Command {

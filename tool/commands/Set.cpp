@@ -6,9 +6,10 @@
 #include "stmdcm/change/Assignment.h"
 #include "stmdcm/change/ConfigurationChange.h"
 #include "stmdcm/change/SettingsChange.h"
-#include "tool/commands/ChangeReport.h"
+#include "tool/commands/ChangeOutcome.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/many/ManyFiles.h"
+#include "tool/reports/ChangeReport.h"
 
 namespace stmdcm {
 
@@ -28,13 +29,6 @@ std::vector<Assignment> ParseAll(const std::vector<std::string>& texts) {
     }
     return assignments;
 }
-
-struct SetReport {
-    const ChangeResult& result;
-
-    std::string Text(const Palette& palette) const { return ChangeReport::Text(result, palette); }
-    Json Document() const { return JsonRenderer::Document("set", ChangeReport::Document(result)); }
-};
 
 /// Changes properties of a capture, in place, or of a settings file.
 class Set final : public Command {
@@ -80,8 +74,8 @@ class Set final : public Command {
         return m_files.Run(context, [&](const Context& own, const std::string& file) {
             const ChangeResult result = SetIn(file, change, assignments);
             own.Print(SetReport{result});
-            ChangeReport::Diagnose(result, own.console);
-            return ChangeReport::ResultOf(result);
+            Diagnose(result, own.console);
+            return ResultOf(result);
         });
     }
 

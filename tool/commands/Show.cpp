@@ -1,7 +1,4 @@
 #include <fmt/format.h>
-#include <fmt/ranges.h>
-
-#include <algorithm>
 
 #include "stmdcm/change/Assignment.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
@@ -10,67 +7,11 @@
 #include "tool/commands/OtherPlugin.h"
 #include "tool/many/ManyFiles.h"
 #include "tool/output/InputFile.h"
-#include "tool/render/TextRenderer.h"
+#include "tool/reports/ShowReport.h"
 
 namespace stmdcm {
 
 namespace {
-
-/// Tells what a file holds.
-struct ShowReport {
-    const Reading& loaded;
-    Selection selection;
-    std::vector<std::string> doubts;
-    bool isOneOfMany;
-    const std::vector<std::string>& wanted;  ///< properties; none: what is selected
-
-    /// In the order in which they are wanted.
-    std::vector<Property> Wanted() const {
-        std::vector<Property> properties;
-        for (const std::string& name : wanted) {
-            const auto& all = loaded.configuration.properties;
-            const auto found =
-                std::find_if(all.begin(), all.end(), [&](const Property& each) { return each.name == name; });
-            properties.insert(properties.end(), found, found == all.end() ? found : found + 1);
-        }
-        return properties;
-    }
-
-    /// Numbers as settings text has them, so "set" takes them. A file that says nothing has its line, too.
-    std::string Values() const {
-        std::vector<std::int32_t> values;
-        for (const Property& property : selection.properties ? Wanted() : std::vector<Property>()) {
-            values.push_back(property.value);
-        }
-        return fmt::format("{}\n", fmt::join(values, " "));
-    }
-
-    Json ConfigurationDocument() const {
-        if (wanted.empty()) {
-            return JsonRenderer::Render(loaded.configuration, selection);
-        }
-        Configuration some;
-        some.properties = Wanted();
-        return JsonRenderer::Render(some, selection);
-    }
-
-    std::string Text(const Palette& palette) const {
-        if (!wanted.empty()) {
-            return Values();
-        }
-        const TextRenderer renderer(palette);
-        const std::string text = renderer.Render(loaded.configuration, selection);
-        return isOneOfMany ? renderer.Heading(Shown(loaded.path)) + text + "\n" : text;
-    }
-
-    Json Document() const {
-        return JsonRenderer::Document("show", {{"file", loaded.path},
-                                               {"kind", KindName(*loaded.kind)},
-                                               {"loaded", loaded.isLoaded},
-                                               {"doubts", doubts},
-                                               {"configuration", ConfigurationDocument()}});
-    }
-};
 
 /// The configuration in a capture or a settings file.
 class Show final : public Command {

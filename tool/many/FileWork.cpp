@@ -1,12 +1,9 @@
 #include "tool/many/FileWork.h"
 
-#include <fmt/format.h>
-
 #include <cstring>
 #include <stdexcept>
 #include <type_traits>
 
-#include "stmdcm/reading/Findings.h"
 #include "tool/many/FileNames.h"
 #include "tool/output/AsFailure.h"
 #include "tool/output/StandardOutput.h"
@@ -86,24 +83,6 @@ void CodeAll(Coder& coder, Outcome& outcome) {
 }
 
 }  // namespace
-
-Count ChangeCount(bool hasChanges, bool isWritten) {
-    if (!hasChanges) {
-        return {"as asked already"};
-    }
-    return {isWritten ? "changed" : "would be changed"};
-}
-
-std::string InWords(const std::vector<Count>& counts) {
-    std::string words;
-    for (const Count& count : counts) {
-        if (count.number > 0) {
-            words += words.empty() ? "" : ", ";
-            words += count.isNoun ? Counted(count.number, count.what) : fmt::format("{} {}", count.number, count.what);
-        }
-    }
-    return words.empty() ? "nothing found" : words;
-}
 
 std::string FileOutcome::Encode() const {
     Encoder encoder;

@@ -8,8 +8,6 @@
 
 namespace stmdcm {
 
-inline constexpr char kStandardStream[] = "-";
-
 /// A file that is read, or standard input where it is called "-": that is copied to where it can be read at any place.
 class InputFile {
   public:

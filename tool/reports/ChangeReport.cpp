@@ -1,11 +1,13 @@
-#include "tool/commands/ChangeReport.h"
+#include "tool/reports/ChangeReport.h"
 
 #include <fmt/format.h>
 
 #include "stmdcm/reading/Words.h"
 #include "tool/render/Table.h"
 
-namespace stmdcm::ChangeReport {
+namespace stmdcm {
+
+namespace ChangeReport {
 
 namespace {
 
@@ -50,15 +52,15 @@ Json Document(const ChangeResult& result) {
             {"doubts", result.doubts}, {"warnings", result.warnings}};
 }
 
-void Diagnose(const ChangeResult& result, const Console& console) {
-    if (result.HasChanges()) {
-        console.Diagnose(result.path, result.doubts);
-        console.Diagnose(result.path, result.warnings);
-    }
+}  // namespace ChangeReport
+
+Json ApplyReport::Document() const {
+    Json capture = ChangeReport::Document(result);
+    capture["failure"] = JsonRenderer::OrNull(failure);
+    return JsonRenderer::Document("apply", {{"source", source},
+                                            {"source_doubts", sourceDoubts},
+                                            {"dry_run", isDryRun},
+                                            {"captures", Json::array({capture})}});
 }
 
-FileResult ResultOf(const ChangeResult& result) {
-    return {StatusOf(result), {ChangeCount(result.HasChanges(), result.isWritten)}};
-}
-
-}  // namespace stmdcm::ChangeReport
+}  // namespace stmdcm

@@ -1,4 +1,4 @@
-#include "tool/commands/NextCommand.h"
+#include "tool/reports/NextCommand.h"
 
 #include <fmt/format.h>
 
@@ -11,7 +11,6 @@
 #include "stmdcm/reading/Words.h"
 #include "stmdcm/recover/RecoveryPlanner.h"
 #include "stmdcm/recover/Swallowed.h"
-#include "tool/output/InputFile.h"
 
 namespace stmdcm {
 

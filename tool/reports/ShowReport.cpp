@@ -1,0 +1,57 @@
+#include "tool/reports/ShowReport.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <algorithm>
+
+#include "stmdcm/reading/Words.h"
+#include "tool/render/TextRenderer.h"
+
+namespace stmdcm {
+
+std::vector<Property> ShowReport::Wanted() const {
+    std::vector<Property> properties;
+    for (const std::string& name : wanted) {
+        const auto& all = loaded.configuration.properties;
+        const auto found =
+            std::find_if(all.begin(), all.end(), [&](const Property& each) { return each.name == name; });
+        properties.insert(properties.end(), found, found == all.end() ? found : found + 1);
+    }
+    return properties;
+}
+
+std::string ShowReport::Values() const {
+    std::vector<std::int32_t> values;
+    for (const Property& property : selection.properties ? Wanted() : std::vector<Property>()) {
+        values.push_back(property.value);
+    }
+    return fmt::format("{}\n", fmt::join(values, " "));
+}
+
+Json ShowReport::ConfigurationDocument() const {
+    if (wanted.empty()) {
+        return JsonRenderer::Render(loaded.configuration, selection);
+    }
+    Configuration some;
+    some.properties = Wanted();
+    return JsonRenderer::Render(some, selection);
+}
+
+std::string ShowReport::Text(const Palette& palette) const {
+    if (!wanted.empty()) {
+        return Values();
+    }
+    const TextRenderer renderer(palette);
+    const std::string text = renderer.Render(loaded.configuration, selection);
+    return isOneOfMany ? renderer.Heading(Shown(loaded.path)) + text + "\n" : text;
+}
+
+Json ShowReport::Document() const {
+    return JsonRenderer::Document("show", {{"file", loaded.path},
+                                           {"kind", KindName(*loaded.kind)},
+                                           {"loaded", loaded.isLoaded},
+                                           {"doubts", doubts},
+                                           {"configuration", ConfigurationDocument()}});
+}
+
+}  // namespace stmdcm
