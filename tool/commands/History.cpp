@@ -5,6 +5,7 @@
 
 #include "stmdcm/Failure.h"
 #include "stmdcm/change/Prune.h"
+#include "stmdcm/reading/Reading.h"
 #include "tool/cli/ProgramText.h"
 #include "tool/cli/ValueCheck.h"
 #include "tool/commands/CommandTable.h"

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <algorithm>
 
+#include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
 
 namespace stmdcm {
