@@ -7,7 +7,7 @@ The functions are the commands of the program `stmdcm`, with their names, defaul
 1000000000
 """
 
-from ._commands import check, diff
+from ._commands import apply, check, diff, history, recover, restore, set
 from ._errors import Error, RequestError
 from ._reading import (
     Counter,
@@ -39,10 +39,15 @@ __all__ = [
     "ScUseCase",
     "Section",
     "UseCases",
+    "apply",
     "check",
     "diff",
+    "history",
     "read",
+    "recover",
+    "restore",
     "rows",
+    "set",
 ]
 
 for _name in __all__:
