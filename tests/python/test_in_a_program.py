@@ -2,7 +2,6 @@
 
 import doctest
 import fcntl
-import inspect
 import itertools
 import os
 import pickle
@@ -26,13 +25,16 @@ DOCTEST = doctest.ELLIPSIS | doctest.NORMALIZE_WHITESPACE
 
 
 def examples():
-    finder = doctest.DocTestFinder()
-    for name in sorted(stmdcm.__all__):
-        item = getattr(stmdcm, name)
-        found = [each for each in finder.find(item, f"stmdcm.{name}", globs={"stmdcm": stmdcm}) if each.examples]
-        assert found or not inspect.isfunction(item), f"{name} has no example"
-        yield from found
-    yield doctest.DocTestParser().get_doctest(PAGE, {}, "docs/python.md", None, 0)
+    """Of every function, exception and attribute, and the page's."""
+    texts = {name: getattr(stmdcm, name).__doc__ for name in sorted(stmdcm.__all__)}
+    texts.update((f"Reading.{name}", item.__doc__) for name, item in vars(stmdcm.Reading).items() if name[0] != "_")
+    for name, text in {**texts, "docs/python.md": PAGE}.items():
+        globals_ = {} if text is PAGE else {"stmdcm": stmdcm}
+        example = doctest.DocTestParser().get_doctest(text, globals_, name, None, 0)
+        if example.examples:
+            yield example
+        else:
+            assert issubclass(getattr(stmdcm, name), tuple), f"{name} has no example"
 
 
 @pytest.mark.parametrize("example", examples(), ids=lambda example: example.name)
