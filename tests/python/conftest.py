@@ -8,6 +8,8 @@ import pytest
 
 SOURCE = Path(os.environ["STMDCM_SOURCE"])
 BUILD = Path(os.environ["STMDCM_BUILD"])
+# The sanitizers' run time is for what imports the module; programs with one of their own don't take it.
+PRELOAD = os.environ.pop("LD_PRELOAD", "")
 TOOL = BUILD / "bin" / "stmdcm"
 
 

@@ -15,7 +15,7 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import pytest
-from conftest import BUILD, SOURCE
+from conftest import BUILD, PRELOAD, SOURCE
 
 import stmdcm
 
@@ -48,7 +48,7 @@ def test_page(tmp_path):
     (tmp_path / "build").mkdir()
     (tmp_path / "build" / "release").symlink_to(BUILD)
     shell = "cmake() { :; }\n" + re.search(r"```sh\n(.*?)```", PAGE, re.DOTALL)[1]  # this build is there already
-    environment = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
+    environment = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"} | {"LD_PRELOAD": PRELOAD}
     done = subprocess.run(["bash", "-euc", shell], cwd=tmp_path, env=environment, capture_output=True, text=True)
     assert done.returncode == 0 and done.stdout.startswith("loads"), done.stderr
 
@@ -56,7 +56,10 @@ def test_page(tmp_path):
 def test_types(tmp_path):
     pytest.importorskip("mypy")
     def run(*words):
-        return subprocess.run([sys.executable, "-m", *words], cwd=tmp_path, capture_output=True, text=True, check=False)
+        environment = os.environ | {"LD_PRELOAD": PRELOAD}
+        return subprocess.run(
+            [sys.executable, "-m", *words], cwd=tmp_path, env=environment, capture_output=True, text=True, check=False
+        )
 
     for words in (["mypy", "--strict", "-p", "stmdcm"], ["mypy.stubtest", "stmdcm._stmdcm"]):
         done = run(*words)
