@@ -15,17 +15,20 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kFirstPause{1};
 constexpr std::chrono::milliseconds kLongestPause{20};
 
-bool Lock(int descriptor, int operation) {
+bool Lock(int descriptor, int operation, const std::function<void()>& onInterrupt = nullptr) {
     int result = 0;
-    do {
-        result = ::flock(descriptor, operation);
-    } while (result == -1 && errno == EINTR);
+    while ((result = ::flock(descriptor, operation)) == -1 && errno == EINTR) {
+        if (onInterrupt) {
+            onInterrupt();
+        }
+    }
     return result == 0;
 }
 
 }  // namespace
 
-FileLock::FileLock(const PosixFile& file) : m_descriptor(file.Descriptor()) { m_isHeld = Lock(m_descriptor, LOCK_EX); }
+FileLock::FileLock(const PosixFile& file, const std::function<void()>& onInterrupt)
+    : m_descriptor(file.Descriptor()), m_isHeld(Lock(m_descriptor, LOCK_EX, onInterrupt)) {}
 
 FileLock::FileLock(const PosixFile& file, LockPatience& patience) : m_descriptor(file.Descriptor()) {
     const Clock::time_point end = Clock::now() + patience.left;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 
 #include "source_utilities/PosixFile.h"
 
@@ -15,8 +16,9 @@ struct LockPatience {
 /// Holds the file's exclusive flock(2), where it can be had.
 class FileLock {
   public:
-    /// Borrows `file`, which must stay open as long as this lives. Waits for as long as it takes.
-    explicit FileLock(const PosixFile& file);
+    /// Borrows `file`, which must stay open as long as this lives. Waits for as long as it takes, and calls
+    /// `onInterrupt`, which may throw, where a signal's handler has run meanwhile on this thread.
+    explicit FileLock(const PosixFile& file, const std::function<void()>& onInterrupt = nullptr);
     /// Waits for what is left of `patience`, less what it waited. A lock that is free is had whatever is left.
     FileLock(const PosixFile& file, LockPatience& patience);
     ~FileLock();

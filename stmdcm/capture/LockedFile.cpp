@@ -20,9 +20,16 @@ std::function<void(const std::string&)>& Teller() {
     return tell;
 }
 
+std::function<void()>& Hearer() {
+    static std::function<void()> hear;
+    return hear;
+}
+
 }  // namespace
 
 void LockedFile::OnLongWait(std::function<void(const std::string&)> tell) { Teller() = std::move(tell); }
+
+void LockedFile::OnInterrupt(std::function<void()> hear) { Hearer() = std::move(hear); }
 
 LockedFile::LockedFile(std::string path) : m_path(std::move(path)) {
     do {
@@ -44,7 +51,7 @@ void LockedFile::Open() {
         if (Teller()) {
             Teller()(m_path);
         }
-        m_lock.emplace(m_file);
+        m_lock.emplace(m_file, Hearer());
     }
 }
 

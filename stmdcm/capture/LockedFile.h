@@ -19,6 +19,9 @@ class LockedFile {
 
     /// What says so, in all of the program: it is given the path. None at first.
     static void OnLongWait(std::function<void(const std::string&)> tell);
+    /// What hears, in all of the program, that a signal's handler has run on a thread that waits; to give up it throws.
+    /// None at first.
+    static void OnInterrupt(std::function<void()> hear);
 
     const std::string& Path() const { return m_path; }
     const ZU_WEP::PosixFile& File() const { return m_file; }

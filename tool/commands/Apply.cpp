@@ -1,10 +1,7 @@
-#include <fmt/format.h>
-
-#include <filesystem>
 #include <optional>
 
 #include "stmdcm/Failure.h"
-#include "stmdcm/change/AppliedParts.h"
+#include "stmdcm/change/AppliedSource.h"
 #include "tool/commands/ChangeOutcome.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/many/ManyFiles.h"
@@ -19,11 +16,6 @@ struct Outcome {
     ChangeResult result;
     std::optional<std::string> failure = {};
 };
-
-bool IsSameFile(const std::string& a, const std::string& b) {
-    std::error_code ignored;
-    return std::filesystem::equivalent(a, b, ignored);
-}
 
 /// The configuration of one file into many captures.
 class Apply final : public Command {
@@ -54,32 +46,15 @@ class Apply final : public Command {
     void Check() override { m_captures.RequireAny("CAPTURE"); }
 
     ExitStatus Run(const Context& context) override {
-        const Reading source = Read(m_source);
-        source.RequireSettings();
-        RequireWhole(source, m_force);
-        const std::vector<std::string> doubts = source.Doubts();
-        const ConfigurationChange change = WantedOf(source).ChangeTo(source);
-        context.console.Diagnose(m_source, doubts);
+        const AppliedSource source(m_source, {m_only, m_except, m_replace, m_force});
+        context.console.Diagnose(m_source, source.Doubts());
         const ExitStatus status = m_captures.Run(context, [&](const Context& own, const std::string& capture) {
-            return Tell(own, ApplyTo(change, capture), doubts);
+            return Tell(own, ApplyTo(source, capture), source.Doubts());
         });
-        return status == ExitStatus::Done ? StatusOf(doubts) : status;
+        return status == ExitStatus::Done ? StatusOf(source.Doubts()) : status;
     }
 
   private:
-    AppliedParts WantedOf(const Reading& source) const {
-        AppliedParts parts = AppliedParts::NamedBy(source);
-        if (m_replace) {
-            parts.usecases = true;
-            parts.objects = false;
-        }
-        parts.Narrow(PartNames(m_only), PartNames(m_except));
-        if (parts.IsEmpty()) {
-            throw Failure(m_source, "there is nothing in it of what is asked for, so nothing to apply");
-        }
-        return parts;
-    }
-
     FileResult Tell(const Context& context, const Outcome& outcome, const std::vector<std::string>& doubts) const {
         const ChangeResult& result = outcome.result;
         context.Print(ApplyReport{m_source, doubts, m_dryRun, result, outcome.failure});
@@ -91,12 +66,8 @@ class Apply final : public Command {
         return ResultOf(result);
     }
 
-    Outcome ApplyTo(const ConfigurationChange& change, const std::string& capture) const try {
-        if (IsSameFile(m_source, capture)) {
-            throw Failure(capture, "this is the file that the settings come from");
-        }
-        constexpr auto kMissing = ConfigurationChange::Missing::IsMade;
-        return {change.InCapture(capture, kMissing, m_dryRun ? ChangeMode::DryRun : ChangeMode::Write)};
+    Outcome ApplyTo(const AppliedSource& source, const std::string& capture) const try {
+        return {source.ApplyTo(capture, m_dryRun ? ChangeMode::DryRun : ChangeMode::Write)};
     } catch (const Failure& failure) {
         return {{capture}, failure.what()};
     }

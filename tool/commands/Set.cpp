@@ -1,11 +1,5 @@
-#include <fmt/format.h>
-
-#include <algorithm>
-
-#include "stmdcm/Failure.h"
 #include "stmdcm/change/Assignment.h"
-#include "stmdcm/change/ConfigurationChange.h"
-#include "stmdcm/change/SettingsChange.h"
+#include "stmdcm/change/PropertyChange.h"
 #include "tool/commands/ChangeOutcome.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/many/ManyFiles.h"
@@ -16,19 +10,6 @@ namespace stmdcm {
 namespace {
 
 constexpr int kMostAssignments = 10'000;
-
-std::vector<Assignment> ParseAll(const std::vector<std::string>& texts) {
-    std::vector<Assignment> assignments;
-    for (const std::string& text : texts) {
-        Assignment assignment = Assignment::Parse(text);
-        if (std::any_of(assignments.begin(), assignments.end(),
-                        [&](const Assignment& other) { return other.name == assignment.name; })) {
-            throw Failure(fmt::format("{} is given twice", assignment.name), Failure::Kind::Request);
-        }
-        assignments.push_back(std::move(assignment));
-    }
-    return assignments;
-}
 
 /// Changes properties of a capture, in place, or of a settings file.
 class Set final : public Command {
@@ -65,14 +46,10 @@ class Set final : public Command {
     }
 
     ExitStatus Run(const Context& context) override {
-        const std::vector<Assignment> assignments = ParseAll(m_assignments);
-        const ConfigurationChange change([&](Settings& settings) {
-            for (const Assignment& assignment : assignments) {
-                assignment.ApplyTo(settings.properties);
-            }
-        });
+        const PropertyChange change(m_assignments);
+        const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
         return m_files.Run(context, [&](const Context& own, const std::string& file) {
-            const ChangeResult result = SetIn(file, change, assignments);
+            const ChangeResult result = change.In(file, m_force, mode);
             own.Print(SetReport{result});
             Diagnose(result, own.console);
             return ResultOf(result);
@@ -80,14 +57,6 @@ class Set final : public Command {
     }
 
   private:
-    ChangeResult SetIn(const std::string& file, const ConfigurationChange& change,
-                       const std::vector<Assignment>& assignments) const {
-        const ChangeMode mode = m_dryRun ? ChangeMode::DryRun : ChangeMode::Write;
-        return KindOf(file) == ConfigurationKind::Capture
-                   ? change.InCapture(file, ConfigurationChange::Missing::IsFailure, mode)
-                   : SetInSettings(file, assignments, m_force, mode);
-    }
-
     ManyFiles m_files{ManyFiles::Purpose::Change};
     std::vector<std::string> m_assignments;
     bool m_force = false;

@@ -54,11 +54,7 @@ class Show final : public Command {
     FileResult ShowOne(const Context& context, const std::string& file, OtherPlugin& plugin) const {
         const Reading loaded = ReadOrEndLine(context, file);
         const std::vector<std::string> differences = plugin.Differences(context, loaded);
-        ShowReport report{loaded, SelectionFor(loaded), loaded.Doubts(), context.isOneOfMany, m_wanted};
-        if (report.selection.objectFiles) {
-            const std::vector<std::string> images = NotLookedAt(loaded.configuration.objectFiles);
-            report.doubts.insert(report.doubts.end(), images.begin(), images.end());
-        }
+        const ShowReport report = ShowReport::Of(loaded, Asked(), m_wanted, context.isOneOfMany);
         context.Print(report);
         context.console.Diagnose(file, report.doubts);
         context.console.Diagnose(differences);
@@ -78,17 +74,13 @@ class Show final : public Command {
         }
     }
 
-    Selection SelectionFor(const Reading& loaded) const {
-        const bool isEverything = !m_properties && !m_changedOnly && !m_usecases && !m_objectFiles;
-        Selection selection;
+    Selection Asked() const {
         if (!m_wanted.empty()) {
-            return {loaded.hasSettings, false, false, false};
+            return {true, false, false, false};
         }
-        selection.properties = (isEverything || m_properties || m_changedOnly) && loaded.hasSettings;
-        selection.usecases = (isEverything || m_usecases) && loaded.hasSettings;
-        selection.objectFiles = (isEverything || m_objectFiles) && loaded.hasObjectFiles;
-        selection.changedOnly = m_changedOnly;
-        return selection;
+        const bool isEverything = !m_properties && !m_changedOnly && !m_usecases && !m_objectFiles;
+        return {isEverything || m_properties || m_changedOnly, isEverything || m_usecases,
+                isEverything || m_objectFiles, m_changedOnly};
     }
 
     ManyFiles m_files{ManyFiles::Purpose::Read};

@@ -4,10 +4,24 @@
 #include <fmt/ranges.h>
 #include <algorithm>
 
+#include "stmdcm/reading/ObjectFileCheck.h"
 #include "stmdcm/reading/Words.h"
 #include "tool/render/TextRenderer.h"
 
 namespace stmdcm {
+
+ShowReport ShowReport::Of(const Reading& loaded, Selection asked, const std::vector<std::string>& wanted,
+                          bool isOneOfMany) {
+    asked.properties = asked.properties && loaded.hasSettings;
+    asked.usecases = asked.usecases && loaded.hasSettings;
+    asked.objectFiles = asked.objectFiles && loaded.hasObjectFiles;
+    ShowReport report{loaded, asked, loaded.Doubts(), isOneOfMany, wanted};
+    if (asked.objectFiles) {
+        const std::vector<std::string> images = NotLookedAt(loaded.configuration.objectFiles);
+        report.doubts.insert(report.doubts.end(), images.begin(), images.end());
+    }
+    return report;
+}
 
 std::vector<Property> ShowReport::Wanted() const {
     std::vector<Property> properties;

@@ -18,6 +18,10 @@ struct ShowReport {
     bool isOneOfMany;
     const std::vector<std::string>& wanted;  ///< properties; none: what is selected
 
+    /// What is asked for, as far as the file holds it, and the doubts about that. Borrows the reading and `wanted`.
+    static ShowReport Of(const Reading& loaded, Selection asked, const std::vector<std::string>& wanted,
+                         bool isOneOfMany = false);
+
     std::string Text(const Palette& palette) const;
     JsonLine Document() const;
 
