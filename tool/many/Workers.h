@@ -20,7 +20,7 @@ class StopRequest;
 /// too early there comes another, which does the rest of its files.
 class Workers {
   public:
-    /// So many names may wait in front of each: these fit into its channel (FileNames::kLongest), so nobody waits for
+    /// So many names may wait in front of each: these fit into its channel (kLongestName), so nobody waits for
     /// a name to be taken while results wait to be taken, too.
     static constexpr std::size_t kMostWaiting = 16;
 
