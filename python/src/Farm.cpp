@@ -1,0 +1,82 @@
+#include <pybind11/stl.h>
+
+#include <string>
+#include <utility>
+
+#include "python/src/Module.h"
+#include "python/src/Unlocked.h"
+#include "stmdcm/pins/ImageExaminer.h"
+#include "stmdcm/reading/ObjectFileCheck.h"
+#include "stmdcm/reading/PossibleName.h"
+#include "tool/reports/CheckReport.h"
+#include "tool/reports/FailureReport.h"
+
+namespace stmdcm {
+
+namespace {
+
+namespace py = pybind11;
+
+/// What `stmdcm check` ends with for the capture alone.
+enum RowStatus { Done = 0, Problems = 1, Unread = 4 };
+
+/// A line of the results (docs/farm.md).
+struct Row {
+    std::string line;
+    RowStatus status;
+};
+
+/// What `show` tells first: what differs from the defaults, and how many there are of the rest.
+Json SummaryOf(const Reading& reading) {
+    const Configuration& held = reading.configuration;
+    Json summary = {{"properties", nullptr}, {"use_cases", nullptr}, {"object_files", nullptr}};
+    if (reading.hasSettings) {
+        summary["properties"] = JsonRenderer::Render(held, {true, false, false, true}).at("properties");
+        summary["use_cases"] = {{"sc", held.sc.size()}, {"cpt", held.cpt.size()}, {"pmi_cmi", held.pmi.size()}};
+    }
+    if (reading.hasObjectFiles) {
+        summary["object_files"] = held.objectFiles.size();
+    }
+    return summary;
+}
+
+Row RowOf(Json document, Json summary, RowStatus status) {
+    document["summary"] = std::move(summary);
+    return {JsonRenderer::Line(document), status};
+}
+
+Row RowOf(const Failure& failure) { return RowOf(FailureReport::Document("check", failure), nullptr, Unread); }
+
+Row ReadRow(const std::string& path) {
+    static ImageExaminer examiner;  // many captures have the same images
+    try {
+        RequirePossibleName(path);
+        const Reading reading = CheckFile(path, std::nullopt, &examiner);
+        const std::vector<std::string> nothing;
+        const CheckReport report{reading, Severity::Note, nothing};
+        const bool isUnread = !reading.kind && reading.findings.Count(Kind("F-UNREADABLE")) > 0;
+        return RowOf(report.Document(), SummaryOf(reading), isUnread ? Unread : report.HasProblem() ? Problems : Done);
+    } catch (const Failure& failure) {
+        return RowOf(failure);
+    }
+}
+
+py::tuple Given(const Row& row) { return py::make_tuple(py::bytes(row.line), static_cast<int>(row.status)); }
+
+py::tuple FailureRow(const std::string& path, const std::string& cause) {
+    try {
+        RequirePossibleName(path);
+        return Given(RowOf(Failure(path, cause)));
+    } catch (const Failure& failure) {
+        return Given(RowOf(failure));
+    }
+}
+
+}  // namespace
+
+void DeclareFarm(py::module_& module) {
+    module.def("row", [](const std::string& path) { return Given(Unlocked(path, [&] { return ReadRow(path); })); });
+    module.def("failure_row", &FailureRow);
+}
+
+}  // namespace stmdcm

@@ -1,0 +1,23 @@
+"""A capture's row, as the library makes it."""
+
+from __future__ import annotations
+
+import json
+
+from stmdcm import _stmdcm
+from stmdcm.farm.rows import Row, name_of
+
+
+def row(name: bytes) -> Row:
+    """The document of `stmdcm check --json`, with a summary of `show`, by one reading."""
+    return Row(*_stmdcm.row(name))
+
+
+def failure(name: bytes, cause: str) -> Row:
+    """Of a capture that could not be read, and not for anything in its file."""
+    return Row(*_stmdcm.failure_row(name, cause))
+
+
+def told(name: bytes) -> bytes:
+    """What a row calls it: one that no file can have, and that is too long, by its beginning."""
+    return name_of(json.loads(failure(name, "").line))

@@ -1,0 +1,35 @@
+"""A row of the results: the document of one capture, and what is asked of it (docs/farm.md)."""
+
+from __future__ import annotations
+
+from typing import Any, Dict, NamedTuple
+
+Document = Dict[str, Any]
+
+START = b'{"schema":1,"command":"check",'  # of every row
+DONE, PROBLEMS, UNREAD = 0, 1, 4  # as `stmdcm check` ends of this capture alone
+
+
+class Row(NamedTuple):
+    line: bytes  # with its line feed
+    status: int
+
+
+def status_of(document: Document) -> int:
+    if "failure" in document:
+        return UNREAD
+    (file,) = document["files"]
+    if any(finding["id"] == "F-UNREADABLE" for finding in file["findings"]):
+        return UNREAD
+    return PROBLEMS if document["problems"] else DONE
+
+
+def name_of(document: Document) -> bytes:
+    """The capture's name in its true bytes; of one that no file can have what is told of it."""
+    pointer, text = (
+        ("/failure/file", document["failure"]["file"])
+        if "failure" in document
+        else ("/files/0/path", document["files"][0]["path"])
+    )
+    true_bytes = document.get("bytes", {}).get(pointer)
+    return bytes.fromhex(true_bytes) if true_bytes is not None else str(text).encode()
