@@ -10,6 +10,7 @@
 #include "stmdcm/reading/PossibleName.h"
 #include "tool/reports/CheckReport.h"
 #include "tool/reports/FailureReport.h"
+#include "trace/format/StmPropertyTable.h"
 
 namespace stmdcm {
 
@@ -72,11 +73,21 @@ py::tuple FailureRow(const std::string& path, const std::string& cause) {
     }
 }
 
+py::dict Defaults() {
+    const Zu::Wep::Trace::StmProperties fresh;
+    py::dict values;
+    for (const auto& row : Zu::Wep::Trace::kStmProperties) {
+        values[row.name] = row.flag != nullptr ? static_cast<std::int32_t>(fresh.*row.flag) : fresh.*row.integer;
+    }
+    return values;
+}
+
 }  // namespace
 
 void DeclareFarm(py::module_& module) {
     module.def("row", [](const std::string& path) { return Given(Unlocked(path, [&] { return ReadRow(path); })); });
     module.def("failure_row", &FailureRow);
+    module.def("defaults", &Defaults);
 }
 
 }  // namespace stmdcm

@@ -5,16 +5,19 @@ from __future__ import annotations
 import argparse
 import os
 import signal
-import sys
-from typing import List, Optional, Sequence
+from typing import Optional, Sequence
 
 from stmdcm.farm.batch import READER
-from stmdcm.farm.errors import FarmError, Stopped
+from stmdcm.farm.errors import FarmError, Stopped, shown
 from stmdcm.farm.gather import Plan, Round, gather
 from stmdcm.farm.names import Sources
-from stmdcm.farm.results import Results
+from stmdcm.farm.output import whole_file
+from stmdcm.farm.results import Results, documents, is_results
+from stmdcm.farm.rows import DONE, Statuses
+from stmdcm.farm.table import write_table
 
 FAILED = 1
+WORKING = ".results.jsonl"  # behind OUT: what a table is made of, while it is gathered
 
 EPILOG = """\
 Stopped or crashed in the midst, the same command goes on behind what it has. Ends with status 4 when a capture or a
@@ -40,13 +43,15 @@ def _parser() -> argparse.ArgumentParser:
         epilog=EPILOG,
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
-    parser.add_argument("what", choices=["check"], help="results as JSON lines")
+    parser.add_argument("what", choices=["check", "table"], help="check: results as JSON lines; table: CSV, a row a capture")
     parser.add_argument("sources", nargs="+", metavar="FOLDER-OR-LIST",
-                        help="a folder, whose captures are found at any depth; or a file with a name a line, - for standard input")
+                        help="a folder, whose captures are found at any depth; a file with a name a line, - for standard "
+                        "input; of table also the results of check, for which no capture is read")
     parser.add_argument("-o", "--output", required=True, metavar="OUT", help="the file of the results")
     parser.add_argument("--name", action="append", metavar="PATTERN",
                         help="take the files of a folder that are called so (default: *.tdf, in any case)")
     parser.add_argument("-0", "--null", action="store_true", help="the names of a list end with a zero byte each")
+    parser.add_argument("--force", action="store_true", help="overwrite OUT, where it is no unfinished one of this command")
     who = parser.add_mutually_exclusive_group()
     who.add_argument("--scheduler", metavar="ADDRESS", help="the scheduler of a cluster, such as tcp://lab1:8786")
     who.add_argument("-j", "--jobs", type=_number, default=os.cpu_count() or 1, metavar="N",
@@ -65,11 +70,33 @@ def main(arguments: Sequence[str], reader: str = READER) -> int:
         signal.signal(number, _stop)
     a_round = Round()
     try:
-        sources = Sources(options.sources, options.name or ["*.tdf"], options.null, a_round.tell_of_list)
-        sources.require_readable()
-        return gather(sources, Results(options.output), Plan(options.jobs, options.scheduler, reader), a_round)
+        if options.what == "check":
+            return _gather(options, options.output, a_round, reader)
+        return _from_results(options, a_round, reader)
     except FarmError as error:
         a_round.tell(str(error))
         return FAILED
     except Stopped as stopped:
         return 128 + stopped.number
+
+
+def _gather(options: argparse.Namespace, path: str, a_round: Round, reader: str) -> int:
+    sources = Sources(options.sources, options.name or ["*.tdf"], options.null, a_round.tell_of_list)
+    sources.require_readable()
+    return gather(sources, Results(path), Plan(options.jobs, options.scheduler, reader), a_round)
+
+
+def _from_results(options: argparse.Namespace, a_round: Round, reader: str) -> int:
+    """From results that are there, or that are gathered first, into a file beside OUT until that is there."""
+    output: str = options.output
+    own = output + WORKING
+    given: Optional[str] = options.sources[0] if len(options.sources) == 1 and is_results(options.sources[0]) else None
+    if os.path.lexists(output) and not options.force and not (given is None and os.path.exists(own)):
+        raise FarmError(f"{shown(output)}: there is such a file already; --force overwrites it")
+    status = DONE if given else _gather(options, own, a_round, reader)
+    statuses = Statuses()
+    with whole_file(output) as file:
+        write_table(statuses.heard(documents(given or own)), file)
+    if given is None:
+        os.unlink(own)
+    return max(status, statuses.worst)

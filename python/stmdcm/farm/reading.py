@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+from typing import Dict
 
 from stmdcm import _stmdcm
 from stmdcm.farm.rows import Row, name_of
@@ -21,3 +22,8 @@ def failure(name: bytes, cause: str) -> Row:
 def told(name: bytes) -> bytes:
     """What a row calls it: one that no file can have, and that is too long, by its beginning."""
     return name_of(json.loads(failure(name, "").line))
+
+
+def defaults() -> Dict[str, int]:
+    """What a fresh manager has for each property, in their order; of flags 1 or 0."""
+    return _stmdcm.defaults()

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, Dict, NamedTuple
+from typing import Any, Dict, Iterable, Iterator, NamedTuple
 
 Document = Dict[str, Any]
 
@@ -33,3 +33,15 @@ def name_of(document: Document) -> bytes:
     )
     true_bytes = document.get("bytes", {}).get(pointer)
     return bytes.fromhex(true_bytes) if true_bytes is not None else str(text).encode()
+
+
+class Statuses:
+    """Hears of documents on their way what all of them end with."""
+
+    def __init__(self) -> None:
+        self.worst = DONE
+
+    def heard(self, documents: Iterable[Document]) -> Iterator[Document]:
+        for document in documents:
+            self.worst = max(self.worst, status_of(document))
+            yield document
