@@ -88,6 +88,7 @@ void DeclareFarm(py::module_& module) {
     module.def("row", [](const std::string& path) { return Given(Unlocked(path, [&] { return ReadRow(path); })); });
     module.def("failure_row", &FailureRow);
     module.def("defaults", &Defaults);
+    module.def("version", [] { return STMDCM_VERSION; });
 }
 
 }  // namespace stmdcm

@@ -3,12 +3,13 @@
 from __future__ import annotations
 
 import importlib
+import socket
 import subprocess
 import sys
 import time
 from typing import Callable, Dict, List, NamedTuple, Sequence
 
-from stmdcm.farm.reading import failure
+from stmdcm.farm.reading import failure, version
 from stmdcm.farm.rows import Row
 
 Reader = Callable[[bytes], Row]
@@ -37,15 +38,23 @@ def _result(rows: Sequence[Row], seconds: float) -> BatchResult:
     return BatchResult(b"".join(row.line for row in rows), statuses, seconds)
 
 
-def read_batch(names: Sequence[bytes], reference: str) -> BatchResult:
+def require_version(wanted: str) -> None:
+    """Rows of one file come from one version, or they could not be compared."""
+    if version() != wanted:
+        raise RuntimeError(f"{socket.gethostname()} has stmdcm {version()}, and the command is of {wanted}")
+
+
+def read_batch(names: Sequence[bytes], reference: str, wanted: str) -> BatchResult:
+    require_version(wanted)
     reader = load_reader(reference)
     begin = time.perf_counter()
     rows = [reader(name) for name in names]
     return _result(rows, time.perf_counter() - begin)
 
 
-def read_apart(names: Sequence[bytes], reference: str) -> BatchResult:
+def read_apart(names: Sequence[bytes], reference: str, wanted: str) -> BatchResult:
     """The same in a process of its own, and another one behind each capture that ended it, which has a row that says so."""
+    require_version(wanted)
     begin = time.perf_counter()
     rows: List[Row] = []
     while len(rows) < len(names):

@@ -15,6 +15,7 @@ from typing import Any, Callable, Deque, Dict, Iterator, List, NamedTuple, Optio
 from stmdcm.farm.batch import BatchResult, dead_row, read_apart, read_batch
 from stmdcm.farm.errors import FarmError
 from stmdcm.farm.local import local_workers
+from stmdcm.farm.reading import version
 
 BATCHES_A_THREAD = 3  # one that is worked on, one that waits there, one on its way
 LONGEST_BATCH = 256
@@ -129,7 +130,7 @@ class Engine:
 
     def _submit(self, task: Task) -> None:
         work = read_apart if task.is_apart else read_batch
-        future = self._client.submit(work, task.names, self._reader, pure=False)
+        future = self._client.submit(work, task.names, self._reader, version(), pure=False)
         self._flying[future] = task
         future.add_done_callback(self._landed.put)
 
@@ -146,7 +147,7 @@ class Engine:
                 return dead_row(task.names[0])
             self._waiting.extend(task.after_a_death())
             return None
-        except concurrent.futures.CancelledError as error:
+        except (concurrent.futures.CancelledError, OSError) as error:
             raise FarmError(GONE) from error
         except Exception as error:
             raise FarmError(f"the workers can't do it: {type(error).__name__}: {error}") from error

@@ -27,3 +27,8 @@ def told(name: bytes) -> bytes:
 def defaults() -> Dict[str, int]:
     """What a fresh manager has for each property, in their order; of flags 1 or 0."""
     return _stmdcm.defaults()
+
+
+def version() -> str:
+    """Of the library."""
+    return _stmdcm.version()
