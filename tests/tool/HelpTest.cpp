@@ -164,7 +164,7 @@ TEST_F(HelpTest, OutputThatIsLostIsAFailure) {
     for (const std::string& arguments :
          {std::string("--help"), std::string("--version"), std::string("show --help"), std::string("help-man"),
           std::string("completion zsh"), std::string("complete -- s"), "show " + full, "sections --json " + full,
-          "diff --json " + full + " " + full, "extract " + full + " TRACE0"}) {
+          "diff --json " + full + " " + full, "report -o - " + full, "extract " + full + " TRACE0"}) {
         SCOPED_TRACE(arguments);
         const Result result = run(arguments + " >/dev/full");
         EXPECT_EQ(result.status, 1);

@@ -9,14 +9,15 @@ namespace stmdcm {
 
 using CommandFactory = std::unique_ptr<Command>();
 CommandFactory MakeApply, MakeBundle, MakeCheck, MakeComplete, MakeCompletion, MakeConvert, MakeDemo, MakeDiff,
-    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeNewHost, MakeObjects, MakeRecover, MakeRestore,
-    MakeSections, MakeSet, MakeShow, MakeUnbundle, MakeUndo, MakeValidate;
+    MakeExplain, MakeExtract, MakeHelpMan, MakeHistory, MakeLive, MakeNewHost, MakeObjects, MakeRecover, MakeReport,
+    MakeRestore, MakeSections, MakeSet, MakeShow, MakeUnbundle, MakeUndo, MakeValidate;
 
 /// Every command, in the order in which the help shows them.
 inline constexpr CommandEntry kCommands[] = {
     {"show", "Show the configuration in a capture or a settings file", MakeShow},
     {"check", "Tell what the lenient readers pass over in silence", MakeCheck},
     {"explain", "Tell why a property, use case or program image is what it is", MakeExplain},
+    {"report", "Write one page about captures, to be opened in a browser", MakeReport},
     {"sections", "List the sections of a capture and how readers find them", MakeSections},
     {"extract", "Write the payload of one section of a capture", MakeExtract},
     {"recover", "Make a new capture of what can be found in a torn or broken one", MakeRecover},

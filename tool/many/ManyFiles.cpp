@@ -28,9 +28,10 @@ constexpr char kOldOrNew[] = " is as it was or as it is to be";
 /// One run over many files: takes what became of each, in their order.
 class ManyFiles::Round {
   public:
-    Round(const Context& context, Purpose purpose, const StopRequest* stop, std::optional<std::uint64_t> total,
-          bool isProgressAskedFor)
+    Round(const Context& context, const TakeOutcome& take, Purpose purpose, const StopRequest* stop,
+          std::optional<std::uint64_t> total, bool isProgressAskedFor)
         : m_context(context),
+          m_take(take),
           m_purpose(purpose),
           m_stop(stop),
           m_total(total),
@@ -43,11 +44,15 @@ class ManyFiles::Round {
     bool IsToStop() const { return m_stop != nullptr && m_stop->IsMade(); }
 
     /// Where more are here already what is printed may wait for them.
-    void Take(const FileOutcome& outcome, bool areMoreHere) {
+    void Take(const std::string& file, const FileOutcome& outcome, bool areMoreHere) {
         if (!outcome.told.error.empty() || (m_isOutTerminal && !outcome.told.out.empty())) {
             m_progress.Clear();
         }
-        m_out += outcome.told.out;
+        if (m_take) {
+            m_take(file, outcome);
+        } else {
+            m_out += outcome.told.out;
+        }
         if (!m_out.empty() && (!areMoreHere || !outcome.told.error.empty() || m_out.size() > kMostKept)) {
             Print();
         }
@@ -94,6 +99,7 @@ class ManyFiles::Round {
     }
 
     const Context& m_context;
+    const TakeOutcome& m_take;  ///< empty: standard output
     Purpose m_purpose;
     const StopRequest* m_stop;
     std::optional<std::uint64_t> m_total;
@@ -140,25 +146,28 @@ std::size_t ManyFiles::Jobs() const {
     return m_jobs > 0 ? m_jobs : static_cast<std::size_t>(std::clamp(::sysconf(_SC_NPROCESSORS_ONLN), 1L, kMostJobs));
 }
 
-ExitStatus ManyFiles::Run(const Context& context, const FileWork& work) const {
-    if (!IsSeveral()) {
+ExitStatus ManyFiles::Run(const Context& context, const FileWork& work, const TakeOutcome& take) const {
+    if (!IsSeveral() && !take) {
         return work(context, m_named.front()).status;
     }
     const Context lines{context.options, context.console, context.command, context.ofFailure, true};
     try {
-        return RunEach(lines, work);
+        return RunEach(lines, work, take);
     } catch (const Failure& failure) {
+        if (take) {
+            throw;
+        }
         return lines.Tell(failure);
     }
 }
 
-ExitStatus ManyFiles::RunEach(const Context& context, const FileWork& work) const {
+ExitStatus ManyFiles::RunEach(const Context& context, const FileWork& work, const TakeOutcome& take) const {
     std::optional<StopRequest> stop;
     if (m_purpose == Purpose::Change) {
         stop.emplace();  // nothing that was changed stays untold
     }
     FileNames names(m_named, m_list, m_isZeroEnded, stop ? stop->Descriptor() : -1);
-    Round round(context, m_purpose, stop ? &*stop : nullptr,
+    Round round(context, take, m_purpose, stop ? &*stop : nullptr,
                 Progress::IsShown(m_progress) || !HasList() ? names.Total() : std::nullopt, m_progress);
     if (Jobs() == 1) {
         RunHere(names, round, work);
@@ -177,7 +186,7 @@ void ManyFiles::RunHere(FileNames& names, Round& round, const FileWork& work) co
         if (!file) {
             break;
         }
-        round.Take(WorkOn(*file, work, round.Asked()), false);
+        round.Take(*file, WorkOn(*file, work, round.Asked()), false);
     }
 }
 
@@ -197,10 +206,11 @@ void ManyFiles::RunInWorkers(FileNames& names, Round& round, const FileWork& wor
                 workers.Send(sent++ % workers.Count(), *name);
             }
         } else if (isFull || workers.HasResult(next()) || !names.WaitFor(workers.Descriptor(next()))) {
+            const std::string file = workers.FirstOf(next());
             const std::optional<FileOutcome> outcome = workers.Receive(next());
             ++received;
             if (outcome) {
-                round.Take(*outcome, sent > received && workers.HasResult(next()));
+                round.Take(file, *outcome, sent > received && workers.HasResult(next()));
             }
         }
     }

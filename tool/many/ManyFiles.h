@@ -18,6 +18,10 @@ class ManyFiles {
   public:
     enum class Purpose { Read, Change };
 
+    /// Gets what the work on a file printed and what became of it, in the order of the files. May throw Failure, which
+    /// ends the run.
+    using TakeOutcome = std::function<void(const std::string& file, const FileOutcome& outcome)>;
+
     explicit ManyFiles(Purpose purpose) : m_purpose(purpose) {}
 
     /// Adds the positional of any number of files. `name` is what a usage error calls it.
@@ -28,6 +32,7 @@ class ManyFiles {
     /// Takes the words that are no files out of those that stand with them, in their order: `isOther(word, index)`
     /// says which. What is told about the positional of these is for the help alone, since the files take every word.
     std::vector<std::string> TakeOthers(const std::function<bool(const std::string& word, std::size_t index)>& isOther);
+    const std::vector<std::string>& Named() const { return m_named; }
     std::size_t CountNamed() const { return m_named.size(); }
     bool HasList() const { return !m_list.empty(); }
     /// Whether Run forks off other processes, which do the work.
@@ -39,14 +44,16 @@ class ManyFiles {
     /// Does the work on each, in several processes where that was asked for. Of a single one, which is no list, as if
     /// there were no others: what the work throws is thrown. Of many what fails is told, and the next one comes; gives
     /// the status that counts most, and at the end tells what became of them.
-    ExitStatus Run(const Context& context, const FileWork& work) const;
+    /// With a `take` the output goes there, of a single file too, and what fails is told; what keeps the run from its
+    /// end is thrown then.
+    ExitStatus Run(const Context& context, const FileWork& work, const TakeOutcome& take = nullptr) const;
 
   private:
     class Round;
 
     bool IsSeveral() const { return m_named.size() != 1 || HasList(); }
     std::size_t Jobs() const;
-    ExitStatus RunEach(const Context& context, const FileWork& work) const;
+    ExitStatus RunEach(const Context& context, const FileWork& work, const TakeOutcome& take) const;
     void RunHere(FileNames& names, Round& round, const FileWork& work) const;
     void RunInWorkers(FileNames& names, Round& round, const FileWork& work) const;
 

@@ -37,7 +37,9 @@ class Workers {
     /// Can be read as soon as there is something to receive.
     int Descriptor(std::size_t worker) const { return m_workers[worker].channel.Descriptor(); }
     void Send(std::size_t worker, const std::string& file);
-    /// Of the first file that was sent and not received yet; nothing where it was not begun before the end was asked
+    /// The first file that was sent and not received yet. Before the first there is none.
+    const std::string& FirstOf(std::size_t worker) const { return m_workers[worker].files.front(); }
+    /// Of that one; nothing where it was not begun before the end was asked
     /// for.
     std::optional<FileOutcome> Receive(std::size_t worker);
     /// Whether that needs no waiting for the descriptor.

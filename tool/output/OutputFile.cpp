@@ -90,9 +90,7 @@ bool OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
         return false;
     }
     for (const std::string& input : inputs) {
-        if (IsSameFile(input, info)) {
-            throw Failure(m_path, fmt::format("this is the input, {}; name another file", Shown(input)));
-        }
+        RefuseInput(input);
     }
     if (!S_ISREG(info.st_mode)) {
         throw Failure(m_path, fmt::format("this is {}; name a file",
@@ -104,6 +102,13 @@ bool OutputFile::CheckTarget(bool force, const std::vector<std::string>& inputs)
     m_target = fs::canonical(m_path);
     m_replaces = true;
     return true;
+}
+
+void OutputFile::RefuseInput(const std::string& input) const {
+    struct stat there {};
+    if (::stat(m_path.c_str(), &there) == 0 && IsSameFile(input, there)) {
+        throw Failure(m_path, fmt::format("this is the input, {}; name another file", Shown(input)));
+    }
 }
 
 void OutputFile::MakeTemporary(mode_t mode) {

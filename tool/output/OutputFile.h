@@ -29,6 +29,9 @@ class OutputFile final : public ByteSink {
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
+    /// Throws Failure where `input` is the file that was there, as it does for those that are known at first.
+    void RefuseInput(const std::string& input) const;
+
     const std::string& Path() const { return m_path; }
     /// Sentences: what of the file that was there is not kept, but for its content.
     const std::vector<std::string>& NotKept() const { return m_notKept; }
