@@ -1,13 +1,18 @@
 #include <pybind11/stl.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "python/src/Module.h"
 #include "python/src/Unlocked.h"
+#include "stmdcm/images/ImageFinder.h"
 #include "stmdcm/pins/ImageExaminer.h"
 #include "stmdcm/reading/ObjectFileCheck.h"
 #include "stmdcm/reading/PossibleName.h"
+#include "stmdcm/reading/Words.h"
+#include "tool/report/CaptureDocument.h"
+#include "tool/report/ReportPage.h"
 #include "tool/reports/CheckReport.h"
 #include "tool/reports/FailureReport.h"
 #include "trace/format/StmPropertyTable.h"
@@ -73,6 +78,37 @@ py::tuple FailureRow(const std::string& path, const std::string& cause) {
     }
 }
 
+/// Document and text of one capture on the page (docs/report.md).
+py::tuple PageBlock(const std::string& path) {
+    thread_local ImageFinder finder({}, {});  // many captures have the same images
+    std::string line;
+    std::string text;
+    Unlocked(path, [&] {
+        try {
+            RequirePossibleName(path);
+            CaptureDocument document(path, finder);
+            line.swap(document.line);
+            text.swap(document.text);
+        } catch (const Failure& failure) {
+            line = JsonRenderer::Line(FailureReport::Document("report", failure));
+            text = Shown(failure.File()) + ": " + failure.Cause();
+        }
+    });
+    return py::make_tuple(py::bytes(line), py::bytes(text));
+}
+
+/// The page, piece by piece: what is written since it was asked for the last time.
+class PagePieces {
+  public:
+    void Add(const std::string& line, const std::string& text) { m_page.Add(line, text); }
+    void End() { m_page.End(); }
+    py::bytes Take() { return std::exchange(m_written, {}); }
+
+  private:
+    std::string m_written;
+    ReportPage m_page{[this](std::string_view text) { m_written += text; }};
+};
+
 py::dict Defaults() {
     const Zu::Wep::Trace::StmProperties fresh;
     py::dict values;
@@ -88,6 +124,12 @@ void DeclareFarm(py::module_& module) {
     module.def("row", [](const std::string& path) { return Given(Unlocked(path, [&] { return ReadRow(path); })); });
     module.def("failure_row", &FailureRow);
     module.def("defaults", &Defaults);
+    module.def("page_block", &PageBlock);
+    py::class_<PagePieces>(module, "Page")
+        .def(py::init())
+        .def("add", &PagePieces::Add)
+        .def("end", &PagePieces::End)
+        .def("take", &PagePieces::Take);
     module.def("version", [] { return STMDCM_VERSION; });
 }
 

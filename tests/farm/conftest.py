@@ -12,7 +12,7 @@ from stmdcm.farm.rows import name_of
 
 BUILD = os.environ["STMDCM_BUILD"]
 COUNT = 300
-START = "import sys; from stmdcm.farm.command import main; sys.exit(main(sys.argv[2:], sys.argv[1]))"
+START = "import sys; from stmdcm.farm.command import main; sys.exit(main(sys.argv[2:], sys.argv[1] or None))"
 ALL = ["--name", "*.tdf", "--name", "*.dcm", "-j", "2"]
 
 
@@ -42,7 +42,7 @@ class Farm:
     def __init__(self, captures, out):
         self.captures, self.out = captures, str(out)
 
-    def start(self, *more, what="check", reader="stmdcm.farm.reading:row", **options):
+    def start(self, *more, what="check", reader="", **options):
         arguments = [what, self.captures, "-o", self.out, *ALL, *more]
         return subprocess.Popen([sys.executable, "-c", START, reader, *arguments], stderr=subprocess.PIPE, text=True,
                                 start_new_session=True, **options)

@@ -3,14 +3,19 @@
 import csv
 import os
 import random
+import re
 import resource
 import signal
 import subprocess
 import sys
+import urllib.parse
 
 import psutil
-from conftest import COUNT, tool
+import pytest
+from conftest import BUILD, COUNT, Farm, tool
 from readers import POISON
+from stmdcm.farm import reading, report
+from stmdcm.farm.errors import FarmError
 from stmdcm.farm.results import documents
 from stmdcm.farm.rows import name_of
 
@@ -32,7 +37,7 @@ def test_rows_are_what_the_command_tells(farm, expected, tmp_path):
     before = os.stat(farm.out)
     assert farm.run()[0] == 4 and os.stat(farm.out).st_size == before.st_size  # nothing is left to do
     table = str(tmp_path / "table.csv")
-    again = type(farm)(farm.out, table)
+    again = Farm(farm.out, table)
     assert again.run(what="table")[0] == 4
     with open(table, newline="", encoding="utf-8") as file:
         lines = {bytes.fromhex(line["path_bytes"]) or line["path"].encode(): line for line in csv.DictReader(file)}
@@ -43,6 +48,32 @@ def test_rows_are_what_the_command_tells(farm, expected, tmp_path):
         assert (words[line["status"]] > 0) == document["problems"]
     assert not lines
     assert again.run(what="table")[0] == 1  # there is one
+
+
+def test_a_report_is_the_page_of_the_command(captures, expected, tmp_path, monkeypatch):
+    def blocks(page):
+        with open(page, "rb") as file:
+            return re.findall(rb'<script type="application/json" class="capture">.*?</noscript>', file.read(), re.DOTALL)
+
+    names = sorted(expected)
+    made = tmp_path / "made.html"
+    command = [f"{BUILD}/bin/stmdcm", "report", "--files-from", "-", "-0", "-o", str(made)]
+    subprocess.run(command, input=b"".join(name + b"\0" for name in names), stderr=subprocess.DEVNULL)
+    whole = Farm(captures, tmp_path / "whole.html")
+    assert whole.run(what="report")[0] == 4
+    assert blocks(whole.out) == blocks(made) and len(blocks(made)) == COUNT
+
+    monkeypatch.setattr(report, "CAPTURES_A_PAGE", 100)
+    rows, front = tmp_path / "rows", str(tmp_path / "odd <name>.html")
+    rows.write_bytes(b"".join(reading.page_row(name).line for name in reversed(names)))
+    assert report.write_report(str(rows), front, False) == 4
+    parts = report.part_names(front, COUNT)
+    assert sum(map(blocks, parts), []) == blocks(made) and len(parts) == 3
+    with open(front, encoding="utf-8") as file:
+        links = [urllib.parse.unquote(link) for link in re.findall('href="([^"]*)"', file.read())]
+    assert links == [os.path.basename(part) for part in parts]
+    with pytest.raises(FarmError, match="--force"):
+        report.write_report(str(rows), front, False)
 
 
 def test_a_worker_that_dies_costs_no_result(farm, expected):

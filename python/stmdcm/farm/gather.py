@@ -9,7 +9,7 @@ from typing import NamedTuple, Optional
 
 from stmdcm.farm.engine import Engine
 from stmdcm.farm.errors import FarmError, Stopped, shown
-from stmdcm.farm.names import Once, Sources, total
+from stmdcm.farm.names import Once, Names, total
 from stmdcm.farm.progress import Progress, in_words
 from stmdcm.farm.results import Results
 from stmdcm.farm.rows import DONE, PROBLEMS, UNREAD
@@ -50,7 +50,7 @@ class Round:
         self.tell(f"{number} captures: {counts}; {new} of them in {in_words(seconds)}, {new / seconds:.0f}/s")
 
 
-def gather(sources: Sources, results: Results, plan: Plan, a_round: Round) -> int:
+def gather(sources: Names, results: Results, plan: Plan, a_round: Round) -> int:
     """Gives the status that counts most, of what was there before, too. Throws FarmError, and Stopped with all on disk."""
     once = Once()
     results.take_known(once)
@@ -70,7 +70,7 @@ def gather(sources: Sources, results: Results, plan: Plan, a_round: Round) -> in
     return max([*results.statuses, DONE if a_round.is_list_whole else UNREAD])
 
 
-def _work(sources: Sources, results: Results, plan: Plan, once: Once, a_round: Round) -> None:
+def _work(sources: Names, results: Results, plan: Plan, once: Once, a_round: Round) -> None:
     names = once.of(iter(sources))
     first = next(names, None)
     if first is None:

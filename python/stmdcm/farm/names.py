@@ -9,16 +9,24 @@ import os
 import re
 import stat
 import sys
-from typing import Callable, Iterator, Sequence, Set
+from typing import Callable, Iterator, Protocol, Sequence, Set
 
 from stmdcm.farm.errors import FarmError, shown
 from stmdcm.farm.reading import told
-from stmdcm.farm.rows import START
+from stmdcm.farm.rows import CHECK_START
 
 STANDARD_INPUT = b"-"
 PIECE = 1 << 16
 LONGEST = 4096  # no file has a longer name (PATH_MAX)
 CAPTURE_START = b"TDF2"
+
+
+class Names(Protocol):
+    """The captures, by their names. They may stand there twice."""
+
+    can_be_read_again: bool
+
+    def __iter__(self) -> Iterator[bytes]: ...
 
 
 class Sources:
@@ -37,10 +45,7 @@ class Sources:
         self._end = b"\0" if is_zero_ended else b"\n"
         self._tell = tell
         self._here = os.getcwdb()
-
-    @property
-    def can_be_read_again(self) -> bool:
-        return STANDARD_INPUT not in self._sources
+        self.can_be_read_again = STANDARD_INPUT not in self._sources
 
     def require_readable(self) -> None:
         """Throws for what is neither folder nor list, before any work."""
@@ -81,7 +86,7 @@ class Sources:
         try:
             file = open(source, "rb")
             begin = file.peek(1) if stat.S_ISREG(os.fstat(file.fileno()).st_mode) else b""
-            for start, what in ((CAPTURE_START, "a capture"), (START, "results")):
+            for start, what in ((CAPTURE_START, "a capture"), (CHECK_START, "results")):
                 if begin.startswith(start):
                     raise FarmError(f"{shown(source)}: this is {what}, no list of captures; name the folder of captures")
             return file
@@ -122,7 +127,7 @@ class Once:
         return (name for name in names if self.take(name))
 
 
-def total(sources: Sources) -> int:
+def total(sources: Names) -> int:
     """How many names there are; one that stands there twice counts twice."""
     count = 0
     for count, _ in enumerate(sources, 1):

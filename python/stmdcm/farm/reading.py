@@ -6,7 +6,7 @@ import json
 from typing import Dict
 
 from stmdcm import _stmdcm
-from stmdcm.farm.rows import Row, name_of
+from stmdcm.farm.rows import Row, name_of, status_of
 
 
 def row(name: bytes) -> Row:
@@ -17,6 +17,13 @@ def row(name: bytes) -> Row:
 def failure(name: bytes, cause: str) -> Row:
     """Of a capture that could not be read, and not for anything in its file."""
     return Row(*_stmdcm.failure_row(name, cause))
+
+
+def page_row(name: bytes) -> Row:
+    """The document of `stmdcm report --json`, a tab, and as a JSON string the text for a page without scripts."""
+    line, text = _stmdcm.page_block(name)
+    plain = json.dumps(text.decode("utf-8", "surrogateescape")).encode()
+    return Row(line.rstrip(b"\n") + b"\t" + plain + b"\n", status_of(json.loads(line)))
 
 
 def told(name: bytes) -> bytes:

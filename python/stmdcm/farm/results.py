@@ -11,40 +11,59 @@ from typing import Dict, Iterator, Tuple
 
 from stmdcm.farm.errors import FarmError, shown
 from stmdcm.farm.names import Once
-from stmdcm.farm.rows import START, Document, name_of, status_of
+from stmdcm.farm.rows import CHECK_START, START, Document, name_of, status_of
 
 SYNC_EVERY = 5.0  # seconds: what a loss of power may cost
 
 
 def is_results(path: str) -> bool:
-    """Whether the file begins as one of results does."""
+    """Whether the file begins as results of check do."""
     try:
         with open(path, "rb") as file:
-            return file.read(len(START)) == START
+            return file.read(len(CHECK_START)) == CHECK_START
     except OSError:
         return False
 
 
 def documents(path: str) -> Iterator[Document]:
     """Each document of a file of results, whoever wrote it. What follows the last line feed is none yet."""
+    return (document for document, _ in placed_documents(path))
+
+
+def placed_documents(path: str) -> Iterator[Tuple[Document, int]]:
+    """The same, each with the offset of its line."""
     try:
         with open(path, "rb") as file:
+            offset = 0
             for number, line in enumerate(file, 1):
                 if line.endswith(b"\n"):
-                    yield _parse(path, number, line)
+                    yield _parse(path, number, line), offset
+                offset += len(line)
     except OSError as error:
         raise FarmError.of_system(path, "the results can't be read", error) from error
 
 
 def _parse(path: str, number: int, line: bytes) -> Document:
     try:
-        document: Document = json.loads(line)
+        document: Document = json.loads(line.partition(b"\t")[0])
         name_of(document), status_of(document)
         return document
     except (ValueError, KeyError, TypeError, AttributeError, IndexError) as error:
         raise FarmError(
             f"{shown(path)}: line {number} is no result; if it was damaged, take the line out, and its capture is read again"
         ) from error
+
+
+class Named:
+    """The captures of a file of results."""
+
+    can_be_read_again = True
+
+    def __init__(self, path: str) -> None:
+        self._path = path
+
+    def __iter__(self) -> Iterator[bytes]:
+        return (name_of(document) for document in documents(self._path))
 
 
 class Results:

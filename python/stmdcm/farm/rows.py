@@ -6,7 +6,8 @@ from typing import Any, Dict, Iterable, Iterator, NamedTuple
 
 Document = Dict[str, Any]
 
-START = b'{"schema":1,"command":"check",'  # of every row
+START = b'{"schema":1,"command":"'  # of every row
+CHECK_START = START + b'check",'
 DONE, PROBLEMS, UNREAD = 0, 1, 4  # as `stmdcm check` ends of this capture alone
 
 
@@ -18,6 +19,8 @@ class Row(NamedTuple):
 def status_of(document: Document) -> int:
     if "failure" in document:
         return UNREAD
+    if "check" in document:  # of a page
+        return status_of(document["check"])
     (file,) = document["files"]
     if any(finding["id"] == "F-UNREADABLE" for finding in file["findings"]):
         return UNREAD
@@ -26,11 +29,12 @@ def status_of(document: Document) -> int:
 
 def name_of(document: Document) -> bytes:
     """The capture's name in its true bytes; of one that no file can have what is told of it."""
-    pointer, text = (
-        ("/failure/file", document["failure"]["file"])
-        if "failure" in document
-        else ("/files/0/path", document["files"][0]["path"])
-    )
+    if "failure" in document:
+        pointer, text = "/failure/file", document["failure"]["file"]
+    elif "check" in document:
+        pointer, text = "/file", document["file"]
+    else:
+        pointer, text = "/files/0/path", document["files"][0]["path"]
     true_bytes = document.get("bytes", {}).get(pointer)
     return bytes.fromhex(true_bytes) if true_bytes is not None else str(text).encode()
 
