@@ -2,6 +2,10 @@
 
 const CONFIGURATION_SECTIONS = ["DCM_COMMON", "DEVID", "STMDECODERINFO", "IMAGE_PINS"];
 
+function isConfiguration({name, live_version: version}) {
+  return CONFIGURATION_SECTIONS.includes(name) && version === 1;
+}
+
 // By how much they ask for a look, so that of many in one place the last one shows.
 const PART_KINDS = [
   {style: "data", words: "read: anything else, such as the trace itself"},
@@ -14,7 +18,7 @@ const PART_KINDS = [
 ];
 
 function kindOf(section) {
-  const style = section.use !== "read" ? section.use : CONFIGURATION_SECTIONS.includes(section.name) ? "live" : "data";
+  const style = section.use !== "read" ? section.use : isConfiguration(section) ? "live" : "data";
   return PART_KINDS.findIndex((kind) => kind.style === style);
 }
 
@@ -39,7 +43,8 @@ function layoutOf(document) {
   const missing = Math.max(0, ...document.sections.slice(-1).map((last) => Number(last.offset) + last.length - size));
   const end = size + Math.min(missing, Math.ceil(size * MOST_MISSING));
   if (missing > 0) {
-    parts.push({begin: size, end, kind: MISSING, label: `${sizeInWords(missing)} missing`, isCut: end < size + missing});
+    parts.push(
+        {begin: size, end, kind: MISSING, label: `${sizeInWords(missing)} missing`, isCut: end < size + missing});
   }
   return {parts, size, end: Math.max(end, 1)};
 }
