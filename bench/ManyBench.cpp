@@ -1,5 +1,6 @@
-// Many small captures through the tool, against a bare loop over the library that loads each. Needs the tool beside
-// this program. Counters: CPU time as a multiple of the loop's, milliseconds to the first line, peak memory.
+// Many small captures through the tool and through the Python module, against a bare loop over the library that loads
+// each. Needs the tool beside this program. Counters: CPU time as a multiple of the loop's, milliseconds to the first
+// line, peak memory.
 
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
@@ -99,10 +100,13 @@ Cost MeasureLoop(const Captures& captures) {
     });
 }
 
+Cost MeasureShell(const std::string& line) {
+    return Measure([&] { ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr); });
+}
+
 Cost MeasureTool(const Captures& captures, const std::string& command) {
     const std::string tool = fs::read_symlink("/proc/self/exe").parent_path() / "stmdcm";
-    const std::string line = "exec " + tool + " " + command + " --files-from - <" + captures.List();
-    return Measure([&] { ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr); });
+    return MeasureShell("exec " + tool + " " + command + " --files-from - <" + captures.List());
 }
 
 void BM_Many(benchmark::State& state, const char* command) {
@@ -127,5 +131,28 @@ BENCHMARK_CAPTURE(BM_Many, show_get, "show --get STM_ATB_Id")
     ->UseManualTime()
     ->Iterations(3)
     ->Unit(benchmark::kMillisecond);
+
+#ifdef STMDCM_BENCH_PYTHON
+/// The same loop in Python: all of its process, and without the start of the interpreter and the import.
+void BM_Python(benchmark::State& state) {
+    const std::string python =
+        "PYTHONPATH=" STMDCM_BENCH_MODULE " exec " STMDCM_BENCH_PYTHON " -c \"import stmdcm, sys\n";
+    const std::string loop =
+        "print(sum(len(stmdcm.read(path).properties) for path in sys.stdin.read().splitlines()))\" <";
+    const Captures many(kCaptures), none(0);
+    MeasureLoop(many);
+    for ([[maybe_unused]] auto _ : state) {
+        const Cost bare = MeasureLoop(many);
+        const Cost all = MeasureShell(python + loop + many.List());
+        const Cost start = MeasureShell(python + loop + none.List());
+        state.SetIterationTime(all.wall);
+        state.counters["cpu_of_loop"] = all.cpu / bare.cpu;
+        state.counters["cpu_of_loop_without_start"] = (all.cpu - start.cpu) / bare.cpu;
+        state.counters["MiB"] = all.memory;
+    }
+}
+
+BENCHMARK(BM_Python)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+#endif
 
 }  // namespace

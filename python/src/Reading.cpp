@@ -101,7 +101,7 @@ auto Asked(const ReadFile& file) {
 
 void DeclareReading(py::module_& module) {
     PropertyNames();
-    py::class_<ReadFile>(module, "ReadFile")
+    py::class_<ReadFile>(module, "ReadFile", py::metaclass(reinterpret_cast<PyObject*>(&PyType_Type)))
         .def("path", [](const ReadFile& file) { return py::bytes(file.reading.path); })
         .def("kind", [](const ReadFile& file) { return KindName(*file.reading.kind); })
         .def("loads", [](const ReadFile& file) { return file.reading.isLoaded; })

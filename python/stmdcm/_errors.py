@@ -40,5 +40,5 @@ class RequestError(Error, ValueError):
     >>> stmdcm.set("run7.tdf", STM_ATB_Id="many", dry_run=True)
     Traceback (most recent call last):
       ...
-    stmdcm._errors.RequestError: ...
+    stmdcm.RequestError: STM_ATB_Id: "many" won't do, it takes a whole number from -2147483648 to 2147483647
     """

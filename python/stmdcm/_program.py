@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import os
 import subprocess
 
 from ._documents import Document, with_true_texts
@@ -15,9 +16,9 @@ _USAGE = 2
 def run(*words: bytes) -> Document:
     """The document of the command. Raises its failure."""
     try:
-        status, out, err = _end_of([bytes(COMMAND), b"--json", *words])
+        status, out, err = _end_of([os.fsencode(COMMAND), b"--json", *words])
     except OSError as error:
-        raise Error(f"the command of this package can't be run: {error.strerror}", str(COMMAND)) from None
+        raise Error(f"the command of this package can't be run: {error.strerror}", COMMAND) from None
     try:
         document: Document = json.loads(out)
     except ValueError:

@@ -169,17 +169,29 @@ class Reading:
 
     @property
     def path(self) -> str:
-        """As it was given, as text."""
+        """As it was given, as text.
+
+        >>> stmdcm.read(b"run7.tdf").path
+        'run7.tdf'
+        """
         return os.fsdecode(self._file.path())
 
     @property
     def kind(self) -> str:
-        """ "capture" or "settings"."""
+        """What the file is, by content and name: "capture" or "settings".
+
+        >>> stmdcm.read("settings.txt").kind
+        'settings'
+        """
         return self._file.kind()
 
     @property
     def loads(self) -> bool:
-        """Any host holds what is here, after loading the file."""
+        """Any host holds what is here, after loading the file.
+
+        >>> stmdcm.read("torn.tdf").loads
+        True
+        """
         return self._file.loads()
 
     @property
@@ -205,7 +217,11 @@ class Reading:
 
     @property
     def defaults(self) -> Mapping[str, int]:
-        """What a fresh manager has for each of the properties."""
+        """What a fresh manager has for each of the properties.
+
+        >>> stmdcm.read("run7.tdf").defaults["STM_DTC_target_clock_hz"]
+        1
+        """
         return MappingProxyType(self._file.defaults())
 
     @cached_property
@@ -213,7 +229,7 @@ class Reading:
         """What the monitors counted.
 
         >>> [use_case.name for use_case in stmdcm.read("run7.tdf").use_cases.sc][:1]
-        ['mod1']
+        ['mod0']
         """
         found = self._configuration["use_cases"] or {"sc": [], "cpt": [], "pmi_cmi": []}
         return UseCases(
