@@ -10,5 +10,6 @@ namespace stmdcm {
 void DeclareReading(pybind11::module_& module);
 void DeclareChecks(pybind11::module_& module);
 void DeclareChanges(pybind11::module_& module);
+void DeclareFarm(pybind11::module_& module);
 
 }  // namespace stmdcm

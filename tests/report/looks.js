@@ -1,8 +1,10 @@
 // Every text that is to be seen, with the contrast of its colour to what is behind it (WCAG 2.1, 1.4.3).
 const channels = (colour) => colour.match(/[\d.]+/g).map(Number);
 const luminance = (colour) => {
-  const [r, g, b] = channels(colour).slice(0, 3).map((value) => value / 255)
-    .map((value) => (value <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4));
+  const [r, g, b] = channels(colour)
+                        .slice(0, 3)
+                        .map((value) => value / 255)
+                        .map((value) => (value <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4));
   return 0.2126 * r + 0.7152 * g + 0.0722 * b;
 };
 const isClear = (colour) => channels(colour)[3] === 0;
@@ -28,8 +30,11 @@ while (walker.nextNode()) {
   const element = walker.currentNode.parentElement;
   if (walker.currentNode.data.trim() && element.checkVisibility({checkOpacity: true, checkVisibilityCSS: true})) {
     const paper = behind(element);
-    found.push({text: walker.currentNode.data, button: element.closest("button")?.className ?? null,
-                contrast: paper && contrast(getComputedStyle(element).color, paper)});
+    found.push({
+      text: walker.currentNode.data,
+      button: element.closest("button")?.className ?? null,
+      contrast: paper && contrast(getComputedStyle(element).color, paper)
+    });
   }
 }
 // What tells the parts of the picture apart has 3:1 (1.4.11).

@@ -10,13 +10,14 @@
 #include <array>
 #include <cerrno>
 
+#include "stmdcm/reading/PossibleName.h"
+
 namespace stmdcm {
 
 namespace {
 
 constexpr char kStandardInput[] = "-";
 constexpr std::size_t kListPiece = 65536;
-constexpr std::size_t kToldOfTooLong = 60;
 
 ZU_WEP::PosixFile OpenList(const std::string& list) {
     if (list.empty() || list == kStandardInput) {
@@ -85,21 +86,10 @@ std::optional<std::string> FileNames::TakeFromList() {
     return std::nullopt;
 }
 
-void FileNames::RequirePossible(const std::string& name) {
-    const bool isTooLong = name.size() > kLongest;
-    const std::string told = isTooLong ? name.substr(0, kToldOfTooLong) + "..." : name;
-    if (name.find('\0') != std::string::npos) {
-        throw Failure(told, "there are zero bytes in this name; if they end the names of the list, use -0");
-    }
-    if (isTooLong) {
-        throw Failure(told, fmt::format("the name is longer than {} bytes, as no file's is", kLongest));
-    }
-}
-
 void FileNames::ReadSome() {
     m_buffer.erase(0, m_begin);
     m_begin = 0;
-    m_buffer.resize(std::min(m_buffer.size(), kLongest + 1));  // of a name that goes on
+    m_buffer.resize(std::min(m_buffer.size(), kLongestName + 1));  // of a name that goes on
     std::array<char, kListPiece> piece;
     const ssize_t count = ::read(Descriptor(), piece.data(), piece.size());
     if (count < 0 && errno != EINTR && errno != EAGAIN) {

@@ -15,12 +15,6 @@ namespace stmdcm {
 /// comes and never kept.
 class FileNames {
   public:
-    /// No file has a longer name (PATH_MAX).
-    static constexpr std::size_t kLongest = 4096;
-
-    /// Throws Failure for what can't be the name of a file. It is told by its beginning, where it is too long.
-    static void RequirePossible(const std::string& name);
-
     /// `list` is a file with a name a line, or with a zero byte behind each where `isZeroEnded`; "-" is standard
     /// input, empty none. Throws Failure where it can't be opened.
     /// The list is not waited for any more as soon as the descriptor `stop` can be read.

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "tool/many/FileNames.h"
+#include "stmdcm/reading/PossibleName.h"
 #include "tool/output/AsFailure.h"
 #include "tool/output/StandardOutput.h"
 
@@ -103,7 +103,7 @@ FileOutcome WorkOn(const std::string& file, const FileWork& work, const Context&
     const Context own{context.options, console, context.command, context.ofFailure, true};
     try {
         outcome.result = AsFailure([&] {
-            FileNames::RequirePossible(file);
+            RequirePossibleName(file);
             RefuseStandardOutputIn(file);
             return work(own, file);
         });

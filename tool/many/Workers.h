@@ -22,7 +22,7 @@ class StopRequest;
 /// once more, with each result on its way before the file behind it is begun.
 class Workers {
   public:
-    /// So many names may wait in front of each: these fit into its channel (FileNames::kLongest), so nobody waits for
+    /// So many names may wait in front of each: these fit into its channel (kLongestName), so nobody waits for
     /// a name to be taken while results wait to be taken, too.
     static constexpr std::size_t kMostWaiting = 32;
 

@@ -42,13 +42,36 @@ function replace(element, ...children) {
 // options}.
 function table(columns, rows, options) {
   const head = columns.map(({title, number}) => make("th", {scope: "col", className: number ? "number" : ""}, title));
-  return make("div", {className: "scroll"}, make("table", options, make("thead", null, make("tr", null, head)),
-                                                 make("tbody", null, rows.map((row) => tableRow(columns, row)))));
+  return make(
+      "div", {className: "scroll"},
+      make(
+          "table", options, make("thead", null, make("tr", null, head)),
+          make("tbody", null, rows.map((row) => tableRow(columns, row)))));
 }
 
 function tableRow(columns, {cells, options}) {
-  return make("tr", options, columns.map(({title, number, isTitle}, i) =>
-    make("td", {className: [number && "number", isTitle && "title"].filter(Boolean).join(" "), "data-label": title}, cells[i])));
+  return make(
+      "tr", options,
+      columns.map(
+          ({title, number, isTitle}, i) => make(
+              "td",
+              {className: [number && "number", isTitle && "title"].filter(Boolean).join(" "), "data-label": title},
+              cells[i])));
+}
+
+function styled(className, ...children) {
+  return make("span", {className}, ...children);
+}
+
+function button(className, act, label, title = "") {
+  return make("button", {type: "button", className, title, on: {click: act}}, label);
+}
+
+// For a button whose label does not say enough.
+function named(element, name) {
+  element.title = visible(name);
+  element.setAttribute("aria-label", visible(name));
+  return element;
 }
 
 function part(title, ...children) {
@@ -64,11 +87,10 @@ function goTo(element, marked = element) {
 }
 
 function copyButton(text) {
-  const button = make("button", {type: "button", className: "copy"}, "Copy");
-  button.addEventListener("click", async () => {
-    button.textContent = await copy(text) ? "Copied" : "Press Ctrl+C";
-  });
-  return button;
+  const element = button("copy", async () => {
+    element.textContent = await copy(text) ? "Copied" : "Press Ctrl+C";
+  }, "Copy");
+  return element;
 }
 
 async function copy(text) {
@@ -86,5 +108,5 @@ async function copy(text) {
 }
 
 function command(text) {
-  return make("span", {className: "command"}, make("code", null, text), copyButton(text));
+  return styled("command", make("code", null, text), copyButton(text));
 }

@@ -37,7 +37,7 @@ const SEVERITY_MARKS = {
 
 function severityMark(severity) {
   const {sign, style} = SEVERITY_MARKS[severity];
-  return make("span", {className: style}, `${sign} ${severity}`);
+  return styled(style, `${sign} ${severity}`);
 }
 
 // The worst first; of each severity in the order of the file.

@@ -18,7 +18,7 @@ function verdictOf({check}) {
 }
 
 function verdictMark(verdict) {
-  return make("span", {className: verdict.style}, `${verdict.sign} ${verdict.name}`);
+  return styled(verdict.style, `${verdict.sign} ${verdict.name}`);
 }
 
 // "Does not load: there is no ...; a host has no properties, ..."
@@ -28,8 +28,9 @@ function verdictSentence(capture) {
   }
   const {loads, missing, verdict} = capture.check;
   const begin = verdict[0].toUpperCase() + verdict.slice(1);
-  return loads && missing.length > 0 ? `${begin}.`
-    : loads ? `${begin}; nothing is missing.` : `${begin}; missing then: ${listed(missing)}.`;
+  return loads && missing.length > 0 ? `${begin}.` :
+      loads ? `${begin}; nothing is missing.` :
+              `${begin}; missing then: ${listed(missing)}.`;
 }
 
 function listed(words) {
@@ -43,20 +44,28 @@ function nextCommand(capture) {
 function nextStep(capture) {
   const next = nextCommand(capture);
   if (next !== null) {
-    return [make("span", null, "Next: "), command(next),
-            / (NEW|GOOD|OLD|NAME|DIR)\b|=(NEW|VALUE)\b/.test(next) ? "Words in capitals are yours to fill in." : null];
+    return [
+      make("span", null, "Next: "), command(next),
+      / (NEW|GOOD|OLD|NAME|DIR)\b|=(NEW|VALUE)\b/.test(next) ? "Words in capitals are yours to fill in." : null
+    ];
   }
-  const isDone = verdictOf(capture) === VERDICTS[0] && !sortedFindings(capture).some(({severity}) => severity !== "note");
+  const isDone =
+      verdictOf(capture) === VERDICTS[0] && !sortedFindings(capture).some(({severity}) => severity !== "note");
   return isDone ? "Next: nothing to do." : "Next: no command mends what was found; see the findings.";
 }
 
 function verdictPart(capture) {
   const verdict = verdictOf(capture);
   const counts = capture.check && SEVERITIES.map((severity) => [severity, capture.check[`${severity}s`]]);
-  return make("div", {className: `verdict ${verdict.style}`, role: "status"},
-    make("p", {className: "sentence"}, make("span", {className: verdict.style, "aria-hidden": "true"}, `${verdict.sign} `),
-         make("strong", null, verdictSentence(capture))),
-    make("p", {className: "command"}, nextStep(capture)),
-    counts && make("p", null, listed(counts.filter(([, count]) => count > 0)
-      .map(([severity, count]) => counted(count, severity))) || "nothing found"));
+  return make(
+      "div", {className: `verdict ${verdict.style}`, role: "status"},
+      make(
+          "p", {className: "sentence"}, styled(verdict.style, `${verdict.sign} `),
+          make("strong", null, verdictSentence(capture))),
+      make("p", {className: "command"}, nextStep(capture)),
+      counts &&
+          make(
+              "p", null,
+              listed(counts.filter(([, count]) => count > 0).map(([severity, count]) => counted(count, severity))) ||
+                  "nothing found"));
 }

@@ -43,7 +43,8 @@ function layoutOf(document) {
   const missing = Math.max(0, ...document.sections.slice(-1).map((last) => Number(last.offset) + last.length - size));
   const end = size + Math.min(missing, Math.ceil(size * MOST_MISSING));
   if (missing > 0) {
-    parts.push({begin: size, end, kind: MISSING, label: `${sizeInWords(missing)} missing`, isCut: end < size + missing});
+    parts.push(
+        {begin: size, end, kind: MISSING, label: `${sizeInWords(missing)} missing`, isCut: end < size + missing});
   }
   return {parts, size, end: Math.max(end, 1)};
 }

@@ -9,35 +9,44 @@ class Picture {
     this.chosen = -1;
     this.onSection = onSection;
     this.onFindings = onFindings;
-    this.whole = make("div", {className: "bar whole", "aria-hidden": "true", on: {click: (event) => this.center(event)}});
+    this.whole =
+        make("div", {className: "bar whole", "aria-hidden": "true", on: {click: (event) => this.center(event)}});
     this.pins = make("div", {className: "pins"});
-    this.near = make("div", {className: "bar near", role: "group", "aria-label": "Sections; arrow keys move, Enter goes to the row",
-                             on: {keydown: (event) => this.obey(event)}});
+    this.near = make("div", {
+      className: "bar near",
+      role: "group",
+      "aria-label": "Sections; arrow keys move, Enter goes to the row",
+      on: {keydown: (event) => this.obey(event)}
+    });
     this.scale = make("div", {className: "scale", "aria-hidden": "true"});
     this.range = make("span", {className: "quiet", role: "status"});
-    this.element = part("Picture", make("div", {className: "picture"},
-      this.whole, this.pins, this.near, this.scale, this.tools(), this.legend()));
+    this.element = part(
+        "Picture",
+        make("div", {className: "picture"}, this.whole, this.pins, this.near, this.scale, this.tools(), this.legend()));
     new ResizeObserver(() => this.draw()).observe(this.near);
   }
 
   tools() {
-    const tool = (label, title, act) =>
-      make("button", {type: "button", title, "aria-label": title, on: {click: () => this.look(act())}}, label);
+    const tool = (label, title, act) => named(button("", () => this.look(act()), label), title);
     const end = this.layout.end;
     const width = () => this.window.to - this.window.from;
-    return make("div", {className: "tools"},
-      tool("+", "Zoom in", () => widened(this.window, 1 / 2, end)), tool("\u2212", "Zoom out", () => widened(this.window, 2, end)),
-      tool("\u25c0", "Towards the beginning", () => moved(this.window, -width() / 2, end)),
-      tool("\u25b6", "Towards the end", () => moved(this.window, width() / 2, end)),
-      tool("Whole file", "The whole file", () => ({from: 0, to: end})),
-      tool("Configuration", "Configuration and damage", () => firstWindow(this.layout)), this.range);
+    return make(
+        "div", {className: "tools"}, tool("+", "Zoom in", () => widened(this.window, 1 / 2, end)),
+        tool("\u2212", "Zoom out", () => widened(this.window, 2, end)),
+        tool("\u25c0", "Towards the beginning", () => moved(this.window, -width() / 2, end)),
+        tool("\u25b6", "Towards the end", () => moved(this.window, width() / 2, end)),
+        tool("Whole file", "The whole file", () => ({from: 0, to: end})),
+        tool("Configuration", "Configuration and damage", () => firstWindow(this.layout)), this.range);
   }
 
   legend() {
     const items = PART_KINDS.map(({style, words}, kind) => {
       const parts = this.layout.parts.filter((each) => each.kind === kind);
-      return parts.length > 0 && make("li", null, make("span", {className: `part swatch ${style}`}),
-        `${words} (${kind === MISSING ? "not in the file" : sizeInWords(sum(parts.map(({begin, end}) => end - begin)))})`);
+      return parts.length > 0 &&
+          make("li", null, make("span", {className: `part swatch ${style}`}),
+               `${words} (${
+                   kind === MISSING ? "not in the file" :
+                                      sizeInWords(sum(parts.map(({begin, end}) => end - begin)))})`);
     });
     return make("ul", {className: "legend", "aria-label": "What the patterns mean"}, items.filter(Boolean));
   }
@@ -79,8 +88,9 @@ class Picture {
     };
     const all = drawn(this.layout, {from: 0, to: end}, width);
     const frame = make("div", {className: "frame"});
-    replace(this.whole, all.map((shown) => place(make("div", {className: `part ${PART_KINDS[shown.kind].style}`}), shown)),
-            to - from < end ? place(frame, {left: from / end * width, right: to / end * width}) : null);
+    replace(
+        this.whole, all.map((shown) => place(make("div", {className: `part ${PART_KINDS[shown.kind].style}`}), shown)),
+        to - from < end ? place(frame, {left: from / end * width, right: to / end * width}) : null);
     const shown = drawn(this.layout, this.window, width);
     replace(this.near, shown.map((each) => place(this.button(each), each)));
     const entry = this.near.querySelector(".chosen") ?? this.near.firstElementChild;
@@ -90,8 +100,10 @@ class Picture {
     }
     this.drawScale(width);
     this.drawPins(width);
-    replace(this.range, `${Math.floor(from).toLocaleString("en")} to ${Math.ceil(to).toLocaleString("en")} of ${
-      this.layout.size.toLocaleString("en")} bytes`);
+    replace(
+        this.range,
+        `${Math.floor(from).toLocaleString("en")} to ${Math.ceil(to).toLocaleString("en")} of ${
+            this.layout.size.toLocaleString("en")} bytes`);
   }
 
   button(shown) {
@@ -99,7 +111,7 @@ class Picture {
     const words = PART_KINDS[kind].words.split(":")[0];
     const label = count > 1 ? `${counted(count, "section")}, ${first.label} to ${last.label}` : first.label;
     const title = `${label}, ${words}, ${kind === MISSING ? "from" : "at"} ${first.begin}, ${
-      first.isCut ? "not to scale" : counted(last.end - first.begin, "byte")}`;
+        first.isCut ? "not to scale" : counted(last.end - first.begin, "byte")}`;
     const isChosen = count === 1 && first.index === this.chosen && first.index !== undefined;
     const act = () => {
       if (count > 1) {
@@ -109,9 +121,10 @@ class Picture {
         this.onSection(first.index);
       }
     };
-    return make("button", {type: "button", className: `part ${PART_KINDS[kind].style}${isChosen ? " chosen" : ""}`, title: visible(title),
-                           "aria-label": title, tabIndex: -1, on: {click: act}},
-                shown.right - shown.left > 36 ? make("span", null, label) : null);
+    const style = `part ${PART_KINDS[kind].style}${isChosen ? " chosen" : ""}`;
+    const element = named(button(style, act, shown.right - shown.left > 36 ? styled("", label) : null), title);
+    element.tabIndex = -1;
+    return element;
   }
 
   obey(event) {
@@ -147,9 +160,10 @@ class Picture {
   drawPins(width) {
     const {from, to} = this.window;
     const close = 34;
-    const places = sortedFindings(this.capture).filter(({offset}) => offset !== null && offset >= from && offset <= to)
-      .map((finding) => ({finding, left: (Number(finding.offset) - from) / (to - from) * width}))
-      .sort((a, b) => a.left - b.left);
+    const places = sortedFindings(this.capture)
+                       .filter(({offset}) => offset !== null && offset >= from && offset <= to)
+                       .map((finding) => ({finding, left: (Number(finding.offset) - from) / (to - from) * width}))
+                       .sort((a, b) => a.left - b.left);
     const pins = [];
     for (const {finding, left} of places) {
       if (pins.length > 0 && left - pins.at(-1).left < close) {
@@ -165,9 +179,8 @@ class Picture {
     const worst = SEVERITIES.find((severity) => findings.some((finding) => finding.severity === severity));
     const {sign, style} = SEVERITY_MARKS[worst];
     const title = `${counted(findings.length, "finding")} here: ${[...new Set(findings.map(({id}) => id))].join(", ")}`;
-    const element = make("button", {type: "button", className: `pin ${style}`, title: visible(title), "aria-label": title,
-                                    on: {click: () => this.onFindings(findings)}},
-                         `${sign}${findings.length > 1 ? ` ${findings.length}` : ""}`);
+    const label = `${sign}${findings.length > 1 ? ` ${findings.length}` : ""}`;
+    const element = named(button(`pin ${style}`, () => this.onFindings(findings), label), title);
     element.style.left = `${Math.min(Math.max(left, 14), width - 14) / width * 100}%`;
     return element;
   }

@@ -9,7 +9,9 @@ function valuesOf({configuration, images}) {
   configuration?.properties?.forEach(({name, text}) => values.set(name, text));
   Object.entries(configuration?.use_cases ?? {}).forEach(([kind, list]) => {
     values.set(`${kind.toUpperCase().replace("_", "/")} use cases`, String(list.length));
-    list.forEach((each) => values.set(`use case ${each.source ?? `job ${each.job}, module ${each.module_id}`}`, JSON.stringify(each)));
+    list.forEach(
+        (each) =>
+            values.set(`use case ${each.source ?? `job ${each.job}, module ${each.module_id}`}`, JSON.stringify(each)));
   });
   images?.forEach(({name, path}) => values.set(`image ${name}`, path));
   return values;
@@ -18,8 +20,16 @@ function valuesOf({configuration, images}) {
 function summaryOf(index) {
   const capture = readBlock(JSON.parse(blocks[index].textContent));
   const {check} = capture;
-  return {index, file: capture.file, verdict: verdictOf(capture), sentence: verdictSentence(capture), errors: check?.errors ?? 0,
-          warnings: check?.warnings ?? 0, ids: [...new Set((check?.findings ?? []).map(({id}) => id))], values: valuesOf(capture)};
+  return {
+    index,
+    file: capture.file,
+    verdict: verdictOf(capture),
+    sentence: verdictSentence(capture),
+    errors: check?.errors ?? 0,
+    warnings: check?.warnings ?? 0,
+    ids: [...new Set((check?.findings ?? []).map(({id}) => id))],
+    values: valuesOf(capture)
+  };
 }
 
 // By name, how many captures have which value; the names alone of which there are several. The value that most have
@@ -45,13 +55,21 @@ function valueOf(summary, name) {
 function withShortNames(counts) {
   let variants = 0;
   const areSeveral = counts.filter(([value]) => value.startsWith("{")).length > 1;
-  return counts.map(([value, count]) => ({value, count, words: !value.startsWith("{") ? value
-    : areSeveral ? `variant ${++variants}` : "there"}));
+  return counts.map(
+      ([value, count]) =>
+          ({value,
+            count,
+            words: !value.startsWith("{") ? value :
+                areSeveral                ? `variant ${++variants}` :
+                                            "there"}));
 }
 
 function differencesOf(summary, varied) {
-  return summary.values.size === 0 ? [] : [...varied].filter(([name, [usual]]) => valueOf(summary, name) !== usual.value)
-    .map(([name, values]) => ({name, words: wordsOf(summary, name, values), usual: values[0].words}));
+  return summary.values.size === 0 ?
+      [] :
+      [...varied]
+          .filter(([name, [usual]]) => valueOf(summary, name) !== usual.value)
+          .map(([name, values]) => ({name, words: wordsOf(summary, name, values), usual: values[0].words}));
 }
 
 function wordsOf(summary, name, values) {
@@ -64,8 +82,12 @@ class CapturesTable {
     this.varied = variety(this.all);
     this.all.forEach((summary) => {
       summary.differences = differencesOf(summary, this.varied);
-      const values = summary.values.size === 0 ? [] : [...this.varied].map(([name, of]) => `${name}=${wordsOf(summary, name, of)}`);
-      summary.text = [summary.file, summary.verdict.name, summary.sentence, ...summary.ids, ...values, ""].join("\n").toLowerCase();
+      const values = summary.values.size === 0 ?
+          [] :
+          [...this.varied].map(([name, of]) => `${name}=${wordsOf(summary, name, of)}`);
+      summary.text = [
+        summary.file, summary.verdict.name, summary.sentence, ...summary.ids, ...values, ""
+      ].join("\n").toLowerCase();
       summary.values = null;
     });
     this.sorting = {column: 0, isFalling: false};
@@ -86,25 +108,28 @@ class CapturesTable {
 
   prepareSorting() {
     [...this.pages.table.tHead.rows[0].cells].forEach((cell, column) => {
-      const button = make("button", {type: "button", className: "value", on: {click: () => this.sort(column)}}, this.columns[column].title);
-      replace(cell, button);
+      replace(cell, button("value", () => this.sort(column), this.columns[column].title));
     });
   }
 
   sort(column) {
-    this.sorting = {column, isFalling: this.sorting.column === column ? !this.sorting.isFalling : this.columns[column].number && column > 0};
+    this.sorting = {
+      column,
+      isFalling: this.sorting.column === column ? !this.sorting.isFalling : this.columns[column].number && column > 0
+    };
     this.update();
   }
 
   update() {
     // "NAME=VALUE" means the whole value.
-    const words = (this.search.value.toLowerCase().match(/"[^"]*"|\S+/g) ?? [])
-      .map((word) => (/^".*=.*"$/.test(word) ? `${word.slice(1, -1)}\n` : word.replaceAll('"', "")));
+    const words = (this.search.value.toLowerCase().match(/"[^"]*"|\S+/g) ??
+                   []).map((word) => (/^".*=.*"$/.test(word) ? `${word.slice(1, -1)}\n` : word.replaceAll("\"", "")));
     const {column, isFalling} = this.sorting;
     const key = this.columns[column].key;
-    const order = (a, b) => (typeof key(a) === "string" ? key(a).localeCompare(key(b), "en", {numeric: true}) : key(a) - key(b));
+    const order = (a, b) =>
+        (typeof key(a) === "string" ? key(a).localeCompare(key(b), "en", {numeric: true}) : key(a) - key(b));
     this.shown = this.all.filter(({text}) => words.every((word) => text.includes(word)))
-      .sort((a, b) => (isFalling ? order(b, a) : order(a, b)) || a.index - b.index);
+                     .sort((a, b) => (isFalling ? order(b, a) : order(a, b)) || a.index - b.index);
     [...this.pages.table.tHead.rows[0].cells].forEach((cell, i) => {
       cell.setAttribute("aria-sort", i !== column ? "none" : isFalling ? "descending" : "ascending");
       cell.firstChild.textContent = this.columns[i].title + (i !== column ? "" : isFalling ? " \u25bc" : " \u25b2");
@@ -114,22 +139,39 @@ class CapturesTable {
   }
 
   row({index, file, verdict, errors, warnings, differences}) {
-    const named = differences.slice(0, MOST_NAMED).map(({name, words, usual}) => make("div", null, `${name}: `,
-      make("span", {className: "changed"}, words), make("span", {className: "quiet"}, ` (most: ${usual})`)));
+    const named =
+        differences.slice(0, MOST_NAMED)
+            .map(
+                ({name, words, usual}) =>
+                    make("div", null, `${name}: `, styled("changed", words), styled("quiet", ` (most: ${usual})`)));
     const more = differences.length - named.length;
-    return {cells: [index + 1, make("a", {href: `#capture-${index + 1}`, className: "name long"}, file), verdictMark(verdict), errors, warnings,
-                    [named, more > 0 ? `and ${more} more` : null]]};
+    return {
+      cells: [
+        index + 1, make("a", {href: `#capture-${index + 1}`, className: "name long"}, file), verdictMark(verdict),
+        errors, warnings, [named, more > 0 ? `and ${more} more` : null]
+      ]
+    };
   }
 
   // What differs, each value a button that searches for it.
   varietyPart() {
-    const rows = [...this.varied].map(([name, values]) => ({cells: [make("span", {className: "mono"}, name),
-      make("div", {className: "chips"}, values.slice(0, MOST_VALUES).map(({words, count}) =>
-        make("button", {type: "button", className: "value", title: "Search for it", on: {click: () => this.searchFor(name, words)}},
-             `${words} \u00d7 ${count}`)),
-        values.length > MOST_VALUES ? make("span", null, `and ${values.length - MOST_VALUES} more`) : null)]}));
-    return part("What differs between them", rows.length > 0 ? table([{title: "Setting"}, {title: "Values, and how many captures have them"}], rows)
-      : make("p", {className: "quiet"}, "Nothing."));
+    const rows = [...this.varied].map(
+        ([name, values]) => ({
+          cells: [
+            styled("mono", name),
+            make(
+                "div", {className: "chips"},
+                values.slice(0, MOST_VALUES)
+                    .map(
+                        ({words, count}) => button(
+                            "value", () => this.searchFor(name, words), `${words} \u00d7 ${count}`, "Search for it")),
+                values.length > MOST_VALUES ? make("span", null, `and ${values.length - MOST_VALUES} more`) : null)
+          ]
+        }));
+    return part(
+        "What differs between them",
+        rows.length > 0 ? table([{title: "Setting"}, {title: "Values, and how many captures have them"}], rows) :
+                          make("p", {className: "quiet"}, "Nothing."));
   }
 
   searchFor(name, words) {
@@ -139,14 +181,21 @@ class CapturesTable {
   }
 
   verdictCounts() {
-    return make("p", {className: "chips"}, VERDICTS.map((verdict) => {
-      const count = this.all.filter((each) => each.verdict === verdict).length;
-      return count > 0 && make("span", null, verdictMark(verdict), ` ${count.toLocaleString("en")}`);
-    }).filter(Boolean));
+    return make(
+        "p", {className: "chips"},
+        VERDICTS
+            .map((verdict) => {
+              const count = this.all.filter((each) => each.verdict === verdict).length;
+              return count > 0 && make("span", null, verdictMark(verdict), ` ${count.toLocaleString("en")}`);
+            })
+            .filter(Boolean));
   }
 
   elements() {
-    return [make("h1", null, counted(this.all.length, "capture")), this.verdictCounts(),
-            make("p", null, make("label", {htmlFor: "search"}, "Search "), this.search, " ", this.found), this.pages.element, this.varietyPart()];
+    return [
+      make("h1", null, counted(this.all.length, "capture")), this.verdictCounts(),
+      make("p", null, make("label", {htmlFor: "search"}, "Search "), this.search, " ", this.found), this.pages.element,
+      this.varietyPart()
+    ];
   }
 }

@@ -9,21 +9,28 @@ function chosenIndex() {
 }
 
 function navigation(index) {
-  const to = (number, words) => (number >= 0 && number < blocks.length ? make("a", {href: `#capture-${number + 1}`}, words) : null);
-  return blocks.length < 2 || index < 0 ? null : make("nav", {className: "top"}, make("a", {href: "#"}, `All ${blocks.length} captures`),
-    to(index - 1, "\u25c0 previous"), `${index + 1} of ${blocks.length}`, to(index + 1, "next \u25b6"));
+  const to = (number, words) =>
+      (number >= 0 && number < blocks.length ? make("a", {href: `#capture-${number + 1}`}, words) : null);
+  return blocks.length < 2 || index < 0 ?
+      null :
+      make(
+          "nav", {className: "top"}, make("a", {href: "#"}, `All ${blocks.length} captures`),
+          to(index - 1, "\u25c0 previous"), `${index + 1} of ${blocks.length}`, to(index + 1, "next \u25b6"));
 }
 
 function showPage() {
   const index = chosenIndex();
-  const top = make("header", {className: "top quiet"}, make("span", null, `stmdcm ${about.version} report`), make("span", null, `made ${time(about.made_utc)}`));
+  const top = make(
+      "header", {className: "top quiet"}, make("span", null, `stmdcm ${about.version} report`),
+      make("span", null, `made ${time(about.made_utc)}`));
   if (index < 0) {
     front ??= new CapturesTable();
     replace(view, top, make("main", null, blocks.length > 0 ? front.elements() : make("p", null, "No captures.")));
   } else {
     replace(view, top, navigation(index), make("main", null, capturePage(captureAt(index))));
   }
-  document.title = visible(index < 0 ? `${counted(blocks.length, "capture")}, stmdcm report` : `${captureAt(index).file}, stmdcm report`);
+  document.title = visible(
+      index < 0 ? `${counted(blocks.length, "capture")}, stmdcm report` : `${captureAt(index).file}, stmdcm report`);
   scrollTo(0, 0);
 }
 
