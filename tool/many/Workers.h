@@ -22,7 +22,7 @@ class StopRequest;
 /// once more, with each result on its way before the file behind it is begun.
 class Workers {
   public:
-    /// So many names may wait in front of each: these fit into its channel (kLongestName), so nobody waits for
+    /// So many names may wait in front of each: these fit into its channel (FileNames::kLongest), so nobody waits for
     /// a name to be taken while results wait to be taken, too.
     static constexpr std::size_t kMostWaiting = 32;
 
@@ -42,7 +42,7 @@ class Workers {
     /// To be sent with others that are queued.
     void Queue(std::size_t worker, const std::string& file);
     void SendQueued();
-    /// The first file that was queued and not received yet. Before the first there is none.
+    /// The first file that was queued and not received yet; there has to be one.
     const std::string& FirstOf(std::size_t worker) const { return m_workers[worker].files.front(); }
     /// Of that one; nothing where it was not begun before the end was asked
     /// for.

@@ -40,8 +40,8 @@ std::string About() {
     const std::int64_t now = std::time(nullptr);
     JsonWriter out = JsonRenderer::Begin("report");
     out.Member("version", STMDCM_VERSION).Member("made", std::to_string(now)).Member("made_utc", UtcTime(now));
-    JsonRenderer::WriteProperties(out.Key("defaults"), fresh.properties);
-    return JsonRenderer::Line(out.EndObject().Take());
+    JsonRenderer::Write(out.Key("defaults"), fresh, {true, false, false, false});
+    return out.EndObject().Take().text;
 }
 
 /// Nothing is loaded from anywhere, and no script or style runs but the page's own.
