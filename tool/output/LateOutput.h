@@ -45,7 +45,7 @@ class LateOutput {
     void Start();
 
     static constexpr std::chrono::milliseconds kLatest{10};
-    static constexpr std::size_t kMost = 1 << 16;
+    static constexpr std::size_t kMost = 1 << 15;
 
     Sink m_sink;
     std::mutex m_mutex;  ///< of all that follows, and of calls of the sink
