@@ -125,7 +125,7 @@ void DeclareFarm(py::module_& module) {
     module.def("failure_row", &FailureRow);
     module.def("defaults", &Defaults);
     module.def("page_block", &PageBlock);
-    py::class_<PagePieces>(module, "Page")
+    py::class_<PagePieces>(module, "Page", py::metaclass(reinterpret_cast<PyObject*>(&PyType_Type)))
         .def(py::init())
         .def("add", &PagePieces::Add)
         .def("end", &PagePieces::End)
