@@ -33,28 +33,34 @@ struct Row {
 };
 
 /// What `show` tells first: what differs from the defaults, and how many there are of the rest.
-Json SummaryOf(const Reading& reading) {
+JsonLine SummaryOf(const Reading& reading) {
     const Configuration& held = reading.configuration;
-    Json summary = {{"properties", nullptr}, {"use_cases", nullptr}, {"object_files", nullptr}};
+    JsonWriter out;
+    out.BeginObject().Key("properties");
     if (reading.hasSettings) {
-        summary["properties"] = JsonRenderer::Render(held, {true, false, false, true}).at("properties");
-        summary["use_cases"] = {{"sc", held.sc.size()}, {"cpt", held.cpt.size()}, {"pmi_cmi", held.pmi.size()}};
+        JsonRenderer::WriteProperties(out, held.properties, true);
+        out.Key("use_cases").BeginObject().Member("sc", held.sc.size()).Member("cpt", held.cpt.size());
+        out.Member("pmi_cmi", held.pmi.size()).EndObject();
+    } else {
+        out.Value(nullptr).Member("use_cases", nullptr);
     }
-    if (reading.hasObjectFiles) {
-        summary["object_files"] = held.objectFiles.size();
-    }
-    return summary;
+    out.Key("object_files");
+    reading.hasObjectFiles ? out.Value(held.objectFiles.size()) : out.Value(nullptr);
+    return out.EndObject().Take();
 }
 
-Row RowOf(Json document, Json summary, RowStatus status) {
-    document["summary"] = std::move(summary);
+/// The summary is the last member.
+Row RowOf(JsonLine document, const JsonLine& summary, RowStatus status) {
+    document.text.replace(document.text.size() - 1, 1, ",\"summary\":" + summary.text + "}");
     return {JsonRenderer::Line(document), status};
 }
 
-Row RowOf(const Failure& failure) { return RowOf(FailureReport::Document("check", failure), nullptr, Unread); }
+Row RowOf(const Failure& failure) {
+    return RowOf(JsonWriter().Value(FailureReport::Document("check", failure)).Take(), {"null"}, Unread);
+}
 
 Row ReadRow(const std::string& path) {
-    static ImageExaminer examiner;  // many captures have the same images
+    thread_local ImageExaminer examiner;  // many captures have the same images
     try {
         RequirePossibleName(path);
         const Reading reading = CheckFile(path, std::nullopt, &examiner);

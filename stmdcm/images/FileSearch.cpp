@@ -15,11 +15,7 @@ namespace stmdcm {
 
 namespace fs = std::filesystem;
 
-FileSearch::FileSearch(const std::vector<std::string>& directories, const std::set<std::string>& names, OnFile onFile)
-    : m_onFile(std::move(onFile)) {
-    for (const std::string& name : names) {
-        m_found[name];
-    }
+FileSearch::FileSearch(const std::vector<std::string>& directories) {
     for (const std::string& directory : directories) {
         std::error_code error;
         const fs::path root = fs::canonical(directory, error);
@@ -30,10 +26,6 @@ FileSearch::FileSearch(const std::vector<std::string>& directories, const std::s
             throw Failure(directory,
                           fmt::format("there is no directory to search: {}", ZU_WEP::ErrnoText(error.value())));
         }
-    }
-    for (auto& [name, paths] : m_found) {
-        std::sort(paths.begin(), paths.end());
-        paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
     }
 }
 
@@ -47,7 +39,7 @@ void FileSearch::LookBelow(const Path& root, std::error_code& whyUnread) {
             if (++m_entries > kMaxEntries) {
                 return;
             }
-            LookAt(directory / name, directories);
+            LookAt(directory, name, directories);
         }
         if (directory == root) {
             whyUnread = error;
@@ -57,7 +49,8 @@ void FileSearch::LookBelow(const Path& root, std::error_code& whyUnread) {
     }
 }
 
-void FileSearch::LookAt(const Path& entry, std::vector<Path>& directories) {
+void FileSearch::LookAt(const Path& directory, const std::string& name, std::vector<Path>& directories) {
+    const Path entry = directory / name;
     std::error_code error;
     const fs::file_status status = fs::symlink_status(entry, error);
     NoteUnread(entry, error);
@@ -68,49 +61,64 @@ void FileSearch::LookAt(const Path& entry, std::vector<Path>& directories) {
     if (!fs::is_regular_file(status)) {
         return;
     }
-    const std::string path = entry.string();
-    const auto wanted = m_found.find(entry.filename().string());
-    if (wanted != m_found.end()) {
-        wanted->second.push_back(path);
+    if (m_directories.empty() || m_directories.back() != directory) {
+        m_directories.push_back(directory);
     }
-    if (m_onFile) {
-        try {
-            m_onFile(path);
-        } catch (const Failure& failure) {
-            CountUnread(path, failure.Cause());
-        }
-    }
+    m_files.push_back({m_directories.size() - 1, name});
 }
 
 void FileSearch::NoteUnread(const Path& path, const std::error_code& error) {
     const bool isGone = error == std::errc::no_such_file_or_directory;
     if (error && !isGone) {
-        CountUnread(path.string(), ZU_WEP::ErrnoText(error.value()));
+        m_unread.Add(path.string(), ZU_WEP::ErrnoText(error.value()));
     }
 }
 
-void FileSearch::CountUnread(const std::string& place, const std::string& why) {
-    if (m_unread++ == 0) {
-        m_firstUnread = fmt::format("{}: {}", Shown(place), why);
+void FileSearch::Unread::Add(const std::string& place, const std::string& why) {
+    if (count++ == 0) {
+        first = fmt::format("{}: {}", Shown(place), why);
     }
 }
 
-std::vector<std::string> FileSearch::Doubts() const {
+std::vector<std::string> FileSearch::Doubts(const Unread& unread) const {
     std::vector<std::string> doubts;
     if (m_entries > kMaxEntries) {
         doubts.push_back(fmt::format("the search ended after {} files; name a directory with fewer", kMaxEntries));
     }
-    if (m_unread > 0) {
+    if (unread.count > 0) {
         doubts.push_back(
-            fmt::format("{} could not be searched, such as {}", Counted(m_unread, "place"), m_firstUnread));
+            fmt::format("{} could not be searched, such as {}", Counted(unread.count, "place"), unread.first));
     }
     return doubts;
 }
 
-const std::vector<std::string>& FileSearch::Found(const std::string& name) const {
-    static const std::vector<std::string> none;
-    const auto found = m_found.find(name);
-    return found == m_found.end() ? none : found->second;
+std::string FileSearch::PathOf(const Entry& entry) const {
+    return (m_directories[entry.directory] / entry.name).string();
+}
+
+std::vector<std::string> FileSearch::Found(const std::string& name) const {
+    std::vector<std::string> paths;
+    for (const Entry& entry : m_files) {
+        if (entry.name == name) {
+            paths.push_back(PathOf(entry));
+        }
+    }
+    std::sort(paths.begin(), paths.end());
+    paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
+    return paths;
+}
+
+std::vector<std::string> FileSearch::Each(const std::function<void(const std::string& path)>& onFile) const {
+    Unread unread = m_unread;
+    for (const Entry& entry : m_files) {
+        const std::string path = PathOf(entry);
+        try {
+            onFile(path);
+        } catch (const Failure& failure) {
+            unread.Add(path, failure.Cause());
+        }
+    }
+    return Doubts(unread);
 }
 
 }  // namespace stmdcm

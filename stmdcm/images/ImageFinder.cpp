@@ -8,7 +8,6 @@
 #include <iterator>
 
 #include "stmdcm/Failure.h"
-#include "stmdcm/images/FileSearch.h"
 #include "stmdcm/reading/Findings.h"
 #include "stmdcm/reading/Words.h"
 
@@ -79,6 +78,15 @@ class PinnedImage {
     std::string m_same;
 };
 
+/// Gives sentences: what was not searched.
+std::vector<std::string> LookFor(std::vector<PinnedImage>& images, const FileSearch& search, ImageExaminer& examiner) {
+    return images.empty() ? search.Doubts() : search.Each([&](const std::string& path) {
+        for (PinnedImage& image : images) {
+            image.HoldAgainst(path, examiner);
+        }
+    });
+}
+
 }  // namespace
 
 const char* ImageAnswer::HowName() const {
@@ -113,31 +121,22 @@ std::vector<ImageAnswer> ImageFinder::Find(const std::vector<ObjectFile>& files)
     std::vector<ImageAnswer> answers;
     std::transform(files.begin(), files.end(), std::back_inserter(answers),
                    [&](const ObjectFile& file) { return Map(file); });
-    std::set<std::string> names;
+    if (!m_search) {
+        m_search.emplace(m_directories);
+    }
     std::vector<PinnedImage> pinned;
     for (ImageAnswer& answer : answers) {
         if (!answer.IsPresent() && answer.recorded.pin) {
             pinned.emplace_back(answer);
-        } else if (!answer.IsPresent() && !FileName(answer.recorded).empty()) {
-            names.insert(FileName(answer.recorded));
+        } else if (!answer.IsPresent()) {
+            Choose(m_search->Found(FileName(answer.recorded)), answer);
         }
     }
-    const auto hold = [&](const std::string& path) {
-        for (PinnedImage& image : pinned) {
-            image.HoldAgainst(path, m_examiner);
-        }
-    };
-    const FileSearch search(m_directories, names, pinned.empty() ? nullptr : FileSearch::OnFile(hold));
-    for (ImageAnswer& answer : answers) {
-        if (!answer.IsPresent() && !answer.recorded.pin) {
-            Choose(search.Found(FileName(answer.recorded)), answer);
-        }
-    }
+    const std::vector<std::string> unsearched = LookFor(pinned, *m_search, m_examiner);
     for (PinnedImage& image : pinned) {
         image.Choose(m_doubts);
     }
     if (!std::all_of(answers.begin(), answers.end(), std::mem_fn(&ImageAnswer::IsPresent))) {
-        const std::vector<std::string> unsearched = search.Doubts();
         m_doubts.insert(m_doubts.end(), unsearched.begin(), unsearched.end());
     }
     return answers;

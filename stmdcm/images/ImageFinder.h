@@ -1,15 +1,15 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "stmdcm/images/FileSearch.h"
 #include "stmdcm/images/PathMapping.h"
 #include "stmdcm/pins/ImageExaminer.h"
 #include "stmdcm/reading/Configuration.h"
 
 namespace stmdcm {
-
-class FileSearch;
 
 /// What is known of one program image.
 struct ImageAnswer {
@@ -25,10 +25,10 @@ struct ImageAnswer {
     bool IsPresent() const { return found.IsPresent() && unread.empty(); }
 };
 
-/// Finds the program images of captures: by mappings, then by searching. One with a pin is searched by that, whatever
-/// the file is called; of several that are it the first by name is taken. One without a pin is searched by the file's
-/// name: of several the one with the recorded modification time is taken; where there is no such, or more than one,
-/// nobody guesses.
+/// Finds the program images of captures, each directory being searched once for all of them: by mappings, then by
+/// searching. One with a pin is searched by that, whatever the file is called; of several that are it the first by name
+/// is taken. One without a pin is searched by the file's name: of several the one with the recorded modification time
+/// is taken; where there is no such, or more than one, nobody guesses.
 class ImageFinder {
   public:
     ImageFinder(std::vector<PathMapping> mappings, std::vector<std::string> directories,
@@ -51,6 +51,7 @@ class ImageFinder {
 
     std::vector<PathMapping> m_mappings;
     std::vector<std::string> m_directories;
+    std::optional<FileSearch> m_search;  ///< nothing before something was looked for
     std::vector<std::string> m_doubts;
     ImageExaminer m_examiner;
 };

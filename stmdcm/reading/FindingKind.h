@@ -142,6 +142,7 @@ inline constexpr FindingKind kFindingKinds[] = {
     {"O-TRUNCATED", Severity::Error, "An object file's entry runs past the payload."},
     {"O-MISSING", Severity::Warning, "An object file can't be opened on this machine.", &kMap},
     {"O-CHANGED", Severity::Warning, "An object file has another modification time than was recorded.", &kMap},
+    {"O-NO-IMAGE", Severity::Warning, "What is in the place of an object file is no regular file.", &kMap},
     {"O-NOT-CAPTURED", Severity::Warning, "An object file is not the image that was captured, as its pin tells.",
      &kSearch},
     {"O-NOT-COMPARED", Severity::Warning, "An object file can't be held against its pin."},

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <tuple>
 #include <utility>
 
@@ -15,6 +16,10 @@ constexpr std::size_t kMaxQuoted = 48;
 
 std::size_t IndexOf(const FindingKind& kind) { return static_cast<std::size_t>(&kind - kFindingKinds); }
 
+bool IsBefore(const Finding& left, const Finding& right) {
+    return std::tie(left.place.offset, left.place.line) < std::tie(right.place.offset, right.place.line);
+}
+
 }  // namespace
 
 const char* SeverityName(Severity severity) {
@@ -25,10 +30,10 @@ const char* SeverityName(Severity severity) {
 std::string InWords(const Place& place) {
     std::string words = place.section;
     if (place.offset) {
-        words += fmt::format("{}at {}", words.empty() ? "" : " ", *place.offset);
+        (words += words.empty() ? "at " : " at ") += std::to_string(*place.offset);
     }
     if (place.line != 0) {
-        words += fmt::format("{}line {}", words.empty() ? "" : ", ", place.line);
+        (words += words.empty() ? "line " : ", line ") += std::to_string(place.line);
     }
     return words;
 }
@@ -39,7 +44,7 @@ void Findings::Add(const FindingKind& kind, Place place, std::string what, std::
 
 void Findings::Add(Finding finding) {
     if (m_counts[IndexOf(*finding.kind)]++ < kMaxOfKind) {
-        m_kept.push_back(std::move(finding));
+        m_kept.insert(std::upper_bound(m_kept.begin(), m_kept.end(), finding, IsBefore), std::move(finding));
     }
 }
 
@@ -50,14 +55,6 @@ void Findings::Add(const Findings& others) {
     for (std::size_t i = 0; i < m_counts.size(); ++i) {
         m_counts[i] += others.m_counts[i] - std::min(others.m_counts[i], kMaxOfKind);
     }
-}
-
-std::vector<Finding> Findings::Sorted() const {
-    std::vector<Finding> sorted = m_kept;
-    std::stable_sort(sorted.begin(), sorted.end(), [](const Finding& left, const Finding& right) {
-        return std::tie(left.place.offset, left.place.line) < std::tie(right.place.offset, right.place.line);
-    });
-    return sorted;
 }
 
 std::size_t Findings::Count(const FindingKind& kind) const { return m_counts[IndexOf(kind)]; }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "stmdcm/reading/FindingKind.h"
@@ -41,13 +42,14 @@ class Findings {
     void Add(const Findings& others);
 
     /// Those that were kept, in the order of their places.
-    std::vector<Finding> Sorted() const;
+    const std::vector<Finding>& Sorted() const& { return m_kept; }
+    std::vector<Finding> Sorted() && { return std::move(m_kept); }
     /// All of a kind, or of a severity.
     std::size_t Count(const FindingKind& kind) const;
     std::size_t Count(Severity severity) const;
 
   private:
-    std::vector<Finding> m_kept;
+    std::vector<Finding> m_kept;  ///< sorted
     std::array<std::size_t, std::size(kFindingKinds)> m_counts{};
 };
 

@@ -38,6 +38,10 @@ void CheckOnDisk(const ObjectFile& entry, const Place& place, Findings& findings
                                  entry.match == PinMatch::Same ? "; by its pin it is the image that was captured" : ""),
                      "the host is asked whether this is the file");
     }
+    if (!entry.isRegular && !entry.pin) {
+        findings.Add(Kind("O-NO-IMAGE"), place, fmt::format("{}: {}", file, kNoRegularFile),
+                     "a reader looks at nothing but its time");
+    }
 }
 
 /// Holds one against its pin, which no manager does.

@@ -10,7 +10,8 @@ namespace {
 
 /// What the capture leaves to the machine that reads it.
 void TellUnset(Findings& findings) {
-    for (const Finding& finding : findings.Sorted()) {
+    const std::vector<Finding> others = findings.Sorted();
+    for (const Finding& finding : others) {
         if (finding.kind == &Kind("T-NOT-SET")) {
             findings.Add(Kind("M-SETTINGS"), finding.place, finding.what,
                          "each is what the settings file of the CPU on the machine says, or else the default");

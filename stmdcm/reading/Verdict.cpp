@@ -72,7 +72,7 @@ std::string Listed(const std::vector<std::string>& words) {
 }
 
 std::string WhyNot(const Reading& reading) {
-    const std::vector<Finding> findings = reading.findings.Sorted();
+    const std::vector<Finding>& findings = reading.findings.Sorted();
     for (const FindingKind* kind : kHindrances) {
         const auto found = std::find_if(findings.begin(), findings.end(),
                                         [&](const Finding& finding) { return finding.kind == kind; });

@@ -32,7 +32,7 @@ std::string InWords(Unit unit, std::int64_t value) {
         case Unit::None:
             break;
     }
-    return fmt::format("{}", value);
+    return std::to_string(value);
 }
 
 std::string InWords(Unit /*unit*/, bool value) { return value ? "yes" : "no"; }

@@ -59,7 +59,8 @@ class Browser:
         return self.driver.find_element(By.CSS_SELECTOR, selector)
 
     def texts(self, selector):
-        return self.script("return [...document.querySelectorAll(arguments[0])].map((each) => each.textContent)", selector)
+        return self.script("return [...document.querySelectorAll(arguments[0])].map((each) => each.textContent)",
+                           selector)
 
     def focused(self):
         return self.driver.switch_to.active_element

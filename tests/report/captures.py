@@ -17,10 +17,9 @@ def section(name, payload, version=1):
 
 
 def settings(text):
-    """The sections of a capture that loads, with `text` behind the properties of a real one."""
-    properties = (DATA / "settings.txt").read_bytes().split(b"{")[0].rstrip(b"\n").rsplit(b"\n", 1)
-    lines = b"\n".join(line for line in properties[0].split(b"\n") + properties[1:] if b"=" in line or b"\t" in line)
-    return section(b"STMDECODERINFO", lines + b"\n" + text)
+    """The section with the properties of a real capture, and `text` behind them."""
+    properties = (DATA / "settings.txt").read_bytes().split(b"{")[0]
+    return section(b"STMDECODERINFO", properties + text)
 
 
 class Folder:

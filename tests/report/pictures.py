@@ -1,6 +1,5 @@
 """Takes the pictures in docs/pictures/: three captures at three widths."""
 
-import base64
 import io
 import pathlib
 import sys
@@ -29,9 +28,8 @@ def main(target):
                     browser.open(folder.page(file))
                     browser.script("document.documentElement.style.overflow = 'hidden'")
                     browser.look(width, height, scheme)
-                    picture = browser.driver.execute_cdp_cmd("Page.captureScreenshot", {"optimizeForSpeed": False})["data"]
-                    image = Image.open(io.BytesIO(base64.b64decode(picture))).convert("RGB").quantize(
-                        COLOURS, Image.Quantize.MAXCOVERAGE, dither=Image.Dither.NONE)
+                    picture = Image.open(io.BytesIO(browser.driver.get_screenshot_as_png())).convert("RGB")
+                    image = picture.quantize(COLOURS, Image.Quantize.MAXCOVERAGE, dither=Image.Dither.NONE)
                     image.save(target / f"report-{name}-{width}.png", optimize=True)
         finally:
             browser.quit()

@@ -123,6 +123,7 @@ const Case kDeviceTexts[] = {
 const Case kCommons[] = {
     {ObjectFileEntryBytes("a", "/no/such/file", 1), "O-MISSING"},
     {ObjectFileEntryBytes("a", STMDCM_TEST_DATA "/full.tdf", 1), "O-CHANGED"},
+    {ObjectFileEntryBytes("a", STMDCM_TEST_DATA, 1), "O-CHANGED O-NO-IMAGE"},
     {ObjectFileEntryBytes("a", "", 1), "O-EMPTY-PATH"},
     {ObjectFileEntryBytes("a", "", 1) + ObjectFileEntryBytes("a", "", 1), "O-EMPTY-PATH O-DUPLICATE"},
     {ObjectFileEntryBytes("a", "", 1).substr(0, 9), "O-TRUNCATED"},

@@ -207,6 +207,29 @@ TEST_F(ManyTest, NothingThatWasChangedStaysUntoldWhoeverIsKilled) {
     }
 }
 
+/// What is only read is read once more, so nothing is lost with the process.
+TEST_F(ManyTest, WhatIsReadIsToldWhoeverIsKilled) {
+    std::string names;
+    for (int i = 0; i < 3000; ++i) {
+        names += Sample(i % 7 == 0 ? "torn-payload.tdf" : "packed.tdf") + "\n";
+    }
+    const std::string command = "check --json --files-from " + Write("names", names) + " -j 2";
+    const Result alone = Run(command);
+    for (int kill = 0; kill < 5; ++kill) {
+        const pid_t child = Start(command);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10 + 10 * kill));
+        std::ifstream children("/proc/" + std::to_string(child) + "/task/" + std::to_string(child) + "/children");
+        if (pid_t worker = 0; children >> worker) {
+            ::kill(worker, SIGKILL);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(WEXITSTATUS(status), alone.status);
+        EXPECT_EQ(Content(Path("out")) == alone.out, true) << kill;
+        EXPECT_EQ(Content(Path("err")), alone.error);
+    }
+}
+
 TEST_F(ManyTest, GivesBareValuesALineAFile) {
     const std::string files = " " + Sample("full.tdf") + " /none " + Sample("settings.txt") + " " +
                               Sample("empty.tdf") + " " + Sample("no-devid.tdf");

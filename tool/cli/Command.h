@@ -35,7 +35,8 @@ struct Context {
             console.Print(report.Text(console.Out()));
         }
     }
-    void PrintDocument(const Json& document) const {
+    template <class AnyDocument>
+    void PrintDocument(const AnyDocument& document) const {
         console.Print(isOneOfMany ? JsonRenderer::Line(document) : JsonRenderer::Text(document));
     }
 

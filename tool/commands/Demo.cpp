@@ -58,12 +58,11 @@ std::string VerdictText(const DemoOutcome& outcome, const Palette& palette) {
     return text;
 }
 
-Json ToJson(const DemoOutcome& outcome) {
-    return {{"saved_capture", outcome.savedCapture},
-            {"reloaded", JsonRenderer::Render(outcome.reloaded)},
-            {"differences", JsonRenderer::Differences(outcome.differences)},
-            {"problems", outcome.problems},
-            {"equal", outcome.Passed()}};
+void WriteMembers(JsonWriter& out, const DemoOutcome& outcome) {
+    out.Member("saved_capture", outcome.savedCapture).Key("reloaded");
+    JsonRenderer::Write(out, outcome.reloaded);
+    out.Member("differences", JsonRenderer::Differences(outcome.differences)).Member("problems", outcome.problems);
+    out.Member("equal", outcome.Passed());
 }
 
 /// Tells both halves.
@@ -98,23 +97,20 @@ struct DemoReport {
         return text + "  " + VerdictText(live, palette);
     }
 
-    Json Document() const {
-        Json second = {{"scenario", live.scenario},
-                       {"cpu", live.live.cpu},
-                       {"doubts", live.live.doubts},
-                       {"loaded", JsonRenderer::Render(live.live.configuration)}};
-        second.update(ToJson(live));
-        Json document =
-            JsonRenderer::Document("demo", {{"plugin", demo.plugin},
-                                            {"cpu", demo.cpu},
-                                            {"capture", demo.capture},
-                                            {"recorded_object_files", JsonRenderer::ObjectFiles(demo.recorded)},
-                                            {"questions", ToJson(demo.questions)},
-                                            {"loaded", JsonRenderer::Render(demo.loaded)},
-                                            {"changes", JsonRenderer::Differences(demo.changes)}});
-        document.update(ToJson(demo));
-        document["live"] = std::move(second);
-        return document;
+    JsonLine Document() const {
+        JsonWriter out = JsonRenderer::Begin("demo");
+        out.Member("plugin", demo.plugin).Member("cpu", demo.cpu).Member("capture", demo.capture);
+        out.Key("recorded_object_files");
+        JsonRenderer::Write(out, demo.recorded);
+        out.Member("questions", ToJson(demo.questions)).Key("loaded");
+        JsonRenderer::Write(out, demo.loaded);
+        out.Member("changes", JsonRenderer::Differences(demo.changes));
+        WriteMembers(out, demo);
+        out.Key("live").BeginObject().Member("scenario", live.scenario).Member("cpu", live.live.cpu);
+        out.Member("doubts", live.live.doubts).Key("loaded");
+        JsonRenderer::Write(out, live.live.configuration);
+        WriteMembers(out, live);
+        return out.EndObject().EndObject().Take();
     }
 };
 

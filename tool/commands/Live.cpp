@@ -43,13 +43,12 @@ struct LiveReport {
                (recorded.empty() ? "" : fmt::format("\nRecorded as {}\n", Shown(recorded)));
     }
 
-    Json Document() const {
-        return JsonRenderer::Document("live", {{"plugin", plugin},
-                                               {"cpu", live.cpu},
-                                               {"doubts", live.doubts},
-                                               {"configuration", JsonRenderer::Render(live.configuration)},
-                                               {"saved", JsonRenderer::OrNull(saved)},
-                                               {"recorded", JsonRenderer::OrNull(recorded)}});
+    JsonLine Document() const {
+        JsonWriter out = JsonRenderer::Begin("live");
+        out.Member("plugin", plugin).Member("cpu", live.cpu).Member("doubts", live.doubts).Key("configuration");
+        JsonRenderer::Write(out, live.configuration);
+        out.Key("saved").OrNull(saved).Key("recorded").OrNull(recorded);
+        return out.EndObject().Take();
     }
 };
 

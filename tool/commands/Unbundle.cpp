@@ -34,11 +34,11 @@ struct UnbundleReport {
                "\n" + table.Text(palette, 2);
     }
 
-    Json Document() const {
-        return JsonRenderer::Document("unbundle", {{"directory", directory},
-                                                   {"output", output},
-                                                   {"object_files", JsonRenderer::ObjectFiles(bundle.Images())},
-                                                   {"doubts", bundle.Doubts()}});
+    JsonLine Document() const {
+        JsonWriter out = JsonRenderer::Begin("unbundle");
+        out.Member("directory", directory).Member("output", output).Key("object_files");
+        JsonRenderer::Write(out, bundle.Images());
+        return out.Member("doubts", bundle.Doubts()).EndObject().Take();
     }
 };
 

@@ -41,10 +41,13 @@ void Channel::Close() {
     }
 }
 
-bool Channel::Send(std::string_view message) const {
+std::string Channel::Framed(std::string_view message) {
     const std::size_t size = message.size();
-    const std::string bytes = std::string(reinterpret_cast<const char*>(&size), sizeof size).append(message);
-    for (std::string_view left = bytes; !left.empty();) {
+    return std::string(reinterpret_cast<const char*>(&size), sizeof size).append(message);
+}
+
+bool Channel::Send(std::string_view framed) const {
+    for (std::string_view left = framed; !left.empty();) {
         const ssize_t count = ::send(m_descriptor, left.data(), left.size(), MSG_NOSIGNAL);
         if (count < 0 && errno != EINTR) {
             return false;

@@ -22,8 +22,11 @@ class Channel {
     void Close();
 
     int Descriptor() const { return m_descriptor; }
+    /// A message as bytes on the way; many may be sent at once.
+    static std::string Framed(std::string_view message);
+
     /// Both wait. False, or nothing, where the other end is gone.
-    bool Send(std::string_view message) const;
+    bool Send(std::string_view framed) const;
     std::optional<std::string> Receive();
     /// Whether one is here already; the descriptor can't be read then, unless more has come.
     bool HasMessage() const;

@@ -12,6 +12,7 @@
 #include "tool/many/Summary.h"
 #include "tool/many/Workers.h"
 #include "tool/output/InterruptGuard.h"
+#include "tool/output/LateOutput.h"
 #include "tool/output/Progress.h"
 #include "tool/output/StopRequest.h"
 
@@ -20,7 +21,6 @@ namespace stmdcm {
 namespace {
 
 constexpr long kMostJobs = 256;
-constexpr std::size_t kMostKept = 1 << 16;
 constexpr char kOldOrNew[] = " is as it was or as it is to be";
 
 }  // namespace
@@ -36,34 +36,31 @@ class ManyFiles::Round {
           m_stop(stop),
           m_total(total),
           m_progress(context.command, total, isProgressAskedFor, Progress::Unit::Files) {
-        m_guard.SetLastWords(LastWords());
+        m_guard.SetLastWords({"\nstmdcm: interrupted; ", &m_out.HandedOn(), WordsBehindNumber()});
     }
 
     const Context& Asked() const { return m_context; }
     const StopRequest* Stop() const { return m_stop; }
     bool IsToStop() const { return m_stop != nullptr && m_stop->IsMade(); }
 
-    /// Where more are here already what is printed may wait for them.
-    void Take(const std::string& file, const FileOutcome& outcome, bool areMoreHere) {
+    void Take(const std::string& file, const FileOutcome& outcome) {
         if (!outcome.told.error.empty() || (m_isOutTerminal && !outcome.told.out.empty())) {
             m_progress.Clear();
         }
         if (m_take) {
             m_take(file, outcome);
-        } else {
-            m_out += outcome.told.out;
         }
-        if (!m_out.empty() && (!areMoreHere || !outcome.told.error.empty() || m_out.size() > kMostKept)) {
-            Print();
-        }
+        // What was changed is told before anything can happen, and a terminal shows things in their order.
+        const bool isDue = m_purpose == Purpose::Change || m_isOutTerminal || m_take || !outcome.told.error.empty();
+        m_out.Add(m_take ? "" : outcome.told.out, isDue ? LateOutput::When::Now : LateOutput::When::Soon);
         Console::ToStandardError(outcome.told.error);
         m_summary.Add(outcome.result);
         m_progress.Update(m_summary.Files());
-        m_guard.SetLastWords(LastWords());
     }
 
     ExitStatus End(const std::optional<Failure>& whyListIsUnread) {
         m_progress.Clear();
+        m_out.Flush();
         if (whyListIsUnread) {
             m_summary.AddRest("the list of files could not be read to its end", m_context.Tell(*whyListIsUnread));
         } else if (m_summary.Files() == 0) {
@@ -80,19 +77,13 @@ class ManyFiles::Round {
     /// Ends the program, with the last words.
     void Obey() {
         m_progress.Clear();
-        Print();
+        m_out.Flush();
         m_stop->Obey();
     }
 
   private:
-    void Print() {
-        Console::ToStandardOutput(m_out);
-        m_out.clear();
-    }
-
-    std::string LastWords() const {
-        return fmt::format("\nstmdcm: interrupted; {} of {} done{}\n", m_summary.Files(),
-                           m_total ? Counted(*m_total, "file") : "the files",
+    std::string WordsBehindNumber() const {
+        return fmt::format(" of {} done{}\n", m_total ? Counted(*m_total, "file") : "the files",
                            m_purpose == Purpose::Change
                                ? fmt::format("; each of the others{}, and the same command does the rest", kOldOrNew)
                                : "");
@@ -103,7 +94,7 @@ class ManyFiles::Round {
     Purpose m_purpose;
     const StopRequest* m_stop;
     std::optional<std::uint64_t> m_total;
-    std::string m_out;  ///< not printed yet
+    LateOutput m_out{Console::ToStandardOutput};
     bool m_isOutTerminal = ::isatty(STDOUT_FILENO) == 1;
     Progress m_progress;
     Summary m_summary;
@@ -186,32 +177,36 @@ void ManyFiles::RunHere(FileNames& names, Round& round, const FileWork& work) co
         if (!file) {
             break;
         }
-        round.Take(*file, WorkOn(*file, work, round.Asked()), false);
+        round.Take(*file, WorkOn(*file, work, round.Asked()));
     }
 }
 
 /// In turn, so that the next result in the order of the files is always that of the next worker.
 void ManyFiles::RunInWorkers(FileNames& names, Round& round, const FileWork& work) const {
-    Workers workers(Jobs(), work, round.Asked(), round.Stop(),
-                    m_purpose == Purpose::Change ? fmt::format("; it{}", kOldOrNew) : "");
+    const bool once = m_purpose == Purpose::Change;
+    Workers workers(Jobs(), work, round.Asked(), round.Stop(), once ? fmt::format("; it{}", kOldOrNew) : "", once);
     std::size_t sent = 0;
     std::size_t received = 0;
     const auto next = [&] { return received % workers.Count(); };
-    for (bool isEnd = false; !(isEnd = isEnd || round.IsToStop()) || sent > received;) {
-        const bool isFull = isEnd || sent - received == workers.Count() * Workers::kMostWaiting;
-        if (!isFull && (sent == received || names.IsReady())) {
+    const auto isFull = [&] { return sent - received == workers.Count() * Workers::kMostWaiting; };
+    for (bool isEnd = false; !isEnd || sent > received;) {
+        while (!(isEnd = isEnd || round.IsToStop()) && !isFull() && (sent == received || names.IsReady())) {
             const std::optional<std::string> name = names.Next();
             isEnd = !name;
             if (name) {
-                workers.Send(sent++ % workers.Count(), *name);
+                workers.Queue(sent++ % workers.Count(), *name);
             }
-        } else if (isFull || workers.HasResult(next()) || !names.WaitFor(workers.Descriptor(next()))) {
-            const std::string file = workers.FirstOf(next());
-            const std::optional<FileOutcome> outcome = workers.Receive(next());
-            ++received;
-            if (outcome) {
-                round.Take(file, *outcome, sent > received && workers.HasResult(next()));
-            }
+        }
+        workers.SendQueued();
+        const bool isForResults = isEnd || isFull() || workers.HasResult(next());
+        if (sent > received && (isForResults || !names.WaitFor(workers.Descriptor(next())))) {
+            do {
+                const std::string file = workers.FirstOf(next());
+                if (const std::optional<FileOutcome> outcome = workers.Receive(next())) {
+                    round.Take(file, *outcome);
+                }
+                ++received;
+            } while (sent > received && workers.HasResult(next()));
         }
     }
 }

@@ -10,6 +10,7 @@
 #include "source_utilities/ErrnoText.h"
 #include "stmdcm/capture/InterruptBlock.h"
 #include "tool/output/InterruptGuard.h"
+#include "tool/output/LateOutput.h"
 #include "tool/output/StopRequest.h"
 
 namespace stmdcm {
@@ -18,14 +19,32 @@ namespace {
 
 bool IsMade(const StopRequest* stop) { return stop != nullptr && stop->IsMade(); }
 
-/// What the work keeps, such as a plug-in, goes before the process does.
-[[noreturn]] void Serve(Channel& channel, FileWork work, const Context& context, const StopRequest* stop) {
-    try {
-        while (const std::optional<std::string> file = channel.Receive()) {
-            if (IsMade(stop) || !channel.Send(WorkOn(*file, work, context).Encode())) {
-                break;
-            }
+/// What is on its way when half of a worker's names are left: so it never waits for more of them.
+constexpr std::size_t kBatch = Workers::kMostWaiting / 2;
+
+void ServeEach(Channel& channel, const FileWork& work, const Context& context, const StopRequest* stop,
+               bool isCareful) {
+    LateOutput results([&](std::string_view framed) {
+        if (!channel.Send(framed)) {
+            throw Failure("the results are not taken any more");
         }
+    });
+    std::size_t count = 0;
+    while (const std::optional<std::string> file = channel.Receive()) {
+        if (IsMade(stop)) {
+            break;
+        }
+        const std::string result = Channel::Framed(WorkOn(*file, work, context).Encode());
+        const bool isDue = isCareful || ++count % kBatch == 0 || !channel.HasMessage();
+        results.Add(result, isDue ? LateOutput::When::Now : LateOutput::When::Soon);
+    }
+}
+
+/// What the work keeps, such as a plug-in, goes before the process does.
+[[noreturn]] void Serve(Channel& channel, FileWork work, const Context& context, const StopRequest* stop,
+                        bool isCareful) {
+    try {
+        ServeEach(channel, work, context, stop, isCareful);
         work = nullptr;
     } catch (...) {
         ::_exit(static_cast<int>(ExitStatus::Failed));
@@ -36,14 +55,14 @@ bool IsMade(const StopRequest* stop) { return stop != nullptr && stop->IsMade();
 }  // namespace
 
 Workers::Workers(std::size_t count, const FileWork& work, const Context& context, const StopRequest* stop,
-                 std::string ofUnfinished)
-    : m_work(work), m_context(context), m_stop(stop), m_ofUnfinished(std::move(ofUnfinished)) {
+                 std::string ofUnfinished, bool once)
+    : m_work(work), m_context(context), m_stop(stop), m_ofUnfinished(std::move(ofUnfinished)), m_once(once) {
     while (m_workers.size() < count) {
-        m_workers.push_back(Start());
+        m_workers.push_back(Start(m_once));
     }
 }
 
-Workers::Worker Workers::Start() {
+Workers::Worker Workers::Start(bool isCareful) {
     std::pair<Channel, Channel> ends = Channel::Pair();
     pid_t process = 0;
     {
@@ -61,9 +80,9 @@ Workers::Worker Workers::Start() {
     if (process == 0) {
         m_workers.clear();
         ends.first.Close();  // or else nobody would see the end of it
-        Serve(ends.second, m_work, m_context, m_stop);
+        Serve(ends.second, m_work, m_context, m_stop, isCareful);
     }
-    return {std::move(ends.first), process, {}};
+    return {std::move(ends.first), process, isCareful};
 }
 
 Workers::~Workers() {
@@ -91,23 +110,34 @@ std::string Workers::Reap(Worker& worker) {
 /// False: `why` it can't be.
 bool Workers::Restart(Worker& worker, std::string& why) try {
     Reap(worker);
-    Worker other = Start();
+    Worker other = Start(true);
+    std::string names;
     for (const std::string& file : worker.files) {
-        other.channel.Send(file);
+        names += Channel::Framed(file);
     }
-    worker.channel = std::move(other.channel);
-    worker.process = other.process;
+    other.channel.Send(names);
+    other.files = std::move(worker.files);
+    worker = std::move(other);
     return true;
 } catch (const Failure& failure) {
     why = failure.what();
     return false;
 }
 
-void Workers::Send(std::size_t worker, const std::string& file) {
-    Worker& its = m_workers[worker];
-    its.files.push_back(file);
-    if (std::string why; !its.channel.Send(file) && its.files.size() == 1) {  // it has ended with nothing to do
-        Restart(its, why);
+void Workers::Queue(std::size_t worker, const std::string& file) {
+    m_workers[worker].files.push_back(file);
+    m_workers[worker].queued += Channel::Framed(file);
+    ++m_workers[worker].queuedCount;
+}
+
+void Workers::SendQueued() {
+    for (Worker& worker : m_workers) {
+        const std::size_t count = std::exchange(worker.queuedCount, 0);
+        const std::string names = std::exchange(worker.queued, {});
+        std::string why;
+        if (!names.empty() && !worker.channel.Send(names) && count == worker.files.size()) {
+            Restart(worker, why);  // it has ended with nothing to do
+        }
     }
 }
 
@@ -124,7 +154,8 @@ std::optional<FileOutcome> Workers::Receive(std::size_t worker) {
             return FileOutcome::Decode(*message);
         }
         std::string why;
-        if (const std::string how = Reap(its); !how.empty()) {
+        const std::string how = Reap(its);
+        if (!how.empty() && (its.isCareful || IsMade(m_stop))) {
             FileOutcome outcome =
                 Fail(its, fmt::format("the process that worked on it has ended too early ({}){}", how, m_ofUnfinished));
             if (!IsMade(m_stop)) {

@@ -22,9 +22,13 @@ Console Console::Into(Told& told) const {
 }
 
 void Console::ToStandardOutput(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        throw Failure(fmt::format("standard output can't be written: {}", ZU_WEP::ErrnoText(errno)),
-                      Failure::Kind::Output);
+    while (!text.empty()) {
+        const ssize_t count = ::write(STDOUT_FILENO, text.data(), text.size());
+        if (count < 0 && errno != EINTR) {
+            throw Failure(fmt::format("standard output can't be written: {}", ZU_WEP::ErrnoText(errno)),
+                          Failure::Kind::Output);
+        }
+        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
     }
 }
 

@@ -2,10 +2,12 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <string_view>
 #include <utility>
@@ -76,10 +78,22 @@ InterruptGuard::~InterruptGuard() {
     *link = m_before;
 }
 
-void InterruptGuard::SetLastWords(std::string words) {
-    std::string& free = m_words[m_lastWords == m_words.data() ? 1 : 0];
-    free = std::move(words);
-    m_lastWords = &free;
+void InterruptGuard::SetLastWords(LastWords words) {
+    const InterruptBlock block;
+    m_lastWords = std::move(words);
+}
+
+/// Async-signal-safe. To standard error; where that does not take it nobody can be told.
+void InterruptGuard::SayLastWords() const {
+    if (m_lastWords.number == nullptr) {
+        return;
+    }
+    std::array<char, 20> digits;
+    const auto number = std::to_chars(digits.data(), digits.data() + digits.size(), m_lastWords.number->load());
+    const std::array<iovec, 3> pieces{{{const_cast<char*>(m_lastWords.before.data()), m_lastWords.before.size()},
+                                       {digits.data(), static_cast<std::size_t>(number.ptr - digits.data())},
+                                       {const_cast<char*>(m_lastWords.behind.data()), m_lastWords.behind.size()}}};
+    [[maybe_unused]] const ssize_t written = ::writev(STDERR_FILENO, pieces.data(), pieces.size());
 }
 
 void InterruptGuard::TakeSignals() {
@@ -104,9 +118,8 @@ void InterruptGuard::CleanUpAndEnd(int number) {
     }
     for (const InterruptGuard* guard = s_last; guard != nullptr; guard = guard->m_before) {
         Remove(AT_FDCWD, guard->m_path.c_str(), kDeepest);
-        const std::string* words = number == SIGPIPE ? nullptr : guard->m_lastWords.load();
-        if (words != nullptr && ::write(STDERR_FILENO, words->data(), words->size()) < 0) {
-            continue;  // nobody can be told
+        if (number != SIGPIPE) {
+            guard->SayLastWords();
         }
     }
     ::signal(number, SIG_DFL);

@@ -14,60 +14,55 @@ namespace stmdcm {
 namespace {
 
 template <class Item>
-Json ItemToJson(const Item& item);
+void WriteItem(JsonWriter& out, const Item& item);
 
-template <class Item>
-Json ItemsToJson(const std::vector<Item>& items) {
-    Json array = Json::array();
-    array.get_ref<Json::array_t&>().reserve(items.size());
-    for (const Item& item : items) {
-        array.push_back(ItemToJson(item));
-    }
-    return array;
-}
-
-class JsonVisitor {
+class FieldWriter {
   public:
-    explicit JsonVisitor(Json& out) : m_members(out.get_ref<Json::object_t&>()) { m_members.reserve(kMostFields); }
+    explicit FieldWriter(JsonWriter& out) : m_out(out) {}
 
     template <class T>
     void operator()(const Field& field, const T& value) const {
-        m_members.emplace_back(field.name, value);
+        m_out.Member(field.name, value);
     }
     // JavaScript would round a large number, so all of this width are strings.
     void operator()(const Field& field, std::int64_t value) const {
-        Put(field, fmt::format("{}", value), UtcTime(value));
+        m_out.Member(field.name, std::to_string(value));
+        PutTime(field, UtcTime(value));
     }
     void operator()(const Field& field, const std::optional<std::int64_t>& value) const {
         if (value) {
             (*this)(field, *value);
         } else {
-            Put(field, nullptr, nullptr);
+            m_out.Member(field.name, nullptr);
+            PutTime(field, nullptr);
         }
     }
     template <class T>
     void operator()(const Field& field, const std::vector<T>& items) const {
-        m_members.emplace_back(field.name, ItemsToJson(items));
+        m_out.Key(field.name).BeginArray();
+        for (const T& item : items) {
+            WriteItem(m_out, item);
+        }
+        m_out.EndArray();
     }
 
   private:
-    void Put(const Field& field, Json value, Json time) const {
-        m_members.emplace_back(field.name, std::move(value));
+    template <class T>
+    void PutTime(const Field& field, const T& time) const {
         if (field.unit == Unit::UnixTime) {
-            m_members.emplace_back(std::string(field.name) + "_utc", std::move(time));
+            const std::string name = std::string(field.name) + "_utc";
+            m_out.Member(name, time);
         }
     }
 
-    static constexpr std::size_t kMostFields = 12;  // more than that are kept, too
-
-    Json::object_t& m_members;  ///< behind each other, without a search: no two fields have one name
+    JsonWriter& m_out;
 };
 
 template <class Item>
-Json ItemToJson(const Item& item) {
-    Json object = Json::object();
-    VisitFields(item, JsonVisitor(object));
-    return object;
+void WriteItem(JsonWriter& out, const Item& item) {
+    out.BeginObject();
+    VisitFields(item, FieldWriter(out));
+    out.EndObject();
 }
 
 /// "sc", "pmi_cmi".
@@ -78,33 +73,29 @@ std::string KeyOf(Zu::Wep::Trace::UsecaseKind kind) {
     return key;
 }
 
-Json PropertyToJson(const Property& property) {
-    const auto value = [&](std::int32_t number) { return property.isFlag ? Json(number != 0) : Json(number); };
-    Json json = Json::object();
-    auto& members = json.get_ref<Json::object_t&>();
-    members.reserve(4);
-    members.emplace_back("name", property.name);
-    members.emplace_back("value", value(property.value));
-    members.emplace_back("default", value(property.defaultValue));
-    members.emplace_back("text", InWords(property));
-    return json;
+void WriteProperty(JsonWriter& out, const Property& property) {
+    const auto put = [&](const char* name, std::int32_t number) {
+        property.isFlag ? out.Member(name, number != 0) : out.Member(name, number);
+    };
+    out.BeginObject().Member("name", property.name);
+    put("value", property.value);
+    put("default", property.defaultValue);
+    out.Member("text", InWords(property)).EndObject();
 }
 
-Json PinToJson(const ImageIdentity& pin) {
-    return {{"size", std::to_string(pin.size)},
-            {"sha256", InHexadecimal(pin.sha256)},
-            {"build_id", JsonRenderer::OrNull(InHexadecimal(pin.buildId))}};
+void WritePin(JsonWriter& out, const ImageIdentity& pin) {
+    out.BeginObject().Member("size", std::to_string(pin.size)).Member("sha256", InHexadecimal(pin.sha256));
+    out.Key("build_id").OrNull(InHexadecimal(pin.buildId)).EndObject();
 }
 
-Json PropertiesToJson(const std::vector<Property>& properties, bool changedOnly) {
-    Json array = Json::array();
-    array.get_ref<Json::array_t&>().reserve(properties.size());
-    for (const Property& property : properties) {
-        if (!changedOnly || !property.IsAtDefault()) {
-            array.push_back(PropertyToJson(property));
-        }
-    }
-    return array;
+void WriteUsecases(JsonWriter& out, const Configuration& configuration) {
+    out.BeginObject();
+    Configuration::ForEachKind([&](auto kind, auto list) {
+        const std::string key = KeyOf(kind);
+        const FieldWriter write(out);
+        write({key.c_str()}, configuration.*list);
+    });
+    out.EndObject();
 }
 
 /// Behind the members of `first` those of `rest`, none of which is copied: documents can be large.
@@ -119,17 +110,6 @@ Json Object(Json first, Json rest) {
 }
 
 constexpr int kJsonIndent = 2;
-constexpr int kNoLines = -1;
-
-std::string Dumped(const Json& document, int indent) {
-    try {
-        return document.dump(indent) + "\n";
-    } catch (const Json::type_error&) {  // a text is no UTF-8
-        Json whole = document;
-        whole["bytes"] = JsonRenderer::InvalidTexts(document);
-        return whole.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
-    }
-}
 
 }  // namespace
 
@@ -137,9 +117,13 @@ Json JsonRenderer::Document(const char* command, Json findings) {
     return Object({{"schema", kSchemaVersion}, {"command", command}}, std::move(findings));
 }
 
-std::string JsonRenderer::Text(const Json& document) { return Dumped(document, kJsonIndent); }
+JsonWriter JsonRenderer::Begin(const char* command) {
+    JsonWriter out;
+    out.BeginObject().Member("schema", kSchemaVersion).Member("command", command);
+    return out;
+}
 
-std::string JsonRenderer::Line(const Json& document) { return Dumped(document, kNoLines); }
+std::string JsonRenderer::Text(const JsonLine& document) { return Json::parse(document.text).dump(kJsonIndent) + "\n"; }
 
 Json JsonRenderer::InvalidTexts(const Json& json, const std::string& pointer) {
     Json invalid = Json::object();
@@ -161,27 +145,56 @@ std::string JsonRenderer::PlainText(const Json& document) {
     return document.dump(kJsonIndent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-Json JsonRenderer::Render(const Configuration& configuration, const Selection& selection) {
-    Json json = {{"properties", nullptr}, {"use_cases", nullptr}, {"object_files", nullptr}};
+void JsonRenderer::Write(JsonWriter& out, const Configuration& configuration, const Selection& selection) {
+    out.BeginObject().Key("properties");
     if (selection.properties) {
-        json["properties"] = PropertiesToJson(configuration.properties, selection.changedOnly);
+        WriteProperties(out, configuration.properties, selection.changedOnly);
+    } else {
+        out.Value(nullptr);
     }
+    out.Key("use_cases");
     if (selection.usecases) {
-        Configuration::ForEachKind(
-            [&](auto kind, auto list) { json["use_cases"][KeyOf(kind)] = ItemsToJson(configuration.*list); });
+        WriteUsecases(out, configuration);
+    } else {
+        out.Value(nullptr);
     }
+    out.Key("object_files");
     if (selection.objectFiles) {
-        json["object_files"] = ObjectFiles(configuration.objectFiles);
+        Write(out, configuration.objectFiles);
+    } else {
+        out.Value(nullptr);
     }
-    return json;
+    out.EndObject();
 }
 
-Json JsonRenderer::ObjectFiles(const std::vector<ObjectFile>& files) {
-    Json array = ItemsToJson(files);
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        array[i]["pin"] = files[i].pin ? PinToJson(*files[i].pin) : Json(nullptr);
+void JsonRenderer::WriteProperties(JsonWriter& out, const std::vector<Property>& properties, bool changedOnly) {
+    out.BeginArray();
+    for (const Property& property : properties) {
+        if (!changedOnly || !property.IsAtDefault()) {
+            WriteProperty(out, property);
+        }
     }
-    return array;
+    out.EndArray();
+}
+
+void JsonRenderer::Write(JsonWriter& out, const std::vector<ObjectFile>& files) {
+    out.BeginArray();
+    for (const ObjectFile& file : files) {
+        out.BeginObject();
+        WriteMembers(out, file);
+        out.EndObject();
+    }
+    out.EndArray();
+}
+
+void JsonRenderer::WriteMembers(JsonWriter& out, const ObjectFile& file) {
+    VisitFields(file, FieldWriter(out));
+    out.Key("pin");
+    if (file.pin) {
+        WritePin(out, *file.pin);
+    } else {
+        out.Value(nullptr);
+    }
 }
 
 Json JsonRenderer::Differences(const std::vector<Difference>& differences) {

@@ -27,12 +27,8 @@ constexpr char kNull[] = "null";
 const Palette kPlain(false);
 const std::vector<std::string> kAll;
 
-/// Without its line feed.
-std::string OneLine(const Json& document) {
-    std::string line = JsonRenderer::Line(document);
-    line.pop_back();
-    return line;
-}
+std::string OneLine(const JsonLine& document) { return document.text; }
+std::string OneLine(const Json& document) { return JsonWriter().Value(document).Take().text; }
 
 /// A document of several lines in one: outside of its texts, in which there are none, line feeds say nothing.
 void AddInOneLine(std::string_view lines, std::string& line) {

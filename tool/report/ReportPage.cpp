@@ -38,11 +38,10 @@ std::string About() {
     Settings settings;
     Fill(fresh, settings);
     const std::int64_t now = std::time(nullptr);
-    return JsonRenderer::Line(
-        JsonRenderer::Document("report", {{"version", STMDCM_VERSION},
-                                          {"made", std::to_string(now)},
-                                          {"made_utc", UtcTime(now)},
-                                          {"defaults", JsonRenderer::Render(fresh).at("properties")}}));
+    JsonWriter out = JsonRenderer::Begin("report");
+    out.Member("version", STMDCM_VERSION).Member("made", std::to_string(now)).Member("made_utc", UtcTime(now));
+    JsonRenderer::Write(out.Key("defaults"), fresh, {true, false, false, false});
+    return out.EndObject().Take().text;
 }
 
 /// Nothing is loaded from anywhere, and no script or style runs but the page's own.

@@ -14,23 +14,22 @@ namespace stmdcm {
 
 namespace {
 
+constexpr std::size_t IndexOf(Severity severity) { return static_cast<std::size_t>(severity); }
+
 constexpr Severity kSeverities[] = {Severity::Error, Severity::Warning, Severity::Note};
 
 /// By severity: note, warning, error.
 constexpr Style kSeverityStyles[] = {Style::Quiet, Style::Notable, Style::Bad};
 
-Style StyleOf(const FindingKind& kind) { return kSeverityStyles[static_cast<std::size_t>(kind.severity)]; }
+Style StyleOf(const FindingKind& kind) { return kSeverityStyles[IndexOf(kind.severity)]; }
 
-Json ToJson(const Finding& finding, const std::string& next) {
+void Write(JsonWriter& out, const Finding& finding, const std::string& next) {
     const Place& place = finding.place;
-    return {{"id", finding.kind->id},
-            {"severity", SeverityName(finding.kind->severity)},
-            {"section", JsonRenderer::OrNull(place.section)},
-            {"offset", place.offset ? Json(std::to_string(*place.offset)) : nullptr},
-            {"line", place.line != 0 ? Json(place.line) : nullptr},
-            {"what", finding.what},
-            {"reader", finding.effect},
-            {"next", JsonRenderer::OrNull(next)}};
+    out.BeginObject().Member("id", finding.kind->id).Member("severity", SeverityName(finding.kind->severity));
+    out.Key("section").OrNull(place.section);
+    out.Key("offset").OrNull(place.offset ? std::to_string(*place.offset) : "").Key("line");
+    place.line != 0 ? out.Value(place.line) : out.Value(nullptr);
+    out.Member("what", finding.what).Member("reader", finding.effect).Key("next").OrNull(next).EndObject();
 }
 
 }  // namespace
@@ -61,11 +60,11 @@ bool CheckReport::IsShown(const FindingKind& kind) const {
     return kind.severity >= least && std::find(ignored.begin(), ignored.end(), kind.id) == ignored.end();
 }
 
-std::map<Severity, std::size_t> CheckReport::Numbers() const {
-    std::map<Severity, std::size_t> numbers;
+std::array<std::size_t, 3> CheckReport::Numbers() const {
+    std::array<std::size_t, 3> numbers{};
     for (const FindingKind& kind : kFindingKinds) {
         if (const std::size_t count = file.findings.Count(kind); count > 0 && IsShown(kind)) {
-            numbers[kind.severity] += count;
+            numbers[IndexOf(kind.severity)] += count;
         }
     }
     return numbers;
@@ -73,49 +72,50 @@ std::map<Severity, std::size_t> CheckReport::Numbers() const {
 
 bool CheckReport::HasProblem() const {
     const auto numbers = Numbers();
-    return numbers.contains(Severity::Error) || numbers.contains(Severity::Warning);
+    return numbers[IndexOf(Severity::Error)] + numbers[IndexOf(Severity::Warning)] > 0;
 }
 
 std::vector<Count> CheckReport::Counts() const {
-    auto numbers = Numbers();
+    const auto numbers = Numbers();
     std::vector<Count> counts;
     counts.reserve(std::size(kSeverities));
     for (const Severity severity : kSeverities) {
-        counts.push_back({SeverityName(severity), numbers[severity], true});
+        counts.push_back({SeverityName(severity), numbers[IndexOf(severity)], true});
     }
     return counts;
-}
-
-std::vector<Finding> CheckReport::Shown() const {
-    std::vector<Finding> findings = file.findings.Sorted();
-    std::erase_if(findings, [&](const Finding& finding) { return !IsShown(*finding.kind); });
-    return findings;
 }
 
 template <class Tell>
 void CheckReport::EachUntold(Tell tell) const {
     for (const FindingKind& kind : kFindingKinds) {
         const std::size_t count = file.findings.Count(kind);
-        if (IsShown(kind) && count > Findings::kMaxOfKind) {
+        if (count > Findings::kMaxOfKind && IsShown(kind)) {
             tell(kind, count - Findings::kMaxOfKind);
         }
     }
 }
 
 std::string CheckReport::Text(const Palette& palette) const {
-    std::string text = fmt::format("{}: {}; {}\n", palette.Paint(Style::Heading, stmdcm::Shown(file.path)),
+    std::string text = fmt::format("{}: {}; {}\n", palette.Paint(Style::Heading, Shown(file.path)),
                                    Escaped(VerdictOn(file).sentence), InWords(Counts()));
     const NextCommands next(file, NextCommands::LongNames::AsFile);
     std::set<std::string> named;
+    // Without fmt, which takes longer than all else where there are thousands of captures.
     const auto tell = [&](const FindingKind& kind, const std::string& place, const std::string& what) {
-        text += fmt::format("  {} {}{}{}: {}\n", palette.Paint(StyleOf(kind), SeverityName(kind.severity)), kind.id,
-                            place.empty() ? "" : " ", place, what);
+        text += "  " + palette.Paint(StyleOf(kind), SeverityName(kind.severity)) + ' ';
+        text += kind.id;
+        (text += place.empty() ? "" : " ") += place;
+        (text += ": ") += what;
+        text += '\n';
     };
-    for (const Finding& finding : Shown()) {
+    for (const Finding& finding : file.findings.Sorted()) {
+        if (!IsShown(*finding.kind)) {
+            continue;
+        }
         tell(*finding.kind, InWords(finding.place), finding.what);
-        text += fmt::format("      reader: {}\n", finding.effect);
+        ((text += "      reader: ") += finding.effect) += '\n';
         if (const std::string command = next.For(*finding.kind); !command.empty() && named.insert(command).second) {
-            text += fmt::format("      next: {}\n", command);
+            ((text += "      next: ") += command) += '\n';
         }
     }
     EachUntold([&](const FindingKind& kind, std::size_t count) {
@@ -124,27 +124,33 @@ std::string CheckReport::Text(const Palette& palette) const {
     return text;
 }
 
-Json CheckReport::FileDocument() const {
+void CheckReport::WriteFile(JsonWriter& out) const {
     const Verdict verdict = VerdictOn(file);
     const NextCommands next(file);
-    Json object = {{"path", file.path},           {"kind", file.kind ? Json(KindName(*file.kind)) : nullptr},
-                   {"loads", verdict.loads},      {"missing", verdict.missing},
-                   {"verdict", verdict.sentence}, {"findings", Json::array()},
-                   {"more", Json::array()}};
-    for (const Finding& finding : Shown()) {
-        object["findings"].push_back(ToJson(finding, next.For(*finding.kind)));
+    out.BeginObject().Member("path", file.path).Key("kind").OrNull(file.kind ? KindName(*file.kind) : "");
+    out.Member("loads", verdict.loads).Member("missing", verdict.missing).Member("verdict", verdict.sentence);
+    out.Key("findings").BeginArray();
+    for (const Finding& finding : file.findings.Sorted()) {
+        if (IsShown(*finding.kind)) {
+            Write(out, finding, next.For(*finding.kind));
+        }
     }
+    out.EndArray().Key("more").BeginArray();
     EachUntold([&](const FindingKind& kind, std::size_t count) {
-        object["more"].push_back({{"id", kind.id}, {"count", count}});
+        out.BeginObject().Member("id", kind.id).Member("count", count).EndObject();
     });
+    out.EndArray();
     for (const Count& count : Counts()) {
-        object[count.what + "s"] = count.number;
+        out.Member(count.what + "s", count.number);
     }
-    return object;
+    out.EndObject();
 }
 
-Json CheckReport::Document() const {
-    return JsonRenderer::Document("check", {{"files", Json::array({FileDocument()})}, {"problems", HasProblem()}});
+JsonLine CheckReport::Document() const {
+    JsonWriter out = JsonRenderer::Begin("check");
+    out.Key("files").BeginArray();
+    WriteFile(out);
+    return out.EndArray().Member("problems", HasProblem()).EndObject().Take();
 }
 
 }  // namespace stmdcm

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <map>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -32,17 +32,16 @@ struct CheckReport {
     std::vector<Count> Counts() const;
     std::string Text(const Palette& palette) const;
     /// docs/json.md
-    Json Document() const;
+    JsonLine Document() const;
 
   private:
     bool IsShown(const FindingKind& kind) const;
     /// How many of each severity there are.
-    std::map<Severity, std::size_t> Numbers() const;
-    std::vector<Finding> Shown() const;
+    std::array<std::size_t, 3> Numbers() const;
     /// Calls `tell` with each kind of which there are more than are told, and how many more.
     template <class Tell>
     void EachUntold(Tell tell) const;
-    Json FileDocument() const;
+    void WriteFile(JsonWriter& out) const;
 };
 
 }  // namespace stmdcm

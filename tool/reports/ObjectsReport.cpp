@@ -50,21 +50,18 @@ std::string ObjectsReport::Text(const Palette& palette) const {
            "\n" + table.Text(palette, 2);
 }
 
-Json ObjectsReport::Document() const {
-    Json files = Json::array();
+JsonLine ObjectsReport::Document() const {
+    JsonWriter out = JsonRenderer::Begin("objects");
+    out.Member("file", list.path).Key("object_files").BeginArray();
     for (const ImageAnswer& answer : list.answers) {
-        Json json = JsonRenderer::ObjectFiles({answer.recorded}).front();
-        json["how"] = answer.HowName();
-        json["found"] = JsonRenderer::ObjectFiles({answer.found}).front();
-        json["candidates"] = answer.candidates;
-        files.push_back(std::move(json));
+        out.BeginObject();
+        JsonRenderer::WriteMembers(out, answer.recorded);
+        out.Member("how", answer.HowName()).Key("found").BeginObject();
+        JsonRenderer::WriteMembers(out, answer.found);
+        out.EndObject().Member("candidates", answer.candidates).EndObject();
     }
-    return JsonRenderer::Document("objects", {{"file", list.path},
-                                              {"object_files", files},
-                                              {"unresolved", list.unresolved},
-                                              {"changed", list.hasChanges},
-                                              {"written", list.isWritten},
-                                              {"doubts", list.doubts}});
+    out.EndArray().Member("unresolved", list.unresolved).Member("changed", list.hasChanges);
+    return out.Member("written", list.isWritten).Member("doubts", list.doubts).EndObject().Take();
 }
 
 }  // namespace stmdcm

@@ -15,7 +15,7 @@ struct ObjectsReport {
     ImageParts parts;  ///< that were to be recorded
 
     std::string Text(const Palette& palette) const;
-    Json Document() const;
+    JsonLine Document() const;
 
   private:
     static void AddRows(const ImageAnswer& answer, Table& table);

@@ -42,13 +42,14 @@ std::string ShowReport::Values() const {
     return fmt::format("{}\n", fmt::join(values, " "));
 }
 
-Json ShowReport::ConfigurationDocument() const {
+void ShowReport::WriteConfiguration(JsonWriter& out) const {
     if (wanted.empty()) {
-        return JsonRenderer::Render(loaded.configuration, selection);
+        JsonRenderer::Write(out, loaded.configuration, selection);
+        return;
     }
     Configuration some;
     some.properties = Wanted();
-    return JsonRenderer::Render(some, selection);
+    JsonRenderer::Write(out, some, selection);
 }
 
 std::string ShowReport::Text(const Palette& palette) const {
@@ -60,12 +61,12 @@ std::string ShowReport::Text(const Palette& palette) const {
     return isOneOfMany ? renderer.Heading(Shown(loaded.path)) + text + "\n" : text;
 }
 
-Json ShowReport::Document() const {
-    return JsonRenderer::Document("show", {{"file", loaded.path},
-                                           {"kind", KindName(*loaded.kind)},
-                                           {"loaded", loaded.isLoaded},
-                                           {"doubts", doubts},
-                                           {"configuration", ConfigurationDocument()}});
+JsonLine ShowReport::Document() const {
+    JsonWriter out = JsonRenderer::Begin("show");
+    out.Member("file", loaded.path).Member("kind", KindName(*loaded.kind)).Member("loaded", loaded.isLoaded);
+    out.Member("doubts", doubts).Key("configuration");
+    WriteConfiguration(out);
+    return out.EndObject().Take();
 }
 
 }  // namespace stmdcm

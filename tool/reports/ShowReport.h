@@ -23,14 +23,14 @@ struct ShowReport {
                          bool isOneOfMany = false);
 
     std::string Text(const Palette& palette) const;
-    Json Document() const;
+    JsonLine Document() const;
 
   private:
     /// In the order in which they are wanted.
     std::vector<Property> Wanted() const;
     /// Numbers as settings text has them, so "set" takes them. A file that says nothing has its line, too.
     std::string Values() const;
-    Json ConfigurationDocument() const;
+    void WriteConfiguration(JsonWriter& out) const;
 };
 
 }  // namespace stmdcm

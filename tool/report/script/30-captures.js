@@ -2,7 +2,7 @@
 
 const blocks = [...document.querySelectorAll("script.capture")];
 const about = JSON.parse(document.getElementById("about").textContent);
-const defaults = new Map(about.defaults.map((property) => [property.name, property]));
+const defaults = new Map(about.defaults.properties.map((property) => [property.name, property]));
 let kept = {index: -1, capture: null};
 
 function captureAt(index) {
