@@ -24,6 +24,7 @@ namespace {
 
 constexpr std::int64_t kRecorded = 1700000000;
 constexpr std::size_t kLargestTrace = 1500;
+constexpr char kGone[] = "/srv/builds/gone";
 
 constexpr std::array kHostile = {
     "<script>alert(1)<!--"sv, "\"quoted\"; rm -rf"sv, "=1+2"sv,        "caf\xc3\xa9"sv, "no\xff\xfeutf8"sv,
@@ -53,7 +54,7 @@ std::string Settings(Random& random) {
 std::string ObjectFiles(Random& random, const std::string& images) {
     std::string payload;
     for (std::size_t i = random.Below(3); i > 0; --i) {
-        const std::string folder = random.OneIn(3) ? "/srv/builds/gone" : images;
+        const std::string folder = random.OneIn(3) ? kGone : images;
         const std::string name = random.OneIn(20) ? std::string(random.OneOf(kHostile)) : fmt::format("core{}", i);
         AppendObjectFileEntry(payload, {name, fmt::format("{}/app{}.out", folder, random.Below(4)),
                                         kRecorded + (random.OneIn(5) ? 60 : 0)});
@@ -109,8 +110,9 @@ GeneratedFile Torn(Random& random, const std::string& images) {
     return {bytes.substr(0, random.Below(bytes.size())), ".tdf"};
 }
 
-GeneratedFile DamagedSomehow(Random& random, const std::string& images) {
-    std::vector<stmdcm::Damaged> damages = stmdcm::Damages(WholeBytes(random, images));
+/// Its images are not there: half of a path would be a folder, of which what is told changes while others write there.
+GeneratedFile DamagedSomehow(Random& random, const std::string& /*images*/) {
+    std::vector<stmdcm::Damaged> damages = stmdcm::Damages(WholeBytes(random, kGone));
     return {std::move(damages[random.Below(damages.size())].bytes), ".tdf"};
 }
 

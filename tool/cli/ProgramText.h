@@ -49,6 +49,7 @@ inline constexpr TextRow kFiles[] = {
 inline constexpr char kSeeAlso[] =
     "flock(2), the lock that is held while a file is changed; docs/ in the source of this program: tdf.md and "
     "settings-text.md for the formats, scenario.md, pins.md, bundle.md, check.md for the findings, recover.md, "
-    "validate.md, report.md, json.md, host-guide.md, host-checker.md and interface-policy.md.";
+    "validate.md, report.md, json.md, python.md and farm.md for many captures, host-guide.md, host-checker.md and "
+    "interface-policy.md.";
 
 }  // namespace stmdcm

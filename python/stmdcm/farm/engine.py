@@ -18,7 +18,7 @@ from stmdcm.farm.local import local_workers
 from stmdcm.farm.reading import version
 
 BATCHES_A_THREAD = 3  # one that is worked on, one that waits there, one on its way
-LONGEST_BATCH = 256
+LONGEST_BATCH = 1024
 SECONDS_A_BATCH = 0.25  # against a millisecond or two that a task costs the scheduler
 MOST_DEATHS = 5
 TICK = 0.2
