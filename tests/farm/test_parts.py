@@ -7,6 +7,7 @@ import pytest
 from stmdcm.farm import reading
 from stmdcm.farm.errors import FarmError
 from stmdcm.farm.names import Once, Sources
+from stmdcm.farm.progress import Progress
 from stmdcm.farm.results import Results, documents
 from stmdcm.farm.rows import name_of
 
@@ -39,6 +40,13 @@ def test_names_are_those_of_the_folders_and_lists(tmp_path):
         listed.write_bytes(wrong)
         with pytest.raises(FarmError):
             names_of(listed)
+
+
+def test_progress_tells_a_rate_and_the_time_left():
+    progress = Progress(100, None)
+    assert progress.line(300, 10.0) == "300 captures, 20/s"
+    progress.all = 7600
+    assert progress.line(400, 10.0) == "5% (400 of 7,600 captures), 30/s, 4 min 0 s left"
 
 
 def rows():

@@ -22,30 +22,32 @@ class Progress:
     def __init__(self, before: int, count_all: Optional[Callable[[], int]]) -> None:
         """`before` are done already. All are counted beside the work, where `count_all` can do that."""
         self._before = before
-        self._all: Optional[int] = None
+        self.all: Optional[int] = None
         self._begin = time.monotonic()
-        self._next = self._begin + INTERVAL
+        self._next = self._begin
         self._is_shown = sys.stderr.isatty()
         if self._is_shown and count_all:
             threading.Thread(target=self._count, args=(count_all,), daemon=True).start()
 
     def _count(self, count_all: Callable[[], int]) -> None:
-        self._all = count_all()
+        self.all = count_all()
 
     def update(self, done: int) -> None:
         now = time.monotonic()
-        if self._is_shown and now >= self._next:
+        if done == self._before:
+            self._begin = now  # the workers start, which says nothing of the rate
+        elif self._is_shown and now >= self._next:
             self._write("\r" + self.line(done, now - self._begin) + "\x1b[K")
             self._next = now + INTERVAL
 
     def line(self, done: int, seconds: float) -> str:
-        rate = (done - self._before) / seconds
+        rate = (done - self._before) / max(seconds, 0.001)
         speed = f"{rate:,.0f}/s"
-        if self._all is None:
+        if self.all is None:
             return f"{done:,} captures, {speed}"
-        left = f", {in_words((self._all - done) / rate)} left" if rate > 0 and self._all >= done else ""
-        percent = 100 * done // max(1, self._all)
-        return f"{percent}% ({done:,} of {self._all:,} captures), {speed}{left}"
+        left = f", {in_words((self.all - done) / rate)} left" if rate > 0 and self.all >= done else ""
+        percent = 100 * done // max(1, self.all)
+        return f"{percent}% ({done:,} of {self.all:,} captures), {speed}{left}"
 
     def clear(self) -> None:
         self._write("\r\x1b[K")
