@@ -128,15 +128,20 @@ void CaptureDocument::AddImages(const std::string& path, ImageFinder& finder) {
         }));
 }
 
+/// None of a file that hosts read, and show and explain refuse: it can't be settings text.
 void CaptureDocument::AddOrigins(const std::string& path) {
     Json origins = Json::array();
-    if (m_reading.isLoaded) {
-        const StatingFile file(path);
-        for (const Zu::Wep::Trace::StmProperty& row : Zu::Wep::Trace::kStmProperties) {
-            if (Json origin = OriginOf(ExplainProperty(file, row)); !origin.is_null()) {
-                origins.push_back(std::move(origin));
+    try {
+        if (m_reading.isLoaded) {
+            const StatingFile file(path);
+            for (const Zu::Wep::Trace::StmProperty& row : Zu::Wep::Trace::kStmProperties) {
+                if (Json origin = OriginOf(ExplainProperty(file, row)); !origin.is_null()) {
+                    origins.push_back(std::move(origin));
+                }
             }
         }
+    } catch (const Failure&) {
+        origins.clear();
     }
     Add("origins", OneLine(origins));
 }
