@@ -1,5 +1,7 @@
 #include "bench/Ratios.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <utility>
@@ -14,7 +16,16 @@ std::vector<std::pair<std::string, std::vector<Limit>>>& Limits() {
     return limits;
 }
 
+std::vector<std::pair<std::string, std::vector<CounterLimit>>>& CounterLimits() {
+    static std::vector<std::pair<std::string, std::vector<CounterLimit>>> limits;
+    return limits;
+}
+
 }  // namespace
+
+Limited::Limited(std::string benchmark, std::vector<CounterLimit> limits) {
+    CounterLimits().emplace_back(std::move(benchmark), std::move(limits));
+}
 
 Family::Family(std::string what, const std::vector<Contender>& contenders, std::vector<Limit> limits, Timing timing) {
     for (const Contender& contender : contenders) {
@@ -30,13 +41,38 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
     for (const Run& run : runs) {
         const std::string name = run.run_name.function_name;
         const auto slash = name.rfind('/');
-        if (!run.error_occurred && run.aggregate_name == "median") {
+        if (!run.error_occurred && (run.aggregate_name == "median" || run.repetitions == 1)) {
             m_medians[name.substr(0, slash)][name.substr(slash + 1)] = run.GetAdjustedRealTime();
+            m_counters[name] = run.counters;
         }
     }
 }
 
 void RatioReporter::Finalize() {
+    ShowRatios();
+    ShowCounters();
+}
+
+void RatioReporter::Hold(const std::string& line, bool isHeld) {
+    m_isAllHeld = m_isAllHeld && isHeld;
+    std::printf("%s: %s\n", line.c_str(), isHeld ? "held" : "NOT HELD");
+}
+
+void RatioReporter::ShowCounters() {
+    for (const auto& [name, limits] : CounterLimits()) {
+        const auto counters = m_counters.find(name);
+        for (const CounterLimit& limit : limits) {
+            if (counters != m_counters.end()) {
+                const double value = counters->second.at(limit.counter).value;
+                Hold(fmt::format("  {:<44} {:<36} {:6.2f}  {:g} to {:g}", name, limit.counter, value, limit.least,
+                                 limit.most),
+                     value >= limit.least && value <= limit.most);
+            }
+        }
+    }
+}
+
+void RatioReporter::ShowRatios() {
     std::printf("\nWhat ours takes, over what a peer takes: medians of interleaved runs\n");
     for (const auto& [what, limits] : Limits()) {
         const auto& medians = m_medians[what];
@@ -56,9 +92,8 @@ void RatioReporter::Finalize() {
         for (const Limit& limit : limits) {
             const auto peer = medians.find(limit.peer);
             const double ratio = ours->second / (peer == medians.end() ? best : peer->second);
-            m_isAllHeld = m_isAllHeld && ratio <= limit.ratio;
-            std::printf("  %-44s %-36s %6.2f  at most %.2f: %s\n", what.c_str(), limit.peer.c_str(), ratio, limit.ratio,
-                        ratio <= limit.ratio ? "held" : "NOT HELD");
+            Hold(fmt::format("  {:<44} {:<36} {:6.2f}  at most {:.2f}", what, limit.peer, ratio, limit.ratio),
+                 ratio <= limit.ratio);
         }
     }
 }

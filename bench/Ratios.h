@@ -25,6 +25,19 @@ struct Limit {
     double ratio = 0;
 };
 
+/// What a counter of a benchmark may be, of the median of its iterations.
+struct CounterLimit {
+    std::string counter;
+    double least = 0;
+    double most = 0;
+};
+
+/// Gives a benchmark's counters limits.
+class Limited {
+  public:
+    Limited(std::string benchmark, std::vector<CounterLimit> limits);
+};
+
 /// Manual: a contender states each iteration's time itself.
 enum class Timing { Real, Manual };
 
@@ -35,7 +48,8 @@ class Family {
            Timing timing = Timing::Real);
 };
 
-/// Prints every benchmark as it ends, and at the end ours against its peers, as ratios of the medians, with the limits.
+/// Prints every benchmark as it ends, and at the end ours against its peers, as ratios of the medians, and the
+/// counters, with the limits.
 class RatioReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run>& runs) override;
@@ -44,7 +58,12 @@ class RatioReporter : public benchmark::ConsoleReporter {
     bool IsAllHeld() const { return m_isAllHeld; }
 
   private:
+    void ShowRatios();
+    void ShowCounters();
+    void Hold(const std::string& line, bool isHeld);
+
     std::map<std::string, std::map<std::string, double>> m_medians;
+    std::map<std::string, benchmark::UserCounters> m_counters;
     bool m_isAllHeld = true;
 };
 

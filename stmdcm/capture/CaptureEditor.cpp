@@ -156,7 +156,8 @@ std::vector<const Section*> CaptureEditor::InUse(const NewSection& section) cons
         if (each.use == SectionUse::Read && m_container.IsTorn(each)) {
             throw Failure(m_file.Path(),
                           fmt::format("the end of the file cuts section {} off; {}; run stmdcm recover first",
-                                      section.name, WhatIsChanged()));
+                                      section.name, WhatIsChanged()))
+                .At(each.offset);
         }
         found.push_back(&each);
     }

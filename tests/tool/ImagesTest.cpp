@@ -309,12 +309,15 @@ TEST_F(PinsTest, StayWhereACaptureIsChangedAndAreNothingToThePlugin) {
     const std::vector<std::vector<std::string>> changes = {{"set", m_file, "STM_ATB_Id=42"},
                                                            {"apply", plain, m_file},
                                                            {"restore", m_file, "2"},
-                                                           {"recover", m_file, "-o", recovered},
+                                                           {"undo", m_file},
+                                                           {"history", "--prune", "0", m_file, "-o", recovered},
+                                                           {"recover", m_file, "-o", recovered, "--force"},
                                                            {"objects", m_file, "--update"}};
     for (const auto& arguments : changes) {
         const ToolRun::Result result = CommandHere().Run(arguments);
         EXPECT_TRUE(result.status == 0 || result.status == 3) << arguments.front() << result.error;
-        EXPECT_EQ(Read(std::filesystem::exists(recovered) ? recovered : m_file).pins, 1U) << arguments.front();
+        const bool isCopy = std::find(arguments.begin(), arguments.end(), recovered) != arguments.end();
+        EXPECT_EQ(Read(isCopy ? recovered : m_file).pins, 1U) << arguments.front();
     }
     const ToolRun::Result lost = CommandHere().Run({"convert", m_file, m_directory / "settings.txt"});
     EXPECT_EQ(lost.status, 3);
