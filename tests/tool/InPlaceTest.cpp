@@ -206,7 +206,7 @@ TEST_F(TwoUsersTest, LoseNothingOfEachOther) {
 
 TEST_F(TwoUsersTest, AreToldThatTheyWaitAndChangeTheFileThatIsThereThen) {
     const std::string file = Copy("full.tdf"), other = Copy("packed.tdf");
-    const Result result = Shell("sh -c 'flock " + file + " sh -c \"sleep 2; mv " + other + " " + file +
+    const Result result = Shell("sh -c 'flock " + file + " sh -c \"sleep 4; mv " + other + " " + file +
                                 "\" & sleep 0.5; " STMDCM_TOOL " set " + file + " STM_ATB_Id=42'");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.error, "stmdcm: " + file + ": another program changes the file; waiting until it is done\n");

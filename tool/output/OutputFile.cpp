@@ -146,11 +146,14 @@ void OutputFile::TellLosses(const std::vector<FileMetadata::Loss>& losses) {
 bool OutputFile::NameTemporary(const std::function<bool(const char* path)>& make) {
     const InterruptBlock block;  // so that the name is not there without its guard
     return ZU_WEP::MakeTemporary(DirectoryOf(m_target), [&](const std::string& path) {
+        m_temporary = path;  // before there is such a file: this may take memory that is not there
+        m_guard.emplace(path);
         if (!make(path.c_str())) {
+            const int error = errno;
+            ForgetTemporary();
+            errno = error;
             return false;
         }
-        m_temporary = path;
-        m_guard.emplace(path);
         return true;
     });
 }
