@@ -45,6 +45,9 @@ class Objects final : public Command {
         if ((m_acceptChanged || m_dryRun) && !m_update && !m_pin) {
             throw Failure("--accept-changed and --dry-run need --update or --pin", Failure::Kind::Request);
         }
+        if (!m_update && !m_pin) {
+            m_files.SetPurpose(ManyFiles::Purpose::Read);
+        }
         HashProgress progress;
         ImageFinder finder = m_images.Finder(progress);
         if (m_files.IsForking()) {

@@ -44,6 +44,9 @@ class Show final : public Command {
         for (const std::string& name : m_wanted) {
             RequireProperty(name);
         }
+        if (!m_wanted.empty()) {
+            m_files.SetTextOfUnknown("\n");
+        }
         return m_files.Run(context,
                            [this, plugin = OtherPlugin()](const Context& own, const std::string& file) mutable {
                                return ShowOne(own, file, plugin);
@@ -52,7 +55,7 @@ class Show final : public Command {
 
   private:
     FileResult ShowOne(const Context& context, const std::string& file, OtherPlugin& plugin) const {
-        const Reading loaded = ReadOrEndLine(context, file);
+        const Reading loaded = InputFile(file).Read();
         const std::vector<std::string> differences = plugin.Differences(context, loaded);
         const ShowReport report = ShowReport::Of(loaded, Asked(), m_wanted, context.isOneOfMany);
         context.Print(report);
@@ -61,17 +64,6 @@ class Show final : public Command {
         return {StatusOf(loaded, report.doubts.empty() ? differences : report.doubts),
                 {},
                 loaded.isLoaded ? "" : fmt::format("{}: hosts can't load it", Shown(file))};
-    }
-
-    Reading ReadOrEndLine(const Context& context, const std::string& file) const {
-        try {
-            return InputFile(file).Read();
-        } catch (...) {
-            if (!m_wanted.empty() && context.isOneOfMany && !context.options.json) {
-                context.console.Print("\n");
-            }
-            throw;
-        }
     }
 
     Selection Asked() const {

@@ -100,7 +100,7 @@ FileOutcome FileOutcome::Decode(std::string_view bytes) {
 FileOutcome WorkOn(const std::string& file, const FileWork& work, const Context& context) {
     FileOutcome outcome;
     const Console console = context.console.Into(outcome.told);
-    const Context own{context.options, console, context.command, context.ofFailure, true};
+    const Context own{context.options, console, context.command, context.ofFailure, true, context.ofUnknown};
     try {
         outcome.result = AsFailure([&] {
             RequirePossibleName(file);
@@ -108,6 +108,9 @@ FileOutcome WorkOn(const std::string& file, const FileWork& work, const Context&
             return work(own, file);
         });
     } catch (const Failure& failure) {
+        if (!context.options.json && outcome.told.out.empty()) {
+            outcome.told.out = context.ofUnknown;
+        }
         outcome.result.status = own.Tell(failure);
         outcome.result.failure = Context::Sentence(failure);
     }

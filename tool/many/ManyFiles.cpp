@@ -36,7 +36,7 @@ class ManyFiles::Round {
           m_stop(stop),
           m_total(total),
           m_progress(context.command, total, isProgressAskedFor, Progress::Unit::Files) {
-        m_guard.SetLastWords({"\nstmdcm: interrupted; ", &m_out.HandedOn(), WordsBehindNumber()});
+        m_guard.SetLastWords({"\nstmdcm: interrupted; ", &m_out.HandedOn(), WordsBehindNumber(" done") + "\n"});
     }
 
     const Context& Asked() const { return m_context; }
@@ -74,6 +74,14 @@ class ManyFiles::Round {
         return m_summary.Status();
     }
 
+    /// Before what keeps it from its end is told.
+    void TellHowFar() {
+        m_progress.Clear();
+        if (m_purpose == Purpose::Change) {
+            m_context.console.Diagnose(fmt::format("ended; {}{}", m_out.HandedOn().load(), WordsBehindNumber(" told")));
+        }
+    }
+
     /// Ends the program, with the last words.
     void Obey() {
         m_progress.Clear();
@@ -82,8 +90,8 @@ class ManyFiles::Round {
     }
 
   private:
-    std::string WordsBehindNumber() const {
-        return fmt::format(" of {} done{}\n", m_total ? Counted(*m_total, "file") : "the files",
+    std::string WordsBehindNumber(const char* done) const {
+        return fmt::format(" of {}{}{}", m_total ? Counted(*m_total, "file") : "the files", done,
                            m_purpose == Purpose::Change
                                ? fmt::format("; each of the others{}, and the same command does the rest", kOldOrNew)
                                : "");
@@ -141,7 +149,7 @@ ExitStatus ManyFiles::Run(const Context& context, const FileWork& work, const Ta
     if (!IsSeveral() && !take) {
         return work(context, m_named.front()).status;
     }
-    const Context lines{context.options, context.console, context.command, context.ofFailure, true};
+    const Context lines{context.options, context.console, context.command, context.ofFailure, true, m_ofUnknown};
     try {
         return RunEach(lines, work, take);
     } catch (const Failure& failure) {
@@ -160,10 +168,11 @@ ExitStatus ManyFiles::RunEach(const Context& context, const FileWork& work, cons
     FileNames names(m_named, m_list, m_isZeroEnded, stop ? stop->Descriptor() : -1);
     Round round(context, take, m_purpose, stop ? &*stop : nullptr,
                 Progress::IsShown(m_progress) || !HasList() ? names.Total() : std::nullopt, m_progress);
-    if (Jobs() == 1) {
-        RunHere(names, round, work);
-    } else {
-        RunInWorkers(names, round, work);
+    try {
+        Jobs() == 1 ? RunHere(names, round, work) : RunInWorkers(names, round, work);
+    } catch (const Failure&) {
+        round.TellHowFar();
+        throw;
     }
     if (round.IsToStop()) {
         round.Obey();

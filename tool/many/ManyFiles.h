@@ -41,6 +41,11 @@ class ManyFiles {
     /// Throws CLI::RequiredError where there is none; for the end of the parsing.
     void RequireAny(const std::string& name) const;
 
+    /// What stands, as text, for one of many of which nothing can be told. Borrows it.
+    void SetTextOfUnknown(const char* text) { m_ofUnknown = text; }
+    /// For work that was to change, and turns out to read alone.
+    void SetPurpose(Purpose purpose) { m_purpose = purpose; }
+
     /// Does the work on each, in several processes where that was asked for. Of a single one, which is no list, as if
     /// there were no others: what the work throws is thrown. Of many what fails is told, and the next one comes; gives
     /// the status that counts most, and at the end tells what became of them.
@@ -63,6 +68,7 @@ class ManyFiles {
     bool m_isZeroEnded = false;
     std::size_t m_jobs = 1;
     bool m_progress = false;
+    const char* m_ofUnknown = "";
 };
 
 }  // namespace stmdcm

@@ -117,6 +117,7 @@ bool Workers::Restart(Worker& worker, std::string& why) try {
     }
     other.channel.Send(names);
     other.files = std::move(worker.files);
+    other.suspect = std::move(worker.suspect);
     worker = std::move(other);
     return true;
 } catch (const Failure& failure) {
@@ -155,7 +156,9 @@ std::optional<FileOutcome> Workers::Receive(std::size_t worker) {
         }
         std::string why;
         const std::string how = Reap(its);
-        if (!how.empty() && (its.isCareful || IsMade(m_stop))) {
+        const bool isGuilty = its.isCareful && (m_once || its.suspect == its.files.front());
+        its.suspect = its.isCareful ? its.files.front() : "";
+        if (!how.empty() && (isGuilty || IsMade(m_stop))) {
             FileOutcome outcome =
                 Fail(its, fmt::format("the process that worked on it has ended too early ({}){}", how, m_ofUnfinished));
             if (!IsMade(m_stop)) {

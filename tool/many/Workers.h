@@ -19,7 +19,8 @@ class StopRequest;
 /// temporary files know one process with one thread. They end with this, and when this process does. For one that ends
 /// too early there comes another, which does the rest of its files. Names and results go in batches, no result later
 /// than LateOutput has it: so it is not known on which file one was that ended too early. The next one does all of them
-/// once more, with each result on its way before the file behind it is begun.
+/// once more, with each result on its way before the file behind it is begun; and a file with which that one ends, too,
+/// is tried a last time.
 class Workers {
   public:
     /// So many names may wait in front of each: these fit into its channel (FileNames::kLongest), so nobody waits for
@@ -56,6 +57,7 @@ class Workers {
         pid_t process;
         bool isCareful;                      ///< sends each result before it begins with the next file
         std::deque<std::string> files = {};  ///< that were queued and not received
+        std::string suspect = {};            ///< on which one of them has ended already
         std::string queued = {};             ///< the last of those, framed
         std::size_t queuedCount = 0;
     };
