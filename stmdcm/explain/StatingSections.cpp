@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "stmdcm/change/History.h"
@@ -94,12 +95,20 @@ StatingFile::StatingFile(const std::string& path) {
     for (std::size_t i = 0; i < all.size(); ++i) {
         Add(capture, all[i], i + 1 < all.size() ? all[i + 1].offset : capture.Size());
     }
-    const History history(capture);
+    TellNumbers(History(capture));
+}
+
+void StatingFile::TellNumbers(const History& history) {
+    std::map<std::uint64_t, std::size_t> numbers;
     for (const HistoryEntry& entry : history.Entries()) {
-        for (StatingSection& section : sections) {
-            if (section.place.offset == entry.section.offset && !entry.IsCurrent()) {
-                section.why += fmt::format("; number {} for restore", entry.number);
-            }
+        if (!entry.IsCurrent()) {
+            numbers[entry.section.offset] = entry.number;
+        }
+    }
+    for (StatingSection& section : sections) {
+        const auto number = section.place.offset ? numbers.find(*section.place.offset) : numbers.end();
+        if (number != numbers.end()) {
+            section.why += fmt::format("; number {} for restore", number->second);
         }
     }
 }

@@ -10,6 +10,8 @@
 
 namespace stmdcm {
 
+class History;
+
 /// A part of a file that may state something, with what it says.
 struct StatingSection {
     std::string name;                       ///< of the section; empty for a settings file
@@ -37,6 +39,7 @@ struct StatingFile {
 
   private:
     void Add(const Container& capture, const Section& section, std::uint64_t next);
+    void TellNumbers(const History& history);
 };
 
 }  // namespace stmdcm
