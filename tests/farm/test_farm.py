@@ -50,6 +50,17 @@ def test_rows_are_what_the_command_tells(farm, expected, tmp_path):
     assert again.run(what="table")[0] == 1  # there is one
 
 
+def test_what_is_refused_leaves_no_file(captures, tmp_path):
+    empty = tmp_path / "empty"
+    empty.mkdir()
+    for source, more, expected_status, words in (
+        (captures + "/none", [], 4, "No such file"),
+        (str(empty), [], 1, "there are no captures"),
+    ):
+        status, said = Farm(source, tmp_path / "out").run(*more)
+        assert (status, os.listdir(tmp_path)) == (expected_status, ["empty"]) and words in said, said
+
+
 def test_a_report_is_the_page_of_the_command(captures, expected, tmp_path, monkeypatch):
     def blocks(page):
         with open(page, "rb") as file:

@@ -17,7 +17,6 @@ from stmdcm.farm.results import Named, Results, documents, is_results
 from stmdcm.farm.rows import Statuses
 from stmdcm.farm.table import write_table
 
-FAILED = 1
 WORKING = {"table": ".results.jsonl", "report": ".blocks"}  # behind OUT: what it is made of, while that is gathered
 READERS = {"check": READER, "table": READER, "report": "stmdcm.farm.reading:page_row"}
 
@@ -79,7 +78,7 @@ def main(arguments: Sequence[str], reader: Optional[str] = None) -> int:
         return _from_results(options, plan, a_round)
     except FarmError as error:
         a_round.tell(str(error))
-        return FAILED
+        return error.status
     except Stopped as stopped:
         return 128 + stopped.number
 
