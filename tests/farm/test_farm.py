@@ -54,6 +54,7 @@ def test_what_is_refused_leaves_no_file(captures, tmp_path):
     empty = tmp_path / "empty"
     empty.mkdir()
     for source, more, expected_status, words in (
+        (captures, ["-o", "-"], 2, "name a file"),
         (captures + "/none", [], 4, "No such file"),
         (str(empty), [], 1, "there are no captures"),
     ):

@@ -37,6 +37,12 @@ def _number(text: str) -> int:
     return value
 
 
+def _file(text: str) -> str:
+    if text == "-":
+        raise argparse.ArgumentTypeError("standard output can't be gone on with after a stop; name a file")
+    return text
+
+
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="stmdcm.farm",
@@ -49,7 +55,7 @@ def _parser() -> argparse.ArgumentParser:
     parser.add_argument("sources", nargs="+", metavar="FOLDER-OR-LIST",
                         help="a folder, whose captures are found at any depth; a file with a name a line, - for standard "
                         "input; of table and report also results of check")
-    parser.add_argument("-o", "--output", required=True, metavar="OUT", help="the file of the results")
+    parser.add_argument("-o", "--output", required=True, type=_file, metavar="OUT", help="the file of the results")
     parser.add_argument("--name", action="append", metavar="PATTERN",
                         help="take the files of a folder that are called so (default: *.tdf, in any case)")
     parser.add_argument("-0", "--null", action="store_true", help="the names of a list end with a zero byte each")
