@@ -55,6 +55,9 @@ def test_what_is_refused_leaves_no_file(captures, tmp_path):
     empty.mkdir()
     for source, more, expected_status, words in (
         (captures, ["-o", "-"], 2, "name a file"),
+        (captures, ["--scheduler", "lab1"], 1, "write it as tcp://HOST:PORT"),
+        (captures, ["--scheduler", "none.invalid:1"], 1, "no scheduler at none.invalid:1: "),
+        (captures, ["--scheduler", "tls://127.0.0.1:1"], 1, "certificates"),
         (captures + "/none", [], 4, "No such file"),
         (str(empty), [], 1, "there are no captures"),
     ):
