@@ -85,10 +85,21 @@ def test_a_report_is_the_page_of_the_command(captures, expected, tmp_path, monke
     parts = report.part_names(front, COUNT)
     assert sum(map(blocks, parts), []) == blocks(made) and len(parts) == 3
     with open(front, encoding="utf-8") as file:
-        links = [urllib.parse.unquote(link) for link in re.findall('href="([^"]*)"', file.read())]
+        text = file.read()
+    links = [urllib.parse.unquote(link) for link in re.findall('href="([^"]*)"', text)]
     assert links == [os.path.basename(part) for part in parts]
+    files = [each["files"][0] for each in expected.values() if "F-UNREADABLE" not in str(each)]
+    loads = sum(file["loads"] and not file["missing"] for file in files)
+    counts = [[int(count) for count in re.findall('class="number">([0-9]+)', line)] for line in text.split("\n")]
+    assert [sum(column) for column in zip(*filter(None, counts))][2:4] == [COUNT - len(files), loads]
     with pytest.raises(FarmError, match="--force"):
         report.write_report(str(rows), front, False)
+    other = front.replace(".html", "-0009.html")
+    os.link(parts[0], other)
+    for pages in (2, 1):
+        monkeypatch.setattr(report, "CAPTURES_A_PAGE", COUNT // pages)
+        report.write_report(str(rows), front, True)
+        assert [part for part in [*parts, other] if os.path.exists(part)] == [*(parts[:2] if pages == 2 else []), other]
 
 
 def test_a_worker_that_dies_costs_no_result(farm, expected):
