@@ -31,12 +31,11 @@ class ReportTest(unittest.TestCase):
 
     def setUp(self):
         self.folder = Folder(tempfile.mkdtemp(dir=self.scratch.name))
-        self.address = None
+        self.browser.told.clear()
         self.browser.look()
 
     def tearDown(self):
-        if self.address:
-            self.assertEqual(self.browser.complaints(self.address), [])
+        self.assertEqual(self.browser.complaints(), [])
 
     def open(self, *files, fragment="", status=0):
         self.address = self.folder.page(*files, status=status)
@@ -182,7 +181,6 @@ class ReportTest(unittest.TestCase):
                                 self.assertEqual(on_screen - texts, set())
                             on_screen = texts
         self.browser.look()
-        self.assertGreater(len(self.browser.driver.print_page()), 10000)
 
     def test_no_name_does_anything(self):
         hostile = ["</script><img src=x onerror=hacked=1>", "<!--<script>", "\"'`;hacked=1//", "\u202egnp.exe",
@@ -222,6 +220,7 @@ class ReportTest(unittest.TestCase):
         try:
             browser.open(self.folder.page(*files, status=1))
             texts = [each.text for each in browser.all("noscript pre")]
+            self.assertEqual(browser.complaints(), [])
         finally:
             browser.quit()
         for file, text in zip(files[:2], texts[:2]):
