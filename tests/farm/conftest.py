@@ -13,7 +13,7 @@ from stmdcm.farm.rows import name_of
 BUILD = os.environ["STMDCM_BUILD"]
 COUNT = 300
 START = "import sys; from stmdcm.farm.command import main; sys.exit(main(sys.argv[2:], sys.argv[1] or None))"
-ALL = ["--name", "*.tdf", "--name", "*.dcm", "-j", "2"]
+ALL = ["--name", "*.tdf", "--name", "*.dcm"]
 
 
 def tool(*arguments, names):
@@ -43,7 +43,8 @@ class Farm:
         self.captures, self.out = captures, str(out)
 
     def start(self, *more, what="check", reader="", **options):
-        arguments = [what, self.captures, "-o", self.out, *ALL, *more]
+        workers = [] if "--scheduler" in more else ["-j", "2"]
+        arguments = [what, self.captures, "-o", self.out, *ALL, *workers, *more]
         return subprocess.Popen([sys.executable, "-c", START, reader, *arguments], stderr=subprocess.PIPE, text=True,
                                 start_new_session=True, **options)
 

@@ -50,6 +50,21 @@ def test_rows_are_what_the_command_tells(farm, expected, tmp_path):
     assert again.run(what="table")[0] == 1  # there is one
 
 
+def test_what_is_refused_leaves_no_file(captures, tmp_path):
+    empty = tmp_path / "empty"
+    empty.mkdir()
+    for source, more, expected_status, words in (
+        (captures, ["-o", "-"], 2, "name a file"),
+        (captures, ["--scheduler", "lab1"], 1, "write it as tcp://HOST:PORT"),
+        (captures, ["--scheduler", "none.invalid:1"], 1, "no scheduler at none.invalid:1: "),
+        (captures, ["--scheduler", "tls://127.0.0.1:1"], 1, "certificates"),
+        (captures + "/none", [], 4, "No such file"),
+        (str(empty), [], 1, "there are no captures"),
+    ):
+        status, said = Farm(source, tmp_path / "out").run(*more)
+        assert (status, os.listdir(tmp_path)) == (expected_status, ["empty"]) and words in said, said
+
+
 def test_a_report_is_the_page_of_the_command(captures, expected, tmp_path, monkeypatch):
     def blocks(page):
         with open(page, "rb") as file:
@@ -70,10 +85,21 @@ def test_a_report_is_the_page_of_the_command(captures, expected, tmp_path, monke
     parts = report.part_names(front, COUNT)
     assert sum(map(blocks, parts), []) == blocks(made) and len(parts) == 3
     with open(front, encoding="utf-8") as file:
-        links = [urllib.parse.unquote(link) for link in re.findall('href="([^"]*)"', file.read())]
+        text = file.read()
+    links = [urllib.parse.unquote(link) for link in re.findall('href="([^"]*)"', text)]
     assert links == [os.path.basename(part) for part in parts]
+    files = [each["files"][0] for each in expected.values() if "F-UNREADABLE" not in str(each)]
+    loads = sum(file["loads"] and not file["missing"] for file in files)
+    counts = [[int(count) for count in re.findall('class="number">([0-9]+)', line)] for line in text.split("\n")]
+    assert [sum(column) for column in zip(*filter(None, counts))][2:4] == [COUNT - len(files), loads]
     with pytest.raises(FarmError, match="--force"):
         report.write_report(str(rows), front, False)
+    other = front.replace(".html", "-0009.html")
+    os.link(parts[0], other)
+    for pages in (2, 1):
+        monkeypatch.setattr(report, "CAPTURES_A_PAGE", COUNT // pages)
+        report.write_report(str(rows), front, True)
+        assert [part for part in [*parts, other] if os.path.exists(part)] == [*(parts[:2] if pages == 2 else []), other]
 
 
 def test_a_worker_that_dies_costs_no_result(farm, expected):

@@ -23,6 +23,10 @@ class Browser:
         options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
         self.driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
         self.keys = Keys
+        self.driver.get("about:blank")
+        self.driver.get_log("performance")  # of the start
+        self.address = None
+        self.told = []
 
     def quit(self):
         self.driver.quit()
@@ -36,18 +40,20 @@ class Browser:
 
     def open(self, address):
         self.driver.get("about:blank")
-        self.driver.get_log("performance")
+        self.complaints()
+        self.address = address.split("#")[0]
         self.driver.get(address)
 
-    def complaints(self, address):
-        """What the page has said to the console, and what it has asked for besides itself."""
-        said = [entry["message"] for entry in self.driver.get_log("browser")]
-        asked = []
+    def complaints(self):
+        """All that pages have said to the console, and what they have asked for besides themselves."""
+        self.told += [entry["message"] for entry in self.driver.get_log("browser")]
         for entry in self.driver.get_log("performance"):
             message = json.loads(entry["message"])["message"]
             if message["method"] == "Network.requestWillBeSent":
-                asked.append(message["params"]["request"]["url"].split("#")[0])
-        return said + [url for url in asked if url not in (address.split("#")[0], "about:blank")]
+                url = message["params"]["request"]["url"].split("#")[0]
+                if url not in (self.address, "about:blank"):
+                    self.told.append(url)
+        return self.told
 
     def script(self, text, *arguments):
         return self.driver.execute_script(text, *arguments)

@@ -17,7 +17,6 @@ from stmdcm.farm.results import Named, Results, documents, is_results
 from stmdcm.farm.rows import Statuses
 from stmdcm.farm.table import write_table
 
-FAILED = 1
 WORKING = {"table": ".results.jsonl", "report": ".blocks"}  # behind OUT: what it is made of, while that is gathered
 READERS = {"check": READER, "table": READER, "report": "stmdcm.farm.reading:page_row"}
 
@@ -38,6 +37,12 @@ def _number(text: str) -> int:
     return value
 
 
+def _file(text: str) -> str:
+    if text == "-":
+        raise argparse.ArgumentTypeError("standard output can't be gone on with after a stop; name a file")
+    return text
+
+
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="stmdcm.farm",
@@ -50,7 +55,7 @@ def _parser() -> argparse.ArgumentParser:
     parser.add_argument("sources", nargs="+", metavar="FOLDER-OR-LIST",
                         help="a folder, whose captures are found at any depth; a file with a name a line, - for standard "
                         "input; of table and report also results of check")
-    parser.add_argument("-o", "--output", required=True, metavar="OUT", help="the file of the results")
+    parser.add_argument("-o", "--output", required=True, type=_file, metavar="OUT", help="the file of the results")
     parser.add_argument("--name", action="append", metavar="PATTERN",
                         help="take the files of a folder that are called so (default: *.tdf, in any case)")
     parser.add_argument("-0", "--null", action="store_true", help="the names of a list end with a zero byte each")
@@ -79,7 +84,7 @@ def main(arguments: Sequence[str], reader: Optional[str] = None) -> int:
         return _from_results(options, plan, a_round)
     except FarmError as error:
         a_round.tell(str(error))
-        return FAILED
+        return error.status
     except Stopped as stopped:
         return 128 + stopped.number
 

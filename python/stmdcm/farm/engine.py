@@ -9,6 +9,7 @@ import importlib
 import itertools
 import logging
 import queue
+import socket
 import time
 from typing import Any, Callable, Deque, Dict, Iterator, List, NamedTuple, Optional
 
@@ -23,6 +24,7 @@ SECONDS_A_BATCH = 0.25  # against a millisecond or two that a task costs the sch
 MOST_DEATHS = 5
 TICK = 0.2
 GONE = "the scheduler is gone"
+SECONDS_TO_ANSWER = 10
 
 def _load(name: str) -> Any:
     """Loaded when it is needed: a wrong call is told at once, and a table is made without it."""
@@ -30,6 +32,17 @@ def _load(name: str) -> Any:
         return importlib.import_module(name)
     except ImportError as error:
         raise FarmError(f"the farm runs on Dask's distributed scheduler (python3-distributed): {error}") from error
+
+
+def _require_address(distributed: Any, address: str) -> None:
+    """Throws for what Dask would ask for again and again until its time is over."""
+    try:
+        host, port = distributed.comm.get_address_host_port(address)
+    except ValueError as error:
+        raise FarmError(f"--scheduler {address}: that is no address; write it as tcp://HOST:PORT") from error
+    socket.getaddrinfo(host, port)
+    if address.startswith("tls:") and not distributed.Security().get_connection_args("client")["ssl_context"]:
+        raise FarmError(f"--scheduler {address}: Dask's configuration names no certificates for it (docs/farm.md)")
 
 
 class Task(NamedTuple):
@@ -81,16 +94,19 @@ class Engine:
         for logger in [name for name in logging.root.manager.loggerDict if name.startswith("distributed")]:
             logging.getLogger(logger).setLevel(logging.CRITICAL + 1)  # what matters of it is told in a sentence
         try:
-            address, security = (
-                (self._scheduler, None) if self._scheduler else self._stack.enter_context(local_workers(self._jobs))
-            )
+            address, security, options = self._scheduler, None, {}
+            if address:
+                _require_address(distributed, address)
+                options["timeout"] = SECONDS_TO_ANSWER
+            else:
+                address, security = self._stack.enter_context(local_workers(self._jobs))
             self._client = self._stack.enter_context(
-                distributed.Client(address, security=security, set_as_default=False)
+                distributed.Client(address, security=security, set_as_default=False, **options)
             )
         except (OSError, RuntimeError, ValueError) as error:
             self._stack.close()
             where = f"no scheduler at {self._scheduler}" if self._scheduler else "no local workers"
-            raise FarmError(f"{where}: {error}") from error
+            raise FarmError(f"{where}: {getattr(error, 'strerror', None) or error}") from error
         except BaseException:
             self._stack.close()
             raise

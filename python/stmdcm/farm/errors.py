@@ -6,6 +6,8 @@ import os
 import signal
 from typing import Union
 
+FAILED = 1
+
 PathLike = Union[str, bytes, "os.PathLike[str]"]
 
 
@@ -16,11 +18,15 @@ def shown(path: PathLike) -> str:
 
 
 class FarmError(Exception):
-    """It can't go on. The message names the file, where there is one, and the cause."""
+    """It can't go on. The message names the file, where there is one, and the cause; `status` is what the command ends with."""
+
+    def __init__(self, sentence: str, status: int = FAILED) -> None:
+        super().__init__(sentence)
+        self.status = status
 
     @classmethod
-    def of_system(cls, path: PathLike, what: str, error: OSError) -> FarmError:
-        return cls(f"{shown(path)}: {what}: {error.strerror or error}")
+    def of_system(cls, path: PathLike, what: str, error: OSError, status: int = FAILED) -> FarmError:
+        return cls(f"{shown(path)}: {what}: {error.strerror or error}", status)
 
 
 class Stopped(BaseException):

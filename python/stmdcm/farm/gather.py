@@ -8,7 +8,7 @@ import time
 from typing import NamedTuple, Optional
 
 from stmdcm.farm.engine import Engine
-from stmdcm.farm.errors import FarmError, Stopped, shown
+from stmdcm.farm.errors import FAILED, FarmError, Stopped, shown
 from stmdcm.farm.names import Once, Names, total
 from stmdcm.farm.progress import Progress, in_words
 from stmdcm.farm.results import Results
@@ -60,12 +60,14 @@ def gather(sources: Names, results: Results, plan: Plan, a_round: Round) -> int:
     try:
         _work(sources, results, plan, once, a_round)
     except (Stopped, FarmError):
-        a_round.tell(f"stopped with {results.number} results in {shown(results.path)}; the same command goes on behind them")
+        if results.number > 0:
+            a_round.tell(f"stopped with {results.number} results in {shown(results.path)}; the same command goes on behind them")
         raise
     finally:
         results.close()
     if results.number == 0:
-        raise FarmError("there are no captures: the lists are empty, and no file of the folders has such a name")
+        what = "there are no captures: the lists are empty, and no file of the folders has such a name"
+        raise FarmError(what, FAILED if a_round.is_list_whole else UNREAD)
     a_round.end(results, before, begin)
     return max([*results.statuses, DONE if a_round.is_list_whole else UNREAD])
 

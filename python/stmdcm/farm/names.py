@@ -13,7 +13,7 @@ from typing import Callable, Iterator, Protocol, Sequence, Set
 
 from stmdcm.farm.errors import FarmError, shown
 from stmdcm.farm.reading import told
-from stmdcm.farm.rows import CHECK_START
+from stmdcm.farm.rows import CHECK_START, UNREAD
 
 STANDARD_INPUT = b"-"
 PIECE = 1 << 16
@@ -91,7 +91,7 @@ class Sources:
                     raise FarmError(f"{shown(source)}: this is {what}, no list of captures; name the folder of captures")
             return file
         except OSError as error:
-            raise FarmError.of_system(source, "the list of captures can't be read", error) from error
+            raise FarmError.of_system(source, "the list of captures can't be read", error, UNREAD) from error
 
     def _read_list(self, source: bytes) -> Iterator[bytes]:
         with self._open_list(source) as file:

@@ -2,17 +2,19 @@
 
 from __future__ import annotations
 
+import contextlib
 import html
 import json
 import os
+import re
 import urllib.parse
-from typing import IO, List, NamedTuple
+from typing import IO, Counter, List, NamedTuple, Optional, Set
 
 from stmdcm import _stmdcm
 from stmdcm.farm.errors import FarmError, shown
 from stmdcm.farm.output import whole_file
 from stmdcm.farm.results import placed_documents
-from stmdcm.farm.rows import DONE, PROBLEMS, UNREAD, name_of, status_of
+from stmdcm.farm.rows import DONE, PROBLEMS, UNREAD, VERDICTS, Document, name_of, status_of, verdict_of
 
 CAPTURES_A_PAGE = 1000  # about 12 MiB: what a browser draws at once, and a mail takes
 
@@ -32,8 +34,10 @@ td.number {{ text-align: right; }}
 <h1>{captures} captures: {done} without problems, {problems} with problems, {unread} unreadable</h1>
 <p>In the order of their names, {each} on a page.</p>
 <table>
-<tr><th>page<th>first<th>last<th>without problems<th>with problems<th>unreadable</tr>
+<tr><th>page<th>first<th>last<th>{kinds}</tr>
 """
+KINDS = ("without problems", "with problems", "unreadable", *VERDICTS)
+FRONT_START = FRONT.partition("{")[0].encode()
 
 
 class Place(NamedTuple):
@@ -42,6 +46,11 @@ class Place(NamedTuple):
     name: bytes
     offset: int
     status: int
+    verdict: Optional[str]
+
+
+def _place(document: Document, offset: int) -> Place:
+    return Place(name_of(document), offset, status_of(document), verdict_of(document))
 
 
 def part_names(output: str, captures: int) -> List[str]:
@@ -51,13 +60,28 @@ def part_names(output: str, captures: int) -> List[str]:
     return [f"{stem}-{part:0{max(4, len(str(number)))}}{extension}" for part in range(1, number + 1)] if number > 1 else []
 
 
+def _old_parts(output: str) -> Set[str]:
+    """The names of the pages that a front page at `output`, which an earlier run made, leads to."""
+    stem, extension = os.path.splitext(os.path.basename(output))
+    form = re.escape(stem) + "-[0-9]{4,}" + re.escape(extension)
+    try:
+        with open(output, "rb") as file:
+            text = file.read() if file.read(len(FRONT_START)) == FRONT_START else b""
+    except OSError:
+        return set()
+    quoted = re.findall(rb'^<tr><td><a href="([^"]*)">', text, re.MULTILINE)
+    links = {os.fsdecode(urllib.parse.unquote_to_bytes(link)) for link in quoted}
+    return {link for link in links if re.fullmatch(form, link)}
+
+
 def write_report(rows: str, output: str, may_overwrite: bool) -> int:
     """`rows` is the file of what `reading.page_row` gave. Gives the status that counts most."""
-    places = sorted(Place(name_of(document), at, status_of(document)) for document, at in placed_documents(rows))
+    places = sorted(_place(document, at) for document, at in placed_documents(rows))
     parts = part_names(output, len(places))
     for part in parts:
         if os.path.lexists(part) and not may_overwrite:
             raise FarmError(f"{shown(part)}: there is such a file already; --force overwrites it")
+    stale = _old_parts(output).difference(map(os.path.basename, parts))
     with open(rows, "rb") as file:
         for number, part in enumerate(parts or [output]):
             with whole_file(part) as page:
@@ -65,6 +89,9 @@ def write_report(rows: str, output: str, may_overwrite: bool) -> int:
     if parts:
         with whole_file(output) as front:
             front.write(_front(places, parts).encode())
+    for part in stale:
+        with contextlib.suppress(OSError):
+            os.unlink(os.path.join(os.path.dirname(output), part))
     return max(place.status for place in places)
 
 
@@ -85,15 +112,19 @@ def _write_page(rows: IO[bytes], places: List[Place], output: IO[bytes]) -> None
 
 
 def _numbers(places: List[Place]) -> List[int]:
-    return [sum(place.status == status for place in places) for status in (DONE, PROBLEMS, UNREAD)]
+    """As many as there are of each of the KINDS."""
+    statuses = Counter(place.status for place in places)
+    verdicts = Counter(place.verdict for place in places)
+    return [statuses[status] for status in (DONE, PROBLEMS, UNREAD)] + [verdicts[verdict] for verdict in VERDICTS]
 
 
 def _front(places: List[Place], parts: List[str]) -> str:
-    done, problems, unread = _numbers(places)
-    text = FRONT.format(captures=len(places), done=done, problems=problems, unread=unread, each=CAPTURES_A_PAGE)
+    done, problems, unread, *_ = _numbers(places)
+    text = FRONT.format(captures=len(places), done=done, problems=problems, unread=unread, each=CAPTURES_A_PAGE,
+                        kinds="<th>".join(KINDS))
     for number, part in enumerate(parts):
         own = _of_part(places, number)
-        link = urllib.parse.quote(os.path.basename(part))
+        link = urllib.parse.quote(os.fsencode(os.path.basename(part)))
         names = [html.escape(shown(place.name)) for place in (own[0], own[-1])]
         text += f'<tr><td><a href="{link}">{number + 1}</a><td>{names[0]}<td>{names[1]}'
         text += "".join(f'<td class="number">{count}' for count in _numbers(own)) + "</tr>\n"

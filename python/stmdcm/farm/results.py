@@ -76,6 +76,7 @@ class Results:
     def __init__(self, path: str) -> None:
         self.path = path
         self.statuses: Dict[int, int] = {}
+        self._is_new = not os.path.lexists(path)
         self._descriptor = self._open()
         try:
             self._lock()
@@ -161,8 +162,10 @@ class Results:
         self._synced = time.monotonic()
 
     def close(self) -> None:
-        """Throws where what was written may not be on the disk."""
+        """Throws where what was written may not be on the disk. A new file that got no result is taken away."""
         try:
+            if self._is_new and self.number == 0:
+                os.unlink(self.path)
             self._sync()
         except OSError as error:
             raise FarmError.of_system(self.path, "the results can't be written", error) from error

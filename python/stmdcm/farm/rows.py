@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, Dict, Iterable, Iterator, NamedTuple
+from typing import Any, Dict, Iterable, Iterator, NamedTuple, Optional
 
 Document = Dict[str, Any]
 
@@ -25,6 +25,17 @@ def status_of(document: Document) -> int:
     if any(finding["id"] == "F-UNREADABLE" for finding in file["findings"]):
         return UNREAD
     return PROBLEMS if document["problems"] else DONE
+
+
+VERDICTS = ("load", "load in part", "do not load")
+
+
+def verdict_of(document: Document) -> Optional[str]:
+    """Of a page's; None where the capture could not be read."""
+    if status_of(document) == UNREAD:
+        return None
+    (file,) = document["check"]["files"]
+    return VERDICTS[2 if not file["loads"] else 1 if file["missing"] else 0]
 
 
 def name_of(document: Document) -> bytes:

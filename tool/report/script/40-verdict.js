@@ -2,19 +2,21 @@
 
 const VERDICTS = [
   {name: "loads", sign: "\u2714", style: "good"},
+  {name: "loads with problems", sign: "\u25b2", style: "notable"},
   {name: "loads in part", sign: "\u25b2", style: "notable"},
   {name: "does not load", sign: "\u2716", style: "bad"},
   {name: "can't be read", sign: "?", style: "bad"},
 ];
+const [LOADS, LOADS_WITH_PROBLEMS, LOADS_IN_PART, DOES_NOT_LOAD, UNREADABLE] = VERDICTS;
 
 function verdictOf({check}) {
   if (!check || check.findings.some(({id}) => id === "F-UNREADABLE")) {
-    return VERDICTS[3];
+    return UNREADABLE;
   }
   if (!check.loads) {
-    return VERDICTS[2];
+    return DOES_NOT_LOAD;
   }
-  return VERDICTS[check.missing.length > 0 ? 1 : 0];
+  return check.missing.length > 0 ? LOADS_IN_PART : check.errors + check.warnings > 0 ? LOADS_WITH_PROBLEMS : LOADS;
 }
 
 function verdictMark(verdict) {
@@ -23,14 +25,27 @@ function verdictMark(verdict) {
 
 // "Does not load: there is no ...; a host has no properties, ..."
 function verdictSentence(capture) {
-  if (verdictOf(capture) === VERDICTS[3]) {
+  const verdict = verdictOf(capture);
+  if (verdict === UNREADABLE) {
     return `Can't be read: ${capture.check?.findings[0]?.what ?? capture.why}.`;
   }
-  const {loads, missing, verdict} = capture.check;
-  const begin = verdict[0].toUpperCase() + verdict.slice(1);
-  return loads && missing.length > 0 ? `${begin}.` :
-      loads ? `${begin}; nothing is missing.` :
-              `${begin}; missing then: ${listed(missing)}.`;
+  const begin = capture.check.verdict[0].toUpperCase() + capture.check.verdict.slice(1);
+  switch (verdict) {
+    case LOADS:
+      return `${begin}; nothing is missing.`;
+    case LOADS_WITH_PROBLEMS:
+      return `${begin}; ${countsOf(capture.check, ["error", "warning"])}.`;
+    case LOADS_IN_PART:
+      return `${begin.replace(/ on this machine$/, " on the machine of the report")}.`;
+    default:
+      return `${begin}; missing then: ${listed(capture.check.missing)}.`;
+  }
+}
+
+// "1 error and 2 notes", or nothing.
+function countsOf(check, severities) {
+  return listed(severities.filter((severity) => check[`${severity}s`] > 0)
+                    .map((severity) => counted(check[`${severity}s`], severity)));
 }
 
 function listed(words) {
@@ -49,23 +64,17 @@ function nextStep(capture) {
       / (NEW|GOOD|OLD|NAME|DIR)\b|=(NEW|VALUE)\b/.test(next) ? "Words in capitals are yours to fill in." : null
     ];
   }
-  const isDone =
-      verdictOf(capture) === VERDICTS[0] && !sortedFindings(capture).some(({severity}) => severity !== "note");
-  return isDone ? "Next: nothing to do." : "Next: no command mends what was found; see the findings.";
+  return verdictOf(capture) === LOADS ? "Next: nothing to do." :
+                                        "Next: no command mends what was found; see the findings.";
 }
 
 function verdictPart(capture) {
   const verdict = verdictOf(capture);
-  const counts = capture.check && SEVERITIES.map((severity) => [severity, capture.check[`${severity}s`]]);
   return make(
       "div", {className: `verdict ${verdict.style}`, role: "status"},
       make(
           "p", {className: "sentence"}, styled(verdict.style, `${verdict.sign} `),
           make("strong", null, verdictSentence(capture))),
       make("p", {className: "command"}, nextStep(capture)),
-      counts &&
-          make(
-              "p", null,
-              listed(counts.filter(([, count]) => count > 0).map(([severity, count]) => counted(count, severity))) ||
-                  "nothing found"));
+      capture.check && make("p", null, countsOf(capture.check, SEVERITIES) || "nothing found"));
 }

@@ -138,7 +138,7 @@ class CapturesTable {
     replace(this.found, `${this.shown.length.toLocaleString("en")} of ${counted(this.all.length, "capture")}`);
   }
 
-  row({index, file, verdict, errors, warnings, differences}) {
+  row({index, file, verdict, sentence, errors, warnings, differences}) {
     const named =
         differences.slice(0, MOST_NAMED)
             .map(
@@ -148,7 +148,7 @@ class CapturesTable {
     return {
       cells: [
         index + 1, make("a", {href: `#capture-${index + 1}`, className: "name long"}, file), verdictMark(verdict),
-        errors, warnings, [named, more > 0 ? `and ${more} more` : null]
+        errors, warnings, verdict === UNREADABLE ? sentence : [named, more > 0 ? `and ${more} more` : null]
       ]
     };
   }
