@@ -22,9 +22,9 @@ struct GlobalOptions {
 struct Context {
     const GlobalOptions& options;
     const Console& console;
-    const char* command;       ///< its name
-    ExitStatus ofFailure;      ///< Command::FailureStatus
-    bool isOneOfMany = false;  ///< what is printed is about one of many files: a document is one line
+    const char* command;         ///< its name
+    ExitStatus ofFailure;        ///< Command::FailureStatus
+    bool isOneOfMany = false;    ///< what is printed is about one of many files: a document is one line
     const char* ofUnknown = "";  ///< the text in the place of what can't be told of one of many files
 
     /// What the command found: a report's Text(palette), or its Document() where JSON is asked for.
