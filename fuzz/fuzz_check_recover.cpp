@@ -56,7 +56,7 @@ std::optional<RecoveryPlan> Recover(const std::string& from, const std::string& 
 }
 
 bool HasContainerFinding(const Findings& findings) {
-    const auto listed = findings.Sorted();
+    const auto& listed = findings.Sorted();
     return std::any_of(listed.begin(), listed.end(), [](const Finding& finding) {
         return !IsAboutText(*finding.kind) && finding.kind->severity != Severity::Note;
     });
